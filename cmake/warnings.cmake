@@ -1,0 +1,9 @@
+# Flags for our own sources only: third-party code never sees -Werror.
+add_library(ribkit_warnings INTERFACE)
+target_compile_options(ribkit_warnings INTERFACE
+    -Werror -Wall -Wextra -Wpedantic -Wshadow -Wcast-qual -Wformat=2 -Wundef -Wvla -Wno-format-nonliteral
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>)
+if(RIBKIT_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    add_link_options(-fsanitize=address,undefined)
+endif()

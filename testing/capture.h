@@ -1,0 +1,12 @@
+// What a function under test prints on standard output, as a string.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace ribkit::testing {
+
+/// Runs `action` with standard output redirected to a temporary file; returns what it printed.
+std::string printed_by(const std::function<void()> &action);
+
+} // namespace ribkit::testing
