@@ -1,7 +1,7 @@
 /** @file
  * The platform's message-passing service, as the wrappers of rib_wrap.h use it. The core library only calls these
- * functions; whoever links it provides them: the switch's platform, libribkit-platform on a Linux host, a fake in a test.
- * Every int result is 0 on success, and non-zero with errno set on failure.
+ * functions; whoever links it provides them: the switch's platform, libribkit-platform on a Linux host, a fake in a
+ * test. Every int result is 0 on success, and non-zero with errno set on failure.
  */
 #ifndef QIP_H
 #define QIP_H

@@ -7,7 +7,8 @@
 
 #include <stdint.h>
 
-/* Result codes. 0 is success; a failure of a platform call is RIB_PLATFORM_FAILURE with the errno in its low 12 bits. */
+/* Result codes. 0 is success; a failure of a platform call is RIB_PLATFORM_FAILURE with the errno in its low 12 bits.
+ */
 #define RIB_OK UINT32_C(0)
 #define RIB_BAD_PARAMETERS UINT32_C(0x40520001)
 #define RIB_NOT_SUPPORTED UINT32_C(0x40520002)

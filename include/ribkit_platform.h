@@ -22,7 +22,8 @@ extern "C" {
  */
 int qip_open(const char *url, uint32_t *handle);
 
-/** Closes a handle: its queues are dropped, every wait on it ends with ECANCELED. @return 0; else non-zero with errno */
+/** Closes a handle: its queues are dropped, every wait on it ends with ECANCELED. @return 0; else non-zero with errno
+ */
 int qip_close(uint32_t handle);
 
 /**
