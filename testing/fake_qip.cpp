@@ -4,12 +4,14 @@
 #include "testing/capture.h"
 #include "yelk.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <regex>
 #include <span>
+#include <string_view>
 
 namespace ribkit::testing {
 
@@ -18,9 +20,30 @@ fake_service &service() {
     return one;
 }
 
+namespace {
+
+constexpr std::string_view stamp = "HH:MM:SS ";
+
+bool is_stamp(std::string_view line) {
+    return line.size() >= stamp.size() &&
+           std::equal(stamp.begin(), stamp.end(), line.begin(), [](char pattern, char c) {
+               return std::isupper(pattern) != 0 ? c >= '0' && c <= '9' : c == pattern;
+           });
+}
+
+} // namespace
+
 std::string transcript_of(const std::function<void()> &action) {
-    static const std::regex stamp{"(^|\n)[0-9]{2}:[0-9]{2}:[0-9]{2} "};
-    return std::regex_replace(printed_by(action), stamp, "$1HH:MM:SS ");
+    std::string text = printed_by(action);
+    for (size_t line = 0; line < text.size(); line = text.find('\n', line) + 1) {
+        if (is_stamp(std::string_view{text}.substr(line))) {
+            text.replace(line, stamp.size(), stamp);
+        }
+        if (text.find('\n', line) == std::string::npos) {
+            break;
+        }
+    }
+    return text;
 }
 
 namespace {

@@ -3,6 +3,7 @@
 #include "rib_wrap.h"
 #include "testing/fake_qip.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -130,8 +131,8 @@ TEST_F(wrap_qip, req_rsp_fails_to_send) {
                   " request null opts null\n"
                   "HH:MM:SS rib_wrap_qip_req_rsp() failed qip_send() 107!\n");
     EXPECT_EQ(code, 0x80520000U | ENOTCONN);
-    const rib_wrap_msg none{};
-    EXPECT_EQ(std::memcmp(&answer, &none, sizeof none), 0);
+    const auto *bytes = reinterpret_cast<const uint8_t *>(&answer);
+    EXPECT_TRUE(std::all_of(bytes, bytes + sizeof answer, [](uint8_t byte) { return byte == 0; }));
 }
 
 TEST_F(wrap_qip, req_rsp_fails_to_receive) {
