@@ -1,5 +1,10 @@
 /** @file
  * Numbers to text. A converter writes into the caller's buffer, keeps no state and never fails.
+ *
+ * The convention of every `uintptr_t rib_*_to_str(uint32_t value, char *str)` and its fib_ sisters: a known value (an
+ * exact match on all 32 bits) has its text copied whole into str, terminator included, and the result is the address of
+ * str. Any other value is printed into str by the converter's fallback format, "%xh??" unless another is named, and the
+ * result is the count of printed characters. str is owned by the caller; RIB_TEXT_SIZE bytes hold any of these texts.
  */
 #ifndef RIB_TEXT_H
 #define RIB_TEXT_H
@@ -10,6 +15,30 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/** Bytes that hold the text of any converter that follows the convention above, fallbacks and terminator included. */
+#define RIB_TEXT_SIZE 32
+
+/** Text of a result code (RIB_OK, RIB_FAILED, ...). Codes of failed platform calls have none. By the convention. */
+uintptr_t rib_rtn_to_str(uint32_t rtn, char *str);
+
+/** Name of a client identity (RIB_CLIENT_FSPF, ...); fallback "client %u??". By the convention. */
+uintptr_t rib_uuid_to_str(uint32_t uuid, char *str);
+
+/** Writes the client's name in upper case (the process's locale), at most 40 characters. */
+void rib_uuid_to_uc_str(uint32_t uuid, char *str);
+
+/** Writes the protocol word of the routes that a client owns; "unknown" for every client without one. */
+void rib_uuid_to_proto_str(uint32_t uuid, char *str);
+
+/** SNMP route protocol, 1 to 6. By the convention. */
+uintptr_t rib_fcroute_proto_to_str(uint32_t proto, char *str);
+
+/** SNMP route type: 1 direct, 2 remote. By the convention. */
+uintptr_t rib_fcroute_type_to_str(uint32_t type, char *str);
+
+/** SNMP route permanence: 1 perm, 2 volatile. By the convention. */
+uintptr_t rib_fcroute_perm_to_str(uint32_t perm, char *str);
 
 /** Writes the time within the minute, "SSS:mmm:uuu" (seconds, milliseconds, microseconds). 12 bytes. @return 11 */
 int rib_time_str(char *str);
