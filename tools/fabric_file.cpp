@@ -62,15 +62,20 @@ class table_reader {
         return node == nullptr ? std::nullopt : std::optional(number(*node, key));
     }
 
-    [[nodiscard]] std::vector<uint32_t> numbers(std::string_view key) const {
+    [[nodiscard]] std::vector<uint32_t> optional_numbers(std::string_view key) const {
         std::vector<uint32_t> values;
-        for_each(key, [&](const toml::node &node) { values.push_back(number(node, key)); });
+        if (const toml::node *node = table_.get(key); node != nullptr) {
+            for (const toml::node &element : list(*node, key)) {
+                values.push_back(number(element, key));
+            }
+        }
         return values;
     }
     [[nodiscard]] std::vector<std::string> texts(std::string_view key) const {
         std::vector<std::string> values;
-        required(key);
-        for_each(key, [&](const toml::node &node) { values.push_back(text(node, key)); });
+        for (const toml::node &element : list(required(key), key)) {
+            values.push_back(text(element, key));
+        }
         return values;
     }
 
@@ -122,14 +127,11 @@ class table_reader {
         return static_cast<uint32_t>(*value);
     }
 
-    void for_each(std::string_view key, const std::function<void(const toml::node &)> &read) const {
-        const toml::node *node = table_.get(key);
-        if (node != nullptr && !node->is_array()) {
-            throw line_error(line_of(*node), joined(key, " takes a list in square brackets"));
+    static const toml::array &list(const toml::node &node, std::string_view key) {
+        if (!node.is_array()) {
+            throw line_error(line_of(node), joined(key, " takes a list in square brackets"));
         }
-        if (node != nullptr) {
-            std::for_each(node->as_array()->begin(), node->as_array()->end(), read);
-        }
+        return *node.as_array();
     }
 
     const toml::table &table_;
@@ -141,10 +143,11 @@ void read_link(fabric &result, const table_reader &table) {
     if (ends.size() != 2) {
         throw line_error(table.line("ends"), "a link has two ends: [\"edge-1 fc1/1\", \"core-1 fc1/1\"]");
     }
-    link_text link{{ends[0], ends[1]}};
+    link_text link;
+    link.ends = {ends[0], ends[1]};
     link.cost = table.optional_number("cost").value_or(default_cost);
     link.up = table.state("state").value_or(true);
-    link.vsans = table.numbers("vsans");
+    link.vsans = table.optional_numbers("vsans");
     result.add_link(link, table.line());
 }
 

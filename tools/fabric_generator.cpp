@@ -146,9 +146,9 @@ class drawing {
     [[nodiscard]] std::string events() {
         std::string text;
         for (uint32_t i = 0; i < plan_.events; i++) {
-            const std::string end = end_text(links_[below(static_cast<uint32_t>(links_.size()))].a);
-            text += joined("\n[[event]]\nat = \"", 2 * i + 1, "s\"\nlink = ", end, "\nstate = \"down\"\n");
-            text += joined("\n[[event]]\nat = \"", 2 * i + 2, "s\"\nlink = ", end, "\nstate = \"up\"\n");
+            const std::string failing = end_text(links_[below(static_cast<uint32_t>(links_.size()))].a);
+            text += joined("\n[[event]]\nat = \"", 2 * i + 1, "s\"\nlink = ", failing, "\nstate = \"down\"\n");
+            text += joined("\n[[event]]\nat = \"", 2 * i + 2, "s\"\nlink = ", failing, "\nstate = \"up\"\n");
         }
         return text;
     }
