@@ -151,16 +151,17 @@ struct layout {
     static constexpr bool is_list(const row &r) { return r.kind == row_kind::list || r.kind == row_kind::records; }
     static constexpr bool is_open(const row &r) { return is_list(r) && r.bound == 0; }
 
-    /// The offset of the field of that name; an unknown name does not compile.
-    [[nodiscard]] consteval uint32_t at(std::string_view field) const {
+    /// The row of that name; an unknown name does not compile.
+    [[nodiscard]] consteval row row_of(std::string_view field) const {
         for (const row &r : *this) {
             if (field == r.name) {
-                return r.offset;
+                return r;
             }
         }
         layout_has_no_such_field();
-        return 0;
+        return {};
     }
+    [[nodiscard]] consteval uint32_t at(std::string_view field) const { return row_of(field).offset; }
 
   private:
     [[nodiscard]] constexpr bool has_word_at(uint32_t offset) const {

@@ -1,5 +1,5 @@
-// What a layout cannot say. A message is converted by its layout unless it has its own conversion here: keys chosen by a
-// type, a translated first word, kinds of body, and the messages that a receiver reads as they arrived.
+// What a layout cannot say. A message is converted by its layout unless it has its own conversion here: keys chosen by
+// a type, a translated first word, kinds of body, and the messages that a receiver reads as they arrived.
 #pragma once
 
 #include "codec/engine.h"
@@ -13,8 +13,8 @@ template <const layout &L> struct conversion {
     }
 };
 
-/// The kind of a unicast path is computed on its way: a number on the wire, one flag of the top byte in host order, told
-/// apart by different tests. A word whose low byte is zero on the wire is left as it was received.
+/// The kind of a unicast path is computed on its way: a number on the wire, one flag of the top byte in host order,
+/// told apart by different tests. A word whose low byte is zero on the wire is left as it was received.
 template <> struct conversion<wire::fcu_path> {
     template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
         const uint32_t size = engine<D, Host, Isa>::template convert<wire::fcu_path>(src, dst);
