@@ -17,6 +17,11 @@ bool is_name(std::string_view text) {
     });
 }
 
+bool carries_links(uint32_t if_index) {
+    const uint32_t kind = if_index >> 24;
+    return kind == RIBKIT_IF_FC || kind == RIBKIT_IF_PORT_CHANNEL || kind == RIBKIT_IF_FC_TUNNEL;
+}
+
 void check_range(const char *what, uint32_t value, uint32_t last, uint32_t line) {
     if (value < 1 || value > last)
         throw line_error(line, joined(what, " ", value, " is outside 1 to ", last));
@@ -61,8 +66,8 @@ fabric_port fabric::parse_port(std::string_view text, const char *what, uint32_t
     if (blank == std::string_view::npos)
         throw line_error(line, joined(what, " \"", owner, "\" names no interface: \"", owner, " fc1/1\" would"));
     fabric_port port{found->second, std::string(text.substr(blank + 1)), 0};
-    if (if_index_parse(port.name.c_str(), &port.if_index) != 0)
-        throw line_error(line, joined('"', port.name, "\" is no interface: \"fc1/1\" and \"port-channel 1\" are"));
+    if (if_index_parse(port.name.c_str(), &port.if_index) != 0 || !carries_links(port.if_index))
+        throw line_error(line, joined('"', port.name, "\" is no interface for a link: \"fc1/1\" and \"port-channel 1\" are"));
     return port;
 }
 

@@ -6,14 +6,14 @@
 #include "tools/input_error.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <initializer_list>
-#include <iostream>
-#include <iterator>
 #include <limits>
+#include <memory>
 #include <toml++/toml.h>
 
 namespace ribkit {
@@ -179,14 +179,19 @@ fabric read_fabric(const toml::table &document) {
     return result;
 }
 
+void close_file(std::FILE *file) { std::fclose(file); }
+
 std::string read_text(const std::string &path) {
-    std::ifstream file;
-    if (path != "-") {
-        file.open(path);
+    const bool named = path != "-";
+    const std::unique_ptr<std::FILE, void (*)(std::FILE *)> file(named ? std::fopen(path.c_str(), "rb") : stdin,
+                                                                 named ? close_file : [](std::FILE *) {});
+    std::string text;
+    std::array<char, 65536> part{};
+    size_t read = 0;
+    while (file && (read = std::fread(part.data(), 1, part.size(), file.get())) > 0) {
+        text.append(part.data(), read);
     }
-    std::istream &in = path == "-" ? std::cin : file;
-    std::string text{std::istreambuf_iterator<char>(in), {}};
-    if (!in || in.bad()) {
+    if (!file || std::ferror(file.get()) != 0) {
         throw input_error(joined(path, ": cannot be read: ", std::strerror(errno)));
     }
     return text;

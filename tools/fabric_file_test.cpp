@@ -150,7 +150,10 @@ TEST(fabric_file, links_join_two_switches_by_interfaces_of_their_own) {
     EXPECT_EQ(link("a fc1/2", "c fc1/1"), "f.toml:16: link to \"c\", but there is no such switch");
     EXPECT_EQ(link("a fc1/2", "a fc1/3"), "f.toml:16: link from \"a\" to itself");
     EXPECT_EQ(link("a fc1/1", "b fc1/2"), "f.toml:16: a fc1/1 has a link already, on line 14");
-    EXPECT_EQ(link("a fc1/2", "b eth0"), "f.toml:16: \"eth0\" is no interface: \"fc1/1\" and \"port-channel 1\" are");
+    for (const std::string name : {"eth0", "mgmt0", "vsan1", "", "fc1", "fc1/1 "}) {
+        EXPECT_EQ(link("a fc1/2", ("b " + name).c_str()),
+                  "f.toml:16: \"" + name + "\" is no interface for a link: \"fc1/1\" and \"port-channel 1\" are");
+    }
     EXPECT_EQ(link("a", "b fc1/2"), "f.toml:16: link to \"a\" names no interface: \"a fc1/1\" would");
     EXPECT_EQ(complaint("[[link]]\nends = [\"a fc1/2\"]\n"),
               "f.toml:17: a link has two ends: [\"edge-1 fc1/1\", \"core-1 fc1/1\"]");

@@ -163,10 +163,7 @@ class drawing {
 
 } // namespace
 
-std::string_view shape_name(fabric_shape shape) {
-    constexpr std::string_view names[] = {"core-edge", "ring", "mesh"};
-    return names[static_cast<size_t>(shape)];
-}
+std::string_view shape_name(fabric_shape shape) { return shape_names[static_cast<size_t>(shape)]; }
 
 std::string generate_fabric(const fabric_plan &plan) { return drawing(plan).text(); }
 

@@ -1,6 +1,7 @@
 // Fabrics of any size, written as fabric files: the same plan gives the same file everywhere.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -21,7 +22,8 @@ struct fabric_plan {
     uint32_t events = 0; ///< links that fail and come back: one every two seconds
 };
 
-/// The word of the command line.
+/// The words of the command line, in the order of the shapes.
+inline constexpr std::array<const char *, 3> shape_names{"core-edge", "ring", "mesh"};
 std::string_view shape_name(fabric_shape shape);
 
 /// The text of a fabric file.
