@@ -142,15 +142,16 @@ struct avx2 {
     template <const layout &L, uint32_t Stride, bool Swaps>
     [[gnu::always_inline]] static uint32_t record(const uint8_t *src, uint8_t *dst, uint32_t count) {
         using head = image<L, 0, L.size, Swaps>;
-        const size_t size = L.size + size_t{Stride} * count;
+        constexpr size_t width = head::width;
+        const size_t last = L.size - width + size_t{Stride} * count;
         const head fixed_part(src, dst);
-        const auto last = swapped<head::width, Swaps>(src + size - head::width);
-        if (size > L.size + head::width) [[unlikely]] {
-            middle<head::width, Swaps>(src, dst, L.size, size - head::width);
+        const auto tail = swapped<width, Swaps>(src + last);
+        if (count > width / Stride) [[unlikely]] {
+            middle<width, Swaps>(src, dst, L.size, last);
         }
-        lane<head::width>::store(dst + size - head::width, last);
+        lane<width>::store(dst + last, tail);
         fixed_part.store(dst);
-        return static_cast<uint32_t>(size);
+        return L.size + Stride * count;
     }
 };
 

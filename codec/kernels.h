@@ -2,6 +2,7 @@
 // program loads.
 #pragma once
 
+#include "codec/isa_scalar.h"
 #include "codec/messages/query.h"
 #include "codec/messages/route.h"
 #include "codec/odd.h"
@@ -42,13 +43,16 @@ using all_layouts = layouts<
 
 using kernel_table = std::array<kernel, all_layouts::count>;
 
-extern const kernel_table scalar_kernels;
 #ifdef RIBKIT_HAS_AVX2
+extern const kernel_table scalar_kernels;
 extern const kernel_table avx2_kernels;
-#endif
 
 /// The table in use; the scalar one until the program has been loaded, so that no call can come too early.
 [[gnu::visibility("hidden")]] extern const kernel *active_kernels;
+#else
+inline constexpr kernel_table only_kernels = all_layouts::kernels<scalar>();
+inline constexpr const kernel *active_kernels = only_kernels.data();
+#endif
 
 template <const layout &L> [[gnu::always_inline]] inline uint32_t send(const void *src, void *dst) {
     return active_kernels[all_layouts::index<L>()].to_network(static_cast<const uint8_t *>(src),

@@ -48,4 +48,13 @@ inline char *put_label(char *to, uint32_t word) {
     return put(put_hex(to, word, 2), "'h");
 }
 
+/// A domain, "0x%02x(%d)".
+inline void domain_to_str(uint32_t domain, char *str) {
+    str = put_char(put_hex(put(str, "0x"), domain, 2), '(');
+    put(put_decimal(str, static_cast<uint8_t>(domain)), ")\0");
+}
+
+/// A 24-bit address, "0x%02x%02x%02x" of the three low bytes of a word.
+inline void fc_id_to_str(uint32_t word, char *str) { *put_hex(put(str, "0x"), word, 6) = '\0'; }
+
 } // namespace ribkit
