@@ -26,6 +26,9 @@ enum class row_kind : uint8_t {
 enum class meaning : uint8_t {
     plain,
     client,
+    operation,
+    action,
+    flags,
     vsan,
     fc_id,
     fc_mask,
@@ -35,7 +38,6 @@ enum class meaning : uint8_t {
     domain,
     cost,
     count,
-    time
 };
 
 enum class count_in : uint8_t { none, word, second_byte, constant };

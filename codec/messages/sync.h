@@ -22,7 +22,7 @@ inline constexpr layout ucast_route{"ucast_route",
                                         word(12, "mask", meaning::fc_mask),
                                         bytes(16, 8, "rctl"),
                                         word(24, "cost", meaning::cost),
-                                        word(28, "flag"),
+                                        word(28, "flag", meaning::flags),
                                         word(32, "n_hop", meaning::count),
                                         list(36, "hop", in::word(32), ucast_hop, 8),
                                     }};
