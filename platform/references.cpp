@@ -77,7 +77,7 @@ class slot_table {
         if (used_blocks_ == blocks_.size()) {
             throw std::bad_alloc{};
         }
-        free_.reserve((used_blocks_ + 1) * block_size); // so that giving back never allocates
+        free_.reserve(size_t{used_blocks_ + 1} * block_size); // so that giving back never allocates
         blocks_[used_blocks_].store(new block, std::memory_order_release);
         for (uint32_t index = block_size; index-- != 0;) {
             free_.push_back(used_blocks_ * block_size + index);
