@@ -40,7 +40,8 @@ static void *serve(void *argument) {
     if (qip_recv(handle, &request, NULL) == 0) {
         const void *update = qip_payload_get(&request);
         const uint32_t words[5] = {RIB_OK, rib_ntoh_fcurt_update_get_oper(update),
-                                   rib_ntoh_fcurt_update_get_vsan(update), rib_ntoh_fcurt_update_get_n_route(update), 0};
+                                   rib_ntoh_fcurt_update_get_vsan(update), rib_ntoh_fcurt_update_get_n_route(update),
+                                   0};
         uint8_t answer[answer_size];
         rib_hton_fcurt_rsp(words, answer);
         rib_wrap_qip_rsp(handle, &request, answer, sizeof answer);
