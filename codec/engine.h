@@ -41,7 +41,7 @@ constexpr bool is_fixed(const layout &l) {
     return true;
 }
 
-/// Rows without the list rows that cut them apart: a maximal run of fixed rows.
+/// A maximal run of fixed rows, between the list rows that cut them apart; a gap at its end is not part of it.
 struct segment {
     size_t first, last;  // rows, last excluded
     uint32_t begin, end; // bytes
@@ -67,6 +67,9 @@ constexpr segment segment_of(const layout &l, size_t wanted) {
     size_t last = first;
     while (last < l.n_rows && is_fixed_row(l.rows[last])) {
         ++last;
+    }
+    while (last > first + 1 && l.rows[last - 1].kind == row_kind::gap) {
+        --last;
     }
     return {first, last, l.rows[first].offset, l.rows[last - 1].offset + l.rows[last - 1].size};
 }
