@@ -13,11 +13,6 @@ namespace {
 
 using clock = std::chrono::steady_clock;
 
-uint32_t spins() {
-    static const uint32_t count = std::thread::hardware_concurrency() > 1 ? 400 : 0;
-    return count;
-}
-
 void pause_processor() {
 #if defined(__x86_64__) || defined(__i386__)
     __builtin_ia32_pause();
@@ -64,8 +59,8 @@ struct mailbox::waiter {
         }
     }
 
-    [[nodiscard]] bool spin() const {
-        for (uint32_t left = spins(); left != 0; --left) {
+    [[nodiscard]] bool spin(uint32_t turns) const {
+        for (uint32_t left = turns; left != 0; --left) {
             if (ended.load(std::memory_order_acquire)) {
                 return true;
             }
@@ -74,6 +69,23 @@ struct mailbox::waiter {
         return false;
     }
 };
+
+uint32_t spin_habit::turns() {
+    static const bool alone = std::thread::hardware_concurrency() < 2;
+    if (alone) {
+        return 0;
+    }
+    const uint32_t wait = waits_.fetch_add(1, std::memory_order_relaxed);
+    return wait % probe_every == 0 ? most : turns_.load(std::memory_order_relaxed);
+}
+
+void spin_habit::learn(uint32_t turns, bool helped) {
+    if (helped) {
+        turns_.store(most, std::memory_order_relaxed);
+    } else if (turns != 0) {
+        turns_.store(turns / 4, std::memory_order_relaxed);
+    }
+}
 
 door &mailbox::add_door(uint32_t bound) { return doors_.emplace_back(door{.bound = bound}); }
 
@@ -169,7 +181,10 @@ int mailbox::receive(const selector &selected, message_ptr &letter) {
     waiter self{.selected = selected};
     waiters_.push_back(&self);
     locked.unlock();
-    const int error = self.spin() ? self.error : sleep(self, selected, locked);
+    const uint32_t turns = habit_.turns();
+    const bool ended = self.spin(turns);
+    habit_.learn(turns, ended);
+    const int error = ended ? self.error : sleep(self, selected, locked);
     letter = std::move(self.letter);
     return error;
 }

@@ -35,6 +35,21 @@ struct door {
     [[nodiscard]] bool has_room() const { return waiting < bound; }
 };
 
+/// How long it pays to spin before sleeping: long where spinning helped the last time, not at all where it did not (both
+/// threads may share a processor), with a try from time to time.
+class spin_habit {
+  public:
+    uint32_t turns();
+    void learn(uint32_t turns, bool helped);
+
+  private:
+    static constexpr uint32_t most = 400;
+    static constexpr uint32_t probe_every = 64;
+
+    std::atomic<uint32_t> turns_{most};
+    std::atomic<uint32_t> waits_{0};
+};
+
 /// All but `receive` are called with the office's lock held.
 class mailbox {
   public:
@@ -83,6 +98,7 @@ class mailbox {
     std::deque<message_ptr> answers_;
     std::unordered_set<uint32_t> awaited_;
     std::vector<waiter *> waiters_;
+    spin_habit habit_;
     bool closed_ = false;
 };
 
