@@ -10,6 +10,7 @@
 #define RIB_WRAP_H
 
 #include "qip.h"
+#include "rib_check.h"
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -84,12 +85,10 @@ uint32_t rib_wrap_cmi_send(uint32_t handle, const struct rib_wrap_msg *req);
 uint32_t rib_wrap_cmi_send_non_blk(uint32_t handle, struct qip_ref *ref_out, const struct rib_wrap_msg *req);
 
 /**
- * Sends a request in an envelope and waits for its enveloped answer, 10 seconds at most. The envelope is opened without
- * asking whether its fixed part is there: a receiver that cannot trust its peer uses rib_wrap_qip_req_rsp and
- * rib_check_cmi_answer.
+ * Sends a request in an envelope and waits for its enveloped answer, 10 seconds at most.
  * @param answer as for rib_wrap_qip_req_rsp; payload and payload_size are those of the envelope's content
  * @return result code; RIB_BAD_PARAMETERS, with the answer filled and to be dropped all the same, where the envelope's
- *         length disagrees with what was received
+ *         length disagrees with what was received (payload_size is 0 where not even the length was)
  */
 uint32_t rib_wrap_cmi_req_rsp(uint32_t handle, struct rib_wrap_msg *req, struct rib_wrap_msg *answer);
 
@@ -105,6 +104,17 @@ uint32_t rib_wrap_cmi_rsp(uint32_t handle, const struct qip_ref *req_ref, const 
  */
 uint32_t rib_wrap_cmi_recv(const void *envelope, uint32_t size, uint32_t *opcode, const uint8_t **payload,
                            uint32_t *payload_length);
+
+/**
+ * Whether received bytes are a request envelope that rib_wrap_cmi_recv may open. The sender's name is not looked at: it
+ * has at most 100 bytes, terminated or not.
+ * @param report filled when it refuses
+ * @return 0; RIB_BAD_PARAMETERS where bytes are missing; RIB_EXCESS_DATA where bytes remain behind the content
+ */
+uint32_t rib_check_cmi_request(const void *envelope, uint32_t size, struct rib_check_report *report);
+
+/** As rib_check_cmi_request, for an answer's envelope. */
+uint32_t rib_check_cmi_answer(const void *envelope, uint32_t size, struct rib_check_report *report);
 
 /** Outstanding request tokens in no particular order; the same one may stand there twice. */
 struct rib_token {

@@ -68,8 +68,6 @@ const char *kind_text(uint32_t kind) {
     }
 }
 
-bool is_off(const history &kept, uint32_t event_id, uint32_t subtype) { return kept.off.contains({event_id, subtype}); }
-
 } // namespace
 
 void yelk_hist_qip_event(uint32_t kind, const struct qip_ref *ref, uint32_t /*unused*/, uint32_t /*unused*/) {
@@ -84,13 +82,16 @@ void yelk_hist_qip_event(uint32_t kind, const struct qip_ref *ref, uint32_t /*un
 int yelk_hist_event_subtype_check(uint32_t event_id, uint32_t subtype) {
     history &kept = past();
     const std::scoped_lock lock{kept.lock};
-    return is_off(kept, event_id, subtype) ? 1 : 0;
+    return kept.off.contains({event_id, subtype}) ? 1 : 0;
 }
 
 void yelk_hist_event(uint32_t event_id, uint32_t length, const void *record_bytes) {
     constexpr uint32_t most_text = 1024;
     uint32_t subtype = 0;
     std::memcpy(&subtype, record_bytes, std::min<size_t>(length, sizeof subtype));
+    if (yelk_hist_event_subtype_check(event_id, subtype) != 0) {
+        return;
+    }
     std::string text = printed("event %#" PRIx32 " subtype %" PRIu32, event_id, subtype);
     if (length > sizeof subtype) {
         const char *said = static_cast<const char *>(record_bytes) + sizeof subtype;

@@ -39,18 +39,20 @@ template <typename Action> int at(uint32_t handle, const Action &action) {
 
 bool may_wait(const qip_send_opts *opts) { return opts == nullptr || (opts->word[0] != 1 && opts->word[1] == 0); }
 
-// A reference to what was sent keeps its token only: the payload is on its way.
-void hold_sent(uint32_t token, qip_ref *ref) {
+// A reference to what was sent keeps its token and size only: the payload is on its way.
+void hold_sent(uint32_t token, uint32_t size, qip_ref *ref) {
     auto record = std::make_unique<message>();
     record->token = token;
+    record->size = size;
     hold(std::move(record), *ref);
 }
 
 int send_new(endpoint &from, const qip_addr &to, message_ptr letter, const qip_send_opts *opts, qip_ref *ref_out) {
     uint32_t token = 0;
+    const uint32_t size = letter->size;
     const int error = from.send(to, std::move(letter), may_wait(opts), ref_out == nullptr ? nullptr : &token);
     if (error == 0 && ref_out != nullptr) {
-        hold_sent(token, ref_out);
+        hold_sent(token, size, ref_out);
     }
     return error;
 }
@@ -61,9 +63,10 @@ int send_answer(endpoint &from, const qip_ref *req_ref, message_ptr letter, qip_
         return EINVAL;
     }
     letter->opcode = 0;
+    const uint32_t size = letter->size;
     const int error = from.answer(*request, std::move(letter));
     if (error == 0 && ref_out != nullptr) {
-        hold_sent(request->token, ref_out);
+        hold_sent(request->token, size, ref_out);
     }
     return error;
 }

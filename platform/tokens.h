@@ -10,14 +10,17 @@ namespace ribkit::platform {
 
 class token_source {
   public:
-    explicit token_source(uint32_t first = 1) : next_(first) {}
-
     uint32_t take() {
         const std::scoped_lock lock{mutex_};
         while (next_ == 0 || !in_use_.insert(next_).second) {
             ++next_;
         }
         return next_++;
+    }
+
+    void continue_at(uint32_t token) {
+        const std::scoped_lock lock{mutex_};
+        next_ = token;
     }
 
     void give_back(uint32_t token) {
@@ -28,7 +31,7 @@ class token_source {
   private:
     std::mutex mutex_;
     std::unordered_set<uint32_t> in_use_;
-    uint32_t next_;
+    uint32_t next_ = 1;
 };
 
 /// A token for as long as it lives.

@@ -14,18 +14,8 @@ constexpr uint32_t answer_wait = 20; // seconds
 
 uint32_t send_request(uint32_t handle, qip_addr to, const rib_wrap_msg &req, qip_ref *ref_out,
                       const qip_send_opts *opts, const char *failure) {
-    if (qip_send(handle, &to, req.opcode, req.payload, req.payload_size, ref_out, nullptr, opts) == 0) {
-        return RIB_OK;
-    }
-    const int error = errno;
-    rib_printf_req_fail(req.uuid, failure, static_cast<unsigned>(error));
-    return platform_failure(error);
-}
-
-uint32_t trace_failure(const char *failure) {
-    const int error = errno;
-    rib_printf_time(failure, static_cast<unsigned>(error));
-    return platform_failure(error);
+    const int result = qip_send(handle, &to, req.opcode, req.payload, req.payload_size, ref_out, nullptr, opts);
+    return result == 0 ? RIB_OK : trace_failed_request(req.uuid, failure);
 }
 
 uint32_t request_and_await(uint32_t handle, qip_addr to, rib_wrap_msg &req, rib_wrap_msg &answer) {

@@ -1,17 +1,13 @@
-// Awaiting an answer, the same for plain and enveloped requests.
+// The steps that plain and enveloped messages share.
 #include "wrap/service.h"
 
 #include "rib_trace.h"
 #include "yelk.h"
 
 #include <cerrno>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 namespace ribkit::wrap {
-
-void *allocate(uint64_t size) { return size > SIZE_MAX ? nullptr : std::malloc(static_cast<size_t>(size)); }
 
 void clear_reference(qip_ref *ref) {
     constexpr size_t cleared = 25; // the last three of its 28 keep what they held
@@ -23,6 +19,18 @@ void clear_reference(qip_ref *ref) {
 void prepare(rib_wrap_msg &request, rib_wrap_msg &answer) {
     clear_reference(&request.ref);
     std::memset(&answer, 0, sizeof answer);
+}
+
+uint32_t trace_failure(const char *failure) {
+    const int error = errno;
+    rib_printf_time(failure, static_cast<unsigned>(error));
+    return platform_failure(error);
+}
+
+uint32_t trace_failed_request(uint32_t uuid, const char *failure) {
+    const int error = errno;
+    rib_printf_req_fail(uuid, failure, static_cast<unsigned>(error));
+    return platform_failure(error);
 }
 
 uint32_t await_answer(uint32_t handle, rib_wrap_msg &request, rib_wrap_msg &answer, uint32_t seconds) {

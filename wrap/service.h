@@ -13,11 +13,12 @@ inline constexpr qip_addr to_modules{0xff000001, 0};
 
 constexpr uint32_t platform_failure(int error) { return RIB_PLATFORM_FAILURE | (static_cast<uint32_t>(error) & 0xfff); }
 
-/// As malloc, for sizes that the host may not be able to address.
-void *allocate(uint64_t size);
-
 /// Clears 25 of the reference's 28 bytes; null is left alone.
 void clear_reference(qip_ref *ref);
+
+/// Right after a failed call: traces a text with %u for errno; the failure's code.
+uint32_t trace_failure(const char *failure);
+uint32_t trace_failed_request(uint32_t uuid, const char *failure);
 
 /// The first step of a request that is awaited: its reference cleared, the answer all zero.
 void prepare(rib_wrap_msg &request, rib_wrap_msg &answer);

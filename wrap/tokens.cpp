@@ -1,12 +1,19 @@
 // The tokens of requests still unanswered: a small unordered array, searched from its start.
 #include "rib_codes.h"
 #include "rib_wrap.h"
-#include "wrap/service.h"
 
+#include <cstdint>
 #include <cstdlib>
 
+namespace {
+
+// More than the host can address is never there.
+void *allocate(uint64_t size) { return size > SIZE_MAX ? nullptr : std::malloc(static_cast<size_t>(size)); }
+
+} // namespace
+
 uint32_t rib_token_alloc(struct rib_token *list, uint32_t capacity) {
-    list->tokens = static_cast<uint32_t *>(ribkit::wrap::allocate(uint64_t{capacity} * sizeof *list->tokens));
+    list->tokens = static_cast<uint32_t *>(allocate(uint64_t{capacity} * sizeof *list->tokens));
     if (list->tokens == nullptr) {
         return RIB_OUT_OF_MEMORY;
     }

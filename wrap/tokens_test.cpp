@@ -1,5 +1,6 @@
 #include "rib_codes.h"
 #include "rib_wrap.h"
+#include "testing/alloc_failure.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -64,6 +65,25 @@ TEST(tokens, release_twice) {
     rib_token_release(&unallocated);
     EXPECT_EQ(unallocated.count, 5U);
     EXPECT_EQ(unallocated.capacity, 6U);
+}
+
+TEST(tokens, no_memory_leaves_the_counts) {
+    rib_token list{nullptr, 5, 6};
+    const ribkit::testing::failing_allocation failing{1};
+    EXPECT_EQ(rib_token_alloc(&list, 3), RIB_OUT_OF_MEMORY);
+    EXPECT_EQ(list.tokens, nullptr);
+    EXPECT_EQ(list.count, 5U);
+    EXPECT_EQ(list.capacity, 6U);
+}
+
+TEST(tokens, storage_is_freed_once) {
+    const ribkit::testing::failing_allocation watching{1000};
+    rib_token list{};
+    EXPECT_EQ(rib_token_alloc(&list, 3), RIB_OK);
+    EXPECT_EQ(ribkit::testing::blocks_kept(), 1U);
+    rib_token_release(&list);
+    rib_token_release(&list);
+    EXPECT_EQ(ribkit::testing::blocks_kept(), 0U);
 }
 
 uint32_t in_model(const std::vector<uint32_t> &model, uint32_t token) {
