@@ -1,0 +1,187 @@
+// Sets of small integers over the caller's bytes. Words at a time wherever more than one byte is looked at; loops that
+// only combine bytes are left to the compiler, which turns them into vectors.
+#include "rib_codes.h"
+#include "rib_mem.h"
+#include "rib_trace.h"
+
+#include <bit>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr int label_width = 15;
+constexpr uint32_t bytes_a_line = 16;
+constexpr uint32_t word_size = sizeof(uint64_t);
+constexpr uint32_t stride = 4 * word_size;
+constexpr uint32_t block_size = 16 * word_size;
+
+uint64_t load(const uint8_t *from) {
+    uint64_t word;
+    std::memcpy(&word, from, sizeof word);
+    return word;
+}
+
+uint8_t bit_of(uint32_t position) { return static_cast<uint8_t>(1U << (position & 7)); }
+
+// The byte just past the length counts as inside.
+bool outside(uint32_t length, uint32_t position) { return position >> 3 > length; }
+
+// The first byte at or after `at` that is not `idle`, or `length`.
+uint32_t skip_idle(const uint8_t *map, uint32_t length, uint32_t at, uint8_t idle) {
+    const uint64_t idle_word = idle * UINT64_C(0x0101010101010101);
+    for (; length - at >= stride; at += stride) {
+        const uint8_t *next = map + at;
+        if (((load(next) ^ idle_word) | (load(next + 8) ^ idle_word) | (load(next + 16) ^ idle_word) |
+             (load(next + 24) ^ idle_word)) != 0) {
+            break;
+        }
+    }
+    while (length - at >= word_size && load(map + at) == idle_word) {
+        at += word_size;
+    }
+    while (at < length && map[at] == idle) {
+        at++;
+    }
+    return at;
+}
+
+// Finds the lowest bit at or after `start` that differs from `idle`'s.
+uint32_t find(const uint8_t *map, uint32_t length, uint32_t start, uint8_t idle, uint32_t *position) {
+    *position = 0;
+    uint32_t at = start >> 3;
+    if (at >= length) {
+        return RIB_FAILED;
+    }
+    uint32_t hits = static_cast<uint32_t>(map[at] ^ idle) >> (start & 7) << (start & 7);
+    if (hits == 0) {
+        at = skip_idle(map, length, at + 1, idle);
+        if (at == length) {
+            return RIB_FAILED;
+        }
+        hits = static_cast<uint32_t>(map[at] ^ idle);
+    }
+    *position = at * 8 + static_cast<uint32_t>(std::countr_zero(hits));
+    return RIB_OK;
+}
+
+// The number of set bits of each byte, in that byte.
+uint64_t ones_per_byte(uint64_t word) {
+    word -= word >> 1 & UINT64_C(0x5555555555555555);
+    word = (word & UINT64_C(0x3333333333333333)) + (word >> 2 & UINT64_C(0x3333333333333333));
+    return (word + (word >> 4)) & UINT64_C(0x0f0f0f0f0f0f0f0f);
+}
+
+uint32_t sum_of_bytes(uint64_t word) {
+    word = (word & UINT64_C(0x00ff00ff00ff00ff)) + (word >> 8 & UINT64_C(0x00ff00ff00ff00ff));
+    return static_cast<uint32_t>(word * UINT64_C(0x0001000100010001) >> 48);
+}
+
+// A byte of the sum holds the ones of 16 bytes, 128 at most.
+uint32_t ones_of_block(const uint8_t *block) {
+    uint64_t sum = 0;
+    for (uint32_t i = 0; i < block_size; i += word_size) {
+        sum += ones_per_byte(load(block + i));
+    }
+    return sum_of_bytes(sum);
+}
+
+} // namespace
+
+uint32_t bmap_init(uint8_t *map, uint32_t length) {
+    std::memset(map, 0, length);
+    return RIB_OK;
+}
+
+uint32_t bmap_set(uint8_t *map, uint32_t length, uint32_t position) {
+    if (outside(length, position)) {
+        rib_printf_time("bmap_set() bad pos %u!\n", position);
+        return RIB_BAD_PARAMETERS;
+    }
+    map[position >> 3] |= bit_of(position);
+    return RIB_OK;
+}
+
+uint32_t bmap_clr(uint8_t *map, uint32_t length, uint32_t position) {
+    if (outside(length, position)) {
+        rib_printf_time("bmap_clr() bad pos %u!\n", position);
+        return RIB_BAD_PARAMETERS;
+    }
+    map[position >> 3] &= static_cast<uint8_t>(~bit_of(position));
+    return RIB_OK;
+}
+
+uint32_t bmap_is_set(const uint8_t *map, uint32_t length, uint32_t position) {
+    if (outside(length, position)) {
+        rib_printf_time("bmap_is_set() bad pos %u!\n", position);
+        return 0;
+    }
+    return map[position >> 3] >> (position & 7) & 1;
+}
+
+uint32_t bmap_is_clr(const uint8_t *map, uint32_t length, uint32_t position) {
+    if (outside(length, position)) {
+        rib_printf_time("bmap_is_clr() bad pos %u!\n", position);
+        return 1;
+    }
+    return (map[position >> 3] >> (position & 7) & 1) ^ 1;
+}
+
+uint32_t bmap_next_set(const uint8_t *map, uint32_t length, uint32_t start, uint32_t *position) {
+    return find(map, length, start, 0x00, position);
+}
+
+uint32_t bmap_next_clr(uint8_t *map, uint32_t length, uint32_t start, uint32_t *position) {
+    const uint32_t result = find(map, length, start, 0xff, position);
+    if (result == RIB_OK) {
+        map[*position >> 3] |= bit_of(*position);
+    }
+    return result;
+}
+
+uint32_t bmap_count(const uint8_t *map, uint32_t length) {
+    uint32_t ones = 0;
+    size_t at = 0;
+    for (; length - at >= block_size; at += block_size) {
+        ones += ones_of_block(map + at);
+    }
+    for (; length - at >= word_size; at += word_size) {
+        ones += sum_of_bytes(ones_per_byte(load(map + at)));
+    }
+    uint64_t rest = 0;
+    std::memcpy(&rest, map + at, length - at);
+    return ones + sum_of_bytes(ones_per_byte(rest));
+}
+
+uint32_t bmap_is_same(const uint8_t *a, const uint8_t *b, uint32_t length) {
+    return std::memcmp(a, b, length) == 0 ? 1 : 0;
+}
+
+uint32_t bmap_or(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out) {
+    for (size_t i = 0; i < length; i++) {
+        out[i] = static_cast<uint8_t>(a[i] | b[i]);
+    }
+    return RIB_OK;
+}
+
+uint32_t bmap_to_set(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out) {
+    for (size_t i = 0; i < length; i++) {
+        out[i] = static_cast<uint8_t>(b[i] & ~a[i]);
+    }
+    return RIB_OK;
+}
+
+uint32_t bmap_to_clr(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out) {
+    return bmap_to_set(b, a, length, out);
+}
+
+void bmap_show(const uint8_t *map, uint32_t length, const char *label) {
+    std::printf("%-*.*s\t", label_width, label_width, label);
+    for (uint32_t i = 0; i < length; i++) {
+        std::printf("%02x ", map[i]);
+        if ((i + 1) % bytes_a_line == 0 && i + 1 < length) {
+            std::printf("\n\t\t");
+        }
+    }
+    std::printf("\n");
+}

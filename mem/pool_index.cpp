@@ -1,0 +1,143 @@
+#include "mem/pool.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace ribkit {
+
+namespace {
+
+constexpr uintptr_t spread = static_cast<uintptr_t>(UINT64_C(0x9e3779b97f4a7c15) >> (64 - tree_word_bits));
+
+uintptr_t address(const void *at) { return reinterpret_cast<uintptr_t>(at); }
+
+pool_chunk **bucket(const pool_index &index, uintptr_t granule) {
+    return index.buckets + (granule * spread >> index.bucket_shift);
+}
+
+void file(pool_index &index, pool_chunk *chunk) {
+    pool_chunk **head = bucket(index, address(chunk->data) >> index.granule_shift);
+    chunk->same_bucket = *head;
+    *head = chunk;
+}
+
+void set_capacity(pool_index &index, uint32_t capacity) {
+    index.capacity = capacity;
+    index.shape = tree_shape(capacity);
+    index.bucket_shift = tree_word_bits - static_cast<uint32_t>(std::countr_zero(2 * capacity));
+}
+
+void use_first_arrays(pool_index &index) {
+    set_capacity(index, pool_index::first_capacity);
+    index.slots = index.first_slots;
+    index.buckets = index.first_buckets;
+    index.room = index.first_room;
+    index.block = nullptr;
+}
+
+void add_slot(struct pool &pool, pool_chunk *chunk) {
+    pool_index &index = pool.index;
+    chunk->slot = index.next_slot++;
+    index.slots[chunk->slot] = chunk;
+    if (chunk->used < pool.chunk_size) {
+        tree_insert(index.room, index.shape, chunk->slot);
+    }
+}
+
+// Numbers the chunks anew, without the gaps that removed ones left.
+void close_gaps(struct pool &pool) {
+    pool_index &index = pool.index;
+    std::memset(index.room, 0, index.shape.words * sizeof *index.room);
+    index.next_slot = 0;
+    for (pool_chunk *chunk = pool.first; chunk != nullptr; chunk = chunk->next) {
+        add_slot(pool, chunk);
+    }
+}
+
+void file_all(struct pool &pool) {
+    for (pool_chunk *chunk = pool.first; chunk != nullptr; chunk = chunk->next) {
+        file(pool.index, chunk);
+    }
+}
+
+bool grow(struct pool &pool) {
+    pool_index &index = pool.index;
+    const size_t capacity = size_t{2} * index.capacity;
+    const size_t pointers = 3 * capacity * sizeof(pool_chunk *);
+    void *block = std::calloc(1, pointers + tree_shape(static_cast<uint32_t>(capacity)).words * sizeof(tree_word));
+    if (block == nullptr) {
+        return false;
+    }
+    std::free(index.block);
+    set_capacity(index, static_cast<uint32_t>(capacity));
+    index.block = block;
+    index.slots = static_cast<pool_chunk **>(block);
+    index.buckets = index.slots + capacity;
+    index.room = reinterpret_cast<tree_word *>(index.buckets + 2 * capacity);
+    close_gaps(pool);
+    file_all(pool);
+    return true;
+}
+
+pool_chunk *holder_in(const struct pool &pool, uintptr_t granule, const void *item) {
+    pool_chunk *chunk = *bucket(pool.index, granule);
+    while (chunk != nullptr && address(item) - address(chunk->data) >= pool.area) {
+        chunk = chunk->same_bucket;
+    }
+    return chunk;
+}
+
+} // namespace
+
+void index_start(struct pool &pool) {
+    use_first_arrays(pool.index);
+    while (pool.index.granule_shift < tree_word_bits - 1 && pool.area >> pool.index.granule_shift > 1) {
+        pool.index.granule_shift++;
+    }
+    pool.index.granule_shift++;
+}
+
+void index_end(struct pool &pool) { std::free(pool.index.block); }
+
+// Half of the slots being gaps pays for numbering anew; short of memory, any gap will do.
+bool index_reserve(struct pool &pool) {
+    const pool_index &index = pool.index;
+    if (index.next_slot < index.capacity) {
+        return true;
+    }
+    if (index.chunks > index.capacity / 2 && grow(pool)) {
+        return true;
+    }
+    close_gaps(pool);
+    return index.next_slot < index.capacity;
+}
+
+void index_add(struct pool &pool, pool_chunk *chunk) {
+    add_slot(pool, chunk);
+    file(pool.index, chunk);
+    pool.index.chunks++;
+}
+
+void index_remove(struct pool &pool, pool_chunk *chunk) {
+    pool_index &index = pool.index;
+    tree_erase(index.room, index.shape, chunk->slot);
+    pool_chunk **link = bucket(index, address(chunk->data) >> index.granule_shift);
+    while (*link != chunk) {
+        link = &(*link)->same_bucket;
+    }
+    *link = chunk->same_bucket;
+    index.chunks--;
+}
+
+pool_chunk *index_roomy(const struct pool &pool) {
+    const pool_index &index = pool.index;
+    return tree_empty(index.room, index.shape) ? nullptr : index.slots[tree_lowest(index.room, index.shape)];
+}
+
+pool_chunk *index_holder(const struct pool &pool, const void *item) {
+    const uintptr_t granule = address(item) >> pool.index.granule_shift;
+    pool_chunk *chunk = holder_in(pool, granule, item);
+    return chunk != nullptr ? chunk : holder_in(pool, granule - 1, item);
+}
+
+} // namespace ribkit

@@ -1,0 +1,88 @@
+#include "testing/alloc_failure.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+// The linker's names: a call of malloc arrives at __wrap_malloc, and __real_malloc is the C library's.
+extern "C" {
+void *__real_malloc(size_t size);
+void *__real_calloc(size_t count, size_t size);
+void *__real_realloc(void *block, size_t size);
+void __real_free(void *block);
+void *__wrap_malloc(size_t size);
+void *__wrap_calloc(size_t count, size_t size);
+void *__wrap_realloc(void *block, size_t size);
+void __wrap_free(void *block);
+}
+
+namespace ribkit::testing {
+
+namespace {
+
+bool armed = false;
+size_t allocations = 0;
+size_t failing = 0;
+failing_allocation::how often_failing = failing_allocation::how::once;
+std::array<void *, 4096> kept{};
+size_t kept_count = 0;
+
+bool fails() {
+    if (!armed) {
+        return false;
+    }
+    allocations++;
+    return allocations == failing || (allocations > failing && often_failing == failing_allocation::how::onwards);
+}
+
+void *keep(void *block) {
+    if (armed && block != nullptr && kept_count < kept.size()) {
+        kept[kept_count++] = block;
+    }
+    return block;
+}
+
+void let_go(const void *block) {
+    void **end = kept.data() + kept_count;
+    void **found = std::find(kept.data(), end, block);
+    if (found != end) {
+        *found = kept[--kept_count];
+        kept[kept_count] = nullptr;
+    }
+}
+
+} // namespace
+
+failing_allocation::failing_allocation(size_t n, how often) {
+    allocations = 0;
+    failing = n;
+    often_failing = often;
+    armed = true;
+}
+
+failing_allocation::~failing_allocation() { armed = false; }
+
+bool failing_allocation::happened() const { return allocations >= failing; }
+
+size_t blocks_kept() { return kept_count; }
+
+} // namespace ribkit::testing
+
+using namespace ribkit::testing;
+
+void *__wrap_malloc(size_t size) { return fails() ? nullptr : keep(__real_malloc(size)); }
+
+void *__wrap_calloc(size_t count, size_t size) { return fails() ? nullptr : keep(__real_calloc(count, size)); }
+
+void *__wrap_realloc(void *block, size_t size) {
+    if (fails()) {
+        return nullptr;
+    }
+    let_go(block);
+    return keep(__real_realloc(block, size));
+}
+
+void __wrap_free(void *block) {
+    let_go(block);
+    __real_free(block);
+}
