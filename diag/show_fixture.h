@@ -79,10 +79,4 @@ class random_fields {
 
 inline constexpr int random_rounds = 2000;
 
-/// What a display returns and prints.
-template <typename Result> struct shown {
-    Result result;
-    std::string text;
-};
-
 } // namespace ribkit::testing
