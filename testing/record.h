@@ -11,39 +11,17 @@ namespace ribkit::testing {
 class record {
   public:
     record() = default;
-    record(std::initializer_list<uint32_t> words) {
-        for (const uint32_t value : words) {
-            word(value);
-        }
-    }
+    record(std::initializer_list<uint32_t> words);
 
-    record &byte(uint32_t value) {
-        bytes_.push_back(static_cast<uint8_t>(value));
-        return *this;
-    }
-    record &half(uint32_t value) { return byte(value >> 8).byte(value); }
-    record &word(uint32_t value) { return half(value >> 16).half(value); }
-    record &words(std::initializer_list<uint32_t> values) {
-        for (const uint32_t value : values) {
-            word(value);
-        }
-        return *this;
-    }
+    record &byte(uint32_t value);
+    record &half(uint32_t value);
+    record &word(uint32_t value);
+    record &words(std::initializer_list<uint32_t> values);
     /// `room` bytes: the string, and zeros behind it.
-    record &name(std::string_view value, size_t room) {
-        bytes_.insert(bytes_.end(), value.begin(), value.end());
-        bytes_.resize(bytes_.size() + room - value.size());
-        return *this;
-    }
+    record &name(std::string_view value, size_t room);
     /// Zeros up to `size` bytes in all.
-    record &fill_to(size_t size) {
-        bytes_.resize(size);
-        return *this;
-    }
-    record &add(const record &other) {
-        bytes_.insert(bytes_.end(), other.bytes_.begin(), other.bytes_.end());
-        return *this;
-    }
+    record &fill_to(size_t size);
+    record &add(const record &other);
 
     [[nodiscard]] const uint8_t *data() const { return bytes_.data(); }
     [[nodiscard]] size_t size() const { return bytes_.size(); }
