@@ -2,11 +2,13 @@
 
 #include "mem/buddy_chunks.h"
 #include "rib_codes.h"
+#include "testing/alloc_failure.h"
 #include "testing/capture.h"
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace ribkit::testing {
 
@@ -87,11 +89,17 @@ void expect_sound(const struct bud &bud) {
 twin_buddies::twin_buddies(uint32_t total) : model_(total), bud_(bud_create(total)) {}
 twin_buddies::~twin_buddies() { bud_destroy(bud_); }
 
-void twin_buddies::alloc(uint32_t size) {
+void twin_buddies::alloc(uint32_t size, size_t failing) {
     uint32_t expected = 77;
     uint32_t index = 77;
     const uint32_t result = model_.alloc(size, &expected);
-    ASSERT_EQ(bud_alloc(bud_, size, &index), result);
+    std::optional<failing_allocation> failure;
+    if (failing != 0) {
+        failure.emplace(failing, failing_allocation::how::onwards);
+    }
+    const uint32_t answered = bud_alloc(bud_, size, &index);
+    failure.reset();
+    ASSERT_EQ(answered, result);
     ASSERT_EQ(index, expected);
     if (result == 0) {
         live_.push_back({size, index});

@@ -29,7 +29,8 @@ class twin_buddies {
     twin_buddies &operator=(const twin_buddies &) = delete;
     ~twin_buddies();
 
-    void alloc(uint32_t size);
+    /// With `failing` not 0 that allocation of memory fails, counted from 1.
+    void alloc(uint32_t size, size_t failing = 0);
     void free(uint32_t size, uint32_t index);
     /// Frees one of the blocks that were allocated and not yet freed.
     void free_any(uint32_t choice);
