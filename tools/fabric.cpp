@@ -44,12 +44,12 @@ void fabric::add_vsan(fabric_vsan vsan, uint32_t line) {
 
 void fabric::add_switch(const std::string &switch_name, uint32_t domain, uint32_t line) {
     if (!is_name(switch_name))
-        throw line_error(line, joined('"', switch_name,
-                                      "\" is no name for a switch: letters, digits, '-', '_' and '.' make one"));
+        throw line_error(
+            line, joined('"', switch_name, "\" is no name for a switch: letters, digits, '-', '_' and '.' make one"));
     check_range("domain", domain, last_domain, line);
     if (const auto same = switch_by_name_.find(switch_name); same != switch_by_name_.end())
-        throw line_error(line, joined("switch \"", switch_name, "\" is already there, on line ",
-                                      switches_[same->second].line));
+        throw line_error(
+            line, joined("switch \"", switch_name, "\" is already there, on line ", switches_[same->second].line));
     if (const auto same = switch_by_domain_.find(domain); same != switch_by_domain_.end())
         throw line_error(line, joined("domain ", domain, " is already that of \"", switches_[same->second].name, '"'));
     switch_by_name_[switch_name] = switches_.size();
@@ -67,7 +67,8 @@ fabric_port fabric::parse_port(std::string_view text, const char *what, uint32_t
         throw line_error(line, joined(what, " \"", owner, "\" names no interface: \"", owner, " fc1/1\" would"));
     fabric_port port{found->second, std::string(text.substr(blank + 1)), 0};
     if (if_index_parse(port.name.c_str(), &port.if_index) != 0 || !carries_links(port.if_index))
-        throw line_error(line, joined('"', port.name, "\" is no interface for a link: \"fc1/1\" and \"port-channel 1\" are"));
+        throw line_error(line,
+                         joined('"', port.name, "\" is no interface for a link: \"fc1/1\" and \"port-channel 1\" are"));
     return port;
 }
 
@@ -92,7 +93,10 @@ std::vector<uint32_t> fabric::checked_vsans(const std::vector<uint32_t> &ids, ui
 void fabric::add_link(const link_text &text, uint32_t line) {
     check_range("cost", text.cost, largest_cost, line);
     fabric_link link{{parse_port(text.ends[0], "link to", line), parse_port(text.ends[1], "link to", line)},
-                     text.cost, text.up, checked_vsans(text.vsans, line), line};
+                     text.cost,
+                     text.up,
+                     checked_vsans(text.vsans, line),
+                     line};
     if (link.ends[0].owner == link.ends[1].owner)
         throw line_error(line, joined("link from \"", switches_[link.ends[0].owner].name, "\" to itself"));
     for (const fabric_port &end : link.ends) {

@@ -94,8 +94,9 @@ std::string traffic_text(const client_traffic &traffic) {
 class lab {
   public:
     lab(const lab_options &options, fabric f)
-        : options_(options), fabric_(std::move(f)), tables_(options.tables, fabric_), json_(open_output(options.json_file)),
-          quiet_(options.json_file == "-"), rib_(bus), client_(bus, make_client_options()) {}
+        : options_(options), fabric_(std::move(f)), tables_(options.tables, fabric_),
+          json_(open_output(options.json_file)), quiet_(options.json_file == "-"), rib_(bus),
+          client_(bus, make_client_options()) {}
 
     int run() {
         print_head();
@@ -209,9 +210,7 @@ class lab {
 
 } // namespace
 
-double lab_run::routes_per_second() const {
-    return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
-}
+double lab_run::routes_per_second() const { return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0; }
 
 int run_lab(const lab_options &options) { return lab(options, read_fabric_file(options.fabric_file)).run(); }
 

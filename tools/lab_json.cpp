@@ -5,6 +5,7 @@
 #include "tools/lab.h"
 
 #include <array>
+#include <cmath>
 #include <iomanip>
 #include <nlohmann/json.hpp>
 
@@ -16,10 +17,13 @@ using json = nlohmann::ordered_json;
 
 std::string hex24(uint32_t value) { return joined("0x", std::hex, std::setfill('0'), std::setw(6), value); }
 
+double rounded(double seconds) { return std::round(seconds * 1e6) / 1e6; }
+
 json traffic_json(const client_traffic &t) {
-    return {{"routes_sent", t.sent()},     {"added", t.added},       {"deleted", t.deleted},
-            {"changed", t.changed},        {"refused", t.refused},   {"round_trips", t.messages},
-            {"bytes_sent", t.bytes_sent},  {"bytes_received", t.bytes_received}};
+    return {{"routes_sent", t.sent()},    {"added", t.added},
+            {"deleted", t.deleted},       {"changed", t.changed},
+            {"refused", t.refused},       {"round_trips", t.messages},
+            {"bytes_sent", t.bytes_sent}, {"bytes_received", t.bytes_received}};
 }
 
 json fabric_json(const fabric &f) {
@@ -65,10 +69,10 @@ json route_json(const route_key &key, const held_route &held) {
 json summary_json(const lab_run &run) {
     json value = traffic_json(run.total);
     value["routes_held"] = run.rib.routes().size();
-    value["seconds"] = run.seconds();
-    value["seconds_computing"] = run.total.computing.count();
-    value["seconds_exchanging"] = run.total.exchanging.count();
-    value["routes_per_second"] = run.routes_per_second();
+    value["seconds"] = rounded(run.seconds());
+    value["seconds_computing"] = rounded(run.total.computing.count());
+    value["seconds_exchanging"] = rounded(run.total.exchanging.count());
+    value["routes_per_second"] = std::llround(run.routes_per_second());
     return value;
 }
 
@@ -83,8 +87,7 @@ std::string lab_json(const fabric &f, const lab_run &run) {
     for (const auto &[key, held] : run.rib.routes()) {
         routes.push_back(route_json(key, held));
     }
-    const json value{
-        {"fabric", fabric_json(f)}, {"steps", steps}, {"routes", routes}, {"summary", summary_json(run)}};
+    const json value{{"fabric", fabric_json(f)}, {"steps", steps}, {"routes", routes}, {"summary", summary_json(run)}};
     return value.dump(2) + "\n";
 }
 
