@@ -29,7 +29,7 @@ json traffic_json(const client_traffic &t) {
 json fabric_json(const fabric &f) {
     json vsans = json::array();
     for (const fabric_vsan &vsan : f.vsans()) {
-        vsans.push_back(vsan.id);
+        vsans.push_back({{"id", vsan.id}, {"name", vsan.name}});
     }
     return {{"name", f.name},
             {"switches", f.switches().size()},
@@ -38,8 +38,23 @@ json fabric_json(const fabric &f) {
             {"local", {{"name", f.local().name}, {"domain", f.local().domain}}}};
 }
 
-json step_json(const lab_step &step) {
-    json value{{"at_ms", step.at.count()}, {"events", step.events}};
+json event_json(const fabric &f, const fabric_event &event) {
+    json value{{"link", f.link_name(f.links()[event.link])}};
+    if (event.up) {
+        value["state"] = *event.up ? "up" : "down";
+    }
+    if (event.cost) {
+        value["cost"] = *event.cost;
+    }
+    return value;
+}
+
+json step_json(const fabric &f, const lab_step &step) {
+    json events = json::array();
+    for (const fabric_event &event : step.events) {
+        events.push_back(event_json(f, event));
+    }
+    json value{{"at_ms", step.at.count()}, {"events", events}};
     value.update(traffic_json(step.traffic));
     return value;
 }
@@ -81,7 +96,7 @@ json summary_json(const lab_run &run) {
 std::string lab_json(const fabric &f, const lab_run &run) {
     json steps = json::array();
     for (const lab_step &step : run.steps) {
-        steps.push_back(step_json(step));
+        steps.push_back(step_json(f, step));
     }
     json routes = json::array();
     for (const auto &[key, held] : run.rib.routes()) {
