@@ -4,6 +4,7 @@
 #include "rib_codes.h"
 #include "ribkit_platform.h"
 #include "tools/fabric_file.h"
+#include "tools/input_error.h"
 
 #include <gtest/gtest.h>
 
@@ -77,8 +78,7 @@ TEST(fspf, of_more_than_sixteen_ways_the_lowest_interfaces_are_kept) {
     std::string text = "local = \"a\"\nvsan = [{id = 1}]\nswitch = [{name = \"a\", domain = 1}, "
                        "{name = \"b\", domain = 2}]\nlink = [\n";
     for (int port = 20; port > 0; port--) {
-        const std::string interface = "fc1/" + std::to_string(port);
-        text += "{ends = [\"a " + interface + "\", \"b " + interface + "\"]},\n";
+        text += joined("{ends = [\"a fc1/", port, "\", \"b fc1/", port, "\"]},\n");
     }
     const route_table table = fspf_routes(parse_fabric(text + "]", "parallel"), 1);
     const auto &hops = table.at(domain(2)).hops;
