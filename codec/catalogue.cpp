@@ -136,7 +136,8 @@ uint32_t fingerprint(const layout &l) {
         d.byte(static_cast<uint8_t>(r.kind));
         d.byte(static_cast<uint8_t>(r.means));
         d.byte(static_cast<uint8_t>(r.count.where));
-        for (const uint32_t n : {r.offset, r.size, r.mask, r.count.at, r.stride, r.bound}) {
+        for (const unsigned n :
+             {r.offset + 0U, r.size + 0U, r.mask + 0U, r.count.at + 0U, r.stride + 0U, r.bound + 0U}) {
             d.number(n);
         }
         d.text(r.name);

@@ -5,14 +5,15 @@
 #include "testing/golden.h"
 
 #include <cstdio>
+#include <gtest/gtest.h>
 #include <set>
 #include <sstream>
 
 namespace {
 
 using namespace ribkit;
+using ribkit::testing::expect_golden;
 using ribkit::testing::file_content;
-using ribkit::testing::matches_golden;
 
 std::string exported_name(const message &m, const char *direction) {
     return std::string(m.prefix) + "_" + direction + "_" + m.name;
@@ -51,7 +52,7 @@ TEST(catalogue, layouts_change_on_purpose_only) {
         std::snprintf(line, sizeof line, "%s_%s %08x\n", m.prefix, m.name, fingerprint(*m.wire));
         lines += line;
     }
-    EXPECT_TRUE(matches_golden("codec/fingerprints.txt", lines));
+    expect_golden("codec/fingerprints.txt", lines);
 }
 
 TEST(catalogue, fingerprint_tells_every_part_of_a_row) {
@@ -71,6 +72,6 @@ TEST(catalogue, fingerprint_tells_every_part_of_a_row) {
     EXPECT_EQ(digests.size(), 7U);
 }
 
-TEST(manual, is_what_the_layouts_say) { EXPECT_TRUE(matches_golden("docs/wire-formats.md", wire_formats())); }
+TEST(manual, is_what_the_layouts_say) { expect_golden("docs/wire-formats.md", wire_formats()); }
 
 } // namespace

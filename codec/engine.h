@@ -71,7 +71,7 @@ constexpr segment segment_of(const layout &l, size_t wanted) {
     while (last > first + 1 && l.rows[last - 1].kind == row_kind::gap) {
         --last;
     }
-    return {first, last, l.rows[first].offset, l.rows[last - 1].offset + l.rows[last - 1].size};
+    return {first, last, l.rows[first].offset, l.rows[last - 1].end()};
 }
 
 template <std::endian Order> [[gnu::always_inline]] inline uint32_t read_count(count_of count, const uint8_t *message) {

@@ -45,66 +45,82 @@ enum class count_in : uint8_t { none, word, second_byte, constant };
 /// Where a list's count stands: in a word, in the second byte (bits 23 to 16) of a word, or nowhere: a constant.
 struct count_of {
     count_in where = count_in::none;
-    uint32_t at = 0; // the word's offset; the count itself for a constant
+    uint16_t at = 0; // the word's offset; the count itself for a constant
 };
 
 namespace in {
-constexpr count_of word(uint32_t offset) { return {count_in::word, offset}; }
-constexpr count_of second_byte(uint32_t offset) { return {count_in::second_byte, offset}; }
-constexpr count_of constant(uint32_t count) { return {count_in::constant, count}; }
+constexpr count_of word(uint16_t offset) { return {count_in::word, offset}; }
+constexpr count_of second_byte(uint16_t offset) { return {count_in::second_byte, offset}; }
+constexpr count_of constant(uint16_t count) { return {count_in::constant, count}; }
 } // namespace in
 
 struct layout;
 
+/// Small, because the checks keep every layout in memory.
 struct row {
     row_kind kind{};
-    uint32_t offset = 0;
-    uint32_t size = 0; // bytes of the message that the row occupies; 0 for an open list, which comes last
-    const char *name = "";
-    meaning means = meaning::plain;
-    uint32_t mask = 0;
+    meaning means{};
+    uint8_t mask = 0;
     count_of count{};
+    uint16_t offset = 0;
+    uint16_t size = 0;   // bytes of the message that the row occupies; 0 for an open list, which comes last
+    uint16_t stride = 0; // bytes from entry to entry; 0 where each entry says its own size
+    uint16_t bound = 0;  // entries of a bounded list, whose unused ones are zero-filled; 0 for an open list
+    const char *name = "";
     const layout *entry = nullptr;
-    uint32_t stride = 0; // bytes from entry to entry; 0 where each entry says its own size
-    uint32_t bound = 0;  // entries of a bounded list, whose unused ones are zero-filled; 0 for an open list
+
+    [[nodiscard]] constexpr uint32_t end() const { return uint32_t{offset} + size; }
 };
 
+constexpr uint16_t times(uint16_t a, uint16_t b) { return static_cast<uint16_t>(a * b); }
+
 // The rows, as a layout's table writes them.
-constexpr row words(uint32_t offset, uint32_t n, const char *name, meaning means = meaning::plain) {
-    return {row_kind::words, offset, 4 * n, name, means};
+constexpr row words(uint16_t offset, uint16_t n, const char *name, meaning means = meaning::plain) {
+    return {.kind = row_kind::words, .means = means, .offset = offset, .size = times(4, n), .name = name};
 }
-constexpr row word(uint32_t offset, const char *name, meaning means = meaning::plain) {
+constexpr row word(uint16_t offset, const char *name, meaning means = meaning::plain) {
     return words(offset, 1, name, means);
 }
-constexpr row half(uint32_t offset, const char *name) { return {row_kind::half, offset, 2, name}; }
-constexpr row bytes(uint32_t offset, uint32_t size, const char *name, meaning means = meaning::plain) {
-    return {row_kind::bytes, offset, size, name, means};
+constexpr row half(uint16_t offset, const char *name) {
+    return {.kind = row_kind::half, .offset = offset, .size = 2, .name = name};
 }
-constexpr row masked(uint32_t offset, uint8_t mask, const char *name) {
-    return {row_kind::masked, offset, 1, name, meaning::plain, mask};
+constexpr row bytes(uint16_t offset, uint16_t size, const char *name, meaning means = meaning::plain) {
+    return {.kind = row_kind::bytes, .means = means, .offset = offset, .size = size, .name = name};
 }
-constexpr row zero(uint32_t offset, uint32_t size) { return {row_kind::zero, offset, size, "zero"}; }
-constexpr row gap(uint32_t offset, uint32_t size) { return {row_kind::gap, offset, size, "gap"}; }
-constexpr row name(uint32_t offset, uint32_t size, uint32_t longest, const char *called) {
-    return {row_kind::name, offset, size, called, meaning::plain, longest};
+constexpr row masked(uint16_t offset, uint8_t mask, const char *name) {
+    return {.kind = row_kind::masked, .mask = mask, .offset = offset, .size = 1, .name = name};
+}
+constexpr row zero(uint16_t offset, uint16_t size) {
+    return {.kind = row_kind::zero, .offset = offset, .size = size, .name = "zero"};
+}
+constexpr row gap(uint16_t offset, uint16_t size) {
+    return {.kind = row_kind::gap, .offset = offset, .size = size, .name = "gap"};
+}
+constexpr row name(uint16_t offset, uint16_t size, uint8_t longest, const char *called) {
+    return {.kind = row_kind::name, .mask = longest, .offset = offset, .size = size, .name = called};
 }
 
 /// An open list: as many entries as its count says, to the end of the message.
-constexpr row list(uint32_t offset, const char *name, count_of count, const layout &entry, uint32_t stride) {
-    return {row_kind::list, offset, 0, name, meaning::plain, 0, count, &entry, stride, 0};
+constexpr row list(uint16_t offset, const char *name, count_of count, const layout &entry, uint16_t stride) {
+    return {.kind = row_kind::list, .count = count, .offset = offset, .stride = stride, .name = name, .entry = &entry};
 }
 /// A bounded list: room for `bound` entries, zero-filled from the count to the bound.
-constexpr row list(uint32_t offset, const char *name, count_of count, const layout &entry, uint32_t stride,
-                   uint32_t bound) {
-    return {row_kind::list, offset, stride * bound, name, meaning::plain, 0, count, &entry, stride, bound};
-}
-/// The records that follow an update's header: sized and checked with it, each converted by its own converter.
-constexpr row records(uint32_t offset, const char *name, count_of count, const layout &entry) {
-    return {row_kind::records, offset, 0, name, meaning::plain, 0, count, &entry, 0, 0};
+constexpr row list(uint16_t offset, const char *name, count_of count, const layout &entry, uint16_t stride,
+                   uint16_t bound) {
+    row bounded = list(offset, name, count, entry, stride);
+    bounded.size = times(stride, bound);
+    bounded.bound = bound;
+    return bounded;
 }
 /// A list whose number of entries never varies.
-constexpr row list(uint32_t offset, const char *name, uint32_t n, const layout &entry, uint32_t stride) {
-    return {row_kind::list, offset, stride * n, name, meaning::plain, 0, in::constant(n), &entry, stride, n};
+constexpr row list(uint16_t offset, const char *name, uint16_t n, const layout &entry, uint16_t stride) {
+    return list(offset, name, in::constant(n), entry, stride, n);
+}
+/// The records that follow an update's header: sized and checked with it, each converted by its own converter.
+constexpr row records(uint16_t offset, const char *name, count_of count, const layout &entry) {
+    row following = list(offset, name, count, entry, 0);
+    following.kind = row_kind::records;
+    return following;
 }
 
 // Not constexpr: naming one of these while a layout is compiled is the error message.
@@ -119,11 +135,11 @@ struct layout {
     static constexpr size_t most_rows = 12;
 
     const char *name;
-    uint32_t size; // of the fixed part, bounded lists included
-    size_t n_rows = 0;
+    uint16_t size; // of the fixed part, bounded lists included
+    uint16_t n_rows = 0;
     row rows[most_rows]{};
 
-    consteval layout(const char *called, uint32_t fixed_size, std::initializer_list<row> table)
+    consteval layout(const char *called, uint16_t fixed_size, std::initializer_list<row> table)
         : name(called), size(fixed_size) {
         uint32_t next = 0;
         for (const row &r : table) {
@@ -163,12 +179,12 @@ struct layout {
         layout_has_no_such_field();
         return {};
     }
-    [[nodiscard]] consteval uint32_t at(std::string_view field) const { return row_of(field).offset; }
+    [[nodiscard]] consteval uint16_t at(std::string_view field) const { return row_of(field).offset; }
 
   private:
     [[nodiscard]] constexpr bool has_word_at(uint32_t offset) const {
         for (const row &r : *this) {
-            if (r.kind == row_kind::words && offset >= r.offset && offset < r.offset + r.size && offset % 4 == 0) {
+            if (r.kind == row_kind::words && offset >= r.offset && offset < r.end() && offset % 4 == 0) {
                 return true;
             }
         }

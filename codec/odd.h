@@ -78,23 +78,17 @@ template <> struct conversion<wire::in_info> {
         constexpr uint32_t body = wire::in_info.size;
         const uint32_t kind = load32<source_order(D, Host)>(src + wire::in_info.at("kind"));
         engine<D, Host, Isa>::template convert<wire::in_info>(src, dst);
-        std::memmove(dst + body, src + body, size_of_body(kind));
+        std::memmove(dst + body, src + body, wire::size_of_body(kind));
         return kind;
     }
-    static constexpr uint32_t size_of_body(uint32_t kind) { return kind == 1 ? 24 : kind == 2 ? 192 : 0; }
 };
 
-/// The key that the low half of a verification's type names.
-template <direction D, std::endian Host, class Isa>
-uint32_t convert_key(uint32_t type, const uint8_t *src, uint8_t *dst) {
-    using convert = engine<D, Host, Isa>;
-    if ((type & 0x1111) != 0) {
-        return convert::template convert<wire::verf_fcl>(src, dst);
-    }
-    if ((type & 0x2222) != 0) {
-        return convert::template convert<wire::verf_fcm>(src, dst);
-    }
-    return convert::template convert<wire::verf_fcu>(src, dst);
+/// Keys are nothing but words. @return the key's size
+template <class Isa, bool Swaps> uint32_t convert_key(uint32_t type, const uint8_t *src, uint8_t *dst) {
+    static_assert(is_words_only(wire::verf_fcl) && is_words_only(wire::verf_fcm) && is_words_only(wire::verf_fcu));
+    const uint32_t size = wire::key_of(type).size;
+    Isa::template run<Swaps>(src, dst, size / 4);
+    return size;
 }
 
 /// Of the key's room only what its table's key fills is converted.
@@ -103,7 +97,7 @@ template <> struct conversion<wire::verf_query> {
         constexpr const layout &l = wire::verf_query;
         const uint32_t type = load32<source_order(D, Host)>(src + l.at("type"));
         Isa::template run<Host != std::endian::big>(src, dst, l.at("key") / 4);
-        convert_key<D, Host, Isa>(type, src + l.at("key"), dst + l.at("key"));
+        convert_key<Isa, Host != std::endian::big>(type, src + l.at("key"), dst + l.at("key"));
         Isa::template run<Host != std::endian::big>(src + l.at("requested"), dst + l.at("requested"), 1);
         return l.size;
     }
@@ -116,7 +110,7 @@ template <> struct conversion<wire::verf_info> {
         const uint32_t type = load32<order>(src + wire::verf_info.at("type"));
         size_t at = engine<D, Host, Isa>::template convert<wire::verf_info>(src, dst);
         for (uint32_t i = 0; i < count; ++i) {
-            at += convert_key<D, Host, Isa>(type, src + at, dst + at);
+            at += convert_key<Isa, Host != std::endian::big>(type, src + at, dst + at);
         }
         return static_cast<uint32_t>(at);
     }

@@ -22,7 +22,7 @@ struct byte_plan {
 /// The plan of one byte; lists, and what lies behind the layout, are words.
 constexpr byte_plan plan_of(const layout &l, uint32_t at, bool swaps) {
     for (const row &r : l) {
-        if (at < r.offset || at >= r.offset + r.size) {
+        if (at < r.offset || at >= r.end()) {
             continue;
         }
         switch (r.kind) {

@@ -1,7 +1,8 @@
 /** @file
- * The checks that stand in front of the converters, which trust their counts. A check walks a message in network form (or
- * a saved image) once and answers whether everything else may be let loose on it: what a check accepts, the converter,
- * the size function, the field readers, the trace and the display of that message handle without touching a byte outside.
+ * The checks that stand in front of the converters, which trust their counts. A check walks a message in network form
+ * (or a saved image) once and answers whether everything else may be let loose on it: what a check accepts, the
+ * converter, the size function, the field readers, the trace and the display of that message handle without touching a
+ * byte outside.
  */
 #ifndef RIB_CHECK_H
 #define RIB_CHECK_H
@@ -35,6 +36,86 @@ struct rib_check_report {
  * @return the length of the whole line, also when it was cut
  */
 int rib_check_report_str(const struct rib_check_report *report, char *str, uint32_t size);
+
+/*
+ * One check for every message that is received; the records that follow an update are checked with it. All have these
+ * arguments and results:
+ *
+ *  - message  size bytes in network form, of any alignment
+ *  - report   null, or filled where the message is refused
+ *  - returns  0; RIB_BAD_PARAMETERS where the bytes are too few for what they say or a count exceeds its array;
+ *             RIB_EXCESS_DATA where bytes remain
+ *
+ * A number that a vocabulary does not know is no reason to refuse a message.
+ */
+uint32_t rib_check_fclrt_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcmrt_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcurt_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcurt(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fclrt(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fclrt_intf(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcmrt(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcurt_rsp(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fclrt_rsp(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcmrt_rsp(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fclrt_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcurt_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcmrt_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_lbl_route(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_ucast_route(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_mcast_route(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_topo(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_sync_fcl(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_sync_fcm(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_sync_fcu(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_sync_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_sync_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_verify(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_reg_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_dm_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_sys_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_db_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_in_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_test_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_node_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_test_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_register(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fclrt_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcmrt_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_fcurt_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_db_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_dm_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_in_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_reg_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_sys_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_node_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_verf_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_check_verf_info(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcl_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcm_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcu_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcu_path(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcl_path(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcm_path(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcl_rsp(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcm_rsp(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcu_rsp(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_sync(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_verf_fcu(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_verf_fcm(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_verf_fcl(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcu_rsp_path(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcm_rsp_path(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_fcl_rsp_path(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_node(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_port(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_vsan(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_vsan_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_vsan_rewrite_update(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_vsan_rewrite_path(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t fib_check_vsan_rewrite_rsp(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_fib_check_fcu_lb_query(const void *message, uint32_t size, struct rib_check_report *report);
+uint32_t rib_fib_check_fcu_lb_rsp(const void *message, uint32_t size, struct rib_check_report *report);
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,7 @@
 #include "mem/bit_tree.h"
+#include "mem/random_words.h"
 #include <gtest/gtest.h>
-#include <random>
+
 #include <set>
 #include <vector>
 
@@ -19,7 +20,7 @@ void expect_ordered_set(uint32_t capacity, uint32_t steps) {
     const tree_shape shape(capacity);
     std::vector<tree_word> words(shape.words);
     std::set<uint32_t> model;
-    std::mt19937 random(capacity);
+    ribkit::random_words random(capacity);
     for (uint32_t step = 0; step < steps; step++) {
         const uint32_t number = random() % capacity;
         const bool held = model.count(number) != 0;

@@ -1,4 +1,5 @@
 #include "mem/naive_bitmap.h"
+#include "mem/random_words.h"
 #include "rib_codes.h"
 #include "rib_mem.h"
 #include "testing/capture.h"
@@ -6,7 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
-#include <random>
+
 #include <string>
 #include <vector>
 
@@ -119,7 +120,7 @@ TEST(bitmap, shows_sixteen_bytes_a_line) {
 }
 
 // Mostly one value with a few bits flipped, so that long stretches, and ends of stretches, occur at every alignment.
-bytes stretches(std::mt19937 &random, size_t size) {
+bytes stretches(ribkit::random_words &random, size_t size) {
     bytes map(size, random() % 2 != 0 ? 0xff : 0x00);
     for (uint32_t flips = random() % 4; size != 0 && flips > 0; flips--) {
         map[random() % size] ^= static_cast<uint8_t>(1U << random() % 8);
@@ -127,13 +128,13 @@ bytes stretches(std::mt19937 &random, size_t size) {
     return map;
 }
 
-bytes noise(std::mt19937 &random, size_t size) {
+bytes noise(ribkit::random_words &random, size_t size) {
     bytes map(size);
     std::generate(map.begin(), map.end(), [&] { return static_cast<uint8_t>(random()); });
     return map;
 }
 
-void expect_same_searches(std::mt19937 &random, const bytes &content) {
+void expect_same_searches(ribkit::random_words &random, const bytes &content) {
     const auto length = static_cast<uint32_t>(content.size());
     const uint32_t start = random() % (length * 8 + 9);
     const guarded map(content, random() % 2 != 0 ? guarded::edge::after : guarded::edge::before);
@@ -154,7 +155,7 @@ void expect_same_searches(std::mt19937 &random, const bytes &content) {
 }
 
 TEST(bitmap, searches_and_counts_as_the_byte_loops_do) {
-    std::mt19937 random(41);
+    ribkit::random_words random(41);
     for (uint32_t step = 0; step < RIBKIT_RANDOM_STEPS / 20; step++) {
         const size_t size = step % 50 == 0 ? random() % 700 : random() % 100;
         ASSERT_NO_FATAL_FAILURE(
@@ -188,7 +189,7 @@ void expect_combined(combine function, const bytes &a, const bytes &b, const byt
 }
 
 TEST(bitmap, combines_byte_by_byte) {
-    std::mt19937 random(42);
+    ribkit::random_words random(42);
     for (size_t size = 0; size < 200; size++) {
         const bytes a = noise(random, size);
         const bytes b = noise(random, size);

@@ -7,6 +7,8 @@ namespace ribkit {
 
 namespace {
 
+static_assert(sizeof(tree_word) == sizeof(void *));
+
 constexpr uintptr_t spread = static_cast<uintptr_t>(UINT64_C(0x9e3779b97f4a7c15) >> (64 - tree_word_bits));
 
 uintptr_t address(const void *at) { return reinterpret_cast<uintptr_t>(at); }
@@ -63,8 +65,7 @@ void file_all(struct pool &pool) {
 bool grow(struct pool &pool) {
     pool_index &index = pool.index;
     const size_t capacity = size_t{2} * index.capacity;
-    const size_t pointers = 3 * capacity * sizeof(pool_chunk *);
-    void *block = std::calloc(1, pointers + tree_shape(static_cast<uint32_t>(capacity)).words * sizeof(tree_word));
+    void *block = std::calloc(3 * capacity + tree_shape(static_cast<uint32_t>(capacity)).words, sizeof(void *));
     if (block == nullptr) {
         return false;
     }

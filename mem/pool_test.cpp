@@ -1,5 +1,6 @@
 #include "mem/naive_pool.h"
 #include "mem/pool.h"
+#include "mem/random_words.h"
 #include "rib_codes.h"
 #include "rib_mem.h"
 #include "testing/alloc_failure.h"
@@ -8,7 +9,7 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <map>
-#include <random>
+
 #include <string>
 #include <vector>
 
@@ -328,7 +329,7 @@ class twin_pools {
     std::vector<uint8_t *> live_;
 };
 
-void random_step(twin_pools &pools, std::mt19937 &random, std::vector<uint8_t *> &gone, bool growing) {
+void random_step(twin_pools &pools, ribkit::random_words &random, std::vector<uint8_t *> &gone, bool growing) {
     const uint32_t dice = random() % 1000;
     if (pools.live() == 0 || (dice >= 20 && dice < (growing ? 700U : 350U))) {
         pools.alloc();
@@ -346,7 +347,7 @@ void random_step(twin_pools &pools, std::mt19937 &random, std::vector<uint8_t *>
 
 // Grows towards `most` items, shrinks to none, and over again; now and then a call that makes no sense.
 void random_walk(twin_pools &pools, size_t most, uint32_t steps, uint32_t every) {
-    std::mt19937 random(static_cast<uint32_t>(most));
+    ribkit::random_words random(static_cast<uint32_t>(most));
     std::vector<uint8_t *> gone;
     bool growing = true;
     for (uint32_t step = 0; step < steps; step++) {
@@ -438,7 +439,7 @@ TEST(pool, no_memory_for_a_chunk_leaves_the_pieces_and_the_pool) {
 TEST(pool, any_failing_allocation_leaves_the_pool_as_it_was) {
     for (size_t nth = 1; nth <= 5; nth++) {
         twin_pools pools(1, 8);
-        std::mt19937 random(static_cast<uint32_t>(nth));
+        ribkit::random_words random(static_cast<uint32_t>(nth));
         for (uint32_t step = 0; step < 300; step++) {
             ASSERT_NO_FATAL_FAILURE(pools.alloc_failing(nth)) << step;
             ASSERT_NO_FATAL_FAILURE(pools.expect_same()) << step;

@@ -1,17 +1,15 @@
-// Golden outputs: what a test prints is compared with a file in the tree. `./run golden` writes the files anew, for a
-// person to look at the difference.
+// Kept outputs: one file each, compared byte for byte. `./run golden` (RIBKIT_REFRESH_GOLDEN in the environment) writes
+// the files instead; a person then reads the difference.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <string>
 
 namespace ribkit::testing {
 
-/// Whether `text` is what the file (a path from the root of the tree) holds; writes the file instead where the
-/// environment variable RIBKIT_REFRESH_GOLDEN is set.
-::testing::AssertionResult matches_golden(const std::string &path, const std::string &text);
+/// Fails the running test where `text` differs from the file at `path`, which counts from the root of the tree.
+void expect_golden(const std::string &path, const std::string &text);
 
-/// A file of the tree as a string; empty where it is missing.
+/// A file of the tree as a string. Fails the running test where it cannot be read.
 std::string file_content(const std::string &path);
 
 } // namespace ribkit::testing

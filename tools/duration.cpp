@@ -29,15 +29,17 @@ std::string_view take_digits(std::string_view &text) {
 
 int64_t number(std::string_view digits) {
     int64_t value = 0;
-    for (const char digit : digits)
+    for (const char digit : digits) {
         value = value * 10 + (digit - '0');
+    }
     return value;
 }
 
 int64_t power_of_ten(size_t exponent) {
     int64_t value = 1;
-    for (size_t i = 0; i < exponent; i++)
+    for (size_t i = 0; i < exponent; i++) {
         value *= 10;
+    }
     return value;
 }
 
@@ -49,26 +51,31 @@ std::optional<std::chrono::milliseconds> parse_duration(std::string_view text) {
     if (!whole.empty() && text.starts_with('.')) {
         text.remove_prefix(1);
         fraction = take_digits(text);
-        if (fraction.empty())
+        if (fraction.empty()) {
             return {};
+        }
     }
     const auto *const found = std::find_if(units.begin(), units.end(), [&](const unit &u) { return u.name == text; });
-    if (whole.empty() || found == units.end() || whole.size() > most_digits || fraction.size() > most_digits)
+    if (whole.empty() || found == units.end() || whole.size() > most_digits || fraction.size() > most_digits) {
         return {};
+    }
     const int64_t parts = number(fraction) * found->milliseconds;
     const int64_t scale = power_of_ten(fraction.size());
     const int64_t total = number(whole) * found->milliseconds + parts / scale;
-    if (parts % scale != 0 || total > one_day)
+    if (parts % scale != 0 || total > one_day) {
         return {};
+    }
     return std::chrono::milliseconds(total);
 }
 
 std::string duration_text(std::chrono::milliseconds duration) {
     const int64_t total = duration.count();
-    if (total % 1000 == 0)
+    if (total % 1000 == 0) {
         return std::to_string(total / 1000) + "s";
-    if (total < 1000)
+    }
+    if (total < 1000) {
         return std::to_string(total) + "ms";
+    }
     std::string fraction = std::to_string(1000 + total % 1000).substr(1);
     fraction.erase(fraction.find_last_not_of('0') + 1);
     return std::to_string(total / 1000) + "." + fraction + "s";

@@ -183,8 +183,8 @@ void close_file(std::FILE *file) { std::fclose(file); }
 
 std::string read_text(const std::string &path) {
     const bool named = path != "-";
-    const std::unique_ptr<std::FILE, void (*)(std::FILE *)> file(named ? std::fopen(path.c_str(), "rb") : stdin,
-                                                                 named ? close_file : [](std::FILE *) {});
+    const std::unique_ptr<std::FILE, void (*)(std::FILE *)> file(
+        named ? std::fopen(path.c_str(), "rb") : stdin, named ? close_file : [](std::FILE *) {});
     std::string text;
     std::array<char, 65536> part{};
     size_t read = 0;

@@ -1,5 +1,5 @@
-// Who is linked to whom is decided first, and then written down. Only the raw numbers of the generator are used, so that
-// every library draws the same fabric.
+// Who is linked to whom is decided first, and then written down. Only the raw numbers of the generator are used, so
+// that every library draws the same fabric.
 #include "tools/fabric_generator.h"
 
 #include "tools/fabric.h"
@@ -103,8 +103,8 @@ class drawing {
     [[nodiscard]] std::string head() const {
         const std::string_view shape = shape_name(plan_.shape);
         return joined("# ribkit fabric --switches ", plan_.switches, " --vsans ", plan_.vsans, " --shape ", shape,
-                      " --seed ", plan_.seed, plan_.events == 0 ? "" : joined(" --events ", plan_.events), "\nname = \"",
-                      shape, '-', plan_.switches, "\"\nlocal = \"", name_of(local_), "\"\n");
+                      " --seed ", plan_.seed, plan_.events == 0 ? "" : joined(" --events ", plan_.events),
+                      "\nname = \"", shape, '-', plan_.switches, "\"\nlocal = \"", name_of(local_), "\"\n");
     }
 
     [[nodiscard]] std::string vsans() const {

@@ -95,8 +95,7 @@ std::vector<fcurt_update_message> encode(const fcurt_update &update, size_t limi
 }
 
 uint32_t check_fcurt_update(std::span<const uint8_t> message) {
-    if (message.size() < sizeof(header_words) ||
-        rib_ntoh_fcurt_update_get_n_version(message.data()) > most_versions) {
+    if (message.size() < sizeof(header_words) || rib_ntoh_fcurt_update_get_n_version(message.data()) > most_versions) {
         return RIB_BAD_PARAMETERS;
     }
     std::span<const uint8_t> left = message.subspan(sizeof(header_words));
@@ -115,8 +114,10 @@ uint32_t check_fcurt_update(std::span<const uint8_t> message) {
 
 fcurt_update decode_fcurt_update(std::span<const uint8_t> message) {
     const uint8_t *bytes = message.data();
-    fcurt_update update{rib_ntoh_fcurt_update_get_uuid(bytes), rib_ntoh_fcurt_update_get_vsan(bytes),
-                        rib_ntoh_fcurt_update_get_oper(bytes), {}};
+    fcurt_update update{rib_ntoh_fcurt_update_get_uuid(bytes),
+                        rib_ntoh_fcurt_update_get_vsan(bytes),
+                        rib_ntoh_fcurt_update_get_oper(bytes),
+                        {}};
     const uint8_t *record = bytes + sizeof(header_words);
     for (uint32_t left = rib_ntoh_fcurt_update_get_n_route(bytes); left > 0; left--) {
         update.changes.push_back(decode_record(record));

@@ -106,7 +106,8 @@ fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
     traffic_.bytes_received += answer.payload_size;
     fcurt_response response{RIB_MISSING_RESPONSE, 0, 0, 0, 0};
     if (answer.payload_size == fcurt_response_size) {
-        response = decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.payload, fcurt_response_size));
+        response =
+            decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.payload, fcurt_response_size));
     }
     rib_wrap_qip_drop(RIB_CLIENT_FSPF, handle_.number(), &answer.ref);
     if (response.result != RIB_OK) {

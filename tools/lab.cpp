@@ -23,6 +23,7 @@ namespace {
 
 constexpr const char *bus = "local:";
 constexpr size_t few_routes = 64;
+constexpr size_t few_vsans = 4;
 
 std::string counted(size_t count, const std::string &one, const std::string &many = "") {
     return joined(count, ' ', count == 1 ? one : many.empty() ? one + "s" : many);
@@ -71,6 +72,17 @@ output_file open_output(const std::string &path) {
     return file;
 }
 
+std::string vsans_text(const fabric &f) {
+    if (f.vsans().size() > few_vsans) {
+        return counted(f.vsans().size(), "VSAN");
+    }
+    std::string text;
+    for (const auto &[id, name] : f.vsans()) {
+        text += joined(text.empty() ? "VSAN " : ", ", id, name.empty() ? "" : " (" + name + ")");
+    }
+    return text;
+}
+
 std::string event_text(const fabric &f, const fabric_event &event) {
     std::string text = f.link_name(f.links()[event.link]);
     text += event.up ? (*event.up ? " comes up" : " goes down") : "";
@@ -94,23 +106,21 @@ std::string traffic_text(const client_traffic &traffic) {
 class lab {
   public:
     lab(const lab_options &options, fabric f)
-        : options_(options), fabric_(std::move(f)), tables_(options.tables, fabric_), json_(open_output(options.json_file)),
-          quiet_(options.json_file == "-"), rib_(bus), client_(bus, make_client_options()) {}
+        : options_(options), fabric_(std::move(f)), tables_(options.tables, fabric_),
+          json_(open_output(options.json_file)), quiet_(options.json_file == "-"), rib_(bus),
+          client_(bus, make_client_options()) {}
 
     int run() {
         print_head();
         start_ = std::chrono::steady_clock::now();
-        step(std::chrono::milliseconds(0), {"the fabric starts"});
+        say("at 0s: the fabric starts");
+        step({});
         const auto &events = fabric_.events();
         for (auto next = events.begin(); next != events.end();) {
-            const auto at = next->at;
-            wait_until(at);
-            std::vector<std::string> texts;
-            for (; next != events.end() && next->at == at; ++next) {
-                texts.push_back(event_text(fabric_, *next));
-                fabric_.apply(*next);
-            }
-            step(at, std::move(texts));
+            const auto later =
+                std::find_if(next, events.end(), [&](const auto &event) { return event.at != next->at; });
+            happen(next->at, {next, later});
+            next = later;
         }
         rib_.stop();
         run_.rib = rib_.tables();
@@ -132,15 +142,21 @@ class lab {
         }
     }
 
-    void step(std::chrono::milliseconds at, std::vector<std::string> events) {
-        for (const std::string &event : events) {
-            say(joined("at ", duration_text(at), ": ", event));
+    void happen(std::chrono::milliseconds at, std::vector<fabric_event> events) {
+        wait_until(at);
+        for (const fabric_event &event : events) {
+            fabric_.apply(event);
+            say(joined("at ", duration_text(at), ": ", event_text(fabric_, event)));
         }
-        const client_traffic traffic = client_.converge(fabric_);
+        step({at, std::move(events), {}});
+    }
+
+    void step(lab_step now) {
+        now.traffic = client_.converge(fabric_);
         progress_.clear();
-        say("  " + traffic_text(traffic));
-        run_.total += traffic;
-        run_.steps.push_back({at, std::move(events), traffic});
+        say("  " + traffic_text(now.traffic));
+        run_.total += now.traffic;
+        run_.steps.push_back(std::move(now));
     }
 
     void finish() {
@@ -162,8 +178,8 @@ class lab {
     void print_head() const {
         say(joined(fabric_.name.empty() ? options_.fabric_file : fabric_.name, ": ",
                    counted(fabric_.switches().size(), "switch", "switches"), ", ",
-                   counted(fabric_.links().size(), "link"), ", ", counted(fabric_.vsans().size(), "VSAN"),
-                   "; the routes of ", fabric_.local().name, ", domain ", fabric_.local().domain, "\n"));
+                   counted(fabric_.links().size(), "link"), "; routes of ", fabric_.local().name, " (domain ",
+                   fabric_.local().domain, ") in ", vsans_text(fabric_), "\n"));
     }
 
     void print_tables() const {
@@ -209,9 +225,7 @@ class lab {
 
 } // namespace
 
-double lab_run::routes_per_second() const {
-    return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
-}
+double lab_run::routes_per_second() const { return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0; }
 
 int run_lab(const lab_options &options) { return lab(options, read_fabric_file(options.fabric_file)).run(); }
 

@@ -22,10 +22,10 @@ struct lab_options {
     bool real_time = false; ///< wait until an event is due
 };
 
-/// One moment of a run: its events, and the traffic that they caused.
+/// One moment of a run: its events (none at the start), and the traffic that they caused.
 struct lab_step {
     std::chrono::milliseconds at;
-    std::vector<std::string> events;
+    std::vector<fabric_event> events;
     client_traffic traffic;
 };
 

@@ -3,8 +3,8 @@
 #include "tools/input_error.h"
 #include "tools/lab.h"
 
-#include <CLI/CLI.hpp>
 #include <cerrno>
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstring>
 #include <exception>

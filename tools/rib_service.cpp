@@ -1,5 +1,5 @@
-// One message after the other is taken, answered and dropped until the handle is closed. Whatever a message holds, it is
-// answered: with a refusal where it cannot be used.
+// One message after the other is taken, answered and dropped until the handle is closed. Whatever a message holds, it
+// is answered: with a refusal where it cannot be used.
 #include "tools/rib_service.h"
 
 #include "rib_codes.h"

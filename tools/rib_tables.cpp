@@ -33,7 +33,8 @@ fcurt_response refusal(uint32_t result, std::span<const uint8_t> message) {
     if (message.size() < fcurt_update_header_size) {
         return {result, 0, 0, 0, 0};
     }
-    return {result, rib_ntoh_fcurt_update_get_oper(message.data()), rib_ntoh_fcurt_update_get_vsan(message.data()), 0, 0};
+    return {result, rib_ntoh_fcurt_update_get_oper(message.data()), rib_ntoh_fcurt_update_get_vsan(message.data()), 0,
+            0};
 }
 
 struct entry_words {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <span>
+#include <tuple>
 #include <vector>
 
 namespace ribkit {
@@ -15,7 +16,7 @@ struct route_key {
     uint32_t vsan;
     destination to;
 
-    auto operator<=>(const route_key &) const = default;
+    bool operator<(const route_key &other) const { return std::tie(vsan, to) < std::tie(other.vsan, other.to); }
 };
 
 struct held_route {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <map>
+#include <tuple>
 #include <vector>
 
 namespace ribkit {
@@ -15,7 +15,7 @@ struct next_hop {
     uint32_t if_index;
     uint32_t domain; ///< of the switch at the other end
 
-    auto operator<=>(const next_hop &) const = default;
+    bool operator==(const next_hop &) const = default;
 };
 
 struct route {
@@ -30,7 +30,8 @@ struct destination {
     uint32_t fcid;
     uint32_t mask;
 
-    auto operator<=>(const destination &) const = default;
+    bool operator==(const destination &) const = default;
+    bool operator<(const destination &other) const { return std::tie(fcid, mask) < std::tie(other.fcid, other.mask); }
 };
 
 using route_table = std::map<destination, route>;

@@ -38,6 +38,9 @@ inline constexpr layout dm_info{
 /// What follows depends on the kind: see odd.h.
 inline constexpr layout in_info{"in_info", 8, {word(0, "word 0"), word(4, "kind")}};
 
+/// The bytes behind the two words of an in_info, carried unchanged.
+constexpr uint32_t size_of_body(uint32_t kind) { return kind == 1 ? 24 : kind == 2 ? 192 : 0; }
+
 inline constexpr layout reg_entry{
     "reg_entry", 88, {word(0, "uuid", meaning::client), word(4, "distance"), name(8, 80, 7, "name")}};
 inline constexpr layout reg_info{
@@ -54,5 +57,10 @@ inline constexpr layout verf_query{
 /// Keys follow, of the table that the low half of the type names: see odd.h.
 inline constexpr layout verf_info{
     "verf_info", 16, {word(0, "n_key", meaning::count), word(4, "type"), words(8, 2, "words 8")}};
+
+/// The key that the low half of a verification's type names.
+constexpr const layout &key_of(uint32_t type) {
+    return (type & 0x1111) != 0 ? verf_fcl : (type & 0x2222) != 0 ? verf_fcm : verf_fcu;
+}
 
 } // namespace ribkit::wire

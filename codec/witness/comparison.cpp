@@ -62,7 +62,10 @@ struct areas {
     areas(std::span<const uint8_t> message, const trial &how)
         : src(framed(message, how.src_offset, 0x3c)), src_start(margin + how.src_offset),
           dst_start(margin + (how.in_place ? how.src_offset : how.dst_offset)) {
-        dst = how.in_place ? src : byte_vector(margin + how.dst_offset + message.size() + margin, how.pattern);
+        dst = how.in_place ? src : byte_vector(margin + how.dst_offset + message.size() + margin);
+        for (size_t i = 0; i < dst.size() && !how.in_place; ++i) {
+            dst[i] = static_cast<uint8_t>(how.pattern + 37 * i); // no word reads the same both ways
+        }
     }
 };
 

@@ -76,7 +76,8 @@ class reader {
 
     void row(golden &vector, const std::string &line) {
         std::vector<std::vector<golden::cell>> columns;
-        std::istringstream parts(line);
+        const size_t x = line.find('x');
+        std::istringstream parts(x == std::string::npos ? line : line.substr(x + 1));
         for (std::string part; std::getline(parts, part, '|');) {
             columns.push_back(cells(part));
         }
@@ -87,8 +88,10 @@ class reader {
             fail("columns differ");
         }
         const std::array<std::vector<golden::cell> *, 3> forms{&vector.little, &vector.network, &vector.big};
-        for (size_t i = 0; i < 3; ++i) {
-            forms.at(i)->insert(forms.at(i)->end(), columns[i].begin(), columns[i].end());
+        for (size_t left = x == std::string::npos ? 1 : std::stoul(line); left > 0; --left) {
+            for (size_t i = 0; i < 3; ++i) {
+                forms.at(i)->insert(forms.at(i)->end(), columns[i].begin(), columns[i].end());
+            }
         }
     }
 

@@ -1,0 +1,223 @@
+#include "mem/buddy_chunks.h"
+
+#include "mem/buddy_lists.h"
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace ribkit {
+
+namespace {
+
+constexpr uint32_t first_capacity = 16;
+
+uint16_t bit(uint32_t unit) { return static_cast<uint16_t>(1U << unit); }
+
+tree_word *set_of(const bud_chunks &chunks, uint32_t size) {
+    return chunks.sets + static_cast<size_t>(size - 1) * chunks.shape.words;
+}
+
+// Bit size - 1: the chunk has a free block of that size.
+uint32_t sizes_free(bud_chunk chunk) {
+    uint32_t sizes = 0;
+    for (uint32_t free = chunk.starts & ~static_cast<uint32_t>(chunk.used); free != 0; free &= free - 1) {
+        sizes |= 1U << (block_size(chunk, static_cast<uint32_t>(std::countr_zero(free))) - 1);
+    }
+    return sizes;
+}
+
+// Stores a chunk, and takes it into and out of the sets whose answer has changed.
+void put_chunk(bud_chunks &chunks, uint32_t number, bud_chunk changed) {
+    const uint32_t before = sizes_free(chunks.chunk[number]);
+    const uint32_t after = sizes_free(changed);
+    chunks.chunk[number] = changed;
+    for (uint32_t differ = before ^ after; differ != 0; differ &= differ - 1) {
+        const auto size = static_cast<uint32_t>(std::countr_zero(differ)) + 1;
+        if ((after >> (size - 1) & 1) != 0) {
+            tree_insert(set_of(chunks, size), chunks.shape, number);
+        } else {
+            tree_erase(set_of(chunks, size), chunks.shape, number);
+        }
+    }
+}
+
+uint32_t lowest_free(bud_chunk chunk, uint32_t size) {
+    uint32_t free = chunk.starts & ~static_cast<uint32_t>(chunk.used);
+    while (block_size(chunk, static_cast<uint32_t>(std::countr_zero(free))) != size) {
+        free &= free - 1;
+    }
+    return static_cast<uint32_t>(std::countr_zero(free));
+}
+
+// The unit at which the block in front of this one starts; the unit is a start, and not the first.
+uint32_t start_before(bud_chunk chunk, uint32_t unit) {
+    return 31 - static_cast<uint32_t>(std::countl_zero(chunk.starts & ((1U << unit) - 1)));
+}
+
+bool left_is_free(bud_chunk chunk, uint32_t unit) {
+    return unit != 0 && block_starts(chunk, unit) && is_free(chunk, start_before(chunk, unit));
+}
+
+bool right_is_free(bud_chunk chunk, uint32_t unit, uint32_t size) {
+    return unit + size < chunk_units && is_free(chunk, unit + size);
+}
+
+void copy_chunks(bud_chunks &to, const bud_chunks &from, uint32_t count) {
+    for (uint32_t number = 0; number < count; number++) {
+        put_chunk(to, number, from.chunk[number]);
+    }
+}
+
+} // namespace
+
+bool obtain_chunks(bud_chunks &chunks, uint32_t capacity) {
+    capacity = std::max(capacity, 1U);
+    chunks.shape = tree_shape(capacity);
+    chunks.capacity = capacity;
+    const size_t sets = size_t{bud_sizes} * chunks.shape.words * sizeof(tree_word);
+    chunks.sets = static_cast<tree_word *>(std::calloc(1, sets + size_t{capacity} * sizeof(bud_chunk)));
+    chunks.chunk = reinterpret_cast<bud_chunk *>(chunks.sets + size_t{bud_sizes} * chunks.shape.words);
+    return chunks.sets != nullptr;
+}
+
+void give_back(bud_chunks &chunks) {
+    std::free(chunks.sets);
+    chunks.sets = nullptr;
+    chunks.capacity = 0;
+}
+
+bool enter_block(bud_chunks &chunks, block_kind kind, uint32_t size, uint32_t index) {
+    const uint32_t number = index / chunk_units;
+    bud_chunk &chunk = chunks.chunk[number];
+    const uint16_t start = bit(index % chunk_units);
+    if ((chunk.starts & start) != 0) {
+        return false;
+    }
+    chunk.starts |= start;
+    if (kind == used_block) {
+        chunk.used |= start;
+    } else {
+        tree_insert(set_of(chunks, size), chunks.shape, number);
+    }
+    return true;
+}
+
+void close_last_chunk(bud_chunks &chunks, uint32_t carve_mark) {
+    if (carve_mark % chunk_units != 0) {
+        enter_block(chunks, used_block, chunk_units - carve_mark % chunk_units, carve_mark);
+    }
+}
+
+bool adopt_chunks(struct bud &bud, bud_chunks &chunks, const uint32_t count[block_kinds][bud_sizes]) {
+    if (!reserve_nodes(bud.lists, uint64_t{chunks.capacity} * chunk_units)) {
+        give_back(chunks);
+        return false;
+    }
+    give_back(bud.chunks);
+    clear_lists(bud.lists);
+    bud.chunks = chunks;
+    bud.walked = false;
+    std::memcpy(bud.count, count, sizeof bud.count);
+    bud.free_sizes = 0;
+    for (uint32_t size = 1; size <= bud_sizes; size++) {
+        count_block(bud, free_block, size, 0);
+    }
+    return true;
+}
+
+bool reserve_chunk(struct bud &bud) {
+    const uint32_t carved = bud.carve_mark / chunk_units;
+    if (carved < bud.chunks.capacity) {
+        return true;
+    }
+    const uint32_t most = chunks_below(bud.total);
+    const uint32_t wanted = std::min(most, std::max(first_capacity, carved > most / 2 ? most : 2 * carved));
+    bud_chunks larger{tree_shape(0), 0, nullptr, nullptr};
+    if (!reserve_nodes(bud.lists, uint64_t{wanted} * chunk_units) || !obtain_chunks(larger, wanted)) {
+        return false;
+    }
+    copy_chunks(larger, bud.chunks, carved);
+    give_back(bud.chunks);
+    bud.chunks = larger;
+    return true;
+}
+
+// Takes the lowest block of the smallest size that fits; `larger` is that size less the size wanted.
+uint32_t take_from_chunks(struct bud &bud, uint32_t size, uint32_t larger) {
+    const uint32_t number = tree_lowest(set_of(bud.chunks, size + larger), bud.chunks.shape);
+    bud_chunk chunk = bud.chunks.chunk[number];
+    const uint32_t unit = lowest_free(chunk, size + larger);
+    chunk.used |= bit(unit);
+    count_block(bud, free_block, size + larger, ~0U);
+    count_block(bud, used_block, size, 1);
+    if (larger != 0) {
+        chunk.starts |= bit(unit + size);
+        count_block(bud, free_block, larger, 1);
+    }
+    put_chunk(bud.chunks, number, chunk);
+    return number * chunk_units + unit;
+}
+
+void carve_chunk(struct bud &bud, uint32_t size) {
+    const auto starts = static_cast<uint16_t>(1U | 1U << size); // beyond the chunk when the block fills it
+    const uint32_t number = bud.carve_mark / chunk_units;
+    bud.chunks.chunk[number] = {};
+    put_chunk(bud.chunks, number, {starts, 1});
+    count_block(bud, used_block, size, 1);
+    if (size != chunk_units) {
+        count_block(bud, free_block, chunk_units - size, 1);
+    }
+}
+
+freeing judge_free(const struct bud &bud, uint32_t size, uint32_t index) {
+    const bud_chunk chunk = bud.chunks.chunk[index / chunk_units];
+    const uint32_t unit = index % chunk_units;
+    if (block_starts(chunk, unit) && !is_free(chunk, unit) && block_size(chunk, unit) == size) {
+        return freeing::sound;
+    }
+    const bool left = left_is_free(chunk, unit) && unit - start_before(chunk, unit) <= chunk_units - size;
+    return left || right_is_free(chunk, unit, size) ? freeing::unsound : freeing::nothing;
+}
+
+void free_in_chunks(struct bud &bud, uint32_t size, uint32_t index) {
+    const uint32_t number = index / chunk_units;
+    const uint32_t unit = index % chunk_units;
+    bud_chunk chunk = bud.chunks.chunk[number];
+    uint32_t merged = size;
+    count_block(bud, used_block, size, ~0U);
+    const bool left = left_is_free(chunk, unit);
+    if (right_is_free(chunk, unit, size)) {
+        const uint32_t right = block_size(chunk, unit + size);
+        count_block(bud, free_block, right, ~0U);
+        chunk.starts &= static_cast<uint16_t>(~bit(unit + size));
+        merged += right;
+    }
+    chunk.used &= static_cast<uint16_t>(~bit(unit));
+    if (left) {
+        const uint32_t before = unit - start_before(chunk, unit);
+        count_block(bud, free_block, before, ~0U);
+        chunk.starts &= static_cast<uint16_t>(~bit(unit));
+        merged += before;
+    }
+    count_block(bud, free_block, merged, 1);
+    put_chunk(bud.chunks, number, chunk);
+    if (merged == chunk_units) {
+        release_top_chunks(bud);
+    }
+}
+
+void release_top_chunks(struct bud &bud) {
+    while (bud.free_space != bud.total && bud.carve_mark != 0 && bud.carve_mark % chunk_units == 0) {
+        const uint32_t top = bud.carve_mark / chunk_units - 1;
+        const bud_chunk chunk = bud.chunks.chunk[top];
+        if (chunk.starts != 1 || chunk.used != 0) {
+            return;
+        }
+        put_chunk(bud.chunks, top, {});
+        count_block(bud, free_block, chunk_units, ~0U);
+        bud.free_space += chunk_units;
+        bud.carve_mark -= chunk_units;
+    }
+}
+
+} // namespace ribkit

@@ -1,0 +1,187 @@
+// Saving a buddy descriptor into an image, and restoring it.
+#include "mem/buddy_chunks.h"
+#include "mem/buddy_lists.h"
+#include "mem/image.h"
+#include "rib_codes.h"
+#include <cstdlib>
+
+using namespace ribkit;
+
+namespace {
+
+constexpr uint32_t header_words = 3;
+constexpr uint32_t fixed_words = header_words + block_kinds * bud_sizes;
+
+struct cursors {
+    uint32_t word[block_kinds][bud_sizes];
+};
+
+// Where each list starts in the image.
+cursors list_starts(const uint32_t count[block_kinds][bud_sizes]) {
+    cursors at;
+    uint32_t next = fixed_words;
+    for (uint32_t kind = 0; kind < block_kinds; kind++) {
+        for (uint32_t size = 0; size < bud_sizes; size++) {
+            at.word[kind][size] = next;
+            next += count[kind][size];
+        }
+    }
+    return at;
+}
+
+void save_chunks(const struct bud &bud, uint8_t *image, cursors at) {
+    for (uint32_t number = 0; number < chunks_below(bud.carve_mark); number++) {
+        const bud_chunk chunk = bud.chunks.chunk[number];
+        for (uint32_t starts = listed_starts(bud, number); starts != 0; starts &= starts - 1) {
+            const auto unit = static_cast<uint32_t>(std::countr_zero(starts));
+            const uint32_t kind = chunk.used >> unit & 1U;
+            store_word(image, at.word[kind][block_size(chunk, unit) - 1]++, number * chunk_units + unit);
+        }
+    }
+}
+
+void save_lists(const struct bud &bud, uint8_t *image, cursors at) {
+    for (uint32_t kind = 0; kind < block_kinds; kind++) {
+        for (uint32_t size = 0; size < bud_sizes; size++) {
+            uint32_t node = bud.lists.head[kind][size];
+            for (; node != no_node; node = bud.lists.node[node].next) {
+                store_word(image, at.word[kind][size]++, bud.lists.node[node].index);
+            }
+        }
+    }
+}
+
+// What an image starts with, word by word.
+struct image_head {
+    uint32_t total;
+    uint32_t free_space;
+    uint32_t carve_mark;
+    uint32_t count[block_kinds][bud_sizes];
+};
+static_assert(sizeof(image_head) == fixed_words * word_bytes && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
+
+// Whether chunks can hold the image's blocks, as far as its head tells: all carved units once, and no carving from
+// within a chunk.
+bool may_be_chunks(const image_head &head) {
+    uint64_t units = 0;
+    for (uint32_t size = 1; size <= bud_sizes; size++) {
+        units += (uint64_t{head.count[free_block][size - 1]} + head.count[used_block][size - 1]) * size;
+    }
+    const bool carves = head.carve_mark <= head.total && head.total - head.carve_mark >= chunk_units;
+    return units == head.carve_mark && (head.carve_mark % chunk_units == 0 || !carves);
+}
+
+// One list: ascending, inside the carved area and inside chunks.
+bool enter_list(bud_chunks &chunks, const uint8_t *indices, uint32_t count, block_kind kind, uint32_t size,
+                uint32_t carve_mark) {
+    uint64_t least = 0;
+    for (uint32_t i = 0; i < count; i++) {
+        const uint32_t index = load_word(indices, i);
+        if (index < least || index >= carve_mark || size > carve_mark - index ||
+            index % chunk_units + size > chunk_units || !enter_block(chunks, kind, size, index)) {
+            return false;
+        }
+        least = uint64_t{index} + size;
+    }
+    return true;
+}
+
+// Once all starts are entered: whether each block ends where the next one starts.
+bool sizes_hold(const bud_chunks &chunks, const uint8_t *indices, uint32_t count, uint32_t size) {
+    for (uint32_t i = 0; i < count; i++) {
+        const uint32_t index = load_word(indices, i);
+        if (block_size(chunks.chunk[index / chunk_units], index % chunk_units) != size) {
+            return false;
+        }
+    }
+    return true;
+}
+
+template <typename Each> bool every_list(const uint8_t *image, const image_head &head, Each each) {
+    const uint8_t *indices = image + sizeof head;
+    for (uint32_t list = 0; list < block_kinds * bud_sizes; list++) {
+        const block_kind kind = list < bud_sizes ? free_block : used_block;
+        const uint32_t count = head.count[kind][list % bud_sizes];
+        if (!each(indices, count, kind, list % bud_sizes + 1)) {
+            return false;
+        }
+        indices += static_cast<size_t>(count) * word_bytes;
+    }
+    return true;
+}
+
+bool fill_chunks(bud_chunks &chunks, const uint8_t *image, const image_head &head) {
+    const auto enter = [&](const uint8_t *indices, uint32_t count, block_kind kind, uint32_t size) {
+        return enter_list(chunks, indices, count, kind, size, head.carve_mark);
+    };
+    const auto check = [&](const uint8_t *indices, uint32_t count, block_kind, uint32_t size) {
+        return sizes_hold(chunks, indices, count, size);
+    };
+    if (!every_list(image, head, enter)) {
+        return false;
+    }
+    close_last_chunk(chunks, head.carve_mark);
+    return every_list(image, head, check);
+}
+
+bool restore_chunks(struct bud &bud, const uint8_t *image, const image_head &head) {
+    bud_chunks chunks{tree_shape(0), 0, nullptr, nullptr};
+    if (!may_be_chunks(head) || !obtain_chunks(chunks, chunks_below(head.carve_mark))) {
+        return false;
+    }
+    if (!fill_chunks(chunks, image, head)) {
+        give_back(chunks);
+        return false;
+    }
+    return adopt_chunks(bud, chunks, head.count);
+}
+
+uint32_t restore_lists(struct bud &bud, const uint8_t *image, const image_head &head) {
+    uint32_t result = RIB_OK;
+    every_list(image, head, [&](const uint8_t *indices, uint32_t count, block_kind kind, uint32_t size) {
+        empty_list(bud, kind, size);
+        uint32_t last = no_node;
+        for (uint32_t i = 0; i < count && result == RIB_OK; i++) {
+            result = bud_list_append(bud, kind, size, load_word(indices, i), last);
+        }
+        return result == RIB_OK;
+    });
+    return result;
+}
+
+} // namespace
+
+uint32_t bud_serialize(const struct bud *bud, uint8_t **buffer, uint32_t *length) {
+    *buffer = nullptr;
+    if (bud == nullptr) {
+        return RIB_FAILED;
+    }
+    const cursors at = list_starts(bud->count);
+    *length = (at.word[used_block][bud_sizes - 1] + bud->count[used_block][bud_sizes - 1]) * word_bytes;
+    auto *image = static_cast<uint8_t *>(std::malloc(*length));
+    if (image == nullptr) {
+        return RIB_OUT_OF_MEMORY;
+    }
+    image_head head{bud->total, bud->free_space, bud->carve_mark, {}};
+    std::memcpy(head.count, bud->count, sizeof head.count);
+    std::memcpy(image, &head, sizeof head);
+    bud->walked ? save_lists(*bud, image, at) : save_chunks(*bud, image, at);
+    *buffer = image;
+    return RIB_OK;
+}
+
+uint32_t bud_deserialize(struct bud *bud, const uint8_t *buffer) {
+    if (bud == nullptr || buffer == nullptr) {
+        return RIB_FAILED;
+    }
+    image_head head;
+    std::memcpy(&head, buffer, sizeof head);
+    const bool restored = restore_chunks(*bud, buffer, head);
+    if (!restored) {
+        walk_from_now_on(*bud); // as it was: what cannot be restored keeps what it held
+    }
+    bud->total = head.total;
+    bud->free_space = head.free_space;
+    bud->carve_mark = head.carve_mark;
+    return restored ? RIB_OK : restore_lists(*bud, buffer, head);
+}

@@ -1,0 +1,52 @@
+// A buddy descriptor and its model, given the same calls; what each answers, counts, saves and shows is compared.
+#pragma once
+
+#include "mem/buddy.h"
+#include "mem/naive_buddy.h"
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ribkit::testing {
+
+using words = std::vector<uint32_t>;
+
+words saved_by(const struct bud *bud);
+words saved_by(const naive::buddy &model);
+
+/// What must hold inside a descriptor at any time.
+void expect_sound(const struct bud &bud);
+
+class twin_buddies {
+  public:
+    struct block {
+        uint32_t size;
+        uint32_t index;
+    };
+
+    explicit twin_buddies(uint32_t total);
+    twin_buddies(const twin_buddies &) = delete;
+    twin_buddies &operator=(const twin_buddies &) = delete;
+    ~twin_buddies();
+
+    /// With `failing` not 0 that allocation of memory fails, counted from 1.
+    void alloc(uint32_t size, size_t failing = 0);
+    void free(uint32_t size, uint32_t index);
+    /// Frees one of the blocks that were allocated and not yet freed.
+    void free_any(uint32_t choice);
+    void restore(const words &image);
+    void table(const words &table);
+    void expect_same() const;
+    void expect_same_displays() const;
+
+    [[nodiscard]] const std::vector<block> &live() const { return live_; }
+    [[nodiscard]] struct bud *product() const { return bud_; }
+    [[nodiscard]] const naive::buddy &model() const { return model_; }
+
+  private:
+    naive::buddy model_;
+    struct bud *bud_;
+    std::vector<block> live_;
+};
+
+} // namespace ribkit::testing
