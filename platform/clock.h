@@ -1,11 +1,12 @@
-// The time that waits and delays are measured in: the real one, or a virtual one that stands still while any thread
-// that uses the service works, and jumps to the next deadline when all of them wait. With the virtual one a run of a
-// fault script needs no real time and always goes the same way.
+// The time that waits and delays are measured in: the real one, or a virtual one, under which the threads that use the
+// service run one at a time, each until it waits, and the time jumps to the next deadline when all of them wait. A run
+// of a fault script then needs no real time and always goes the same way.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 
 namespace ribkit::platform {
@@ -15,14 +16,16 @@ inline constexpr time_point never = time_point::max();
 
 time_point clock_now();
 
-/// Switches, while no thread is in the service; the virtual clock starts at zero.
+/// Switches; the virtual clock starts at zero. What waits at that moment goes on under the new clock when it wakes.
 void set_virtual_clock(bool on);
 
-/// Makes the calling thread one of those that the virtual clock waits for, until it ends.
-void join_clock();
+/// At every call of the service: under the virtual clock the calling thread waits for its turn, and from now on counts.
+void take_turn();
 
-/// One wait of one thread. Whoever ends the wait calls `end` before it notifies, so that time does not jump while the
-/// thread wakes up.
+/// Does something later: under the virtual clock on the thread that makes the time jump, else on a thread of its own.
+void do_later(std::chrono::milliseconds delay, std::function<void()> action);
+
+/// One wait of one thread. Whoever ends it calls `end`, and notifies.
 class timed_wait {
   public:
     timed_wait() = default;
@@ -30,23 +33,18 @@ class timed_wait {
     timed_wait &operator=(const timed_wait &) = delete;
     ~timed_wait() { end(); }
 
-    void begin(time_point deadline);
     void end();
 
     /// Waits for `done`, at most until the deadline; whether it was done.
     template <typename Done>
     bool wait(std::condition_variable &wake, std::unique_lock<std::mutex> &locked, time_point deadline, Done done) {
-        begin(deadline);
-        if (counted_) {
-            while (!done()) {
-                if (wake.wait_for(locked, look_around, done)) {
-                    break;
-                }
-                if (expired()) {
-                    return false;
-                }
+        if (begin(deadline)) {
+            locked.unlock();
+            block();
+            locked.lock();
+            if (deadline != never || done()) {
+                return done();
             }
-            return true;
         }
         if (deadline == never) {
             wake.wait(locked, done);
@@ -56,14 +54,15 @@ class timed_wait {
     }
 
   private:
-    static constexpr std::chrono::milliseconds look_around{1};
+    friend struct virtual_clock;
 
-    bool expired();
+    bool begin(time_point deadline); // whether it waits on the virtual clock
+    static void block();
 
-    bool counted_ = false; // among those who wait on the virtual clock; set before others can know the wait
-    bool waiting_ = false; // guarded by the clock's lock
-    uint64_t turn_ = 0;
+    bool counted_ = false;                 // has begun on the virtual clock
+    struct thread_turn *thread_ = nullptr; // null while it does not wait there; guarded by the clock's lock
     time_point deadline_ = never;
+    uint64_t number_ = 0;
 };
 
 } // namespace ribkit::platform

@@ -2,8 +2,6 @@
 #pragma once
 
 #include "platform/fault_script.h"
-#include <cstdint>
-#include <functional>
 #include <memory>
 
 namespace ribkit::platform {
@@ -13,8 +11,5 @@ void set_faults(std::unique_ptr<fault_script> script);
 
 /// Null without a script.
 fault_script *faults();
-
-/// Does something later, on a thread of its own.
-void do_later(uint32_t milliseconds, std::function<void()> action);
 
 } // namespace ribkit::platform

@@ -46,17 +46,20 @@ void record(const disturbance &done) {
 
 void post_office::wait_for_room(std::unique_lock<std::mutex> &locked) {
     timed_wait own;
-    own.begin(never);
     waiting_.push_back(&own);
-    room_.wait(locked);
+    const uint64_t seen = rooms_made_;
+    own.wait(room_, locked, never, [&] { return rooms_made_ != seen; });
     std::erase(waiting_, &own);
 }
 
 void post_office::room_made() {
+    ++rooms_made_;
     for (timed_wait *one : waiting_) {
         one->end();
     }
-    room_.notify_all();
+    if (!waiting_.empty()) {
+        room_.notify_all();
+    }
 }
 
 struct mailbox::waiter {
@@ -151,12 +154,13 @@ void mailbox::arrive_later(parcel one, uint32_t milliseconds) {
         arrive_in_turn(std::move(one));
         return;
     }
-    do_later(milliseconds, [home = weak_from_this(), late = std::make_shared<parcel>(std::move(one))] {
-        if (const auto box = home.lock()) {
-            const std::scoped_lock lock{box->office_->lock};
-            box->arrive_in_turn(std::move(*late));
-        }
-    });
+    do_later(std::chrono::milliseconds{milliseconds},
+             [home = weak_from_this(), late = std::make_shared<parcel>(std::move(one))] {
+                 if (const auto box = home.lock()) {
+                     const std::scoped_lock lock{box->office_->lock};
+                     box->arrive_in_turn(std::move(*late));
+                 }
+             });
 }
 
 void mailbox::arrive_in_turn(parcel one) {

@@ -25,6 +25,7 @@ class post_office {
   private:
     std::condition_variable room_;
     std::vector<timed_wait *> waiting_;
+    uint64_t rooms_made_ = 0;
 };
 
 /// The queue of one address: how many messages may wait, and do.

@@ -37,7 +37,7 @@ template <typename Action> int answered_by(const Action &action) {
 /// Makes the call unless a fault script lets it fail.
 template <typename Action> int called(service_call call, const Action &action) {
     return answered_by([&] {
-        join_clock();
+        take_turn();
         fault_script *script = faults();
         const int failure = script == nullptr ? 0 : script->failure_of(call);
         return failure != 0 ? failure : action();
