@@ -1,7 +1,6 @@
 // The timed trace line, and the failure reports: a trace for developers, a plain sentence for the two clients that face
 // an operator.
-#include "rib_codes.h"
-#include "rib_text.h"
+#include "diag/print.h"
 #include "rib_trace.h"
 
 #include <cstdarg>
@@ -22,7 +21,7 @@ template <size_t Size> int32_t print_timed(const char *format, va_list arguments
 }
 
 int32_t report(uint32_t uuid, const char *sentence, const char *format, va_list arguments) {
-    if (uuid == RIB_CLIENT_CONFIG || uuid == RIB_CLIENT_OPERATOR) {
+    if (ribkit::faces_operator(uuid)) {
         return std::puts(sentence);
     }
     return print_timed<report_line>(format, arguments);

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int widest_column = 40;
+constexpr size_t calendar_text = 25; // characters, the newline included
 constexpr uint8_t last_known_type = 80;
 
 void cut_newline(char *str) {
@@ -35,8 +36,12 @@ int rib_time_stamp_str(char *str) {
                         static_cast<unsigned>(local->tm_min), static_cast<unsigned>(local->tm_sec));
 }
 
+// A year that the calendar cannot write leaves an empty text; one of five digits still fits.
 void rib_time_to_str(const time_t *t, char *str) {
-    std::strcpy(str, ctime(t));
+    const char *calendar = ctime(t);
+    const size_t length = calendar != nullptr ? strnlen(calendar, calendar_text) : 0;
+    std::memcpy(str, calendar, length);
+    str[length] = '\0';
     cut_newline(str);
 }
 

@@ -76,6 +76,12 @@
 #define RIB_OPER_REPLAY UINT32_C(0x8000)
 #define RIB_OPER_VERIFY UINT32_C(0x10000)
 
+/* Operations of a message to a FIB, as far as a RIB operation maps to one. */
+#define FIB_OPER_UPDATE UINT32_C(0x1)
+#define FIB_OPER_REMOVE UINT32_C(0x2)
+#define FIB_OPER_REMOVE_ALL UINT32_C(0x4)
+#define FIB_OPER_MERGE UINT32_C(0x20)
+
 /* Actions of a route record. */
 #define RIB_ACTION_ADD UINT32_C(0x1)
 #define RIB_ACTION_DELETE UINT32_C(0x2)

@@ -22,15 +22,20 @@ extern "C" {
  */
 int qip_open(const char *url, uint32_t *handle);
 
-/** Closes a handle: its queues are dropped, every wait on it ends with ECANCELED. @return 0; else non-zero with errno
+/**
+ * Closes a handle: what waits for it unread is dropped, every wait on it ends with ECANCELED. References that it handed
+ * out stay valid until they are dropped. @return 0; else non-zero with errno (EBADF: unknown handle)
  */
 int qip_close(uint32_t handle);
 
 /**
- * Receives here what is sent to an address; a handle may listen at several. Messages are taken with qip_recv and null
- * options (or options whose word 0 is 0 and whose word 2 limits the wait in seconds).
- * @param bound messages that may wait here: beyond it a non-blocking send fails with EAGAIN and any other send waits
- * @return 0; else non-zero with errno (EADDRINUSE: taken)
+ * Receives here what is sent to an address; a handle may listen at several. Messages are taken with qip_recv and
+ * QIP_RECV_INCOMING. One handle listens at an address, but for those with service access point 0: they are groups,
+ * where any number of handles listens, each is given every message, and a send succeeds where nobody listens
+ * (0xfe000000/0 are the local listeners of notifications, 0xff000001/0 the modules).
+ * @param bound messages to this address that may wait here, at least 1: beyond it a send that must not block fails with
+ *        EAGAIN and any other send waits. A group's message is given to all of its listeners or to none.
+ * @return 0; else non-zero with errno (EADDRINUSE: taken; EINVAL: bound 0; EBADF: unknown handle)
  */
 int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound);
 
@@ -40,7 +45,49 @@ uint32_t qip_opcode_get(const struct qip_ref *ref);
 /** @return references handed out by this process's transports and not yet dropped */
 uint32_t qip_refs_held(void);
 
-/** Parses an interface name ("fc1/1", "port-channel 3"). @return 0; non-zero where it names no interface */
+/*
+ * The debug history behind yelk.h: the latest events of this process, at most 1024. Every event is recorded unless its
+ * id and subtype were switched off.
+ */
+
+/** Records events of this id and subtype (on not 0), or ignores them from now on (on 0). */
+void yelk_hist_subtype_set(uint32_t event_id, uint32_t subtype, int on);
+
+/** Prints the history on standard output, the oldest event first: its number, its age in seconds, what happened. */
+void yelk_hist_print(void);
+
+/** Empties the history; numbers start at 1 again. */
+void yelk_hist_clear(void);
+
+/** Lets debug output of levels from 1 up to this one be printed; 0, the start value, prints none. */
+void yelk_dbg_level_set(uint32_t level);
+
+/*
+ * Interface indices: the kind in bits 31 to 24, the rest as the kind says; every other value has no type. 0 is no
+ * interface.
+ *
+ *   kind  name             bits 23 to 16   bits 15 to 0
+ *   1     fcS/P            slot, from 1    port, from 1
+ *   2     port-channel N   0               number, from 1
+ *   3     vsanN            0               VSAN, 0 to 4095
+ *   4     mgmtN            0               number, from 0
+ *   5     sup-fcN          0               number, from 0
+ *   6     loopbackN        0               number, from 0
+ *   7     fc-tunnelN       0               number, from 0
+ */
+#define RIBKIT_IF_FC UINT32_C(1)
+#define RIBKIT_IF_PORT_CHANNEL UINT32_C(2)
+#define RIBKIT_IF_VSAN UINT32_C(3)
+#define RIBKIT_IF_MGMT UINT32_C(4)
+#define RIBKIT_IF_SUP_FC UINT32_C(5)
+#define RIBKIT_IF_LOOPBACK UINT32_C(6)
+#define RIBKIT_IF_FC_TUNNEL UINT32_C(7)
+
+/**
+ * Parses an interface name exactly as it is printed ("fc1/1", "port-channel 3").
+ * @param if_index filled on success
+ * @return 0; non-zero where it names no interface
+ */
 int if_index_parse(const char *name, uint32_t *if_index);
 
 #ifdef __cplusplus

@@ -1,0 +1,7 @@
+// What ribkit costs, as ratios to its peers in the same run.
+#include "bench/codec_bench.h"
+
+int main() {
+    ribkit::bench::codec_rows();
+    return 0;
+}

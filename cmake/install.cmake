@@ -1,0 +1,15 @@
+# What a stranger's program builds against: headers, both libraries, a CMake package and pkg-config files.
+include(CMakePackageConfigHelpers)
+
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit)
+install(TARGETS ribkit ribkit_static ribkit_platform ribkit_platform_static EXPORT ribkit-targets)
+install(EXPORT ribkit-targets NAMESPACE ribkit:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
+configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ribkit-config.cmake.in ${CMAKE_BINARY_DIR}/ribkit-config.cmake
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/ribkit-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/ribkit-config.cmake ${CMAKE_BINARY_DIR}/ribkit-config-version.cmake
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
+foreach(file IN ITEMS ribkit.pc ribkit-platform.pc)
+    configure_file(${CMAKE_SOURCE_DIR}/cmake/${file}.in ${CMAKE_BINARY_DIR}/${file} @ONLY)
+    install(FILES ${CMAKE_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -1,0 +1,169 @@
+// One short engine turns every layout into its converters, at compile time: direction, host byte order and instruction
+// set are template parameters, so that each combination is compiled and tested on every machine.
+//
+// Counts are read from the source, before the words that hold them are written: a sender's in host order, a receiver's
+// in network order. Fixed rows go first, lists follow by offset. Counts are trusted: one above its bound converts that
+// many entries and suppresses the zero-filling. Source and destination may be one buffer.
+#pragma once
+
+#include "codec/bytes.h"
+#include "codec/layout.h"
+
+#include <array>
+#include <utility>
+
+namespace ribkit {
+
+enum class direction : uint8_t { to_network, to_host };
+
+constexpr std::endian source_order(direction d, std::endian host) {
+    return d == direction::to_network ? host : std::endian::big;
+}
+
+/// A layout of nothing but words, which may end in a list of words: any run of such entries is one run of words.
+constexpr bool is_words_only(const layout &l) {
+    for (const row &r : l) {
+        const bool words_of_words =
+            r.kind == row_kind::list && r.bound == 0 && r.stride == 4 && is_words_only(*r.entry);
+        if (r.kind != row_kind::words && !words_of_words) {
+            return false;
+        }
+    }
+    return true;
+}
+
+constexpr bool is_fixed(const layout &l) {
+    for (const row &r : l) {
+        if (r.kind == row_kind::list) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// A maximal run of fixed rows, between the list rows that cut them apart; a gap at its end is not part of it.
+struct segment {
+    size_t first, last;  // rows, last excluded
+    uint32_t begin, end; // bytes
+};
+
+constexpr bool is_fixed_row(const row &r) { return !layout::is_list(r); }
+
+constexpr size_t count_segments(const layout &l) {
+    size_t n = 0;
+    for (size_t i = 0; i < l.n_rows; ++i) {
+        n += is_fixed_row(l.rows[i]) && (i == 0 || !is_fixed_row(l.rows[i - 1]));
+    }
+    return n;
+}
+
+constexpr segment segment_of(const layout &l, size_t wanted) {
+    size_t first = 0;
+    for (size_t n = 0;; ++first) {
+        if (is_fixed_row(l.rows[first]) && (first == 0 || !is_fixed_row(l.rows[first - 1])) && n++ == wanted) {
+            break;
+        }
+    }
+    size_t last = first;
+    while (last < l.n_rows && is_fixed_row(l.rows[last])) {
+        ++last;
+    }
+    while (last > first + 1 && l.rows[last - 1].kind == row_kind::gap) {
+        --last;
+    }
+    return {first, last, l.rows[first].offset, l.rows[last - 1].end()};
+}
+
+template <std::endian Order> [[gnu::always_inline]] inline uint32_t read_count(count_of count, const uint8_t *message) {
+    switch (count.where) {
+    case count_in::word:
+        return load32<Order>(message + count.at);
+    case count_in::second_byte:
+        return message[count.at + (Order == std::endian::big ? 1 : 2)];
+    default:
+        return count.at;
+    }
+}
+
+template <direction D, std::endian Host, class Isa> struct engine {
+    static constexpr std::endian order = source_order(D, Host);
+    static constexpr bool swaps = Host != std::endian::big;
+
+    /// Converts one message; returns its size in bytes.
+    template <const layout &L> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        if constexpr (Isa::template has_shortcut<L>()) {
+            return Isa::template shortcut<L, order, swaps>(src, dst, &rows<L>);
+        } else {
+            return rows<L>(src, dst);
+        }
+    }
+
+    template <const layout &L> static uint32_t rows(const uint8_t *src, uint8_t *dst) {
+        return rows<L>(src, dst, std::make_index_sequence<L.n_rows>{}, std::make_index_sequence<count_segments(L)>{});
+    }
+
+  private:
+    template <const layout &L, size_t... Row, size_t... Segment>
+    [[gnu::always_inline]] static uint32_t rows(const uint8_t *src, uint8_t *dst, std::index_sequence<Row...>,
+                                                std::index_sequence<Segment...>) {
+        const std::array<uint32_t, L.n_rows> counts{read_count<order>(L.rows[Row].count, src)...};
+        (Isa::template fixed<L, Segment, swaps>(src, dst), ...);
+        uint32_t size = L.size;
+        ((size += list_row<L, Row>(src, dst, counts[Row])), ...);
+        return size;
+    }
+
+    /// Converts a list; returns its bytes behind the fixed part.
+    template <const layout &L, size_t Row>
+    [[gnu::always_inline]] static uint32_t list_row(const uint8_t *src, uint8_t *dst, uint32_t count) {
+        constexpr const row &r = L.rows[Row];
+        if constexpr (r.kind != row_kind::list) {
+            return 0;
+        } else if constexpr (r.bound == 0) {
+            return entries<L, Row>(src + r.offset, dst + r.offset, count);
+        } else if constexpr (is_words_only(*r.entry) && is_fixed(*r.entry) && r.stride == 4) {
+            Isa::template bounded<r.bound, swaps>(src + r.offset, dst + r.offset, count);
+            return 0;
+        } else {
+            entries<L, Row>(src + r.offset, dst + r.offset, count);
+            if (count < r.bound) {
+                std::memset(dst + r.offset + size_t{count} * r.stride, 0, size_t{r.bound - count} * r.stride);
+            }
+            return 0;
+        }
+    }
+
+    /// Converts the entries of a list one after another; returns how far they step.
+    template <const layout &L, size_t Row>
+    [[gnu::always_inline]] static uint32_t entries(const uint8_t *src, uint8_t *dst, uint32_t count) {
+        constexpr const row &r = L.rows[Row];
+        constexpr const layout &entry = *r.entry;
+        if constexpr (is_words_only(entry) && r.stride == 0) {
+            const size_t size = self_sized<entry>(src, count);
+            Isa::template run<swaps>(src, dst, size / 4);
+            return static_cast<uint32_t>(size);
+        } else if constexpr (is_words_only(entry) && is_fixed(entry) && r.stride == entry.size) {
+            Isa::template run<swaps>(src, dst, size_t{count} * (entry.size / 4));
+            return count * entry.size;
+        } else {
+            size_t at = 0;
+            for (uint32_t i = 0; i < count; ++i) {
+                const uint32_t size = convert<entry>(src + at, dst + at);
+                at += r.stride != 0 ? r.stride : size;
+            }
+            return static_cast<uint32_t>(at);
+        }
+    }
+
+    /// The bytes of `count` entries that each end in a list of words and say its length.
+    template <const layout &Entry> [[gnu::always_inline]] static size_t self_sized(const uint8_t *src, uint32_t count) {
+        constexpr const row &labels = Entry.rows[Entry.n_rows - 1];
+        size_t at = 0;
+        for (; count != 0; --count) {
+            at += Entry.size + size_t{4} * read_count<order>(labels.count, src + at);
+        }
+        return at;
+    }
+};
+
+} // namespace ribkit

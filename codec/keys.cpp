@@ -1,0 +1,180 @@
+// Route keys: stepping a query or a key to its successor, the order of keys, and what a RIB operation is to a FIB.
+#include "codec/bytes.h"
+#include "codec/messages/info.h"
+#include "codec/messages/query.h"
+#include "rib_codec.h"
+#include "rib_codes.h"
+
+using namespace ribkit;
+using namespace ribkit::wire;
+
+namespace {
+
+constexpr uint32_t last_vsan = 4095;
+constexpr uint32_t first_address = 0x010000;
+constexpr uint32_t last_domain_address = 0xefffff;
+constexpr uint32_t first_controller = 0xfffb00;
+constexpr uint32_t last_controller = 0xfffbff;
+constexpr uint32_t last_address = 0xffffff;
+constexpr uint32_t domain_mask = 0xff0000;
+constexpr uint32_t area_mask = 0xffff00;
+constexpr uint32_t port_mask = 0xffffff;
+
+uint32_t next_address(uint32_t fcid) { return (fcid + 1) & last_address; }
+
+/// Moves on to the next VSAN's first address, unless there is none.
+uint32_t next_vsan(uint32_t *vsan, uint32_t *fcid) {
+    if (*vsan == last_vsan) {
+        return RIB_FAILED;
+    }
+    ++*vsan;
+    *fcid = first_address;
+    return RIB_OK;
+}
+
+/// Widens the mask by a step. @return false behind the last, with the mask at the first again
+bool next_mask(uint32_t *mask) {
+    if (*mask == domain_mask || *mask == area_mask) {
+        *mask = *mask == domain_mask ? area_mask : port_mask;
+        return true;
+    }
+    *mask = domain_mask;
+    return false;
+}
+
+/// The batch that follows: the first continues at the label behind the last one seen.
+uint32_t next_query(uint8_t *cur, uint8_t *next, uint32_t cursor_at, uint32_t label_at) {
+    constexpr uint32_t one_label = 1U << 12;
+    const uint32_t cursor = be32(cur + cursor_at);
+    store32<std::endian::big>(next + cursor_at, cursor);
+    store32<std::endian::big>(cur + cursor_at, cursor + 1);
+    if (cursor == 0) {
+        store32<std::endian::big>(next + label_at, be32(cur + label_at) + one_label);
+    }
+    return RIB_OK;
+}
+
+template <class Number> int32_t order_of(Number a, Number b) { return static_cast<int32_t>(a > b) - (a < b); }
+
+/// VSANs are compared as signed numbers, addresses and masks as unsigned ones.
+int32_t order_of_vsans(uint32_t a, uint32_t b) { return order_of(static_cast<int32_t>(a), static_cast<int32_t>(b)); }
+
+int32_t first_difference(std::initializer_list<int32_t> orders) {
+    for (const int32_t order : orders) {
+        if (order != 0) {
+            return order;
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+uint32_t rib_next_fclrt_query(void *cur, void *next) {
+    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), fclrt_query.at("cursor"),
+                      fclrt_query.at("match"));
+}
+
+uint32_t rib_next_verf_query(void *cur, void *next) {
+    constexpr uint32_t key = verf_query.at("key");
+    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), key + verf_fcl.at("words 8"),
+                      key + verf_fcl.at("label"));
+}
+
+uint32_t rib_next_fcm_tuple(uint32_t *vsan, uint32_t *fcid) {
+    if (*fcid == last_address) {
+        return next_vsan(vsan, fcid);
+    }
+    *fcid = next_address(*fcid);
+    return RIB_OK;
+}
+
+uint32_t fib_next_fcm_tuple(uint32_t *fcid, uint32_t *vsan) {
+    if (*vsan != last_vsan) {
+        ++*vsan;
+        return RIB_OK;
+    }
+    *vsan = 0; // also where there is no next address
+    if (*fcid == last_address) {
+        return RIB_FAILED;
+    }
+    *fcid = next_address(*fcid);
+    return RIB_OK;
+}
+
+uint32_t rib_next_fcu_tuple(uint32_t *vsan, uint32_t *fcid, uint32_t *mask) {
+    if (next_mask(mask)) {
+        return RIB_OK;
+    }
+    if (*fcid >= last_domain_address) {
+        return next_vsan(vsan, fcid);
+    }
+    *fcid = next_address(*fcid);
+    return RIB_OK;
+}
+
+uint32_t rib_next_fcroute_tuple(uint32_t *vsan, uint32_t *fcid, uint32_t *mask) {
+    if (*fcid == last_address) {
+        *fcid = first_address; // reset even where there is no next VSAN
+        *mask = domain_mask;
+        return next_vsan(vsan, fcid);
+    }
+    if (*fcid >= last_domain_address) {
+        *mask = port_mask;
+        if (*fcid >= last_controller) {
+            *fcid = last_address;
+        } else {
+            *fcid = *fcid >= first_controller ? *fcid + 1 : first_controller;
+        }
+    } else if (!next_mask(mask)) {
+        *fcid = next_address(*fcid);
+    }
+    return RIB_OK;
+}
+
+int32_t rib_cmp_fcm_tuple(uint32_t vsan_a, uint32_t fcid_a, uint32_t vsan_b, uint32_t fcid_b) {
+    return first_difference({order_of_vsans(vsan_a, vsan_b), order_of(fcid_a, fcid_b)});
+}
+
+int32_t fib_cmp_fcm_tuple(uint32_t fcid_a, uint32_t vsan_a, uint32_t fcid_b, uint32_t vsan_b) {
+    return first_difference({order_of(fcid_a, fcid_b), order_of_vsans(vsan_a, vsan_b)});
+}
+
+int32_t rib_cmp_fcu_tuple(uint32_t vsan_a, uint32_t fcid_a, uint32_t mask_a, uint32_t vsan_b, uint32_t fcid_b,
+                          uint32_t mask_b) {
+    return first_difference({order_of_vsans(vsan_a, vsan_b), order_of(fcid_a, fcid_b), order_of(mask_a, mask_b)});
+}
+
+uint32_t rib_oper_to_fib(uint32_t oper) {
+    switch (oper) {
+    case RIB_OPER_UPDATE:
+    case RIB_OPER_UPDATE_RSP:
+    case RIB_OPER_UPDATE_CMI:
+    case RIB_OPER_RESTORE:
+    case RIB_OPER_RESUME:
+        return FIB_OPER_UPDATE;
+    case RIB_OPER_REMOVE:
+    case RIB_OPER_REMOVE_RSP:
+        return FIB_OPER_REMOVE;
+    case RIB_OPER_REMOVE_ALL:
+    case RIB_OPER_REMOVE_ALL_RSP:
+        return FIB_OPER_REMOVE_ALL;
+    case RIB_OPER_MERGE:
+        return FIB_OPER_MERGE;
+    default:
+        return 0; // a merge with response has none
+    }
+}
+
+int32_t rib_vsan_rewrite_key_compare(const void *a, const void *b) {
+    const auto *left = static_cast<const uint8_t *>(a);
+    const auto *right = static_cast<const uint8_t *>(b);
+    constexpr uint32_t vsan_at = 12;
+    for (const uint32_t at : {4U, vsan_at, 16U, 20U, 24U, 28U, 32U}) {
+        const auto compare = at == vsan_at ? order_of_vsans : order_of<uint32_t>;
+        if (const int32_t order = compare(be32(left + at), be32(right + at)); order != 0) {
+            return order;
+        }
+    }
+    return 0;
+}

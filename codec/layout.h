@@ -1,0 +1,195 @@
+// How a message is declared: a layout is constexpr data that reads like its table. Offsets are written out and checked
+// when the layout is compiled: rows in order, no hole that is not declared, every count before its list, sizes that add
+// up.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string_view>
+
+namespace ribkit {
+
+enum class row_kind : uint8_t {
+    words,  // 32-bit words, converted
+    half,   // one 16-bit number, converted
+    bytes,  // carried unchanged
+    masked, // one byte of which only the bits of `mask` are carried
+    zero,   // written as zero whatever the source holds
+    gap,    // carried by nobody: the destination keeps what it held
+    name,   // a string, cut to `mask` characters and zero-filled to its area
+    list,   // `count` entries of `entry`
+    records // as an open list, but its entries are converted one by one by whoever walks the message
+};
+
+/// What a word or a run of bytes means to a reader; plain where the messages give it no meaning.
+enum class meaning : uint8_t {
+    plain,
+    client,
+    operation,
+    action,
+    flags,
+    vsan,
+    fc_id,
+    fc_mask,
+    interface,
+    label,
+    control,
+    domain,
+    cost,
+    count,
+};
+
+enum class count_in : uint8_t { none, word, second_byte, constant };
+
+/// Where a list's count stands: in a word, in the second byte (bits 23 to 16) of a word, or nowhere: a constant.
+struct count_of {
+    count_in where = count_in::none;
+    uint16_t at = 0; // the word's offset; the count itself for a constant
+};
+
+namespace in {
+constexpr count_of word(uint16_t offset) { return {count_in::word, offset}; }
+constexpr count_of second_byte(uint16_t offset) { return {count_in::second_byte, offset}; }
+constexpr count_of constant(uint16_t count) { return {count_in::constant, count}; }
+} // namespace in
+
+struct layout;
+
+/// Small, because the checks keep every layout in memory.
+struct row {
+    row_kind kind{};
+    meaning means{};
+    uint8_t mask = 0;
+    count_of count{};
+    uint16_t offset = 0;
+    uint16_t size = 0;   // bytes of the message that the row occupies; 0 for an open list, which comes last
+    uint16_t stride = 0; // bytes from entry to entry; 0 where each entry says its own size
+    uint16_t bound = 0;  // entries of a bounded list, whose unused ones are zero-filled; 0 for an open list
+    const char *name = "";
+    const layout *entry = nullptr;
+
+    [[nodiscard]] constexpr uint32_t end() const { return uint32_t{offset} + size; }
+};
+
+constexpr uint16_t times(uint16_t a, uint16_t b) { return static_cast<uint16_t>(a * b); }
+
+// The rows, as a layout's table writes them.
+constexpr row words(uint16_t offset, uint16_t n, const char *name, meaning means = meaning::plain) {
+    return {.kind = row_kind::words, .means = means, .offset = offset, .size = times(4, n), .name = name};
+}
+constexpr row word(uint16_t offset, const char *name, meaning means = meaning::plain) {
+    return words(offset, 1, name, means);
+}
+constexpr row half(uint16_t offset, const char *name) {
+    return {.kind = row_kind::half, .offset = offset, .size = 2, .name = name};
+}
+constexpr row bytes(uint16_t offset, uint16_t size, const char *name, meaning means = meaning::plain) {
+    return {.kind = row_kind::bytes, .means = means, .offset = offset, .size = size, .name = name};
+}
+constexpr row masked(uint16_t offset, uint8_t mask, const char *name) {
+    return {.kind = row_kind::masked, .mask = mask, .offset = offset, .size = 1, .name = name};
+}
+constexpr row zero(uint16_t offset, uint16_t size) {
+    return {.kind = row_kind::zero, .offset = offset, .size = size, .name = "zero"};
+}
+constexpr row gap(uint16_t offset, uint16_t size) {
+    return {.kind = row_kind::gap, .offset = offset, .size = size, .name = "gap"};
+}
+constexpr row name(uint16_t offset, uint16_t size, uint8_t longest, const char *called) {
+    return {.kind = row_kind::name, .mask = longest, .offset = offset, .size = size, .name = called};
+}
+
+/// An open list: as many entries as its count says, to the end of the message.
+constexpr row list(uint16_t offset, const char *name, count_of count, const layout &entry, uint16_t stride) {
+    return {.kind = row_kind::list, .count = count, .offset = offset, .stride = stride, .name = name, .entry = &entry};
+}
+/// A bounded list: room for `bound` entries, zero-filled from the count to the bound.
+constexpr row list(uint16_t offset, const char *name, count_of count, const layout &entry, uint16_t stride,
+                   uint16_t bound) {
+    row bounded = list(offset, name, count, entry, stride);
+    bounded.size = times(stride, bound);
+    bounded.bound = bound;
+    return bounded;
+}
+/// A list whose number of entries never varies.
+constexpr row list(uint16_t offset, const char *name, uint16_t n, const layout &entry, uint16_t stride) {
+    return list(offset, name, in::constant(n), entry, stride, n);
+}
+/// The records that follow an update's header: sized and checked with it, each converted by its own converter.
+constexpr row records(uint16_t offset, const char *name, count_of count, const layout &entry) {
+    row following = list(offset, name, count, entry, 0);
+    following.kind = row_kind::records;
+    return following;
+}
+
+// Not constexpr: naming one of these while a layout is compiled is the error message.
+void layout_rows_leave_a_hole_or_overlap();
+void layout_count_must_stand_in_a_word_before_its_list();
+void layout_open_list_must_be_last();
+void layout_size_differs_from_its_rows();
+void layout_has_too_many_rows();
+void layout_has_no_such_field();
+
+struct layout {
+    static constexpr size_t most_rows = 12;
+
+    const char *name;
+    uint16_t size; // of the fixed part, bounded lists included
+    uint16_t n_rows = 0;
+    row rows[most_rows]{};
+
+    consteval layout(const char *called, uint16_t fixed_size, std::initializer_list<row> table)
+        : name(called), size(fixed_size) {
+        uint32_t next = 0;
+        for (const row &r : table) {
+            if (n_rows == most_rows) {
+                layout_has_too_many_rows();
+            }
+            if (n_rows != 0 && is_open(rows[n_rows - 1])) {
+                layout_open_list_must_be_last();
+            }
+            if (r.offset != next) {
+                layout_rows_leave_a_hole_or_overlap();
+            }
+            if (is_list(r) && r.count.where != count_in::constant && !has_word_at(r.count.at)) {
+                layout_count_must_stand_in_a_word_before_its_list();
+            }
+            rows[n_rows++] = r;
+            next += r.size;
+        }
+        if (next != size) {
+            layout_size_differs_from_its_rows();
+        }
+    }
+
+    [[nodiscard]] constexpr const row *begin() const { return rows; }
+    [[nodiscard]] constexpr const row *end() const { return rows + n_rows; }
+
+    static constexpr bool is_list(const row &r) { return r.kind == row_kind::list || r.kind == row_kind::records; }
+    static constexpr bool is_open(const row &r) { return is_list(r) && r.bound == 0; }
+
+    /// The row of that name; an unknown name does not compile.
+    [[nodiscard]] consteval row row_of(std::string_view field) const {
+        for (const row &r : *this) {
+            if (field == r.name) {
+                return r;
+            }
+        }
+        layout_has_no_such_field();
+        return {};
+    }
+    [[nodiscard]] consteval uint16_t at(std::string_view field) const { return row_of(field).offset; }
+
+  private:
+    [[nodiscard]] constexpr bool has_word_at(uint32_t offset) const {
+        for (const row &r : *this) {
+            if (r.kind == row_kind::words && offset >= r.offset && offset < r.end() && offset % 4 == 0) {
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+} // namespace ribkit

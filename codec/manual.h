@@ -1,0 +1,11 @@
+// The offset manual: every layout as a table that a person reads, written from the same rows that convert it.
+#pragma once
+
+#include <string>
+
+namespace ribkit {
+
+/// The whole document, Markdown.
+std::string wire_formats();
+
+} // namespace ribkit

@@ -1,0 +1,119 @@
+// What a layout cannot say. A message is converted by its layout unless it has its own conversion here: keys chosen by
+// a type, a translated first word, kinds of body, and the messages that a receiver reads as they arrived.
+#pragma once
+
+#include "codec/engine.h"
+#include "codec/messages/info.h"
+
+namespace ribkit {
+
+template <const layout &L> struct conversion {
+    template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        return engine<D, Host, Isa>::template convert<L>(src, dst);
+    }
+};
+
+/// The kind of a unicast path is computed on its way: a number on the wire, one flag of the top byte in host order,
+/// told apart by different tests. A word whose low byte is zero on the wire is left as it was received.
+template <> struct conversion<wire::fcu_path> {
+    template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        const uint32_t size = engine<D, Host, Isa>::template convert<wire::fcu_path>(src, dst);
+        if constexpr (D == direction::to_network) {
+            store32<std::endian::big>(dst, number_of(dst));
+        } else if ((load32<Host>(dst) & 0xff) != 0) {
+            store32<Host>(dst, flag_of(dst, load32<Host>(dst + wire::fcu_path.at("mask"))));
+        }
+        return size;
+    }
+
+  private:
+    static constexpr uint8_t special = 0xf0; // in the second of the marks
+    static bool is_special(const uint8_t *path) { return path[wire::fcu_path.at("marks") + 1] == special; }
+    static bool is_well_known(uint32_t fcid) { return (fcid & 0x00fffff0) == 0x00fffff0 && fcid != 0x00ffffff; }
+    static uint32_t fcid_of(const uint8_t *path) { return be32(path + wire::fcu_path.at("fcid")); }
+
+    static uint32_t number_of(const uint8_t *path) {
+        if (is_special(path)) {
+            return 8;
+        }
+        if (is_well_known(fcid_of(path))) {
+            return 6;
+        }
+        return (fcid_of(path) & 0xffff) == 0xffff ? 7 : 4;
+    }
+    static uint32_t flag_of(const uint8_t *path, uint32_t mask) {
+        if (is_well_known(fcid_of(path))) {
+            return 0x08000000;
+        }
+        if (is_special(path)) {
+            return 0x01000000;
+        }
+        return mask == 0x00ffff00 || mask == 0x00ffffff ? 0x02000000 : 0x04000000;
+    }
+};
+
+template <> struct conversion<wire::reg_query> {
+    template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        if constexpr (D == direction::to_network) {
+            engine<D, Host, Isa>::template convert<wire::reg_query>(src, dst);
+        }
+        return wire::reg_query.size;
+    }
+};
+
+template <> struct conversion<wire::dm_info> {
+    template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        if constexpr (D == direction::to_network) {
+            return engine<D, Host, Isa>::template convert<wire::dm_info>(src, dst);
+        } else {
+            store32<Host>(dst, be32(dst));
+            return wire::dm_info.size;
+        }
+    }
+};
+
+/// Returns the kind.
+template <> struct conversion<wire::in_info> {
+    template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        constexpr uint32_t body = wire::in_info.size;
+        const uint32_t kind = load32<source_order(D, Host)>(src + wire::in_info.at("kind"));
+        engine<D, Host, Isa>::template convert<wire::in_info>(src, dst);
+        std::memmove(dst + body, src + body, wire::size_of_body(kind));
+        return kind;
+    }
+};
+
+/// Keys are nothing but words. @return the key's size
+template <class Isa, bool Swaps> uint32_t convert_key(uint32_t type, const uint8_t *src, uint8_t *dst) {
+    static_assert(is_words_only(wire::verf_fcl) && is_words_only(wire::verf_fcm) && is_words_only(wire::verf_fcu));
+    const uint32_t size = wire::key_of(type).size;
+    Isa::template run<Swaps>(src, dst, size / 4);
+    return size;
+}
+
+/// Of the key's room only what its table's key fills is converted.
+template <> struct conversion<wire::verf_query> {
+    template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        constexpr const layout &l = wire::verf_query;
+        const uint32_t type = load32<source_order(D, Host)>(src + l.at("type"));
+        Isa::template run<Host != std::endian::big>(src, dst, l.at("key") / 4);
+        convert_key<Isa, Host != std::endian::big>(type, src + l.at("key"), dst + l.at("key"));
+        Isa::template run<Host != std::endian::big>(src + l.at("requested"), dst + l.at("requested"), 1);
+        return l.size;
+    }
+};
+
+template <> struct conversion<wire::verf_info> {
+    template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
+        constexpr std::endian order = source_order(D, Host);
+        const uint32_t count = load32<order>(src);
+        const uint32_t type = load32<order>(src + wire::verf_info.at("type"));
+        size_t at = engine<D, Host, Isa>::template convert<wire::verf_info>(src, dst);
+        for (uint32_t i = 0; i < count; ++i) {
+            at += convert_key<Isa, Host != std::endian::big>(type, src + at, dst + at);
+        }
+        return static_cast<uint32_t>(at);
+    }
+};
+
+} // namespace ribkit

@@ -1,0 +1,52 @@
+// The size that a message in network form says it has. Its counts are trusted.
+#pragma once
+
+#include "codec/engine.h"
+
+namespace ribkit {
+
+/// The size of one message of a layout that ends in an open list, or in none.
+template <const layout &L> [[gnu::always_inline]] inline size_t wire_size(const uint8_t *message);
+
+/// The bytes of `count` entries one behind the other.
+template <const layout &Entry>
+[[gnu::always_inline]] inline size_t wire_size_of_run(const uint8_t *first, size_t count) {
+    constexpr const row &last = Entry.rows[Entry.n_rows - 1];
+    if constexpr (!layout::is_open(last)) {
+        return count * Entry.size;
+    } else if constexpr (last.stride == 0) {
+        size_t at = 0;
+        for (; count != 0; --count) {
+            at += wire_size<Entry>(first + at);
+        }
+        return at;
+    } else {
+        // Entries of one size follow one another: as long as the guess holds, no step waits for the load of a count.
+        size_t at = 0;
+        while (count != 0) {
+            const uint32_t entries = read_count<std::endian::big>(last.count, first + at);
+            const size_t size = Entry.size + size_t{last.stride} * entries;
+            do {
+                at += size;
+                --count;
+            } while (count != 0 && read_count<std::endian::big>(last.count, first + at) == entries);
+        }
+        return at;
+    }
+}
+
+template <const layout &L> [[gnu::always_inline]] inline size_t wire_size(const uint8_t *message) {
+    constexpr const row &last = L.rows[L.n_rows - 1];
+    if constexpr (!layout::is_open(last)) {
+        return L.size;
+    } else {
+        const uint32_t count = read_count<std::endian::big>(last.count, message);
+        if constexpr (last.stride == 0) {
+            return L.size + wire_size_of_run<*last.entry>(message + L.size, count);
+        } else {
+            return L.size + size_t{last.stride} * count;
+        }
+    }
+}
+
+} // namespace ribkit

@@ -1,0 +1,118 @@
+// A layout's bytes as windows of a register's width: which byte goes where is a constant of each window, so that a
+// window is one load, one shuffle and one store, whatever mixture of words, bytes and forced zeros it holds. Windows
+// may overlap: all are loaded before the first is stored, which also makes conversion in place safe. For x86-64 with
+// AVX2 only.
+#pragma once
+
+#include "codec/lane.h"
+#include "codec/layout.h"
+
+#include <array>
+#include <utility>
+
+namespace ribkit {
+
+/// Where a byte of a converted message comes from.
+struct byte_plan {
+    uint32_t from;
+    uint8_t carried; // these of its bits
+    bool kept;       // the destination's own byte stays
+};
+
+/// The plan of one byte; lists, and what lies behind the layout, are words.
+constexpr byte_plan plan_of(const layout &l, uint32_t at, bool swaps) {
+    for (const row &r : l) {
+        if (at < r.offset || at >= r.end()) {
+            continue;
+        }
+        switch (r.kind) {
+        case row_kind::bytes:
+            return {at, 0xff, false};
+        case row_kind::half:
+            return {swaps ? at ^ 1 : at, 0xff, false};
+        case row_kind::masked:
+            return {at, static_cast<uint8_t>(r.mask), false};
+        case row_kind::zero:
+            return {at, 0, false};
+        case row_kind::gap:
+            return {at, 0, true};
+        default:
+            break;
+        }
+    }
+    return {swaps ? at ^ 3 : at, 0xff, false};
+}
+
+template <const layout &L, uint32_t At, size_t Width, bool Swaps> struct window {
+    static_assert(At % 4 == 0);
+    static constexpr size_t constant = Width < 16 ? 16 : Width;
+
+    struct table {
+        std::array<uint8_t, constant> how{}, carried{}, kept{};
+        bool shuffles = false, masks = false, keeps = false;
+        consteval table() {
+            for (uint32_t i = 0; i < Width; ++i) {
+                const byte_plan plan = plan_of(L, At + i, Swaps);
+                const uint32_t within = (plan.from - At) % 16; // a shuffle stays within 16 bytes, and so does a word
+                how[i] = plan.carried != 0 ? static_cast<uint8_t>(within) : 0x80;
+                carried[i] = plan.carried;
+                kept[i] = plan.kept ? 0xff : 0;
+                shuffles |= how[i] != i % 16;
+                masks |= plan.carried != 0 && plan.carried != 0xff;
+                keeps |= plan.kept;
+            }
+        }
+    };
+    alignas(32) static constexpr table is{};
+
+    using vector = typename lane<Width>::vector;
+
+    [[gnu::always_inline]] static vector load(const uint8_t *src, const uint8_t *dst) {
+        vector v = lane<Width>::load(src + At);
+        if constexpr (is.shuffles) {
+            v = lane<Width>::shuffle(v, lane<constant>::load(is.how.data()));
+        }
+        if constexpr (is.masks) {
+            v = lane<Width>::both(v, lane<constant>::load(is.carried.data()));
+        }
+        if constexpr (is.keeps) {
+            const vector old = lane<Width>::both(lane<Width>::load(dst + At), lane<constant>::load(is.kept.data()));
+            v = lane<Width>::either(v, old);
+        }
+        return v;
+    }
+};
+
+/// Bytes [Begin, End) of a layout as the fewest windows of one width.
+template <const layout &L, uint32_t Begin, uint32_t End, bool Swaps> struct image {
+    static constexpr size_t width = lane_width(End - Begin);
+    static constexpr size_t n = (End - Begin + width - 1) / width;
+    static constexpr uint32_t at(size_t i) {
+        return static_cast<uint32_t>(i + 1 < n ? Begin + i * width : End - width);
+    }
+
+    typename lane<width>::vector windows[n];
+
+    [[gnu::always_inline]] image(const uint8_t *src, const uint8_t *dst)
+        : image(src, dst, std::make_index_sequence<n>{}) {}
+
+    /// Keeps the bytes under ones and clears those under zeros; `ones` points at Begin's.
+    [[gnu::always_inline]] void mask(const uint8_t *ones) {
+        for (size_t i = 0; i < n; ++i) {
+            windows[i] = lane<width>::both(windows[i], lane<width>::load(ones + (at(i) - Begin)));
+        }
+    }
+
+    [[gnu::always_inline]] void store(uint8_t *dst) const {
+        for (size_t i = 0; i < n; ++i) {
+            lane<width>::store(dst + at(i), windows[i]);
+        }
+    }
+
+  private:
+    template <size_t... I>
+    [[gnu::always_inline]] image(const uint8_t *src, const uint8_t *dst, std::index_sequence<I...> /*windows*/)
+        : windows{window<L, at(I), width, Swaps>::load(src, dst)...} {}
+};
+
+} // namespace ribkit

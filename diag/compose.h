@@ -1,0 +1,60 @@
+// Small texts put together by hand where a printf inside a printf would cost more than the row it stands in. Each
+// function writes at `to` and returns the place behind what it wrote; no terminator is added.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace ribkit {
+
+template <size_t Size> char *put(char *to, const char (&literal)[Size]) {
+    std::memcpy(to, literal, Size - 1);
+    return to + Size - 1;
+}
+
+inline char *put_char(char *to, char c) {
+    *to = c;
+    return to + 1;
+}
+
+/// The lowest `digits` hexadecimal digits, leading zeros included.
+inline char *put_hex(char *to, uint32_t value, int digits) {
+    for (int digit = digits - 1; digit >= 0; --digit) {
+        to[digit] = "0123456789abcdef"[value & 0xf];
+        value >>= 4;
+    }
+    return to + digits;
+}
+
+/// A byte in decimal, without leading zeros.
+inline char *put_decimal(char *to, uint8_t value) {
+    if (value >= 100) {
+        to = put_char(to, static_cast<char>('0' + value / 100));
+    }
+    if (value >= 10) {
+        to = put_char(to, static_cast<char>('0' + value / 10 % 10));
+    }
+    return put_char(to, static_cast<char>('0' + value % 10));
+}
+
+inline char *put_truth(char *to, bool holds) { return put_char(to, holds ? 'T' : 'F'); }
+
+/// A label word as a label stack entry, "%05x:%x:%x:%02x'h": label, class bits, bottom-of-stack bit, TTL.
+inline char *put_label(char *to, uint32_t word) {
+    to = put_char(put_hex(to, word >> 12, 5), ':');
+    to = put_char(put_hex(to, word >> 9 & 7, 1), ':');
+    to = put_char(put_hex(to, word >> 8 & 1, 1), ':');
+    return put(put_hex(to, word, 2), "'h");
+}
+
+/// A domain, "0x%02x(%d)".
+inline void domain_to_str(uint32_t domain, char *str) {
+    str = put_char(put_hex(put(str, "0x"), domain, 2), '(');
+    put(put_decimal(str, static_cast<uint8_t>(domain)), ")\0");
+}
+
+/// A 24-bit address, "0x%02x%02x%02x" of the three low bytes of a word.
+inline void fc_id_to_str(uint32_t word, char *str) { *put_hex(put(str, "0x"), word, 6) = '\0'; }
+
+} // namespace ribkit

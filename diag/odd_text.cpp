@@ -1,0 +1,86 @@
+// The texts that a table cannot say: upper case, bits, and whole records.
+#include "diag/compose.h"
+#include "diag/fields.h"
+#include "diag/state_rows.h"
+#include "rib_codes.h"
+#include "rib_text.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+
+namespace ribkit {
+
+namespace {
+
+constexpr size_t upper_case_limit = 40;
+
+/// The value that stands for a mask of port modes in the table: its first bit that has a row, or the mask itself.
+uint32_t shown_mode(uint32_t mode) {
+    if (mode != all_modes) {
+        for (const text_row &row : pm_mode_texts) {
+            if (std::has_single_bit(row.value) && (mode & row.value) != 0) {
+                return row.value;
+            }
+        }
+    }
+    return mode;
+}
+
+} // namespace
+
+} // namespace ribkit
+
+using namespace ribkit;
+
+void rib_uuid_to_uc_str(uint32_t uuid, char *str) {
+    rib_uuid_to_str(uuid, str);
+    size_t length = std::strlen(str);
+    if (length > upper_case_limit) {
+        rib_str_len_set(str, upper_case_limit);
+        length = upper_case_limit;
+    }
+    for (size_t i = 0; i < length; ++i) {
+        str[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(str[i])));
+    }
+}
+
+uintptr_t rib_pm_mode_to_str(uint32_t mode, char *str) { return put_text(pm_mode_texts, shown_mode(mode), str); }
+
+// "push=%d pop=%d use_UP=%s use_TTL=%s dec_TTL=%s"; the push count is printed first though it is the second byte.
+int rib_fclrt_ctrl_to_str(const uint8_t *ctrl, char *str) {
+    char *end = put_decimal(put(str, "push="), ctrl[1]);
+    end = put_decimal(put(end, " pop="), ctrl[0]);
+    end = put_truth(put(end, " use_UP="), (ctrl[2] & 0x80) != 0);
+    end = put_truth(put(end, " use_TTL="), (ctrl[2] & 0x40) != 0);
+    end = put_truth(put(end, " dec_TTL="), (ctrl[2] & 0x20) != 0);
+    *end = '\0';
+    return static_cast<int>(end - str);
+}
+
+int rib_fcurt_flag_to_str(uint32_t flags, char *str) {
+    const char letters[] = {(flags & RIB_FLAG_DIRECT) != 0 ? 'D' : 'R',   ' ',
+                            (flags & RIB_FLAG_VOLATILE) != 0 ? 'V' : 'P', ' ',
+                            (flags & RIB_FLAG_ACTIVE) != 0 ? 'A' : 'N',   '\0'};
+    std::memcpy(str, letters, sizeof letters);
+    return sizeof letters - 1;
+}
+
+int fib_vsan_to_str(const uint8_t *rec, char *str) {
+    const fields vsan{rec};
+    char iod[RIB_TEXT_SIZE];
+    char state[RIB_TEXT_SIZE];
+    char balance[RIB_TEXT_SIZE];
+    rib_vsan_iod_to_str(vsan.byte(4) & 0x1, iod);
+    if (vsan.half(6) == 0) {
+        return std::sprintf(str, "%s IOD with latency %u msec for all vsans", iod, vsan.word(0));
+    }
+    rib_vsan_state_to_str(vsan.byte(5) & 0xf, state);
+    rib_vsan_bal_to_str(vsan.byte(5) >> 4, balance);
+    if ((vsan.byte(4) & 0x2) != 0) {
+        return std::sprintf(str, "vsan %u is %s with %s IOD, latency %u msec and %s", vsan.half(6), state, iod,
+                            vsan.word(0), balance);
+    }
+    return std::sprintf(str, "vsan %u is %s with invalid IOD, latency %u msec and %s", vsan.half(6), state,
+                        vsan.word(0), balance);
+}

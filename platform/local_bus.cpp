@@ -1,0 +1,170 @@
+// The in-process transport: one lock a bus, held for moving a message from one queue to another and no longer.
+#include "platform/local_bus.h"
+
+#include "platform/mailbox.h"
+#include "platform/tokens.h"
+#include <algorithm>
+#include <cerrno>
+#include <map>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace ribkit::platform {
+
+namespace {
+
+struct listener {
+    mailbox *box;
+    door *way_in;
+};
+
+struct bus {
+    post_office office;
+    std::map<std::pair<uint32_t, uint32_t>, std::vector<listener>> listeners; // by node and service access point
+    std::shared_ptr<token_source> tokens = std::make_shared<token_source>();
+
+    [[nodiscard]] std::span<const listener> at(const qip_addr &address) const {
+        const auto found = listeners.find({address.node, address.sap});
+        return found == listeners.end() ? std::span<const listener>{} : found->second;
+    }
+};
+
+class local_endpoint;
+
+class way_home final : public return_path {
+  public:
+    way_home(std::weak_ptr<local_endpoint> home, std::shared_ptr<token_source> tokens)
+        : home_(std::move(home)), token_(std::move(tokens)) {}
+
+    int answer(message_ptr letter) override;
+    [[nodiscard]] uint32_t token() const { return token_.value(); }
+
+  private:
+    std::weak_ptr<local_endpoint> home_;
+    token_holder token_;
+};
+
+class local_endpoint final : public endpoint, public std::enable_shared_from_this<local_endpoint> {
+  public:
+    explicit local_endpoint(std::shared_ptr<bus> home) : bus_(std::move(home)) {}
+    ~local_endpoint() override { shut(); }
+
+    int listen(const qip_addr &address, uint32_t bound) override {
+        const std::scoped_lock lock{bus_->office.lock};
+        if (box_.closed()) {
+            return ECANCELED;
+        }
+        std::vector<listener> &there = bus_->listeners[{address.node, address.sap}];
+        const auto mine = [&](const listener &one) { return one.box == &box_; };
+        if (is_group(address) ? std::any_of(there.begin(), there.end(), mine) : !there.empty()) {
+            return EADDRINUSE;
+        }
+        there.push_back({&box_, &box_.add_door(bound)});
+        return 0;
+    }
+
+    int send(const qip_addr &address, message_ptr letter, bool may_wait, uint32_t *token) override {
+        if (token != nullptr) {
+            auto path = std::make_shared<way_home>(weak_from_this(), bus_->tokens);
+            letter->token = *token = path->token();
+            letter->reply = std::move(path);
+        }
+        std::unique_lock locked{bus_->office.lock};
+        std::span<const listener> readers;
+        if (const int error = find_room(address, may_wait, locked, readers); error != 0) {
+            return error;
+        }
+        if (const int error = token != nullptr ? box_.expect(*token) : 0; error != 0) {
+            return error;
+        }
+        deliver(readers, std::move(letter));
+        return 0;
+    }
+
+    int answer(const message &request, message_ptr letter) override {
+        return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
+    }
+
+    int receive(const selector &selected, message_ptr &letter) override { return box_.receive(selected, letter); }
+
+    void close() override { shut(); }
+
+    void take_home(message_ptr letter) {
+        const std::scoped_lock lock{bus_->office.lock};
+        box_.put_answer(letter);
+    }
+
+  private:
+    // Everyone who listens at the address once all of them have room; none only where a group is empty.
+    int find_room(const qip_addr &address, bool may_wait, std::unique_lock<std::mutex> &locked,
+                  std::span<const listener> &readers) {
+        for (;;) {
+            readers = bus_->at(address);
+            if (box_.closed()) {
+                return ECANCELED;
+            }
+            if (readers.empty() && !is_group(address)) {
+                return ENOTCONN;
+            }
+            if (std::all_of(readers.begin(), readers.end(), [](const auto &one) { return one.way_in->has_room(); })) {
+                return 0;
+            }
+            if (!may_wait) {
+                return EAGAIN;
+            }
+            bus_->office.wait_for_room(locked);
+        }
+    }
+
+    static void deliver(std::span<const listener> readers, message_ptr letter) {
+        for (size_t index = 1; index < readers.size(); ++index) {
+            readers[index].box->put(*readers[index].way_in, copy_of(*letter));
+        }
+        if (!readers.empty()) {
+            readers.front().box->put(*readers.front().way_in, std::move(letter));
+        }
+    }
+
+    void shut() {
+        std::vector<message_ptr> unread;
+        const std::scoped_lock lock{bus_->office.lock};
+        for (auto &[address, there] : bus_->listeners) {
+            std::erase_if(there, [&](const listener &one) { return one.box == &box_; });
+        }
+        unread = box_.close();
+    }
+
+    std::shared_ptr<bus> bus_;
+    mailbox box_{bus_->office};
+};
+
+int way_home::answer(message_ptr letter) {
+    letter->token = token();
+    if (const auto home = home_.lock()) {
+        home->take_home(std::move(letter));
+    }
+    return 0;
+}
+
+std::shared_ptr<bus> bus_named(std::string_view name) {
+    static auto &lock = *new std::mutex;
+    static auto &buses = *new std::map<std::string, std::weak_ptr<bus>, std::less<>>;
+    const std::scoped_lock locked{lock};
+    std::weak_ptr<bus> &known = buses[std::string{name}];
+    std::shared_ptr<bus> found = known.lock();
+    if (found == nullptr) {
+        found = std::make_shared<bus>();
+        known = found;
+    }
+    return found;
+}
+
+} // namespace
+
+int open_local(std::string_view name, endpoint_ptr &opened) {
+    opened = std::make_shared<local_endpoint>(bus_named(name));
+    return 0;
+}
+
+} // namespace ribkit::platform

@@ -1,0 +1,50 @@
+// A message on its way: what a queue holds and what a reference stands for.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace ribkit::platform {
+
+struct message;
+using message_ptr = std::unique_ptr<message>;
+
+/// The way back to whoever sent a request. The last owner's end tells the transport that no answer can come any more.
+class return_path {
+  public:
+    return_path() = default;
+    return_path(const return_path &) = delete;
+    return_path &operator=(const return_path &) = delete;
+    virtual ~return_path() = default;
+
+    /// Takes the answer home, or throws it away where nobody awaits it any more; 0 or an errno.
+    virtual int answer(message_ptr letter) = 0;
+};
+
+struct message {
+    uint32_t opcode = 0;
+    uint32_t token = 0; ///< of the request that it is or answers; 0 where no answer is awaited
+    uint32_t size = 0;
+    bool received = false; ///< false: a record of something sent, without payload
+    std::unique_ptr<uint8_t[]> payload;
+    std::shared_ptr<return_path> reply; ///< null where no answer is awaited
+};
+
+inline message_ptr new_message(uint32_t opcode, std::span<const uint8_t> payload) {
+    auto letter = std::make_unique<message>();
+    letter->opcode = opcode;
+    letter->size = static_cast<uint32_t>(payload.size());
+    letter->payload = std::make_unique_for_overwrite<uint8_t[]>(payload.size());
+    std::copy(payload.begin(), payload.end(), letter->payload.get());
+    return letter;
+}
+
+inline message_ptr copy_of(const message &original) {
+    message_ptr copy = new_message(original.opcode, {original.payload.get(), original.size});
+    copy->token = original.token;
+    copy->reply = original.reply;
+    return copy;
+}
+
+} // namespace ribkit::platform

@@ -1,0 +1,171 @@
+// The message service as C sees it: handles and references in front of the transports, results as 0 or -1 with errno,
+// which is set last.
+#include "qip.h"
+
+#include "platform/handles.h"
+#include "platform/references.h"
+#include "platform/transport.h"
+#include "ribkit_platform.h"
+
+#include <cerrno>
+#include <new>
+#include <string_view>
+
+using namespace ribkit::platform;
+
+namespace {
+
+template <typename Action> int answered_by(const Action &action) {
+    int error = 0;
+    try {
+        error = action();
+    } catch (const std::bad_alloc &) {
+        error = ENOMEM;
+    }
+    if (error == 0) {
+        return 0;
+    }
+    errno = error;
+    return -1;
+}
+
+/// Calls the action with the handle's endpoint.
+template <typename Action> int at(uint32_t handle, const Action &action) {
+    return answered_by([&] {
+        const endpoint_ptr end = find_handle(handle);
+        return end == nullptr ? EBADF : action(*end);
+    });
+}
+
+bool may_wait(const qip_send_opts *opts) { return opts == nullptr || (opts->word[0] != 1 && opts->word[1] == 0); }
+
+// A reference to what was sent keeps its token and size only: the payload is on its way.
+void hold_sent(uint32_t token, uint32_t size, qip_ref *ref) {
+    auto record = std::make_unique<message>();
+    record->token = token;
+    record->size = size;
+    hold(std::move(record), *ref);
+}
+
+int send_new(endpoint &from, const qip_addr &to, message_ptr letter, const qip_send_opts *opts, qip_ref *ref_out) {
+    uint32_t token = 0;
+    const uint32_t size = letter->size;
+    const int error = from.send(to, std::move(letter), may_wait(opts), ref_out == nullptr ? nullptr : &token);
+    if (error == 0 && ref_out != nullptr) {
+        hold_sent(token, size, ref_out);
+    }
+    return error;
+}
+
+int send_answer(endpoint &from, const qip_ref *req_ref, message_ptr letter, qip_ref *ref_out) {
+    const message *request = held(req_ref);
+    if (request == nullptr || !request->received) {
+        return EINVAL;
+    }
+    letter->opcode = 0;
+    const uint32_t size = letter->size;
+    const int error = from.answer(*request, std::move(letter));
+    if (error == 0 && ref_out != nullptr) {
+        hold_sent(request->token, size, ref_out);
+    }
+    return error;
+}
+
+static_assert(static_cast<uint32_t>(selector::kind::incoming) == QIP_RECV_INCOMING &&
+              static_cast<uint32_t>(selector::kind::by_token) == QIP_RECV_BY_TOKEN &&
+              static_cast<uint32_t>(selector::kind::any_answer) == QIP_RECV_ANY_ANSWER &&
+              static_cast<uint32_t>(selector::kind::anything) == QIP_RECV_ANYTHING);
+
+selector selected_by(const qip_recv_opts *opts) {
+    if (opts == nullptr) {
+        return {};
+    }
+    return {.wanted = static_cast<selector::kind>(opts->word[0]),
+            .token = opts->word[3],
+            .may_wait = opts->word[1] == 0,
+            .limit = std::chrono::seconds{opts->word[2]} + std::chrono::milliseconds{opts->word[4]}};
+}
+
+const message *received(const qip_ref *ref) {
+    const message *letter = held(ref);
+    return letter != nullptr && letter->received ? letter : nullptr;
+}
+
+} // namespace
+
+int qip_open(const char *url, uint32_t *handle) {
+    return answered_by([&] {
+        endpoint_ptr opened;
+        const int error = open_endpoint(url, opened);
+        if (error == 0) {
+            *handle = add_handle(std::move(opened));
+        }
+        return error;
+    });
+}
+
+int qip_close(uint32_t handle) {
+    return answered_by([&] {
+        const endpoint_ptr end = remove_handle(handle);
+        if (end == nullptr) {
+            return EBADF;
+        }
+        end->close();
+        return 0;
+    });
+}
+
+int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound) {
+    return at(handle, [&](endpoint &end) { return bound == 0 ? EINVAL : end.listen(*addr, bound); });
+}
+
+int qip_send(uint32_t handle, const struct qip_addr *addr, uint32_t opcode, const void *payload, uint32_t payload_size,
+             struct qip_ref *ref_out, const struct qip_ref *req_ref, const struct qip_send_opts *opts) {
+    return at(handle, [&](endpoint &end) {
+        message_ptr letter = new_message(opcode, {static_cast<const uint8_t *>(payload), payload_size});
+        return req_ref == nullptr ? send_new(end, *addr, std::move(letter), opts, ref_out)
+                                  : send_answer(end, req_ref, std::move(letter), ref_out);
+    });
+}
+
+int qip_recv(uint32_t handle, struct qip_ref *ref_out, const struct qip_recv_opts *opts) {
+    return at(handle, [&](endpoint &end) {
+        if (opts != nullptr && opts->word[0] > QIP_RECV_ANYTHING) {
+            return EINVAL;
+        }
+        message_ptr letter;
+        const int error = end.receive(selected_by(opts), letter);
+        if (error == 0) {
+            letter->received = true;
+            hold(std::move(letter), *ref_out);
+        }
+        return error;
+    });
+}
+
+int qip_drop(uint32_t handle, struct qip_ref *ref) {
+    static_cast<void>(handle); // references outlive the handle that they came from
+    return answered_by([&] { return release(ref) == nullptr ? EBADF : 0; });
+}
+
+uint32_t qip_rr_token_get(const struct qip_ref *ref) {
+    const message *letter = held(ref);
+    return letter == nullptr ? 0 : letter->token;
+}
+
+void *qip_payload_get(const struct qip_ref *ref) {
+    const message *letter = received(ref);
+    return letter == nullptr ? nullptr : letter->payload.get();
+}
+
+uint32_t qip_payload_size(const struct qip_ref *ref) {
+    const message *letter = received(ref);
+    return letter == nullptr ? 0 : letter->size;
+}
+
+uint32_t qip_opcode_get(const struct qip_ref *ref) {
+    const message *letter = received(ref);
+    return letter == nullptr ? 0 : letter->opcode;
+}
+
+uint32_t qip_refs_held(void) { return references_held(); }

@@ -1,0 +1,114 @@
+// Slots live in blocks that never move and are never freed, so that reading a held message needs no lock.
+#include "platform/references.h"
+
+#include <array>
+#include <atomic>
+#include <mutex>
+#include <new>
+#include <vector>
+
+namespace ribkit::platform {
+
+namespace {
+
+struct slot {
+    std::atomic<uint32_t> generation{0}; // odd while it holds a message, so never that of a cleared reference
+    message_ptr letter;
+};
+
+class slot_table {
+  public:
+    void put(message_ptr letter, qip_ref &ref) {
+        const std::scoped_lock lock{mutex_};
+        const uint32_t index = free_slot();
+        slot &taken = at(index);
+        taken.letter = std::move(letter);
+        ref = {{index, ++taken.generation}};
+        ++held_;
+    }
+
+    slot *find(const qip_ref &ref) {
+        const uint32_t index = ref.word[0];
+        if (index >= blocks_.size() * block_size) {
+            return nullptr;
+        }
+        block *home = blocks_[index / block_size].load(std::memory_order_acquire);
+        if (home == nullptr) {
+            return nullptr;
+        }
+        slot &candidate = (*home)[index % block_size];
+        const uint32_t generation = candidate.generation.load(std::memory_order_acquire);
+        return generation == ref.word[1] && generation % 2 == 1 ? &candidate : nullptr;
+    }
+
+    message_ptr take(const qip_ref &ref) {
+        const std::scoped_lock lock{mutex_};
+        slot *found = find(ref);
+        if (found == nullptr) {
+            return nullptr;
+        }
+        free_.push_back(ref.word[0]);
+        ++found->generation;
+        --held_;
+        return std::move(found->letter);
+    }
+
+    uint32_t held() {
+        const std::scoped_lock lock{mutex_};
+        return held_;
+    }
+
+  private:
+    static constexpr uint32_t block_size = 1024;
+    using block = std::array<slot, block_size>;
+
+    slot &at(uint32_t index) { return (*blocks_[index / block_size].load())[index % block_size]; }
+
+    uint32_t free_slot() {
+        if (free_.empty()) {
+            add_block();
+        }
+        const uint32_t index = free_.back();
+        free_.pop_back();
+        return index;
+    }
+
+    void add_block() {
+        if (used_blocks_ == blocks_.size()) {
+            throw std::bad_alloc{};
+        }
+        free_.reserve(size_t{used_blocks_ + 1} * block_size); // so that giving back never allocates
+        blocks_[used_blocks_].store(new block, std::memory_order_release);
+        for (uint32_t index = block_size; index-- != 0;) {
+            free_.push_back(used_blocks_ * block_size + index);
+        }
+        ++used_blocks_;
+    }
+
+    std::mutex mutex_;
+    std::array<std::atomic<block *>, 4096> blocks_{};
+    std::vector<uint32_t> free_;
+    uint32_t used_blocks_ = 0;
+    uint32_t held_ = 0;
+};
+
+// Never destroyed: threads may still hold references when the process ends.
+slot_table &slots() {
+    static auto &table = *new slot_table;
+    return table;
+}
+
+} // namespace
+
+void hold(message_ptr letter, qip_ref &ref) { slots().put(std::move(letter), ref); }
+
+message *held(const qip_ref *ref) {
+    slot *found = ref == nullptr ? nullptr : slots().find(*ref);
+    return found == nullptr ? nullptr : found->letter.get();
+}
+
+message_ptr release(const qip_ref *ref) { return ref == nullptr ? nullptr : slots().take(*ref); }
+
+uint32_t references_held() { return slots().held(); }
+
+} // namespace ribkit::platform

@@ -1,0 +1,21 @@
+// Messages held for the callers of the service. A reference says the message's slot and the slot's generation, so that
+// a reference that was cleared, dropped or never filled holds nothing.
+#pragma once
+
+#include "platform/message.h"
+#include "qip.h"
+
+namespace ribkit::platform {
+
+/// Keeps the message and writes all words of the reference.
+void hold(message_ptr letter, qip_ref &ref);
+
+/// The message of a reference, null where it holds none. It stays until the reference is dropped.
+message *held(const qip_ref *ref);
+
+/// Takes the message back, null where the reference holds none.
+message_ptr release(const qip_ref *ref);
+
+uint32_t references_held();
+
+} // namespace ribkit::platform

@@ -1,0 +1,102 @@
+// Two parties on one bus, for tests: every reference has to come back.
+#pragma once
+
+#include "ribkit_platform.h"
+#include <cerrno>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace ribkit::platform {
+
+inline constexpr qip_addr rib{0xfe000001, 25};
+inline constexpr uint32_t rib_bound = 4;
+
+/// A reference as the stack may leave it.
+inline qip_ref dirty_ref() {
+    qip_ref ref;
+    std::memset(&ref, 0xa5, sizeof ref);
+    return ref;
+}
+
+/// 0, or the errno of a failed call.
+inline int error_of(int result) { return result == 0 ? 0 : errno; }
+
+inline int send_text(uint32_t handle, const std::string &text, qip_ref *ref_out = nullptr, const qip_addr &to = rib) {
+    return error_of(
+        qip_send(handle, &to, 7, text.data(), static_cast<uint32_t>(text.size()), ref_out, nullptr, nullptr));
+}
+
+inline int send_at_once(uint32_t handle, const std::string &text, const qip_addr &to = rib) {
+    static constexpr qip_send_opts at_once{{1, 1}};
+    return error_of(
+        qip_send(handle, &to, 7, text.data(), static_cast<uint32_t>(text.size()), nullptr, nullptr, &at_once));
+}
+
+inline int answer_text(uint32_t handle, const qip_ref &request, const std::string &text) {
+    const qip_addr nowhere{0, 0};
+    return error_of(
+        qip_send(handle, &nowhere, 9, text.data(), static_cast<uint32_t>(text.size()), nullptr, &request, nullptr));
+}
+
+inline std::string text_of(const qip_ref &ref) {
+    return {static_cast<const char *>(qip_payload_get(&ref)), qip_payload_size(&ref)};
+}
+
+/// Options of a receive that does not wait.
+inline qip_recv_opts now(uint32_t kind, uint32_t token = 0) { return {{kind, 1, 0, token}}; }
+
+/// Options of a receive that waits some milliseconds.
+inline qip_recv_opts within(uint32_t milliseconds, uint32_t kind = QIP_RECV_INCOMING, uint32_t token = 0) {
+    return {{kind, 0, 0, token, milliseconds}};
+}
+
+/// Receives and drops: the text, or "errno N".
+inline std::string taken(uint32_t handle, const qip_recv_opts &opts) {
+    qip_ref ref = dirty_ref();
+    if (const int error = error_of(qip_recv(handle, &ref, &opts)); error != 0) {
+        return "errno " + std::to_string(error);
+    }
+    std::string text = text_of(ref);
+    EXPECT_EQ(qip_drop(handle, &ref), 0);
+    return text;
+}
+
+inline std::string refused(int error) { return "errno " + std::to_string(error); }
+
+class on_one_bus : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_EQ(qip_open("local:test", &client), 0);
+        ASSERT_EQ(qip_open("local:test", &server), 0);
+        ASSERT_EQ(qip_listen(server, &rib, rib_bound), 0);
+    }
+
+    void TearDown() override {
+        qip_close(client);
+        qip_close(server);
+        EXPECT_EQ(qip_refs_held(), 0U);
+    }
+
+    /// Sends a request, drops its reference, and says its token.
+    uint32_t ask(const std::string &text) const {
+        qip_ref sent = dirty_ref();
+        EXPECT_EQ(send_text(client, text, &sent), 0);
+        const uint32_t token = qip_rr_token_get(&sent);
+        EXPECT_EQ(qip_drop(client, &sent), 0);
+        return token;
+    }
+
+    /// Takes the oldest request at the server, which drops it later.
+    [[nodiscard]] qip_ref request() const {
+        qip_ref ref = dirty_ref();
+        const qip_recv_opts opts = now(QIP_RECV_INCOMING);
+        EXPECT_EQ(qip_recv(server, &ref, &opts), 0);
+        return ref;
+    }
+
+    uint32_t client = 0;
+    uint32_t server = 0;
+};
+
+} // namespace ribkit::platform

@@ -1,0 +1,50 @@
+// What a transport has to offer so that the message service can stand on it: an endpoint for every open handle. Results
+// are 0 or an errno. Everything may be called from several threads at once.
+#pragma once
+
+#include "platform/message.h"
+#include "qip.h"
+#include <chrono>
+#include <memory>
+#include <string_view>
+
+namespace ribkit::platform {
+
+struct selector {
+    enum class kind : uint8_t { incoming, by_token, any_answer, anything };
+
+    kind wanted = kind::incoming;
+    uint32_t token = 0;
+    bool may_wait = true;
+    std::chrono::milliseconds limit{0}; ///< 0: none
+};
+
+class endpoint {
+  public:
+    endpoint() = default;
+    endpoint(const endpoint &) = delete;
+    endpoint &operator=(const endpoint &) = delete;
+    virtual ~endpoint() = default;
+
+    virtual int listen(const qip_addr &address, uint32_t bound) = 0;
+
+    /// A token is asked for by whoever will await the answer.
+    virtual int send(const qip_addr &address, message_ptr letter, bool may_wait, uint32_t *token) = 0;
+
+    virtual int answer(const message &request, message_ptr letter) = 0;
+
+    virtual int receive(const selector &selected, message_ptr &letter) = 0;
+
+    /// Ends every wait with ECANCELED and makes every later call fail with it.
+    virtual void close() = 0;
+};
+
+using endpoint_ptr = std::shared_ptr<endpoint>;
+
+/// Opens an endpoint by URL: the one table of transports; 0 or an errno.
+int open_endpoint(std::string_view url, endpoint_ptr &opened);
+
+/// A group's address: any number of endpoints may listen there.
+constexpr bool is_group(const qip_addr &address) { return address.sap == 0; }
+
+} // namespace ribkit::platform

@@ -1,0 +1,36 @@
+// The transports of this program and no more: a further one is a row here.
+#include "platform/local_bus.h"
+#include "platform/transport.h"
+
+#include <array>
+#include <cerrno>
+
+namespace ribkit::platform {
+
+namespace {
+
+struct transport {
+    std::string_view scheme;
+    int (*open)(std::string_view rest, endpoint_ptr &opened); // what follows the scheme and its colon
+};
+
+constexpr std::array transports{
+    transport{"local", open_local},
+};
+
+} // namespace
+
+int open_endpoint(std::string_view url, endpoint_ptr &opened) {
+    const size_t colon = url.find(':');
+    if (colon == std::string_view::npos || colon == 0) {
+        return EINVAL;
+    }
+    for (const transport &one : transports) {
+        if (url.substr(0, colon) == one.scheme) {
+            return one.open(url.substr(colon + 1), opened);
+        }
+    }
+    return EPROTONOSUPPORT;
+}
+
+} // namespace ribkit::platform

@@ -1,0 +1,157 @@
+// Rows of the SNMP route table: checked, repaired, classified, filled and converted. A destination belongs to one of
+// five ranges of the 24-bit address space; the range decides which masks fit and what replaces an address that does
+// not.
+#include "rib_codes.h"
+#include "rib_snmp.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstring>
+
+namespace {
+
+constexpr uint32_t first_domain_address = 0x010000;
+constexpr uint32_t first_reserved_address = 0xf00000;
+constexpr uint32_t first_controller_address = 0xfffb00; // domain controllers
+constexpr uint32_t first_well_known_address = 0xfffc00;
+constexpr uint32_t broadcast_address = 0xffffff;
+
+constexpr uint32_t domain_mask = 0xff0000;
+constexpr uint32_t area_mask = 0xffff00;
+constexpr uint32_t port_mask = 0xffffff;
+
+constexpr uint32_t last_vsan = 4095;
+constexpr uint32_t last_domain = 239;
+constexpr uint32_t static_protocol = 3;
+
+bool in_domains(uint32_t address) { return address >= first_domain_address && address < first_reserved_address; }
+
+bool in_controllers(uint32_t address) {
+    return address >= first_controller_address && address < first_well_known_address;
+}
+
+/// Addresses that no route leads to.
+bool excluded(uint32_t address) {
+    return address < first_domain_address ||
+           (address >= first_reserved_address && address < first_controller_address) ||
+           (address >= first_well_known_address && address < broadcast_address);
+}
+
+bool is_mask(uint32_t mask) { return mask == domain_mask || mask == area_mask || mask == port_mask; }
+
+bool is_vsan(uint32_t vsan) { return vsan >= 1 && vsan <= last_vsan; }
+
+bool check(const fcRouteEntry &entry) {
+    if (!is_vsan(entry.vsan) || excluded(entry.destination)) {
+        return false;
+    }
+    return in_domains(entry.destination) ? is_mask(entry.mask) : entry.mask == port_mask;
+}
+
+bool check_static(const fcRouteEntry &entry) {
+    return is_vsan(entry.vsan) && entry.protocol == static_protocol && in_domains(entry.destination) &&
+           (entry.destination & 0xffff) != 0xffff && is_mask(entry.mask) && entry.domain >= 1 &&
+           entry.domain <= last_domain;
+}
+
+/// The first address of the nearest range above that routes lead to.
+uint32_t nearest(uint32_t address) {
+    if (address < first_domain_address) {
+        return first_domain_address;
+    }
+    return address < first_controller_address ? first_controller_address : broadcast_address;
+}
+
+void repair(fcRouteEntry &entry) {
+    if (entry.vsan == 0) {
+        entry.vsan = 1;
+    }
+    if (excluded(entry.destination)) {
+        entry.destination = nearest(entry.destination);
+    }
+    if (!in_domains(entry.destination)) {
+        entry.mask = port_mask;
+    } else if (!is_mask(entry.mask)) {
+        entry.mask = domain_mask;
+    }
+}
+
+/// Words `first` to `last`, to or from network order.
+void convert_words(const void *src, void *dst, size_t first, size_t last) {
+    for (size_t offset = 4 * first; offset <= 4 * last; offset += 4) {
+        uint32_t word;
+        std::memcpy(&word, static_cast<const uint8_t *>(src) + offset, sizeof word);
+        word = std::endian::native == std::endian::big ? word : __builtin_bswap32(word);
+        std::memcpy(static_cast<uint8_t *>(dst) + offset, &word, sizeof word);
+    }
+}
+
+// Words 1, 2 and 4 do not travel.
+void convert_statistics(const fcRouteFlowStatEntry *src, fcRouteFlowStatEntry *dst) {
+    convert_words(src, dst, 0, 0);
+    convert_words(src, dst, 3, 3);
+    convert_words(src, dst, 5, 16);
+}
+
+} // namespace
+
+uint32_t fcRouteEntry_is_valid(uint32_t operation, struct fcRouteEntry *entry) {
+    switch (operation) {
+    case FC_ROUTE_CHECK:
+        return check(*entry) ? 1 : 0;
+    case FC_ROUTE_REPAIR:
+        repair(*entry);
+        return 1;
+    case FC_ROUTE_CHECK_STATIC:
+        return check_static(*entry) ? 1 : 0;
+    default:
+        return 1;
+    }
+}
+
+void fcRouteEntry_route_type_get(const struct fcRouteEntry *entry, uint32_t *route_class) {
+    if (in_domains(entry->destination)) {
+        *route_class = 256;
+    } else if (in_controllers(entry->destination) || entry->destination == broadcast_address) {
+        *route_class = 16;
+    } else {
+        *route_class = 0;
+    }
+}
+
+void fcRouteEntry_set_defaults(struct fcRouteEntry *entry) {
+    entry->domain = 1;
+    entry->cost = 10;
+    entry->route_type = 1; // direct
+    entry->permanence = 1; // permanent
+}
+
+void fcRouteEntry_hton(const struct fcRouteEntry *src, struct fcRouteEntry *dst) { convert_words(src, dst, 0, 9); }
+void fcRouteEntry_ntoh(const struct fcRouteEntry *src, struct fcRouteEntry *dst) { convert_words(src, dst, 0, 9); }
+
+void fcRouteFlowStatEntry_hton(struct fcRouteFlowStatEntry *dst, const struct fcRouteFlowStatEntry *src) {
+    convert_statistics(src, dst);
+}
+
+void fcRouteFlowStatEntry_ntoh(const struct fcRouteFlowStatEntry *src, struct fcRouteFlowStatEntry *dst) {
+    convert_statistics(src, dst);
+}
+
+// Port Manager's routes are "local" by name (rib_uuid_to_proto_str) and still "other" here.
+uint32_t fcRouteProto_from_uuid(uint32_t uuid) {
+    switch (uuid) {
+    case RIB_CLIENT_FLOGI:
+    case RIB_CLIENT_TLPORT:
+        return 2;
+    case RIB_CLIENT_CONFIG:
+        return static_protocol;
+    case RIB_CLIENT_FSPF:
+        return 4;
+    case RIB_CLIENT_FCMPLS:
+        return 5;
+    case RIB_CLIENT_MCAST:
+        return 6;
+    default:
+        return 1;
+    }
+}

@@ -1,0 +1,18 @@
+// Fabric files: TOML, described in docs/fabric-file.md.
+#pragma once
+
+#include "tools/fabric.h"
+
+#include <string>
+#include <string_view>
+
+namespace ribkit {
+
+/// Reads a whole fabric from a file, or from standard input where the path is "-". Throws an input_error of one line,
+/// "FILE:LINE: what is wrong", or "FILE: why it cannot be read".
+fabric read_fabric_file(const std::string &path);
+
+/// The same from text; `file` is what the errors call it.
+fabric parse_fabric(std::string_view text, const std::string &file);
+
+} // namespace ribkit

@@ -1,0 +1,29 @@
+// What is wrong with something that the user gave us, and where: printed as one line, after which the command exits 2.
+#pragma once
+
+#include <cstdint>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace ribkit {
+
+/// A mistake on a line of a file whose name is not known here.
+struct line_error : std::runtime_error {
+    line_error(uint32_t at, const std::string &what) : std::runtime_error(what), line(at) {}
+    uint32_t line;
+};
+
+/// A mistake ready to be printed, "FILE:LINE: what" or whatever names its place.
+struct input_error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Everything given, one after the other, as text.
+template <typename... Pieces> std::string joined(const Pieces &...pieces) {
+    std::ostringstream stream;
+    (stream << ... << pieces);
+    return stream.str();
+}
+
+} // namespace ribkit

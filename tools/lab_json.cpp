@@ -1,0 +1,109 @@
+// A run as JSON: what the lab prints, and every route. Keys keep the order in which they are written here.
+#include "rib_codes.h"
+#include "rib_text.h"
+#include "tools/input_error.h"
+#include "tools/lab.h"
+
+#include <array>
+#include <cmath>
+#include <iomanip>
+#include <nlohmann/json.hpp>
+
+namespace ribkit {
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+std::string hex24(uint32_t value) { return joined("0x", std::hex, std::setfill('0'), std::setw(6), value); }
+
+double rounded(double seconds) { return std::round(seconds * 1e6) / 1e6; }
+
+json traffic_json(const client_traffic &t) {
+    return {{"routes_sent", t.sent()},    {"added", t.added},
+            {"deleted", t.deleted},       {"changed", t.changed},
+            {"refused", t.refused},       {"round_trips", t.messages},
+            {"bytes_sent", t.bytes_sent}, {"bytes_received", t.bytes_received}};
+}
+
+json fabric_json(const fabric &f) {
+    json vsans = json::array();
+    for (const fabric_vsan &vsan : f.vsans()) {
+        vsans.push_back({{"id", vsan.id}, {"name", vsan.name}});
+    }
+    return {{"name", f.name},
+            {"switches", f.switches().size()},
+            {"links", f.links().size()},
+            {"vsans", vsans},
+            {"local", {{"name", f.local().name}, {"domain", f.local().domain}}}};
+}
+
+json event_json(const fabric &f, const fabric_event &event) {
+    json value{{"link", f.link_name(f.links()[event.link])}};
+    if (event.up) {
+        value["state"] = *event.up ? "up" : "down";
+    }
+    if (event.cost) {
+        value["cost"] = *event.cost;
+    }
+    return value;
+}
+
+json step_json(const fabric &f, const lab_step &step) {
+    json events = json::array();
+    for (const fabric_event &event : step.events) {
+        events.push_back(event_json(f, event));
+    }
+    json value{{"at_ms", step.at.count()}, {"events", events}};
+    value.update(traffic_json(step.traffic));
+    return value;
+}
+
+json hop_json(const next_hop &hop) {
+    std::array<char, 64> name{};
+    rib_if_index_to_str(hop.if_index, name.data());
+    return {{"interface", name.data()}, {"domain", hop.domain}};
+}
+
+json route_json(const route_key &key, const held_route &held) {
+    const route &what = held.what;
+    json hops = json::array();
+    for (const next_hop &hop : what.hops) {
+        hops.push_back(hop_json(hop));
+    }
+    return {{"vsan", key.vsan},
+            {"fcid", hex24(key.to.fcid)},
+            {"mask", hex24(key.to.mask)},
+            {"client", held.uuid},
+            {"metric", what.metric},
+            {"direct", (what.flag & RIB_FLAG_DIRECT) != 0},
+            {"active", (what.flag & RIB_FLAG_ACTIVE) != 0},
+            {"hops", hops}};
+}
+
+json summary_json(const lab_run &run) {
+    json value = traffic_json(run.total);
+    value["routes_held"] = run.rib.routes().size();
+    value["seconds"] = rounded(run.seconds());
+    value["seconds_computing"] = rounded(run.total.computing.count());
+    value["seconds_exchanging"] = rounded(run.total.exchanging.count());
+    value["routes_per_second"] = std::llround(run.routes_per_second());
+    return value;
+}
+
+} // namespace
+
+std::string lab_json(const fabric &f, const lab_run &run) {
+    json steps = json::array();
+    for (const lab_step &step : run.steps) {
+        steps.push_back(step_json(f, step));
+    }
+    json routes = json::array();
+    for (const auto &[key, held] : run.rib.routes()) {
+        routes.push_back(route_json(key, held));
+    }
+    const json value{{"fabric", fabric_json(f)}, {"steps", steps}, {"routes", routes}, {"summary", summary_json(run)}};
+    return value.dump(2) + "\n";
+}
+
+} // namespace ribkit

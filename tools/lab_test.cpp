@@ -1,0 +1,137 @@
+// Whole runs of the command, as a user types them: their output, their files, their errors.
+#include "testing/golden.h"
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <regex>
+#include <sys/wait.h>
+
+namespace ribkit {
+namespace {
+
+struct outcome {
+    int exit_code;
+    std::string output;
+};
+
+/// Runs `ribkit ARGUMENTS` in the root of the tree.
+outcome ribkit(const std::string &arguments) {
+    const std::string line = "cd " RIBKIT_SOURCE_DIR " && " RIBKIT_COMMAND " " + arguments;
+    std::FILE *pipe = popen(line.c_str(), "r");
+    std::string output;
+    std::array<char, 4096> part{};
+    size_t read = 0;
+    while ((read = std::fread(part.data(), 1, part.size(), pipe)) > 0) {
+        output.append(part.data(), read);
+    }
+    const int status = pclose(pipe);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+/// Times of day and measured figures differ from run to run.
+std::string steady(std::string text) {
+    const std::pair<const char *, const char *> varying[] = {
+        {"(^|\n)[0-9]{2}:[0-9]{2}:[0-9]{2} ", "$1HH:MM:SS "},
+        {"[0-9]+ routes a second", "N routes a second"},
+        {"((seconds[a-z_]*|routes_per_second)\": )[-+.e0-9]+", "$1N"},
+        {"[0-9]+\\.[0-9]{6}", "S.SSSSSS"},
+    };
+    for (const auto &[pattern, shown] : varying) {
+        text = std::regex_replace(text, std::regex(pattern), shown);
+    }
+    return text;
+}
+
+constexpr const char *small = "examples/fabrics/small.toml";
+
+TEST(lab, the_small_fabric_prints_what_it_always_did) {
+    const outcome run = ribkit(std::string("lab --trace ") + small);
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_TRUE(testing::matches_golden("tools/golden/lab_small_trace.txt", steady(run.output)));
+    EXPECT_TRUE(
+        testing::matches_golden("tools/golden/lab_small.txt", steady(ribkit(std::string("lab ") + small).output)));
+}
+
+TEST(lab, the_small_fabric_as_json_is_the_same_run) {
+    const outcome run = ribkit(std::string("lab --json - ") + small);
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_TRUE(testing::matches_golden("tools/golden/lab_small.json", steady(run.output)));
+}
+
+TEST(lab, json_goes_to_a_file_beside_what_is_printed) {
+    const std::string path = ::testing::TempDir() + "lab_test.json";
+    const outcome run = ribkit("lab --json " + path + " " + small);
+    EXPECT_EQ(steady(run.output), steady(ribkit(std::string("lab ") + small).output));
+    std::ifstream file(path);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_TRUE(steady(text) == steady(ribkit(std::string("lab --json - ") + small).output));
+    std::remove(path.c_str());
+}
+
+TEST(lab, tables_are_displayed_by_choice) {
+    const auto routes = [](const std::string &options) {
+        const std::string text = ribkit("lab --tables " + options).output;
+        const std::regex row("\nfspf  ");
+        return std::distance(std::sregex_iterator(text.begin(), text.end(), row), {});
+    };
+    EXPECT_EQ(routes(std::string("all ") + small), 8);
+    EXPECT_EQ(routes(std::string("none ") + small), 0);
+    EXPECT_EQ(routes(std::string("20 ") + small), 4);
+    const std::string many = "- < " + ::testing::TempDir() + "many.toml";
+    ribkit("fabric --switches 66 --vsans 1 --output " + ::testing::TempDir() + "many.toml");
+    EXPECT_EQ(routes("auto " + many), 0);
+    EXPECT_EQ(routes("all " + many), 65);
+    EXPECT_NE(ribkit("lab " + many).output.find("--tables all displays them"), std::string::npos);
+    std::remove((::testing::TempDir() + "many.toml").c_str());
+}
+
+TEST(lab, smaller_messages_leave_the_same_tables) {
+    const outcome run = ribkit(std::string("lab --tables all --message-size 1140 ") + small);
+    const auto tables = [](const std::string &text) {
+        const size_t at = text.find("\nD:direct");
+        return text.substr(at, text.find("\nSummary") - at);
+    };
+    EXPECT_EQ(tables(run.output), tables(ribkit(std::string("lab ") + small).output));
+    EXPECT_NE(run.output.find("  8 routes added, in 3 messages\n"), std::string::npos);
+}
+
+TEST(lab, every_route_of_the_largest_fabric_arrives) {
+    const outcome run = ribkit("fabric | " RIBKIT_COMMAND " lab -");
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_NE(run.output.find("3808 sent: 3808 added, 0 deleted, 0 changed; the RIB holds 3808\n"), std::string::npos);
+}
+
+TEST(lab, mistakes_are_one_line_and_exit_2) {
+    const auto complaint = [](const std::string &arguments) {
+        const outcome run = ribkit(arguments + " 2>&1");
+        EXPECT_EQ(run.exit_code, 2) << arguments;
+        EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 1) << run.output;
+        return run.output;
+    };
+    EXPECT_EQ(complaint("lab nowhere.toml"), "nowhere.toml: cannot be read: No such file or directory\n");
+    EXPECT_EQ(complaint("lab - < CMakeLists.txt").substr(0, 17), "standard input:1:");
+    EXPECT_EQ(complaint(std::string("lab --tables 7 ") + small), "--tables 7: the fabric has no VSAN 7\n");
+    EXPECT_EQ(complaint(std::string("lab --tables some ") + small),
+              "--tables some: \"auto\", \"all\", \"none\" or the number of a VSAN\n");
+    EXPECT_EQ(complaint(std::string("lab --json /nowhere/x.json ") + small),
+              "/nowhere/x.json: cannot be written: No such file or directory\n");
+    EXPECT_EQ(complaint("fabric --output /nowhere/x.toml"),
+              "/nowhere/x.toml: cannot be written: No such file or directory\n");
+    EXPECT_NE(complaint(std::string("lab --trace --json - ") + small), "");
+    for (const char *arguments :
+         {"", "labs", "lab", "lab --message-size 100 x", "lab --tabels all x", "fabric extra", "fabric --switches 1",
+          "fabric --switches 240", "fabric --vsans 0", "fabric --shape star", "fabric --seed -1"}) {
+        complaint(arguments);
+    }
+}
+
+TEST(lab, help_is_no_mistake) {
+    for (const char *arguments : {"--help", "lab --help", "fabric --help"}) {
+        EXPECT_EQ(ribkit(arguments).exit_code, 0);
+    }
+}
+
+} // namespace
+} // namespace ribkit

@@ -1,0 +1,123 @@
+// The ribkit command: a row for each of its commands, and the one place that knows how options are parsed.
+#include "tools/fabric_generator.h"
+#include "tools/input_error.h"
+#include "tools/lab.h"
+
+#include <cerrno>
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace ribkit {
+namespace {
+
+constexpr int wrong_input = 2;
+
+using action = std::function<int()>;
+
+action declare_lab(CLI::App &app) {
+    const auto options = std::make_shared<lab_options>();
+    app.add_option("FABRIC", options->fabric_file, "fabric file, - for standard input")->required();
+    app.add_flag("--trace", options->trace, "print every message sent to the RIB");
+    app.add_option("--tables", options->tables,
+                   "display the RIB's tables at the end: all, none, or those of one VSAN (auto: all up to 64 routes)")
+        ->type_name("WHICH")
+        ->capture_default_str();
+    app.add_option("--json", options->json_file, "write the run for a program, - for standard output and nothing else")
+        ->type_name("FILE");
+    app.add_option("--message-size", options->message_limit, "longest update message in bytes")
+        ->check(CLI::Range(smallest_message_limit, size_t{1} << 20))
+        ->type_name("BYTES")
+        ->capture_default_str();
+    app.add_flag("--real-time", options->real_time, "wait until an event is due");
+    return [options] {
+        if (options->json_file == "-" && options->trace) {
+            throw input_error("--json - leaves no room for --trace on standard output");
+        }
+        return run_lab(*options);
+    };
+}
+
+int write_fabric(const fabric_plan &plan, const std::string &path) {
+    const std::string text = generate_fabric(plan);
+    std::FILE *file = path.empty() ? stdout : std::fopen(path.c_str(), "w");
+    const bool written = file != nullptr && std::fputs(text.c_str(), file) >= 0 && std::fflush(file) == 0;
+    if (!written) {
+        throw input_error(joined(path, ": cannot be written: ", std::strerror(errno)));
+    }
+    if (!path.empty()) {
+        std::fclose(file);
+    }
+    return 0;
+}
+
+action declare_fabric(CLI::App &app) {
+    const auto plan = std::make_shared<fabric_plan>();
+    const auto path = std::make_shared<std::string>();
+    app.add_option("--switches", plan->switches, "how many switches")->check(CLI::Range(2, 239))->capture_default_str();
+    app.add_option("--vsans", plan->vsans, "how many VSANs")->check(CLI::Range(1, 4094))->capture_default_str();
+    std::map<std::string, fabric_shape> shapes;
+    for (size_t i = 0; i < shape_names.size(); i++) {
+        shapes[shape_names[i]] = static_cast<fabric_shape>(i);
+    }
+    app.add_option("--shape", plan->shape, "core-edge, ring or mesh")
+        ->transform(CLI::CheckedTransformer(shapes))
+        ->type_name("SHAPE")
+        ->default_str(std::string(shape_name(plan->shape)));
+    app.add_option("--seed", plan->seed, "draws everything that is left to chance")->capture_default_str();
+    app.add_option("--events", plan->events, "links that fail and come back")
+        ->check(CLI::Range(0, 10'000))
+        ->capture_default_str();
+    app.add_option("--output", *path, "write to a file instead of standard output")->type_name("FILE");
+    return [plan, path] { return write_fabric(*plan, *path); };
+}
+
+struct command {
+    const char *name;
+    const char *description;
+    action (*declare)(CLI::App &app);
+};
+
+constexpr command commands[] = {
+    {"lab", "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date", declare_lab},
+    {"fabric", "Generates a fabric file", declare_fabric},
+};
+
+int parse_and_run(int argc, char **argv) {
+    CLI::App app("Routing information base of a Fibre Channel fabric, off the switch", "ribkit");
+    app.require_subcommand(1);
+    action chosen;
+    for (const command &c : commands) {
+        CLI::App *sub = app.add_subcommand(c.name, c.description);
+        const action run = c.declare(*sub);
+        sub->callback([&chosen, run] { chosen = run; });
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError &error) {
+        throw input_error(error.what());
+    }
+    return chosen();
+}
+
+} // namespace
+} // namespace ribkit
+
+int main(int argc, char **argv) {
+    try {
+        return ribkit::parse_and_run(argc, argv);
+    } catch (const ribkit::input_error &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return ribkit::wrong_input;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "ribkit: %s\n", error.what());
+        return 1;
+    }
+}

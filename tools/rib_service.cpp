@@ -1,0 +1,48 @@
+// One message after the other is taken, answered and dropped until the handle is closed. Whatever a message holds, it
+// is answered: with a refusal where it cannot be used.
+#include "tools/rib_service.h"
+
+#include "rib_codes.h"
+#include "rib_wrap.h"
+
+namespace ribkit {
+
+namespace {
+
+constexpr qip_addr rib_address{0xfe000001, 25};
+constexpr uint32_t queue_bound = 64;
+
+} // namespace
+
+rib_service::rib_service(const std::string &url) : handle_(url) {
+    if (qip_listen(handle_.number(), &rib_address, queue_bound) != 0) {
+        throw std::system_error(errno, std::generic_category(), "the RIB cannot listen on " + url);
+    }
+    thread_ = std::thread([this] { serve(); });
+}
+
+void rib_service::stop() {
+    handle_.close();
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+void rib_service::serve() {
+    qip_ref request{};
+    while (qip_recv(handle_.number(), &request, nullptr) == 0) {
+        answer(request);
+        rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &request);
+    }
+}
+
+void rib_service::answer(const qip_ref &request) {
+    const std::span payload(static_cast<const uint8_t *>(qip_payload_get(&request)), qip_payload_size(&request));
+    const fcurt_response response = qip_opcode_get(&request) == fcurt_update_opcode
+                                        ? tables_.take_update(payload)
+                                        : fcurt_response{RIB_NOT_SUPPORTED, 0, 0, 0, 0};
+    const auto bytes = encode(response);
+    rib_wrap_qip_rsp(handle_.number(), &request, bytes.data(), bytes.size());
+}
+
+} // namespace ribkit

@@ -1,0 +1,58 @@
+// Unicast routes as the lab's programs hold them, and what changed from one table to the next.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <tuple>
+#include <vector>
+
+namespace ribkit {
+
+inline constexpr uint32_t domain_mask = 0xff0000;
+
+struct next_hop {
+    uint32_t if_index;
+    uint32_t domain; ///< of the switch at the other end
+
+    bool operator==(const next_hop &) const = default;
+};
+
+struct route {
+    uint32_t metric = 0;
+    uint32_t flag = 0; ///< RIB_FLAG_...
+    std::vector<next_hop> hops;
+
+    bool operator==(const route &) const = default;
+};
+
+struct destination {
+    uint32_t fcid;
+    uint32_t mask;
+
+    bool operator==(const destination &) const = default;
+    bool operator<(const destination &other) const { return std::tie(fcid, mask) < std::tie(other.fcid, other.mask); }
+};
+
+using route_table = std::map<destination, route>;
+
+/// The four bytes of an FC ID as records carry them: a zero byte, then domain, area and port.
+std::array<uint8_t, 4> fcid_bytes(uint32_t fcid);
+
+/// One record of an update. A deleted route keeps what it was.
+struct route_change {
+    uint32_t action; ///< RIB_ACTION_...
+    destination to;
+    route what;
+
+    bool operator==(const route_change &) const = default;
+};
+
+/// The fewest changes that make one table of the other: a route that is new or has other hops is added (which
+/// replaces), one with the same hops gets a new flag word or metric, one that is gone is deleted.
+std::vector<route_change> changes_between(const route_table &before, const route_table &after);
+
+/// Brings a table up to date with a change that took effect.
+void apply_change(route_table &table, const route_change &change);
+
+} // namespace ribkit
