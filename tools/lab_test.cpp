@@ -49,15 +49,14 @@ constexpr const char *small = "examples/fabrics/small.toml";
 TEST(lab, the_small_fabric_prints_what_it_always_did) {
     const outcome run = ribkit(std::string("lab --trace ") + small);
     EXPECT_EQ(run.exit_code, 0);
-    EXPECT_TRUE(testing::matches_golden("tools/golden/lab_small_trace.txt", steady(run.output)));
-    EXPECT_TRUE(
-        testing::matches_golden("tools/golden/lab_small.txt", steady(ribkit(std::string("lab ") + small).output)));
+    testing::expect_golden("tools/golden/lab_small_trace.txt", steady(run.output));
+    testing::expect_golden("tools/golden/lab_small.txt", steady(ribkit(std::string("lab ") + small).output));
 }
 
 TEST(lab, the_small_fabric_as_json_is_the_same_run) {
     const outcome run = ribkit(std::string("lab --json - ") + small);
     EXPECT_EQ(run.exit_code, 0);
-    EXPECT_TRUE(testing::matches_golden("tools/golden/lab_small.json", steady(run.output)));
+    testing::expect_golden("tools/golden/lab_small.json", steady(run.output));
 }
 
 TEST(lab, json_goes_to_a_file_beside_what_is_printed) {
