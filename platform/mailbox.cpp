@@ -197,7 +197,7 @@ bool mailbox::awaits(uint32_t token) const {
     return std::find(awaited_.rbegin(), awaited_.rend(), token) != awaited_.rend();
 }
 
-void mailbox::await_no_more(uint32_t token) {
+void mailbox::expect_no_more(uint32_t token) {
     const auto found = std::find(awaited_.rbegin(), awaited_.rend(), token);
     if (found != awaited_.rend()) {
         *found = awaited_.back();
@@ -212,12 +212,25 @@ void mailbox::take_in_answer(message letter) {
         return;
     }
     if (waiter *reader = waiter_for(letter, true)) {
-        await_no_more(token);
+        expect_no_more(token);
         reader->letter = std::move(letter);
         reader->end();
         return;
     }
     answers_.push_back(std::move(letter));
+}
+
+void mailbox::fail(uint32_t token, int error) {
+    message news;
+    news.token = token;
+    news.error = error;
+    take_in_answer(std::move(news));
+}
+
+void mailbox::fail_all(int error) {
+    for (const uint32_t token : std::vector<uint32_t>{awaited_}) {
+        fail(token, error);
+    }
 }
 
 bool mailbox::take_incoming(message &letter) {
@@ -240,7 +253,7 @@ bool mailbox::take_answer(const selector &selected, message &letter) {
     }
     letter = std::move(*found);
     answers_.erase(found);
-    await_no_more(letter.token);
+    expect_no_more(letter.token);
     return true;
 }
 
@@ -257,14 +270,15 @@ int mailbox::receive(const selector &selected, message &letter) {
         return EINVAL;
     }
     if (take(selected, letter)) {
-        return 0;
+        return letter.error;
     }
     if (!selected.may_wait) {
         return EAGAIN;
     }
     waiter self{.selected = selected, .letter = letter};
     waiters_.push_back(&self);
-    return spin(self, locked) ? self.error : sleep(self, locked);
+    const int error = spin(self, locked) ? self.error : sleep(self, locked);
+    return error != 0 ? error : letter.error;
 }
 
 // Without the lock; says whether the wait is over, and otherwise takes the lock again.
@@ -296,7 +310,7 @@ void mailbox::give_up(waiter &self) {
     waiters_.erase(std::find(waiters_.begin(), waiters_.end(), &self));
     self.error = ETIMEDOUT;
     if (self.selected.wanted == selector::kind::by_token) {
-        await_no_more(self.selected.token);
+        expect_no_more(self.selected.token);
     }
 }
 

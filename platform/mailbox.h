@@ -69,9 +69,16 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
 
     /// From now on the answer with this token is awaited; 0, or ENOBUFS.
     int expect(uint32_t token);
+    void expect_no_more(uint32_t token);
 
     /// An answer that nobody awaits is thrown away.
     void put_answer(message letter);
+
+    [[nodiscard]] bool awaits(uint32_t token) const;
+
+    /// Ends the wait for an answer, or for all that have not come, with an errno.
+    void fail(uint32_t token, int error);
+    void fail_all(int error);
 
     int receive(const selector &selected, message &letter);
 
@@ -96,8 +103,6 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
     bool take_answer(const selector &selected, message &letter);
     bool spin(waiter &self, std::unique_lock<std::mutex> &locked);
     int sleep(waiter &self, std::unique_lock<std::mutex> &locked);
-    [[nodiscard]] bool awaits(uint32_t token) const;
-    void await_no_more(uint32_t token);
     void give_up(waiter &self);
 
     std::shared_ptr<post_office> office_;
