@@ -98,14 +98,14 @@ uint32_t spin_habit::turns() {
         return 0;
     }
     const uint32_t wait = waits_.fetch_add(1, std::memory_order_relaxed);
-    return wait % probe_every == 0 ? most : turns_.load(std::memory_order_relaxed);
+    return wait % probe_every == 0 ? probe : turns_.load(std::memory_order_relaxed);
 }
 
 void spin_habit::learn(uint32_t turns, bool helped) {
     if (helped) {
         turns_.store(most, std::memory_order_relaxed);
     } else if (turns != 0) {
-        turns_.store(turns / 4, std::memory_order_relaxed);
+        turns_.store(std::min(turns, most) / 4, std::memory_order_relaxed);
     }
 }
 

@@ -37,7 +37,7 @@ struct door {
 };
 
 /// How long it pays to spin before sleeping: long where spinning helped the last time, not at all where it did not
-/// (both threads may share a processor), with a try from time to time.
+/// (both threads may share a processor), with a longer try from time to time.
 class spin_habit {
   public:
     uint32_t turns();
@@ -45,6 +45,7 @@ class spin_habit {
 
   private:
     static constexpr uint32_t most = 400;
+    static constexpr uint32_t probe = 2000; // long enough for the other thread to wake up first
     static constexpr uint32_t probe_every = 512;
 
     std::atomic<uint32_t> turns_{most};

@@ -66,6 +66,7 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     int publish(const std::string &subject, const std::string &reply, const message &letter);
     void take_in(natsMsg &arrived, door *way_in);
     void lost_connection();
+    void reconnected(int64_t most);
     void failed(natsStatus status);
 
   private:
@@ -96,6 +97,7 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     std::set<std::string> forbidden_;       // and those that it has not
     std::map<uint32_t, std::string> asked_; // the subject that an awaited token's request went to
     uint32_t last_token_ = 0;
+    int64_t most_ = 0; // bytes that the server takes in one message
 };
 
 class way_home final : public return_path {
@@ -129,6 +131,11 @@ void on_disconnect(natsConnection * /*connection*/, void *target) {
     at(target, [](nats_endpoint &end, const callback_target &) { end.lost_connection(); });
 }
 
+void on_reconnect(natsConnection *connection, void *target) {
+    at(target,
+       [=](nats_endpoint &end, const callback_target &) { end.reconnected(natsConnection_GetMaxPayload(connection)); });
+}
+
 void on_error(natsConnection * /*connection*/, natsSubscription * /*subscription*/, natsStatus status, void *target) {
     at(target, [&](nats_endpoint &end, const callback_target &) { end.failed(status); });
 }
@@ -145,6 +152,7 @@ int nats_endpoint::connect() {
     natsStatus status = set_nats_options(made, place_);
     if (status == NATS_OK) {
         natsOptions_SetDisconnectedCB(made, on_disconnect, target.get());
+        natsOptions_SetReconnectedCB(made, on_reconnect, target.get());
         natsOptions_SetErrorHandler(made, on_error, target.get());
         natsOptions_SetClosedCB(made, on_closed, target.get());
         natsConnection *connected = nullptr;
@@ -159,6 +167,7 @@ int nats_endpoint::connect() {
     if (natsInbox_Create(&inbox) != NATS_OK) {
         return ENOMEM;
     }
+    most_ = natsConnection_GetMaxPayload(connection_.get());
     inbox_ = std::string{inbox} + ".";
     natsInbox_Destroy(inbox);
     return subscribe(inbox_ + "*", false, nullptr);
@@ -219,7 +228,6 @@ int nats_endpoint::listen(const qip_addr &address, uint32_t bound) {
 
 int nats_endpoint::ready(const std::string &subject, size_t size) {
     const natsConnStatus status = natsConnection_Status(connection_.get());
-    const int64_t most = natsConnection_GetMaxPayload(connection_.get());
     const std::scoped_lock lock{office_->lock};
     if (box_->closed()) {
         return ECANCELED;
@@ -230,7 +238,7 @@ int nats_endpoint::ready(const std::string &subject, size_t size) {
     if (status != NATS_CONN_STATUS_CONNECTED) {
         return ENOTCONN;
     }
-    return static_cast<int64_t>(size + head_size) > most ? EMSGSIZE : 0;
+    return static_cast<int64_t>(size + head_size) > most_ ? EMSGSIZE : 0;
 }
 
 int nats_endpoint::publish(const std::string &subject, const std::string &reply, const message &letter) {
@@ -327,6 +335,12 @@ void nats_endpoint::lost_connection() {
     settled_.clear();
     forbidden_.clear();
     box_->fail_all(ECONNRESET);
+}
+
+void nats_endpoint::reconnected(int64_t most) {
+    record_event("nats: connected again");
+    const std::scoped_lock lock{office_->lock};
+    most_ = most;
 }
 
 void nats_endpoint::failed(natsStatus status) {
