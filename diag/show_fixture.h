@@ -77,6 +77,6 @@ class random_fields {
     std::mt19937 random_;
 };
 
-inline constexpr int random_rounds = 2000;
+inline constexpr int random_rounds = 600;
 
 } // namespace ribkit::testing
