@@ -64,21 +64,18 @@ uint32_t skip_idle(const uint8_t *map, uint32_t length, uint32_t at, uint64_t id
 // Finds the lowest bit at or after `start` that differs from `idle`'s.
 inline uint32_t find(const uint8_t *map, uint32_t length, uint32_t start, uint64_t idle, uint32_t *position) {
     uint32_t at = start >> 3;
-    if (at >= length) {
-        *position = 0;
-        return RIB_FAILED;
-    }
-    uint64_t hits = window(map, length, at, idle) >> (start & 7) << (start & 7);
-    while (hits == 0) {
-        if (length - at <= word_size) {
-            *position = 0;
-            return RIB_FAILED;
+    uint64_t wanted = ~UINT64_C(0) << (start & 7);
+    while (at < length) {
+        const uint64_t hits = window(map, length, at, idle) & wanted;
+        if (hits != 0) {
+            *position = at * 8 + static_cast<uint32_t>(std::countr_zero(hits));
+            return RIB_OK;
         }
-        at = skip_idle(map, length, at + word_size, idle);
-        hits = window(map, length, at, idle);
+        at = length - at > word_size ? skip_idle(map, length, at + word_size, idle) : length;
+        wanted = ~UINT64_C(0);
     }
-    *position = at * 8 + static_cast<uint32_t>(std::countr_zero(hits));
-    return RIB_OK;
+    *position = 0;
+    return RIB_FAILED;
 }
 
 // The number of set bits of each half byte, in that half.
