@@ -164,8 +164,8 @@ class lab {
             print_tables();
             print_summary();
         }
-        if (json_) {
-            std::fputs(lab_json(fabric_, run_).c_str(), json_.get());
+        if (json_ && (std::fputs(lab_json(fabric_, run_).c_str(), json_.get()) < 0 || std::fflush(json_.get()) != 0)) {
+            throw std::runtime_error(joined(options_.json_file, ": cannot be written: ", std::strerror(errno)));
         }
     }
 

@@ -118,9 +118,13 @@ TEST(lab, mistakes_are_one_line_and_exit_2) {
               "/nowhere/x.json: cannot be written: No such file or directory\n");
     EXPECT_EQ(complaint("fabric --output /nowhere/x.toml"),
               "/nowhere/x.toml: cannot be written: No such file or directory\n");
-    EXPECT_NE(complaint(std::string("lab --trace --json - ") + small), "");
+    EXPECT_EQ(complaint(std::string("lab --trace --json - ") + small),
+              "--json - leaves no room for --trace on standard output\n");
+    EXPECT_EQ(complaint("lab"), "ribkit lab: FABRIC is required (see ribkit lab --help)\n");
+    EXPECT_EQ(complaint("fabric --shape star"),
+              "ribkit fabric: --shape: star not in {core-edge,ring,mesh} (see ribkit fabric --help)\n");
     for (const char *arguments :
-         {"", "labs", "lab", "lab --message-size 100 x", "lab --tabels all x", "fabric extra", "fabric --switches 1",
+         {"", "labs", "lab --message-size 100 x", "lab --tabels all x", "fabric extra", "fabric --switches 1",
           "fabric --switches 240", "fabric --vsans 0", "fabric --shape star", "fabric --seed -1"}) {
         complaint(arguments);
     }
