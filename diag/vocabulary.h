@@ -20,7 +20,7 @@ constexpr size_t text_room = 32; // bytes that hold any row's text and its termi
 
 // Never defined: a table that reaches one of these does not compile, and the message names what is wrong.
 void two_rows_have_the_same_value();
-void a_text_is_longer_than_the_room();
+void a_text_is_empty_or_longer_than_the_room();
 void no_multiplier_was_found();
 
 template <size_t Count> class text_table {
@@ -44,6 +44,7 @@ template <size_t Count> class text_table {
     /// The only row that may hold `value`; its own value tells whether it does.
     [[nodiscard]] constexpr size_t candidate(uint32_t value) const { return slots_[slot(value)]; }
     [[nodiscard]] constexpr const text_row &row(size_t index) const { return rows_[index]; }
+    [[nodiscard]] constexpr bool holds(uint32_t value) const { return rows_[candidate(value)].value == value; }
     /// Bytes of the row's text, terminator included.
     [[nodiscard]] constexpr size_t size(size_t index) const { return sizes_[index]; }
 
@@ -58,8 +59,8 @@ template <size_t Count> class text_table {
         while (text[size - 1] != '\0') {
             ++size;
         }
-        if (size > text_room) {
-            a_text_is_longer_than_the_room();
+        if (size == 1 || size > text_room) {
+            a_text_is_empty_or_longer_than_the_room();
         }
         return static_cast<uint8_t>(size);
     }
@@ -94,21 +95,22 @@ template <size_t Count> class text_table {
     uint8_t slots_[size_t{1} << bits] = {};
 };
 
-/// Copies 1 to 32 bytes, and touches no other: the first and the last so many, which may overlap.
+/// The first and the last `Width` bytes, which may overlap.
+template <size_t Width> void copy_ends(char *to, const char *text, size_t size) {
+    std::memcpy(to, text, Width);
+    std::memcpy(to + size - Width, text + size - Width, Width);
+}
+
+/// Copies 2 to 32 bytes, and touches no other.
 inline void copy_text(char *to, const char *text, size_t size) {
     if (size >= 16) {
-        std::memcpy(to, text, 16);
-        std::memcpy(to + size - 16, text + size - 16, 16);
+        copy_ends<16>(to, text, size);
     } else if (size >= 8) {
-        std::memcpy(to, text, 8);
-        std::memcpy(to + size - 8, text + size - 8, 8);
+        copy_ends<8>(to, text, size);
     } else if (size >= 4) {
-        std::memcpy(to, text, 4);
-        std::memcpy(to + size - 4, text + size - 4, 4);
+        copy_ends<4>(to, text, size);
     } else {
-        std::memcpy(to, text, 1);
-        std::memcpy(to + size / 2, text + size / 2, 1);
-        std::memcpy(to + size - 1, text + size - 1, 1);
+        copy_ends<2>(to, text, size);
     }
 }
 
@@ -119,10 +121,10 @@ uintptr_t put_unknown(const char *fallback, uint32_t value, char *str);
 /// fallback and the printed count is the result.
 template <size_t Count>
 [[gnu::always_inline]] inline uintptr_t put_text(const text_table<Count> &table, uint32_t value, char *str) {
-    const size_t row = table.candidate(value);
-    if (table.row(row).value != value) {
+    if (!table.holds(value)) {
         return put_unknown(table.fallback(), value, str);
     }
+    const size_t row = table.candidate(value);
     copy_text(str, table.row(row).text, table.size(row));
     return reinterpret_cast<uintptr_t>(str);
 }

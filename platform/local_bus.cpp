@@ -20,7 +20,7 @@ struct listener {
 };
 
 struct bus {
-    post_office office;
+    std::shared_ptr<post_office> office = std::make_shared<post_office>();
     std::map<std::pair<uint32_t, uint32_t>, std::vector<listener>> listeners; // by node and service access point
     std::shared_ptr<token_source> tokens = std::make_shared<token_source>();
 
@@ -37,7 +37,7 @@ class way_home final : public return_path {
     way_home(std::weak_ptr<local_endpoint> home, std::shared_ptr<token_source> tokens)
         : home_(std::move(home)), token_(std::move(tokens)) {}
 
-    int answer(message_ptr letter) override;
+    int answer(message letter) override;
     [[nodiscard]] uint32_t token() const { return token_.value(); }
 
   private:
@@ -51,48 +51,48 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
     ~local_endpoint() override { shut(); }
 
     int listen(const qip_addr &address, uint32_t bound) override {
-        const std::scoped_lock lock{bus_->office.lock};
-        if (box_.closed()) {
+        const std::scoped_lock lock{bus_->office->lock};
+        if (box_->closed()) {
             return ECANCELED;
         }
         std::vector<listener> &there = bus_->listeners[{address.node, address.sap}];
-        const auto mine = [&](const listener &one) { return one.box == &box_; };
+        const auto mine = [&](const listener &one) { return one.box == box_.get(); };
         if (is_group(address) ? std::any_of(there.begin(), there.end(), mine) : !there.empty()) {
             return EADDRINUSE;
         }
-        there.push_back({&box_, &box_.add_door(bound)});
+        there.push_back({box_.get(), &box_->add_door(bound)});
         return 0;
     }
 
-    int send(const qip_addr &address, message_ptr letter, bool may_wait, uint32_t *token) override {
+    int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) override {
         if (token != nullptr) {
             auto path = std::make_shared<way_home>(weak_from_this(), bus_->tokens);
-            letter->token = *token = path->token();
-            letter->reply = std::move(path);
+            letter.token = *token = path->token();
+            letter.reply = std::move(path);
         }
-        std::unique_lock locked{bus_->office.lock};
+        std::unique_lock locked{bus_->office->lock};
         std::span<const listener> readers;
         if (const int error = find_room(address, may_wait, locked, readers); error != 0) {
             return error;
         }
-        if (const int error = token != nullptr ? box_.expect(*token) : 0; error != 0) {
+        if (const int error = token != nullptr ? box_->expect(*token) : 0; error != 0) {
             return error;
         }
         deliver(readers, std::move(letter));
         return 0;
     }
 
-    int answer(const message &request, message_ptr letter) override {
+    int answer(const message &request, message letter) override {
         return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
     }
 
-    int receive(const selector &selected, message_ptr &letter) override { return box_.receive(selected, letter); }
+    int receive(const selector &selected, message &letter) override { return box_->receive(selected, letter); }
 
     void close() override { shut(); }
 
-    void take_home(message_ptr letter) {
-        const std::scoped_lock lock{bus_->office.lock};
-        box_.put_answer(letter);
+    void take_home(message letter) {
+        const std::scoped_lock lock{bus_->office->lock};
+        box_->put_answer(std::move(letter));
     }
 
   private:
@@ -101,7 +101,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
                   std::span<const listener> &readers) {
         for (;;) {
             readers = bus_->at(address);
-            if (box_.closed()) {
+            if (box_->closed()) {
                 return ECANCELED;
             }
             if (readers.empty() && !is_group(address)) {
@@ -113,13 +113,13 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
             if (!may_wait) {
                 return EAGAIN;
             }
-            bus_->office.wait_for_room(locked);
+            bus_->office->wait_for_room(locked);
         }
     }
 
-    static void deliver(std::span<const listener> readers, message_ptr letter) {
+    static void deliver(std::span<const listener> readers, message letter) {
         for (size_t index = 1; index < readers.size(); ++index) {
-            readers[index].box->put(*readers[index].way_in, copy_of(*letter));
+            readers[index].box->put(*readers[index].way_in, copy_of(letter));
         }
         if (!readers.empty()) {
             readers.front().box->put(*readers.front().way_in, std::move(letter));
@@ -127,20 +127,20 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
     }
 
     void shut() {
-        std::vector<message_ptr> unread;
-        const std::scoped_lock lock{bus_->office.lock};
+        std::vector<message> unread;
+        const std::scoped_lock lock{bus_->office->lock};
         for (auto &[address, there] : bus_->listeners) {
-            std::erase_if(there, [&](const listener &one) { return one.box == &box_; });
+            std::erase_if(there, [&](const listener &one) { return one.box == box_.get(); });
         }
-        unread = box_.close();
+        unread = box_->close();
     }
 
     std::shared_ptr<bus> bus_;
-    mailbox box_{bus_->office};
+    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(bus_->office);
 };
 
-int way_home::answer(message_ptr letter) {
-    letter->token = token();
+int way_home::answer(message letter) {
+    letter.token = token();
     if (const auto home = home_.lock()) {
         home->take_home(std::move(letter));
     }

@@ -2,6 +2,7 @@
 // requests, and the threads that wait for either. A message is handed straight to the thread that waits for it.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/transport.h"
 #include <atomic>
 #include <condition_variable>
@@ -9,7 +10,6 @@
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <unordered_set>
 #include <vector>
 
 namespace ribkit::platform {
@@ -24,7 +24,8 @@ class post_office {
 
   private:
     std::condition_variable room_;
-    uint32_t waiting_ = 0;
+    std::vector<timed_wait *> waiting_;
+    uint64_t rooms_made_ = 0;
 };
 
 /// The queue of one address: how many messages may wait, and do.
@@ -35,12 +36,27 @@ struct door {
     [[nodiscard]] bool has_room() const { return waiting < bound; }
 };
 
-/// All but `receive` are called with the office's lock held.
-class mailbox {
+/// How long it pays to spin before sleeping: long where spinning helped the last time, not at all where it did not
+/// (both threads may share a processor), with a try from time to time.
+class spin_habit {
+  public:
+    uint32_t turns();
+    void learn(uint32_t turns, bool helped);
+
+  private:
+    static constexpr uint32_t most = 400;
+    static constexpr uint32_t probe_every = 512;
+
+    std::atomic<uint32_t> turns_{most};
+    std::atomic<uint32_t> waits_{0};
+};
+
+/// All but `receive` are called with the office's lock held. What arrives is disturbed as a fault script says.
+class mailbox : public std::enable_shared_from_this<mailbox> {
   public:
     static constexpr size_t most_awaited = 4096; ///< answers outstanding or unread
 
-    explicit mailbox(post_office &office) : office_(office) {}
+    explicit mailbox(std::shared_ptr<post_office> office) : office_(std::move(office)) {}
     mailbox(const mailbox &) = delete;
     mailbox &operator=(const mailbox &) = delete;
     ~mailbox() = default;
@@ -49,40 +65,49 @@ class mailbox {
     door &add_door(uint32_t bound);
 
     /// The door has room, or the sender insists.
-    void put(door &way_in, message_ptr letter);
+    void put(door &way_in, message letter);
 
     /// From now on the answer with this token is awaited; 0, or ENOBUFS.
     int expect(uint32_t token);
-    void expect_no_more(uint32_t token) { awaited_.erase(token); }
 
-    /// Takes an answer in; one that nobody awaits is left with the caller, who throws it away without the lock.
-    void put_answer(message_ptr &letter);
+    /// An answer that nobody awaits is thrown away.
+    void put_answer(message letter);
 
-    int receive(const selector &selected, message_ptr &letter);
+    int receive(const selector &selected, message &letter);
 
     /// Ends all waits; the messages that nobody will read are returned, to be destroyed without the lock.
-    std::vector<message_ptr> close();
+    std::vector<message> close();
 
   private:
     struct waiter;
-    struct queued {
-        message_ptr letter;
-        door *way_in;
+    struct parcel {
+        message letter;
+        door *way_in; // null for an answer
     };
 
+    void arrive(parcel one);
+    void arrive_later(parcel one, uint32_t milliseconds);
+    void arrive_in_turn(parcel one);
+    void take_in(parcel one);
+    void take_in_answer(message letter);
     waiter *waiter_for(const message &letter, bool is_answer);
-    message_ptr take(const selector &selected);
-    message_ptr take_incoming();
-    message_ptr take_answer(const selector &selected);
-    int sleep(waiter &self, const selector &selected, std::unique_lock<std::mutex> &locked);
-    void give_up(waiter &self, const selector &selected);
+    bool take(const selector &selected, message &letter);
+    bool take_incoming(message &letter);
+    bool take_answer(const selector &selected, message &letter);
+    bool spin(waiter &self, std::unique_lock<std::mutex> &locked);
+    int sleep(waiter &self, std::unique_lock<std::mutex> &locked);
+    [[nodiscard]] bool awaits(uint32_t token) const;
+    void await_no_more(uint32_t token);
+    void give_up(waiter &self);
 
-    post_office &office_;
+    std::shared_ptr<post_office> office_;
     std::deque<door> doors_;
-    std::deque<queued> incoming_;
-    std::deque<message_ptr> answers_;
-    std::unordered_set<uint32_t> awaited_;
+    std::deque<parcel> incoming_;
+    std::vector<parcel> behind_the_next_;
+    std::vector<message> answers_;  // in the order of arrival
+    std::vector<uint32_t> awaited_; // few: searched from one end
     std::vector<waiter *> waiters_;
+    spin_habit habit_;
     bool closed_ = false;
 };
 
