@@ -14,7 +14,7 @@ void path_slot(transfer m) {
     const number n_hop = m.second_byte(0);
     m.word(0);
     m.word(4);
-    uint32_t i = 0;
+    size_t i = 0;
     for (; n_hop() > i; ++i) {
         m.word(8 + 4 * i);
     }
@@ -24,7 +24,7 @@ void path_slot(transfer m) {
 }
 
 void path_slots(transfer m, const number &n_path) {
-    uint32_t i = 0;
+    size_t i = 0;
     for (; n_path() > i; ++i) {
         path_slot(m.at(20 * i));
     }
@@ -85,7 +85,7 @@ uint32_t fcl_path(transfer m) {
     m.word(20);
     m.word(24); // n_label
     m.word(28); // n_path
-    uint32_t i = 0;
+    size_t i = 0;
     for (; n_label() > i; ++i) {
         m.word(32 + 4 * i);
     }
@@ -103,7 +103,7 @@ uint32_t fcm_path(transfer m) {
     m.word(8);
     m.word(12);
     m.word(16); // n_member
-    for (uint32_t i = 0; n_member() > i; ++i) {
+    for (size_t i = 0; n_member() > i; ++i) {
         m.word(20 + 4 * i);
     }
     return 0;
@@ -155,7 +155,7 @@ namespace {
 uint32_t report(transfer m, uint32_t (*entry)(transfer), size_t size) {
     const number n = m.count(16);
     m.words(0, 5);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         entry(m.at(20 + size * i));
     }
     return 0;
@@ -198,7 +198,7 @@ uint32_t vsan_update(transfer m) {
     const number n = m.count(4);
     m.word(0);
     m.word(4);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         vsan(m.at(8 + 8 * i));
     }
     return 0;

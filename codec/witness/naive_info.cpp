@@ -50,7 +50,7 @@ uint32_t fclrt_info(transfer m) {
     const number n = m.count(0);
     m.word(0);
     size_t entry = 4;
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         entry += lbl_route(m.at(entry));
     }
     return 0;
@@ -59,7 +59,7 @@ uint32_t fclrt_info(transfer m) {
 uint32_t fcmrt_info(transfer m) {
     const number n = m.count(0);
     m.word(0);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         mcast_route(m.at(4 + 20 * i));
     }
     return 0;
@@ -68,7 +68,7 @@ uint32_t fcmrt_info(transfer m) {
 uint32_t fcurt_info(transfer m) {
     const number n = m.count(0);
     m.word(0);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         ucast_route(m.at(8 + 36 * i));
     }
     return 0;
@@ -77,7 +77,7 @@ uint32_t fcurt_info(transfer m) {
 uint32_t db_info(transfer m) {
     const number n = m.count(0);
     m.word(0);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         m.words(8 + 20 * i, 5);
     }
     return 0;
@@ -90,10 +90,10 @@ uint32_t dm_info(transfer m) {
     }
     const number n = m.count(0);
     m.word(0);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         m.bytes(4 + 68 * i, 68);
     }
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         m.word(4 + 68 * i);
     }
     return 0;
@@ -132,7 +132,7 @@ void name(transfer &m, size_t offset) {
 uint32_t reg_info(transfer m) {
     const number n = m.count(0);
     m.word(0);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         transfer entry = m.at(4 + 88 * i);
         entry.word(0);
         entry.word(4);
@@ -144,7 +144,7 @@ uint32_t reg_info(transfer m) {
 uint32_t sys_info(transfer m) {
     const number n = m.count(0);
     m.word(0);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         transfer module = m.at(4 + 1560 * i);
         node(module);
         module.bytes(16, 4);
@@ -192,7 +192,7 @@ uint32_t verf_info(transfer m) {
     m.word(8);
     m.word(12);
     size_t key = 16;
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         key += verification_key(m.at(key), type());
     }
     return 0;

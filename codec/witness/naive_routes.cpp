@@ -18,7 +18,7 @@ uint32_t fcurt_update(transfer m) {
     m.word(8);  // oper
     m.word(12); // n_version
     m.word(16); // n_route
-    uint32_t i = 0;
+    size_t i = 0;
     for (; n_version() > i; ++i) {
         m.word(20 + 4 * i);
     }
@@ -37,7 +37,7 @@ uint32_t fcurt(transfer m) {
     m.word(20); // metric
     m.word(24); // flag
     m.word(28); // n_hop
-    for (uint32_t i = 0; n_hop() > i; ++i) {
+    for (size_t i = 0; n_hop() > i; ++i) {
         m.word(32 + 8 * i); // interface
         m.word(36 + 8 * i); // domain
     }
@@ -53,7 +53,7 @@ uint32_t fclrt_intf(transfer m) {
     const number n = m.second_byte(0);
     m.word(4); // interface
     m.word(0); // control
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         m.word(8 + 4 * i);
     }
     return (n() + 2) * 4;
@@ -63,7 +63,7 @@ namespace {
 
 /// Label words, at most two of them zeroed.
 void two_labels(transfer &m, size_t offset, const number &n_match) {
-    uint32_t i = 0;
+    size_t i = 0;
     for (; n_match() > i; ++i) {
         m.word(offset + 4 * i);
     }
@@ -73,7 +73,7 @@ void two_labels(transfer &m, size_t offset, const number &n_match) {
 }
 
 uint32_t interface_entries(transfer &m, uint32_t end, const number &n_intf) {
-    for (uint32_t i = 0; n_intf() > i; ++i) {
+    for (size_t i = 0; n_intf() > i; ++i) {
         end += fclrt_intf(m.at(end));
     }
     return end;
@@ -94,7 +94,7 @@ uint32_t fclrt(transfer m) {
     m.word(24); // n_src
     m.word(28); // n_intf
     two_labels(m, 32, n_match);
-    uint32_t i = 0;
+    size_t i = 0;
     for (; n_src() > i; ++i) {
         m.word(40 + 4 * i);
     }
@@ -110,7 +110,7 @@ uint32_t fcmrt(transfer m) {
     m.word(4);  // mask
     m.word(8);  // action
     m.word(12); // n_intf
-    for (uint32_t i = 0; n_intf() > i; ++i) {
+    for (size_t i = 0; n_intf() > i; ++i) {
         m.word(16 + 4 * i);
     }
     return 16 + 4 * n_intf();
@@ -155,7 +155,7 @@ void ucast_hop(transfer m) {
     const number n_label = m.second_byte(0);
     m.word(0);
     m.word(4);
-    uint32_t i = 0;
+    size_t i = 0;
     for (; n_label() > i; ++i) {
         m.bytes(8 + 4 * i, 4);
     }
@@ -176,7 +176,7 @@ uint32_t ucast_route(transfer m) {
     m.word(24); // cost
     m.word(28); // flag
     m.word(32); // n_hop
-    for (uint32_t i = 0; n_hop() > i; ++i) {
+    for (size_t i = 0; n_hop() > i; ++i) {
         ucast_hop(m.at(36 + 8 * i));
     }
     return 0;
@@ -189,7 +189,7 @@ uint32_t mcast_route(transfer m) {
     m.bytes(8, 4);
     m.word(12); // mask
     m.word(16); // n_intf
-    for (uint32_t i = 0; n_intf() > i; ++i) {
+    for (size_t i = 0; n_intf() > i; ++i) {
         m.word(20 + 4 * i);
     }
     return 0;
@@ -198,7 +198,7 @@ uint32_t mcast_route(transfer m) {
 uint32_t topo(transfer m) {
     const number n = m.count(8);
     m.words(0, 3);
-    for (uint32_t i = 0; n() > i; ++i) {
+    for (size_t i = 0; n() > i; ++i) {
         m.word(12 + 4 * i);
     }
     return 0;
