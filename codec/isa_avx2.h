@@ -5,17 +5,15 @@
 #include "codec/isa_scalar.h"
 #include "codec/window.h"
 
+#include <algorithm>
+
 namespace ribkit {
 
-/// `Ones` bytes of ones, then as many zeros as are ever wanted: a mask that starts anywhere.
-template <size_t Ones, size_t Zeros> struct sliding_mask {
+/// As many bytes of ones as of zeros: a mask that starts anywhere.
+template <size_t Size> struct sliding_mask {
     struct table {
-        std::array<uint8_t, Ones + Zeros> bytes{};
-        consteval table() {
-            for (size_t i = 0; i < Ones; ++i) {
-                bytes[i] = 0xff;
-            }
-        }
+        std::array<uint8_t, 2 * Size> bytes{};
+        consteval table() { std::fill_n(bytes.begin(), Size, uint8_t{0xff}); }
     };
     alignas(32) static constexpr table is{};
 };
@@ -34,9 +32,7 @@ struct avx2 {
         } else if (count > r.bound) {
             return rows(src, dst);
         } else {
-            image<L, 0, L.size, Swaps> whole(src, dst);
-            whole.mask(sliding_mask<L.size, r.size>::is.bytes.data() + 4 * (r.bound - count));
-            whole.store(dst);
+            capped_image<L, Swaps>::convert(src, dst, count);
             return L.size;
         }
     }
@@ -68,7 +64,7 @@ struct avx2 {
             run<Swaps>(src, dst, n);
         } else {
             image<all_words, 0, size, Swaps> list(src, dst);
-            list.mask(sliding_mask<size, size>::is.bytes.data() + 4 * (Bound - n));
+            list.mask(sliding_mask<size>::is.bytes.data() + 4 * (Bound - n));
             list.store(dst);
         }
     }

@@ -19,6 +19,12 @@ struct byte_plan {
     bool kept;       // the destination's own byte stays
 };
 
+/// What a shuffle is told for a byte: which of its 16 to take (it never crosses them, and neither does a word), or
+/// none.
+constexpr uint8_t shuffle_index(byte_plan plan, uint32_t window) {
+    return plan.carried != 0 ? static_cast<uint8_t>((plan.from - window) % 16) : uint8_t{0x80};
+}
+
 /// The plan of one byte; lists, and what lies behind the layout, are words.
 constexpr byte_plan plan_of(const layout &l, uint32_t at, bool swaps) {
     for (const row &r : l) {
@@ -53,8 +59,7 @@ template <const layout &L, uint32_t At, size_t Width, bool Swaps> struct window 
         consteval table() {
             for (uint32_t i = 0; i < Width; ++i) {
                 const byte_plan plan = plan_of(L, At + i, Swaps);
-                const uint32_t within = (plan.from - At) % 16; // a shuffle stays within 16 bytes, and so does a word
-                how[i] = plan.carried != 0 ? static_cast<uint8_t>(within) : 0x80;
+                how[i] = shuffle_index(plan, At);
                 carried[i] = plan.carried;
                 kept[i] = plan.kept ? 0xff : 0;
                 shuffles |= how[i] != i % 16;
@@ -83,13 +88,19 @@ template <const layout &L, uint32_t At, size_t Width, bool Swaps> struct window 
     }
 };
 
-/// Bytes [Begin, End) of a layout as the fewest windows of one width.
-template <const layout &L, uint32_t Begin, uint32_t End, bool Swaps> struct image {
+/// Bytes [Begin, End) as the fewest windows of one width; the last two may overlap.
+template <uint32_t Begin, uint32_t End> struct windows_over {
     static constexpr size_t width = lane_width(End - Begin);
     static constexpr size_t n = (End - Begin + width - 1) / width;
     static constexpr uint32_t at(size_t i) {
         return static_cast<uint32_t>(i + 1 < n ? Begin + i * width : End - width);
     }
+};
+
+/// Bytes [Begin, End) of a layout in registers.
+template <const layout &L, uint32_t Begin, uint32_t End, bool Swaps> struct image : windows_over<Begin, End> {
+    using over = windows_over<Begin, End>;
+    using over::at, over::n, over::width;
 
     typename lane<width>::vector windows[n];
 
@@ -113,6 +124,41 @@ template <const layout &L, uint32_t Begin, uint32_t End, bool Swaps> struct imag
     template <size_t... I>
     [[gnu::always_inline]] image(const uint8_t *src, const uint8_t *dst, std::index_sequence<I...> /*windows*/)
         : windows{window<L, at(I), width, Swaps>::load(src, dst)...} {}
+};
+
+/// A short entry that ends in its one bounded list of words: for each count a shuffle of its own, which also clears the
+/// words that are not used.
+template <const layout &L, bool Swaps> struct capped_image : windows_over<0, L.size> {
+    using over = windows_over<0, L.size>;
+    using over::at, over::n, over::width;
+    static constexpr const row &list = L.rows[L.n_rows - 1];
+    static constexpr uint32_t counts = list.bound + 1U;
+
+    struct table {
+        std::array<std::array<std::array<uint8_t, width>, n>, counts> how{};
+        consteval table() {
+            for (uint32_t count = 0; count < counts; ++count) {
+                for (size_t i = 0; i < n * width; ++i) {
+                    const uint32_t window = at(i / width);
+                    const uint32_t byte = window + i % width;
+                    const bool used = byte < list.offset + count * list.stride;
+                    how[count][i / width][i % width] = used ? shuffle_index(plan_of(L, byte, Swaps), window) : 0x80;
+                }
+            }
+        }
+    };
+    alignas(32) static constexpr table is{};
+
+    [[gnu::always_inline]] static void convert(const uint8_t *src, uint8_t *dst, uint32_t count) {
+        const auto &how = is.how[count];
+        typename lane<width>::vector windows[n];
+        for (size_t i = 0; i < n; ++i) {
+            windows[i] = lane<width>::shuffle(lane<width>::load(src + at(i)), lane<width>::load(how[i].data()));
+        }
+        for (size_t i = 0; i < n; ++i) {
+            lane<width>::store(dst + at(i), windows[i]);
+        }
+    }
 };
 
 } // namespace ribkit

@@ -2,6 +2,8 @@
 // function writes at `to` and returns the place behind what it wrote; no terminator is added.
 #pragma once
 
+#include "rib_text.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -49,9 +51,17 @@ inline char *put_label(char *to, uint32_t word) {
 }
 
 /// A domain, "0x%02x(%d)".
-inline void domain_to_str(uint32_t domain, char *str) {
-    str = put_char(put_hex(put(str, "0x"), domain, 2), '(');
-    put(put_decimal(str, static_cast<uint8_t>(domain)), ")\0");
+inline char *put_domain(char *to, uint32_t domain) {
+    to = put_char(put_hex(put(to, "0x"), domain, 2), '(');
+    return put_char(put_decimal(to, static_cast<uint8_t>(domain)), ')');
+}
+
+inline void domain_to_str(uint32_t domain, char *str) { *put_domain(str, domain) = '\0'; }
+
+/// An interface's name.
+inline char *put_interface(char *to, uint32_t if_index) {
+    rib_if_index_to_str(if_index, to);
+    return to + std::strlen(to);
 }
 
 /// A 24-bit address, "0x%02x%02x%02x" of the three low bytes of a word.

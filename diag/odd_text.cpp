@@ -1,10 +1,13 @@
 // The texts that a table cannot say: upper case, bits, and whole records.
 #include "diag/compose.h"
+#include "diag/fib_rows.h"
 #include "diag/fields.h"
 #include "diag/state_rows.h"
 #include "rib_codes.h"
 #include "rib_text.h"
 
+#include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -46,6 +49,16 @@ void rib_uuid_to_uc_str(uint32_t uuid, char *str) {
 }
 
 uintptr_t rib_pm_mode_to_str(uint32_t mode, char *str) { return put_text(pm_mode_texts, shown_mode(mode), str); }
+
+// Nearly every index is one without a row, so its "%03x" is written by hand.
+uintptr_t fib_d_idx_to_str(uint32_t value, char *str) {
+    if (fib_d_idx_texts.holds(value)) {
+        return put_text(fib_d_idx_texts, value, str);
+    }
+    const int digits = std::max(3, static_cast<int>(std::bit_width(value) + 3) / 4);
+    *put_hex(str, value, digits) = '\0';
+    return static_cast<uintptr_t>(digits);
+}
 
 // "push=%d pop=%d use_UP=%s use_TTL=%s dec_TTL=%s"; the push count is printed first though it is the second byte.
 int rib_fclrt_ctrl_to_str(const uint8_t *ctrl, char *str) {

@@ -1,6 +1,7 @@
 // What an argument list needs: texts that live as long as the expression, and headings.
 #pragma once
 
+#include "diag/compose.h"
 #include "diag/fields.h"
 #include "rib_codes.h"
 #include "rib_text.h"
@@ -46,19 +47,52 @@ inline void time_word_to_str(uint32_t word, char *str) {
 
 inline const char *truth(bool holds) { return holds ? "T" : "F"; }
 
-/// One line of `count` words of a record, each as `put(to, word, position)` writes it, at most 16 characters.
-template <typename Put> void print_words(const fields &record, size_t offset, uint32_t count, Put put) {
-    char line[256];
-    char *end = line;
-    for (uint32_t i = 0; i < count; ++i) {
-        end = put(end, record.word(offset + size_t{4} * i), i);
-        if (end - line > 224) {
-            std::fwrite(line, 1, static_cast<size_t>(end - line), stdout);
-            end = line;
+/// Gathers small pieces of output and prints them many at a time.
+class gathered {
+  public:
+    gathered() = default;
+    gathered(const gathered &) = delete;
+    gathered &operator=(const gathered &) = delete;
+    ~gathered() { flush(); }
+
+    static constexpr size_t room = 160; // bytes that a piece may have
+
+    /// Where the next piece goes.
+    char *next() {
+        if (end_ > bytes_ + sizeof bytes_ - room) {
+            flush();
         }
+        return end_;
     }
-    *end++ = '\n';
-    std::fwrite(line, 1, static_cast<size_t>(end - line), stdout);
+    void add_up_to(char *end) { end_ = end; }
+
+  private:
+    void flush() {
+        std::fwrite(bytes_, 1, static_cast<size_t>(end_ - bytes_), stdout);
+        end_ = bytes_;
+    }
+
+    char bytes_[512];
+    char *end_ = bytes_;
+};
+
+/// One line of `count` words of a record, each as `put(to, word, position)` writes it.
+template <typename Put> void print_words(const fields &record, size_t offset, uint32_t count, Put put) {
+    gathered line;
+    for (uint32_t i = 0; i < count; ++i) {
+        line.add_up_to(put(line.next(), record.word(offset + size_t{4} * i), i));
+    }
+    line.add_up_to(put_char(line.next(), '\n'));
+}
+
+/// A line for each of `count` interfaces in a record, `stride` bytes apart: a margin of blanks and the name, " %s\n".
+template <size_t Size>
+void print_interfaces(const char (&margin)[Size], const fields &record, size_t offset, size_t stride, uint32_t count) {
+    gathered lines;
+    for (uint32_t i = 0; i < count; ++i) {
+        char *end = put_interface(put(lines.next(), margin), record.word(offset + stride * i));
+        lines.add_up_to(put_char(end, '\n'));
+    }
 }
 
 template <typename... Lines> void print_lines(Lines... lines) { (std::puts(lines), ...); }

@@ -18,41 +18,41 @@ struct hop_view {
     hop_labels labels;
 };
 
-void show_label_words(const fields &hop) {
-    std::printf("    %s  Control  %s\n      Labels", text(rib_if_index_to_str, hop.word(4)).plain(),
-                text(rib_fclrt_ctrl_to_str, hop.at(0)).plain());
-    print_words(hop, 8, hop.byte(1),
-                [](char *to, uint32_t label, uint32_t) { return put_hex(put(to, "  "), label, 8); });
-}
+char *put_label_word(char *to, uint32_t label) { return put_hex(to, label, 8); }
 
-void show_label_entries(const fields &hop) {
-    std::printf("    %s  Labels", text(rib_if_index_to_str, hop.word(4)).plain());
-    print_words(hop, 8, hop.byte(1),
-                [](char *to, uint32_t label, uint32_t) { return put_label(put(to, "  "), label); });
-}
-
-void show_domain(const fields &hop) {
-    const uint32_t domain = (hop.byte(2) & 0x1f) << 3 | hop.byte(3) >> 5;
-    std::printf("    %s  Domain  %s\n", text(rib_if_index_to_str, hop.word(4)).plain(),
-                text(domain_to_str, domain).plain());
-}
-
-void show_hop(const fields &hop, hop_view view) {
-    if (hop.byte(1) != 0) {
-        view.labels == hop_labels::words ? show_label_words(hop) : show_label_entries(hop);
-    } else if (view.with_domain) {
-        show_domain(hop);
-    } else {
-        std::printf("    %s\n", text(rib_if_index_to_str, hop.word(4)).plain());
+/// "    %s  Control  %s\n      Labels", or "    %s  Labels" where the labels are stack entries; then "  %s" for each.
+void show_labels(gathered &out, const fields &hop, hop_labels form) {
+    char *end = put_interface(put(out.next(), "    "), hop.word(4));
+    if (form == hop_labels::words) {
+        end = put(end, "  Control  ");
+        end = put(end + rib_fclrt_ctrl_to_str(hop.at(0), end), "\n    ");
     }
+    out.add_up_to(put(end, "  Labels"));
+    for (size_t label = 8; label < 8 + size_t{4} * hop.byte(1); label += 4) {
+        char *to = put(out.next(), "  ");
+        out.add_up_to((form == hop_labels::words ? put_label_word : put_label)(to, hop.word(label)));
+    }
+    out.add_up_to(put_char(out.next(), '\n'));
+}
+
+/// "    %s\n" or "    %s  Domain  %s\n"
+void show_plain(gathered &out, const fields &hop, bool with_domain) {
+    char *end = put_interface(put(out.next(), "    "), hop.word(4));
+    if (with_domain) {
+        end = put_domain(put(end, "  Domain  "), (hop.byte(2) & 0x1f) << 3 | hop.byte(3) >> 5);
+    }
+    out.add_up_to(put_char(end, '\n'));
 }
 
 /// Shows `count` hops from offset `end` and returns the offset behind the last one: the record's length.
 uint32_t show_hops(const fields &record, uint32_t end, uint32_t count, hop_view view) {
+    gathered out;
     for (uint32_t i = 0; i < count; ++i) {
         const fields hop{record.at(end)};
-        if (view.shown) {
-            show_hop(hop, view);
+        if (view.shown && hop.byte(1) != 0) {
+            show_labels(out, hop, view.labels);
+        } else if (view.shown) {
+            show_plain(out, hop, view.with_domain);
         }
         end += 8 + 4 * hop.byte(1);
     }

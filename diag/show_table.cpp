@@ -15,10 +15,7 @@ constexpr uint32_t domains_size = 32; // bytes of a domain bitmap
 constexpr uint32_t last_domain = 239;
 
 void show_interfaces(const fields &record, uint32_t count) {
-    for (uint32_t i = 0; i < count; ++i) {
-        const uint32_t if_index = record.word(multicast_fixed + size_t{4} * i);
-        std::printf("    %s\n", text(rib_if_index_to_str, if_index).plain());
-    }
+    print_interfaces("    ", record, multicast_fixed, 4, count);
 }
 
 } // namespace

@@ -58,4 +58,3 @@ uintptr_t fib_reason_to_str(uint32_t value, char *str) { return put_text(fib_rea
 uintptr_t fib_oper_to_str(uint32_t value, char *str) { return put_text(fib_oper_texts, value, str); }
 uintptr_t fib_iod_mode_to_str(uint32_t value, char *str) { return put_text(fib_iod_mode_texts, value, str); }
 uintptr_t fib_action_to_str(uint32_t value, char *str) { return put_text(fib_action_texts, value, str); }
-uintptr_t fib_d_idx_to_str(uint32_t value, char *str) { return put_text(fib_d_idx_texts, value, str); }

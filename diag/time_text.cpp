@@ -1,4 +1,5 @@
 // Times, interface names and column widths as text: what every trace and display line is stamped and padded with.
+#include "diag/compose.h"
 #include "if_index.h"
 #include "rib_text.h"
 
@@ -12,11 +13,49 @@ constexpr int widest_column = 40;
 constexpr size_t calendar_text = 25; // characters, the newline included
 constexpr uint8_t last_known_type = 80;
 
+char digit(int value) { return static_cast<char>('0' + value); }
+
+/// Three letters of `names`, and a blank.
+char *put_name(char *to, const char *names, int which) {
+    std::memcpy(to, names + ptrdiff_t{3} * which, 3);
+    return ribkit::put_char(to + 3, ' ');
+}
+
 void cut_newline(char *str) {
     const size_t length = std::strlen(str);
     if (length != 0 && str[length - 1] == '\n') {
         str[length - 1] = '\0';
     }
+}
+
+char *put_two(char *to, int value) {
+    return ribkit::put_char(ribkit::put_char(to, digit(value / 10)), digit(value % 10));
+}
+
+/// "Tue Nov 14 22:13:20 2023"
+char *put_calendar(char *to, const tm &local) {
+    const int year = local.tm_year + 1900;
+    to = put_name(to, "SunMonTueWedThuFriSat", local.tm_wday);
+    to = put_name(to, "JanFebMarAprMayJunJulAugSepOctNovDec", local.tm_mon);
+    to = ribkit::put_char(put_two(to, local.tm_mday), ' ');
+    if (local.tm_mday < 10) {
+        to[-3] = ' ';
+    }
+    to = ribkit::put_char(put_two(to, local.tm_hour), ':');
+    to = ribkit::put_char(put_two(to, local.tm_min), ':');
+    to = ribkit::put_char(put_two(to, local.tm_sec), ' ');
+    return put_two(put_two(to, year / 100), year % 100);
+}
+
+/// Years of fewer or more digits, as the C library writes them; cut to the buffer.
+void put_strange_calendar(char *str, const tm &local) {
+    const char *calendar = asctime(&local);
+    const size_t length = calendar != nullptr ? strnlen(calendar, calendar_text) : 0;
+    if (length != 0) {
+        std::memcpy(str, calendar, length);
+    }
+    str[length] = '\0';
+    cut_newline(str);
 }
 
 } // namespace
@@ -36,13 +75,18 @@ int rib_time_stamp_str(char *str) {
                         static_cast<unsigned>(local->tm_min), static_cast<unsigned>(local->tm_sec));
 }
 
-// A year that the calendar cannot write leaves an empty text; one of five digits still fits.
+// The text of ctime, of which a display needs one for every row: written by hand where the year has four digits.
 void rib_time_to_str(const time_t *t, char *str) {
-    const char *calendar = ctime(t);
-    const size_t length = calendar != nullptr ? strnlen(calendar, calendar_text) : 0;
-    std::memcpy(str, calendar, length);
-    str[length] = '\0';
-    cut_newline(str);
+    const tm *local = localtime(t);
+    if (local == nullptr) {
+        *str = '\0';
+        return;
+    }
+    if (local->tm_year >= 1000 - 1900 && local->tm_year <= 9999 - 1900) {
+        *put_calendar(str, *local) = '\0';
+    } else {
+        put_strange_calendar(str, *local);
+    }
 }
 
 void rib_if_index_to_str(uint32_t if_index, char *str) {

@@ -5,6 +5,7 @@
 #include "testing/guarded.h"
 
 #include <gtest/gtest.h>
+#include <random>
 
 using namespace ribkit::testing;
 
@@ -93,6 +94,30 @@ TEST(TimeText, CalendarWithoutNewline) {
     const local_zone zone(paris);
     EXPECT_EQ(calendar(noon), "Tue Nov 14 23:13:20 2023");
     EXPECT_EQ(calendar(1690009503), "Sat Jul 22 09:05:03 2023");
+}
+
+TEST(TimeText, IsWhatTheLibrarySaysWithoutItsNewline) {
+    std::mt19937 random(56);
+    for (const char *place : {"UTC0", paris, "XXX-14", "YYY12"}) {
+        const local_zone zone(place);
+        for (int i = 0; i < 2000; ++i) {
+            const auto when = static_cast<time_t>(static_cast<int32_t>(random()));
+            const std::string text = std::string(ctime(&when));
+            ASSERT_EQ(calendar(when) + "\n", text) << place << when;
+        }
+    }
+}
+
+TEST(TimeText, YearsOfTwoAndThreeAndFiveDigits) {
+    if constexpr (sizeof(time_t) > 4) {
+        const local_zone zone("UTC0");
+        for (const int64_t when : {-30641760000LL, -30610224000LL, -60000000000LL, -62100000000LL, 253402300799LL}) {
+            const auto wide = static_cast<time_t>(when);
+            ASSERT_EQ(calendar(wide) + "\n", ctime(&wide)) << when;
+        }
+        EXPECT_EQ(calendar(static_cast<time_t>(60000000000000000)), "Sat May 29 10:40:00 19013") << "cut";
+        EXPECT_EQ(calendar(static_cast<time_t>(67768036191676800)), "") << "no calendar year";
+    }
 }
 
 TEST(TimeText, NoCalendarOfTheLibraryIsLongerThanTheBuffer) {

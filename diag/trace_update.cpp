@@ -21,12 +21,6 @@ void print_labels(const fields &record, size_t offset, uint32_t count) {
     }
 }
 
-void print_interfaces(const fields &record, size_t offset, size_t stride, uint32_t count) {
-    for (uint32_t i = 0; i < count; ++i) {
-        std::printf("  %s\n", text(rib_if_index_to_str, record.word(offset + stride * i)).plain());
-    }
-}
-
 void print_label_hops(const fields &route, uint32_t count) {
     size_t hop = first_label_hop;
     for (uint32_t i = 0; i < count; ++i) {
@@ -97,7 +91,7 @@ void rib_printf_fcurt(const void *msg, const void *record) {
     std::printf(" %s fc id 0x%06x mask 0x%06x metric %u flag %s with %u interfaces\n",
                 text(rib_action_to_str, route.word(16)).plain(), route.word(0), route.word(4), route.word(20),
                 text(rib_fcurt_flag_to_str, route.word(24)).plain(), route.word(28));
-    print_interfaces(route, 32, 8, route.word(28));
+    print_interfaces("  ", route, 32, 8, route.word(28));
 }
 
 void rib_printf_fcmrt(const void *msg, const void *record) {
@@ -107,7 +101,7 @@ void rib_printf_fcmrt(const void *msg, const void *record) {
     }
     std::printf(" %s fc id 0x%06x mask 0x%06x with %u interfaces\n", text(rib_action_to_str, route.word(8)).plain(),
                 route.word(0), route.word(4), route.word(12));
-    print_interfaces(route, 16, 4, route.word(12));
+    print_interfaces("  ", route, 16, 4, route.word(12));
 }
 
 void rib_printf_fclrt(const void *msg, const void *record) {

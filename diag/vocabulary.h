@@ -44,6 +44,7 @@ template <size_t Count> class text_table {
     /// The only row that may hold `value`; its own value tells whether it does.
     [[nodiscard]] constexpr size_t candidate(uint32_t value) const { return slots_[slot(value)]; }
     [[nodiscard]] constexpr const text_row &row(size_t index) const { return rows_[index]; }
+    [[nodiscard]] constexpr bool holds(uint32_t value) const { return rows_[candidate(value)].value == value; }
     /// Bytes of the row's text, terminator included.
     [[nodiscard]] constexpr size_t size(size_t index) const { return sizes_[index]; }
 
@@ -119,10 +120,10 @@ uintptr_t put_unknown(const char *fallback, uint32_t value, char *str);
 /// fallback and the printed count is the result.
 template <size_t Count>
 [[gnu::always_inline]] inline uintptr_t put_text(const text_table<Count> &table, uint32_t value, char *str) {
-    const size_t row = table.candidate(value);
-    if (table.row(row).value != value) {
+    if (!table.holds(value)) {
         return put_unknown(table.fallback(), value, str);
     }
+    const size_t row = table.candidate(value);
     copy_text(str, table.row(row).text, table.size(row));
     return reinterpret_cast<uintptr_t>(str);
 }

@@ -37,7 +37,7 @@ class way_home final : public return_path {
     way_home(std::weak_ptr<local_endpoint> home, std::shared_ptr<token_source> tokens)
         : home_(std::move(home)), token_(std::move(tokens)) {}
 
-    int answer(message_ptr letter) override;
+    int answer(message letter) override;
     [[nodiscard]] uint32_t token() const { return token_.value(); }
 
   private:
@@ -64,11 +64,11 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
         return 0;
     }
 
-    int send(const qip_addr &address, message_ptr letter, bool may_wait, uint32_t *token) override {
+    int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) override {
         if (token != nullptr) {
             auto path = std::make_shared<way_home>(weak_from_this(), bus_->tokens);
-            letter->token = *token = path->token();
-            letter->reply = std::move(path);
+            letter.token = *token = path->token();
+            letter.reply = std::move(path);
         }
         std::unique_lock locked{bus_->office.lock};
         std::span<const listener> readers;
@@ -82,15 +82,15 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
         return 0;
     }
 
-    int answer(const message &request, message_ptr letter) override {
+    int answer(const message &request, message letter) override {
         return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
     }
 
-    int receive(const selector &selected, message_ptr &letter) override { return box_.receive(selected, letter); }
+    int receive(const selector &selected, message &letter) override { return box_.receive(selected, letter); }
 
     void close() override { shut(); }
 
-    void take_home(message_ptr letter) {
+    void take_home(message letter) {
         const std::scoped_lock lock{bus_->office.lock};
         box_.put_answer(letter);
     }
@@ -117,9 +117,9 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
         }
     }
 
-    static void deliver(std::span<const listener> readers, message_ptr letter) {
+    static void deliver(std::span<const listener> readers, message letter) {
         for (size_t index = 1; index < readers.size(); ++index) {
-            readers[index].box->put(*readers[index].way_in, copy_of(*letter));
+            readers[index].box->put(*readers[index].way_in, copy_of(letter));
         }
         if (!readers.empty()) {
             readers.front().box->put(*readers.front().way_in, std::move(letter));
@@ -127,7 +127,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
     }
 
     void shut() {
-        std::vector<message_ptr> unread;
+        std::vector<message> unread;
         const std::scoped_lock lock{bus_->office.lock};
         for (auto &[address, there] : bus_->listeners) {
             std::erase_if(there, [&](const listener &one) { return one.box == &box_; });
@@ -139,8 +139,8 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
     mailbox box_{bus_->office};
 };
 
-int way_home::answer(message_ptr letter) {
-    letter->token = token();
+int way_home::answer(message letter) {
+    letter.token = token();
     if (const auto home = home_.lock()) {
         home->take_home(std::move(letter));
     }

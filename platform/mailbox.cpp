@@ -13,11 +13,6 @@ namespace {
 
 using clock = std::chrono::steady_clock;
 
-uint32_t spins() {
-    static const uint32_t count = std::thread::hardware_concurrency() > 1 ? 400 : 0;
-    return count;
-}
-
 void pause_processor() {
 #if defined(__x86_64__) || defined(__i386__)
     __builtin_ia32_pause();
@@ -49,7 +44,7 @@ void post_office::room_made() {
 
 struct mailbox::waiter {
     const selector &selected;
-    message_ptr letter{};
+    message &letter;
     int error = 0;
     bool asleep = false;
     std::atomic<bool> ended{false};
@@ -64,8 +59,8 @@ struct mailbox::waiter {
         }
     }
 
-    [[nodiscard]] bool spin() const {
-        for (uint32_t left = spins(); left != 0; --left) {
+    [[nodiscard]] bool spin(uint32_t turns) const {
+        for (uint32_t left = turns; left != 0; --left) {
             if (ended.load(std::memory_order_acquire)) {
                 return true;
             }
@@ -74,6 +69,23 @@ struct mailbox::waiter {
         return false;
     }
 };
+
+uint32_t spin_habit::turns() {
+    static const bool alone = std::thread::hardware_concurrency() < 2;
+    if (alone) {
+        return 0;
+    }
+    const uint32_t wait = waits_.fetch_add(1, std::memory_order_relaxed);
+    return wait % probe_every == 0 ? most : turns_.load(std::memory_order_relaxed);
+}
+
+void spin_habit::learn(uint32_t turns, bool helped) {
+    if (helped) {
+        turns_.store(most, std::memory_order_relaxed);
+    } else if (turns != 0) {
+        turns_.store(turns / 4, std::memory_order_relaxed);
+    }
+}
 
 door &mailbox::add_door(uint32_t bound) { return doors_.emplace_back(door{.bound = bound}); }
 
@@ -89,8 +101,8 @@ mailbox::waiter *mailbox::waiter_for(const message &letter, bool is_answer) {
     return first;
 }
 
-void mailbox::put(door &way_in, message_ptr letter) {
-    if (waiter *reader = waiter_for(*letter, false)) {
+void mailbox::put(door &way_in, message letter) {
+    if (waiter *reader = waiter_for(letter, false)) {
         reader->letter = std::move(letter);
         reader->end();
         return;
@@ -103,19 +115,30 @@ int mailbox::expect(uint32_t token) {
     if (awaited_.size() >= most_awaited) {
         return ENOBUFS;
     }
-    awaited_.insert(token);
+    awaited_.push_back(token);
     return 0;
 }
 
-void mailbox::put_answer(message_ptr &letter) {
-    const uint32_t token = letter->token;
-    const bool known = awaited_.contains(token) && std::none_of(answers_.begin(), answers_.end(),
-                                                                [&](const auto &one) { return one->token == token; });
-    if (!known) {
+bool mailbox::awaits(uint32_t token) const {
+    return std::find(awaited_.rbegin(), awaited_.rend(), token) != awaited_.rend();
+}
+
+void mailbox::await_no_more(uint32_t token) {
+    const auto found = std::find(awaited_.rbegin(), awaited_.rend(), token);
+    if (found != awaited_.rend()) {
+        *found = awaited_.back();
+        awaited_.pop_back();
+    }
+}
+
+void mailbox::put_answer(message &letter) {
+    const uint32_t token = letter.token;
+    const auto same = [&](const message &one) { return one.token == token; };
+    if (!awaits(token) || std::any_of(answers_.begin(), answers_.end(), same)) {
         return;
     }
-    if (waiter *reader = waiter_for(*letter, true)) {
-        awaited_.erase(token);
+    if (waiter *reader = waiter_for(letter, true)) {
+        await_no_more(token);
         reader->letter = std::move(letter);
         reader->end();
         return;
@@ -123,86 +146,95 @@ void mailbox::put_answer(message_ptr &letter) {
     answers_.push_back(std::move(letter));
 }
 
-message_ptr mailbox::take_incoming() {
+bool mailbox::take_incoming(message &letter) {
     if (incoming_.empty()) {
-        return nullptr;
+        return false;
     }
-    queued oldest = std::move(incoming_.front());
-    incoming_.pop_front();
+    queued &oldest = incoming_.front();
+    letter = std::move(oldest.letter);
     --oldest.way_in->waiting;
+    incoming_.pop_front();
     office_.room_made();
-    return std::move(oldest.letter);
+    return true;
 }
 
-message_ptr mailbox::take_answer(const selector &selected) {
+bool mailbox::take_answer(const selector &selected, message &letter) {
     const auto found = std::find_if(answers_.begin(), answers_.end(),
-                                    [&](const auto &one) { return wants_answer(selected, one->token); });
+                                    [&](const message &one) { return wants_answer(selected, one.token); });
     if (found == answers_.end()) {
-        return nullptr;
+        return false;
     }
-    message_ptr letter = std::move(*found);
+    letter = std::move(*found);
     answers_.erase(found);
-    awaited_.erase(letter->token);
-    return letter;
+    await_no_more(letter.token);
+    return true;
 }
 
-message_ptr mailbox::take(const selector &selected) {
-    message_ptr answer = take_answer(selected);
-    return answer != nullptr || !wants_incoming(selected) ? std::move(answer) : take_incoming();
+bool mailbox::take(const selector &selected, message &letter) {
+    return take_answer(selected, letter) || (wants_incoming(selected) && take_incoming(letter));
 }
 
-int mailbox::receive(const selector &selected, message_ptr &letter) {
+int mailbox::receive(const selector &selected, message &letter) {
     std::unique_lock locked{office_.lock};
     if (closed_) {
         return ECANCELED;
     }
-    if (selected.wanted == selector::kind::by_token && !awaited_.contains(selected.token)) {
+    if (selected.wanted == selector::kind::by_token && !awaits(selected.token)) {
         return EINVAL;
     }
-    letter = take(selected);
-    if (letter != nullptr) {
+    if (take(selected, letter)) {
         return 0;
     }
     if (!selected.may_wait) {
         return EAGAIN;
     }
-    waiter self{.selected = selected};
+    waiter self{.selected = selected, .letter = letter};
     waiters_.push_back(&self);
-    locked.unlock();
-    const int error = self.spin() ? self.error : sleep(self, selected, locked);
-    letter = std::move(self.letter);
-    return error;
+    return spin(self, locked) ? self.error : sleep(self, locked);
 }
 
-int mailbox::sleep(waiter &self, const selector &selected, std::unique_lock<std::mutex> &locked) {
-    const auto deadline = clock::now() + selected.limit;
+// Without the lock; says whether the wait is over, and otherwise takes the lock again.
+bool mailbox::spin(waiter &self, std::unique_lock<std::mutex> &locked) {
+    const uint32_t turns = habit_.turns();
+    if (turns == 0) {
+        return false;
+    }
+    locked.unlock();
+    const bool ended = self.spin(turns);
+    habit_.learn(turns, ended);
+    if (!ended) {
+        locked.lock();
+    }
+    return ended;
+}
+
+int mailbox::sleep(waiter &self, std::unique_lock<std::mutex> &locked) {
     const auto ended = [&] { return self.ended.load(std::memory_order_relaxed); };
-    locked.lock();
     self.asleep = true;
-    if (selected.limit.count() == 0) {
+    if (self.selected.limit.count() == 0) {
         self.wake.wait(locked, ended);
-    } else if (!self.wake.wait_until(locked, deadline, ended)) {
-        give_up(self, selected);
+    } else if (!self.wake.wait_until(locked, clock::now() + self.selected.limit, ended)) {
+        give_up(self);
     }
     return self.error;
 }
 
-void mailbox::give_up(waiter &self, const selector &selected) {
+void mailbox::give_up(waiter &self) {
     waiters_.erase(std::find(waiters_.begin(), waiters_.end(), &self));
     self.error = ETIMEDOUT;
-    if (selected.wanted == selector::kind::by_token) {
-        awaited_.erase(selected.token);
+    if (self.selected.wanted == selector::kind::by_token) {
+        await_no_more(self.selected.token);
     }
 }
 
-std::vector<message_ptr> mailbox::close() {
+std::vector<message> mailbox::close() {
     closed_ = true;
     for (waiter *one : waiters_) {
         one->error = ECANCELED;
         one->end();
     }
     waiters_.clear();
-    std::vector<message_ptr> unread;
+    std::vector<message> unread;
     for (queued &one : incoming_) {
         unread.push_back(std::move(one.letter));
     }

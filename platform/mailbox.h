@@ -9,7 +9,6 @@
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <unordered_set>
 #include <vector>
 
 namespace ribkit::platform {
@@ -35,6 +34,21 @@ struct door {
     [[nodiscard]] bool has_room() const { return waiting < bound; }
 };
 
+/// How long it pays to spin before sleeping: long where spinning helped the last time, not at all where it did not
+/// (both threads may share a processor), with a try from time to time.
+class spin_habit {
+  public:
+    uint32_t turns();
+    void learn(uint32_t turns, bool helped);
+
+  private:
+    static constexpr uint32_t most = 400;
+    static constexpr uint32_t probe_every = 512;
+
+    std::atomic<uint32_t> turns_{most};
+    std::atomic<uint32_t> waits_{0};
+};
+
 /// All but `receive` are called with the office's lock held.
 class mailbox {
   public:
@@ -49,40 +63,43 @@ class mailbox {
     door &add_door(uint32_t bound);
 
     /// The door has room, or the sender insists.
-    void put(door &way_in, message_ptr letter);
+    void put(door &way_in, message letter);
 
     /// From now on the answer with this token is awaited; 0, or ENOBUFS.
     int expect(uint32_t token);
-    void expect_no_more(uint32_t token) { awaited_.erase(token); }
 
     /// Takes an answer in; one that nobody awaits is left with the caller, who throws it away without the lock.
-    void put_answer(message_ptr &letter);
+    void put_answer(message &letter);
 
-    int receive(const selector &selected, message_ptr &letter);
+    int receive(const selector &selected, message &letter);
 
     /// Ends all waits; the messages that nobody will read are returned, to be destroyed without the lock.
-    std::vector<message_ptr> close();
+    std::vector<message> close();
 
   private:
     struct waiter;
     struct queued {
-        message_ptr letter;
+        message letter;
         door *way_in;
     };
 
     waiter *waiter_for(const message &letter, bool is_answer);
-    message_ptr take(const selector &selected);
-    message_ptr take_incoming();
-    message_ptr take_answer(const selector &selected);
-    int sleep(waiter &self, const selector &selected, std::unique_lock<std::mutex> &locked);
-    void give_up(waiter &self, const selector &selected);
+    bool take(const selector &selected, message &letter);
+    bool take_incoming(message &letter);
+    bool take_answer(const selector &selected, message &letter);
+    bool spin(waiter &self, std::unique_lock<std::mutex> &locked);
+    int sleep(waiter &self, std::unique_lock<std::mutex> &locked);
+    [[nodiscard]] bool awaits(uint32_t token) const;
+    void await_no_more(uint32_t token);
+    void give_up(waiter &self);
 
     post_office &office_;
     std::deque<door> doors_;
     std::deque<queued> incoming_;
-    std::deque<message_ptr> answers_;
-    std::unordered_set<uint32_t> awaited_;
+    std::vector<message> answers_;  // in the order of arrival
+    std::vector<uint32_t> awaited_; // few: searched from one end
     std::vector<waiter *> waiters_;
+    spin_habit habit_;
     bool closed_ = false;
 };
 

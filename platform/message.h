@@ -1,6 +1,7 @@
 // A message on its way: what a queue holds and what a reference stands for.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -8,7 +9,6 @@
 namespace ribkit::platform {
 
 struct message;
-using message_ptr = std::unique_ptr<message>;
 
 /// The way back to whoever sent a request. The last owner's end tells the transport that no answer can come any more.
 class return_path {
@@ -19,7 +19,7 @@ class return_path {
     virtual ~return_path() = default;
 
     /// Takes the answer home, or throws it away where nobody awaits it any more; 0 or an errno.
-    virtual int answer(message_ptr letter) = 0;
+    virtual int answer(message letter) = 0;
 };
 
 struct message {
@@ -31,19 +31,19 @@ struct message {
     std::shared_ptr<return_path> reply; ///< null where no answer is awaited
 };
 
-inline message_ptr new_message(uint32_t opcode, std::span<const uint8_t> payload) {
-    auto letter = std::make_unique<message>();
-    letter->opcode = opcode;
-    letter->size = static_cast<uint32_t>(payload.size());
-    letter->payload = std::make_unique_for_overwrite<uint8_t[]>(payload.size());
-    std::copy(payload.begin(), payload.end(), letter->payload.get());
+inline message new_message(uint32_t opcode, std::span<const uint8_t> payload) {
+    message letter;
+    letter.opcode = opcode;
+    letter.size = static_cast<uint32_t>(payload.size());
+    letter.payload = std::make_unique_for_overwrite<uint8_t[]>(payload.size());
+    std::copy(payload.begin(), payload.end(), letter.payload.get());
     return letter;
 }
 
-inline message_ptr copy_of(const message &original) {
-    message_ptr copy = new_message(original.opcode, {original.payload.get(), original.size});
-    copy->token = original.token;
-    copy->reply = original.reply;
+inline message copy_of(const message &original) {
+    message copy = new_message(original.opcode, {original.payload.get(), original.size});
+    copy.token = original.token;
+    copy.reply = original.reply;
     return copy;
 }
 

@@ -41,15 +41,15 @@ bool may_wait(const qip_send_opts *opts) { return opts == nullptr || (opts->word
 
 // A reference to what was sent keeps its token and size only: the payload is on its way.
 void hold_sent(uint32_t token, uint32_t size, qip_ref *ref) {
-    auto record = std::make_unique<message>();
-    record->token = token;
-    record->size = size;
+    message record;
+    record.token = token;
+    record.size = size;
     hold(std::move(record), *ref);
 }
 
-int send_new(endpoint &from, const qip_addr &to, message_ptr letter, const qip_send_opts *opts, qip_ref *ref_out) {
+int send_new(endpoint &from, const qip_addr &to, message letter, const qip_send_opts *opts, qip_ref *ref_out) {
     uint32_t token = 0;
-    const uint32_t size = letter->size;
+    const uint32_t size = letter.size;
     const int error = from.send(to, std::move(letter), may_wait(opts), ref_out == nullptr ? nullptr : &token);
     if (error == 0 && ref_out != nullptr) {
         hold_sent(token, size, ref_out);
@@ -57,13 +57,13 @@ int send_new(endpoint &from, const qip_addr &to, message_ptr letter, const qip_s
     return error;
 }
 
-int send_answer(endpoint &from, const qip_ref *req_ref, message_ptr letter, qip_ref *ref_out) {
+int send_answer(endpoint &from, const qip_ref *req_ref, message letter, qip_ref *ref_out) {
     const message *request = held(req_ref);
     if (request == nullptr || !request->received) {
         return EINVAL;
     }
-    letter->opcode = 0;
-    const uint32_t size = letter->size;
+    letter.opcode = 0;
+    const uint32_t size = letter.size;
     const int error = from.answer(*request, std::move(letter));
     if (error == 0 && ref_out != nullptr) {
         hold_sent(request->token, size, ref_out);
@@ -122,7 +122,7 @@ int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound) {
 int qip_send(uint32_t handle, const struct qip_addr *addr, uint32_t opcode, const void *payload, uint32_t payload_size,
              struct qip_ref *ref_out, const struct qip_ref *req_ref, const struct qip_send_opts *opts) {
     return at(handle, [&](endpoint &end) {
-        message_ptr letter = new_message(opcode, {static_cast<const uint8_t *>(payload), payload_size});
+        message letter = new_message(opcode, {static_cast<const uint8_t *>(payload), payload_size});
         return req_ref == nullptr ? send_new(end, *addr, std::move(letter), opts, ref_out)
                                   : send_answer(end, req_ref, std::move(letter), ref_out);
     });
@@ -133,10 +133,10 @@ int qip_recv(uint32_t handle, struct qip_ref *ref_out, const struct qip_recv_opt
         if (opts != nullptr && opts->word[0] > QIP_RECV_ANYTHING) {
             return EINVAL;
         }
-        message_ptr letter;
+        message letter;
         const int error = end.receive(selected_by(opts), letter);
         if (error == 0) {
-            letter->received = true;
+            letter.received = true;
             hold(std::move(letter), *ref_out);
         }
         return error;
@@ -145,7 +145,7 @@ int qip_recv(uint32_t handle, struct qip_ref *ref_out, const struct qip_recv_opt
 
 int qip_drop(uint32_t handle, struct qip_ref *ref) {
     static_cast<void>(handle); // references outlive the handle that they came from
-    return answered_by([&] { return release(ref) == nullptr ? EBADF : 0; });
+    return answered_by([&] { return release(ref) ? 0 : EBADF; });
 }
 
 uint32_t qip_rr_token_get(const struct qip_ref *ref) {

@@ -13,17 +13,23 @@ namespace {
 
 struct slot {
     std::atomic<uint32_t> generation{0}; // odd while it holds a message, so never that of a cleared reference
-    message_ptr letter;
+    message letter;
+
+    uint32_t next_generation() { // with the table's lock held
+        const uint32_t next = generation.load(std::memory_order_relaxed) + 1;
+        generation.store(next, std::memory_order_release);
+        return next;
+    }
 };
 
 class slot_table {
   public:
-    void put(message_ptr letter, qip_ref &ref) {
+    void put(message letter, qip_ref &ref) {
         const std::scoped_lock lock{mutex_};
         const uint32_t index = free_slot();
         slot &taken = at(index);
         taken.letter = std::move(letter);
-        ref = {{index, ++taken.generation}};
+        ref = {{index, taken.next_generation()}};
         ++held_;
     }
 
@@ -41,16 +47,18 @@ class slot_table {
         return generation == ref.word[1] && generation % 2 == 1 ? &candidate : nullptr;
     }
 
-    message_ptr take(const qip_ref &ref) {
+    bool drop(const qip_ref &ref) {
+        message dropped; // ends without the lock
         const std::scoped_lock lock{mutex_};
         slot *found = find(ref);
         if (found == nullptr) {
-            return nullptr;
+            return false;
         }
         free_.push_back(ref.word[0]);
-        ++found->generation;
+        found->next_generation();
         --held_;
-        return std::move(found->letter);
+        dropped = std::move(found->letter);
+        return true;
     }
 
     uint32_t held() {
@@ -62,7 +70,9 @@ class slot_table {
     static constexpr uint32_t block_size = 1024;
     using block = std::array<slot, block_size>;
 
-    slot &at(uint32_t index) { return (*blocks_[index / block_size].load())[index % block_size]; }
+    slot &at(uint32_t index) {
+        return (*blocks_[index / block_size].load(std::memory_order_relaxed))[index % block_size];
+    }
 
     uint32_t free_slot() {
         if (free_.empty()) {
@@ -100,14 +110,14 @@ slot_table &slots() {
 
 } // namespace
 
-void hold(message_ptr letter, qip_ref &ref) { slots().put(std::move(letter), ref); }
+void hold(message letter, qip_ref &ref) { slots().put(std::move(letter), ref); }
 
 message *held(const qip_ref *ref) {
     slot *found = ref == nullptr ? nullptr : slots().find(*ref);
-    return found == nullptr ? nullptr : found->letter.get();
+    return found == nullptr ? nullptr : &found->letter;
 }
 
-message_ptr release(const qip_ref *ref) { return ref == nullptr ? nullptr : slots().take(*ref); }
+bool release(const qip_ref *ref) { return ref != nullptr && slots().drop(*ref); }
 
 uint32_t references_held() { return slots().held(); }
 

@@ -8,13 +8,13 @@
 namespace ribkit::platform {
 
 /// Keeps the message and writes all words of the reference.
-void hold(message_ptr letter, qip_ref &ref);
+void hold(message letter, qip_ref &ref);
 
 /// The message of a reference, null where it holds none. It stays until the reference is dropped.
 message *held(const qip_ref *ref);
 
-/// Takes the message back, null where the reference holds none.
-message_ptr release(const qip_ref *ref);
+/// Drops the message; false where the reference holds none.
+bool release(const qip_ref *ref);
 
 uint32_t references_held();
 

@@ -4,49 +4,68 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <unordered_set>
 
 namespace ribkit::platform {
 
+class token_holder;
+
+/// Holders in use form a ring in the order in which they were made. Their tokens ascend (modulo 2^32) towards the next
+/// one, so only the oldest can be in its way.
 class token_source {
   public:
-    uint32_t take() {
-        const std::scoped_lock lock{mutex_};
-        while (next_ == 0 || !in_use_.insert(next_).second) {
-            ++next_;
-        }
-        return next_++;
-    }
-
     void continue_at(uint32_t token) {
         const std::scoped_lock lock{mutex_};
         next_ = token;
     }
 
-    void give_back(uint32_t token) {
-        const std::scoped_lock lock{mutex_};
-        in_use_.erase(token);
-    }
-
   private:
+    friend class token_holder;
+
+    struct link {
+        link *older = this;
+        link *newer = this;
+        uint32_t token = 0;
+    };
+
+    void add(link &made);
+    void remove(link &done);
+
     std::mutex mutex_;
-    std::unordered_set<uint32_t> in_use_;
+    link ring_; // its newer one is the oldest in use
     uint32_t next_ = 1;
 };
 
 /// A token for as long as it lives.
 class token_holder {
   public:
-    explicit token_holder(std::shared_ptr<token_source> source) : source_(std::move(source)), token_(source_->take()) {}
+    explicit token_holder(std::shared_ptr<token_source> source) : source_(std::move(source)) { source_->add(link_); }
     token_holder(const token_holder &) = delete;
     token_holder &operator=(const token_holder &) = delete;
-    ~token_holder() { source_->give_back(token_); }
+    ~token_holder() { source_->remove(link_); }
 
-    [[nodiscard]] uint32_t value() const { return token_; }
+    [[nodiscard]] uint32_t value() const { return link_.token; }
 
   private:
     std::shared_ptr<token_source> source_;
-    uint32_t token_;
+    token_source::link link_;
 };
+
+inline void token_source::add(link &made) {
+    const std::scoped_lock lock{mutex_};
+    for (const link *oldest = ring_.newer; next_ == 0 || (oldest != &ring_ && oldest->token == next_); ++next_) {
+        oldest = next_ == 0 ? oldest : oldest->newer;
+    }
+    made.token = next_++;
+    made.older = ring_.older;
+    made.newer = &ring_;
+    made.older->newer = &made;
+    ring_.older = &made;
+}
+
+inline void token_source::remove(link &done) {
+    const std::scoped_lock lock{mutex_};
+    done.older->newer = done.newer;
+    done.newer->older = done.older;
+}
 
 } // namespace ribkit::platform

@@ -29,11 +29,11 @@ class endpoint {
     virtual int listen(const qip_addr &address, uint32_t bound) = 0;
 
     /// A token is asked for by whoever will await the answer.
-    virtual int send(const qip_addr &address, message_ptr letter, bool may_wait, uint32_t *token) = 0;
+    virtual int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) = 0;
 
-    virtual int answer(const message &request, message_ptr letter) = 0;
+    virtual int answer(const message &request, message letter) = 0;
 
-    virtual int receive(const selector &selected, message_ptr &letter) = 0;
+    virtual int receive(const selector &selected, message &letter) = 0;
 
     /// Ends every wait with ECANCELED and makes every later call fail with it.
     virtual void close() = 0;

@@ -31,8 +31,6 @@ struct hop_words {
 };
 static_assert(sizeof(hop_words) == fcurt_record_size(1) - fcurt_record_size(0));
 
-constexpr uint32_t most_versions = 240;
-
 template <typename Words> void append(std::vector<uint8_t> &bytes, const Words &words) {
     static_assert(std::is_trivially_copyable_v<Words>);
     const size_t at = bytes.size();
@@ -92,24 +90,6 @@ std::vector<fcurt_update_message> encode(const fcurt_update &update, size_t limi
         left = left.subspan(count);
     }
     return messages;
-}
-
-uint32_t check_fcurt_update(std::span<const uint8_t> message) {
-    if (message.size() < sizeof(header_words) || rib_ntoh_fcurt_update_get_n_version(message.data()) > most_versions) {
-        return RIB_BAD_PARAMETERS;
-    }
-    std::span<const uint8_t> left = message.subspan(sizeof(header_words));
-    for (uint32_t routes = rib_ntoh_fcurt_update_get_n_route(message.data()); routes > 0; routes--) {
-        if (left.size() < sizeof(record_words)) {
-            return RIB_BAD_PARAMETERS;
-        }
-        const size_t hops = rib_ntoh_fcurt_get_n_hop(left.data());
-        if ((left.size() - sizeof(record_words)) / sizeof(hop_words) < hops) {
-            return RIB_BAD_PARAMETERS;
-        }
-        left = left.subspan(fcurt_record_size(hops));
-    }
-    return left.empty() ? RIB_OK : RIB_EXCESS_DATA;
 }
 
 fcurt_update decode_fcurt_update(std::span<const uint8_t> message) {

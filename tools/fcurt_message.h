@@ -1,4 +1,4 @@
-// Unicast route updates and their answers as network bytes: written for the client, checked and read for the RIB.
+// Unicast route updates and their answers as network bytes: written for the client, read for the RIB.
 #pragma once
 
 #include "tools/routes.h"
@@ -36,11 +36,7 @@ struct fcurt_update_message {
 /// The update as messages of at most `limit` bytes each (or one route); none where nothing changes.
 std::vector<fcurt_update_message> encode(const fcurt_update &update, size_t limit);
 
-/// Compares the counts of a received update with its length. @return RIB_OK, RIB_BAD_PARAMETERS where it ends before
-/// its counts do, RIB_EXCESS_DATA where bytes are left over
-uint32_t check_fcurt_update(std::span<const uint8_t> message);
-
-/// Reads an update that has passed the check.
+/// Reads an update that has passed rib_check_fcurt_update.
 fcurt_update decode_fcurt_update(std::span<const uint8_t> message);
 
 /// The five words of the RIB's answer to an update.

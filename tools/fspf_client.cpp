@@ -1,6 +1,7 @@
 // The way of a route change: computed, compared with what the RIB has, laid out, converted, traced, sent, answered.
 #include "tools/fspf_client.h"
 
+#include "rib_check.h"
 #include "rib_codec.h"
 #include "rib_codes.h"
 #include "rib_text.h"
@@ -105,7 +106,7 @@ fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
     traffic_.bytes_sent += update.size();
     traffic_.bytes_received += answer.payload_size;
     fcurt_response response{RIB_MISSING_RESPONSE, 0, 0, 0, 0};
-    if (answer.payload_size == fcurt_response_size) {
+    if (rib_check_fcurt_rsp(answer.payload, answer.payload_size, nullptr) == RIB_OK) {
         response =
             decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.payload, fcurt_response_size));
     }

@@ -5,6 +5,9 @@
 #include "rib_codes.h"
 #include "rib_wrap.h"
 
+#include <array>
+#include <cstdio>
+
 namespace ribkit {
 
 namespace {
@@ -36,12 +39,23 @@ void rib_service::serve() {
     }
 }
 
+fcurt_response rib_service::respond(uint32_t opcode, std::span<const uint8_t> payload) {
+    if (opcode != fcurt_update_opcode) {
+        return {RIB_NOT_SUPPORTED, 0, 0, 0, 0};
+    }
+    rib_check_report why{};
+    const fcurt_response response = tables_.take_update(payload, &why);
+    if (why.message != nullptr) {
+        std::array<char, 160> text{};
+        rib_check_report_str(&why, text.data(), text.size());
+        std::fprintf(stderr, "ribkit: the RIB refuses a message: %s\n", text.data());
+    }
+    return response;
+}
+
 void rib_service::answer(const qip_ref &request) {
     const std::span payload(static_cast<const uint8_t *>(qip_payload_get(&request)), qip_payload_size(&request));
-    const fcurt_response response = qip_opcode_get(&request) == fcurt_update_opcode
-                                        ? tables_.take_update(payload)
-                                        : fcurt_response{RIB_NOT_SUPPORTED, 0, 0, 0, 0};
-    const auto bytes = encode(response);
+    const auto bytes = encode(respond(qip_opcode_get(&request), payload));
     rib_wrap_qip_rsp(handle_.number(), &request, bytes.data(), bytes.size());
 }
 

@@ -4,6 +4,8 @@
 #include "tools/rib_tables.h"
 #include "tools/service_handle.h"
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <thread>
 
@@ -24,6 +26,7 @@ class rib_service {
   private:
     void serve();
     void answer(const qip_ref &request);
+    fcurt_response respond(uint32_t opcode, std::span<const uint8_t> payload);
 
     service_handle handle_;
     rib_tables tables_;

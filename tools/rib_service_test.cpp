@@ -81,6 +81,7 @@ TEST(rib_service, a_short_message_is_refused_and_reported_and_the_rib_goes_on) {
     EXPECT_EQ(client.exchange(std::span(message).first(message.size() - 1)),
               (fcurt_response{RIB_BAD_PARAMETERS, RIB_OPER_UPDATE_RSP, 2, 0, 0}));
     EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ribkit: the RIB refuses a message: rib_fcurt_update: n_hop at offset 1128 is 1, at most 0 allowed\n"
               "ribkit: the RIB's answer for vsan 2 is \"bad parameters\": 0 routes accepted\n");
     message.push_back(0);
     ::testing::internal::CaptureStderr();

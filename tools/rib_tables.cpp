@@ -62,8 +62,8 @@ uint32_t rib_tables::held(uint32_t vsan) const {
     return found == held_.end() ? 0 : found->second;
 }
 
-fcurt_response rib_tables::take_update(std::span<const uint8_t> message) {
-    const uint32_t size = check_fcurt_update(message);
+fcurt_response rib_tables::take_update(std::span<const uint8_t> message, rib_check_report *why) {
+    const uint32_t size = rib_check_fcurt_update(message.data(), static_cast<uint32_t>(message.size()), why);
     if (size != RIB_OK) {
         fcurt_response response = refusal(size, message);
         response.held = held(response.vsan);

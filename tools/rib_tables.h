@@ -1,6 +1,7 @@
 // The RIB's route tables, and what an update message does to them.
 #pragma once
 
+#include "rib_check.h"
 #include "tools/fcurt_message.h"
 #include "tools/routes.h"
 
@@ -29,7 +30,8 @@ class rib_tables {
     /// Takes an update message from anywhere: nothing is stored unless all of it is sound. Then each record takes
     /// effect by itself; one that changes or deletes a route that is not there is passed over, and the result is
     /// RIB_NO_ENTRY.
-    fcurt_response take_update(std::span<const uint8_t> message);
+    /// @param why null, or filled where the message's size and its counts disagree
+    fcurt_response take_update(std::span<const uint8_t> message, rib_check_report *why = nullptr);
 
     [[nodiscard]] const std::map<route_key, held_route> &routes() const { return routes_; }
     [[nodiscard]] uint32_t held(uint32_t vsan) const;

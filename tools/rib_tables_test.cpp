@@ -4,6 +4,7 @@
 #include "rib_codes.h"
 #include "rib_show.h"
 #include "testing/capture.h"
+#include "testing/guarded.h"
 #include "tools/random_routes.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +20,12 @@ const route dearer{600, RIB_FLAG_ACTIVE, {{0x01010002, 3}}};
 std::vector<uint8_t> message(std::vector<route_change> changes, uint32_t vsan = 1,
                              uint32_t oper = RIB_OPER_UPDATE_RSP) {
     return encode(fcurt_update{RIB_CLIENT_FSPF, vsan, oper, std::move(changes)}, SIZE_MAX).at(0).bytes;
+}
+
+void set_word(std::vector<uint8_t> &bytes, size_t at, uint32_t value) {
+    for (size_t i = 0; i < 4; i++) {
+        bytes[at + i] = static_cast<uint8_t>(value >> (24 - 8 * i));
+    }
 }
 
 class rib : public ::testing::Test {
@@ -88,13 +95,31 @@ TEST_F(rib, a_short_update_is_refused_with_what_its_header_tells) {
     take({{RIB_ACTION_ADD, two, near}});
     const std::vector<uint8_t> whole = message({{RIB_ACTION_DELETE, two, near}});
     for (size_t length = 0; length < whole.size(); length++) {
+        const testing::guarded cut(std::span<const uint8_t>(whole).first(length));
         const bool header = length >= fcurt_update_header_size;
         const uint32_t oper = header ? RIB_OPER_UPDATE_RSP : 0;
-        EXPECT_EQ(tables.take_update(std::span(whole).first(length)),
+        EXPECT_EQ(tables.take_update(cut.bytes()),
                   (fcurt_response{RIB_BAD_PARAMETERS, oper, header ? 1U : 0U, 0, header ? 1U : 0U}))
             << length;
     }
     EXPECT_EQ(held(two), near);
+}
+
+TEST_F(rib, counts_that_disagree_with_the_size_are_refused) {
+    const auto result = [&](size_t at, uint32_t count) {
+        std::vector<uint8_t> wrong = message({{RIB_ACTION_ADD, two, near}, {RIB_ACTION_ADD, three, near}});
+        set_word(wrong, at, count);
+        return tables.take_update(testing::guarded(wrong).bytes()).result;
+    };
+    for (const uint32_t count : {3U, 0x20000000U, 0x7fffffffU, 0xffffffffU}) {
+        for (const size_t at : {size_t{16}, size_t{980 + 28}, size_t{980 + 40 + 28}}) {
+            EXPECT_EQ(result(at, count), RIB_BAD_PARAMETERS) << count << " at " << at;
+        }
+    }
+    EXPECT_EQ(result(12, 241), RIB_BAD_PARAMETERS);
+    EXPECT_EQ(result(16, 1), RIB_EXCESS_DATA);
+    EXPECT_TRUE(tables.routes().empty());
+    EXPECT_EQ(result(12, 240), RIB_OK);
 }
 
 TEST_F(rib, random_updates_leave_what_the_client_has) {

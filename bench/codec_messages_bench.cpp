@@ -1,0 +1,101 @@
+// Single messages against the plain loop, and what a check costs.
+#include "bench/codec_bench.h"
+#include "bench/harness.h"
+#include "bench/loop_peer.h"
+#include "bench/samples.h"
+#include "fib_codec.h"
+#include "rib_check.h"
+#include "rib_codec.h"
+
+namespace ribkit::bench {
+
+namespace {
+
+/// A label route with 16 interfaces of 3 labels, in host form.
+sample label_route() {
+    sample route(104 + 16 * 20);
+    std::mt19937 random(4);
+    for (size_t i = 0; i < route.size / 4; ++i) {
+        route.words()[i] = random();
+    }
+    route.words()[5] = 2;
+    route.words()[6] = 16;
+    route.words()[7] = 16;
+    for (size_t i = 0; i < 16; ++i) {
+        route.words()[26 + 5 * i] = 0x00030000;
+    }
+    return route;
+}
+
+/// A unicast path with 16 paths of 3 hops, in host form.
+sample unicast_path() {
+    sample path(348);
+    std::mt19937 random(5);
+    for (size_t i = 0; i < path.size / 4; ++i) {
+        path.words()[i] = random();
+    }
+    path.words()[6] = 16;
+    for (size_t i = 0; i < 16; ++i) {
+        path.words()[7 + 5 * i] = 0x00030000;
+    }
+    return path;
+}
+
+template <class Ours, class Peer>
+void both_ways(const std::string &what, sample host, Ours send, Ours receive, Peer loop_send, Peer loop_receive,
+               const char *send_goal, const char *receive_goal) {
+    sample network(host.size);
+    sample out(host.size);
+    send(host.data(), network.data());
+    const auto timed = [&](auto convert, sample &from) {
+        return [&out, &from, convert] {
+            convert(from.data(), out.data());
+            keep(out.data());
+        };
+    };
+    print_row(what + ", sending", compare(1, timed(send, host), timed(loop_send, host)), send_goal);
+    print_row(what + ", receiving", compare(1, timed(receive, network), timed(loop_receive, network)), receive_goal);
+}
+
+void check_row() {
+    constexpr uint32_t routes = 1000;
+    sample host = fcurt_update(routes, [](uint32_t) { return 4U; });
+    sample network(host.size);
+    sample out(host.size);
+    rib_hton_fcurt_update(host.data(), network.data());
+    for (size_t at = update_header; at < host.size;) {
+        at += rib_hton_fcurt(host.data() + at, network.data() + at);
+    }
+    const auto convert = [&] {
+        rib_ntoh_fcurt_update(network.data(), out.data());
+        for (size_t at = update_header; at < network.size;) {
+            at += rib_ntoh_fcurt(network.data() + at, out.data() + at);
+        }
+        keep(out.data());
+    };
+    print_row("update of 1000 routes: check and conversion, to conversion",
+              compare(
+                  routes,
+                  [&] {
+                      keep(rib_check_fcurt_update(network.data(), static_cast<uint32_t>(network.size), nullptr));
+                      convert();
+                  },
+                  convert),
+              "at most 1.5");
+}
+
+} // namespace
+
+void message_rows() {
+    heading("single messages, to the loop", "msg");
+    both_ways("label route, 16 interfaces of 3 labels", label_route(), rib_hton_fclrt, rib_ntoh_fclrt, loop::hton_fclrt,
+              loop::ntoh_fclrt, "at most 0.40", "at most 0.30");
+    both_ways("FIB unicast path, 16 paths of 3 hops", unicast_path(), fib_hton_fcu_path, fib_ntoh_fcu_path,
+              loop::hton_fcu_path, loop::ntoh_fcu_path, "at most 0.40", "at most 0.40");
+    both_ways("response, 20 bytes", sample(20), rib_hton_fcurt_rsp, rib_ntoh_fcurt_rsp, loop::hton_rsp, loop::hton_rsp,
+              "at most 1.15", "at most 1.15");
+    heading("checks", "rte");
+    check_row();
+}
+
+} // namespace ribkit::bench

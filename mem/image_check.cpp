@@ -1,0 +1,121 @@
+// Images that come from elsewhere: whether their counts can be trusted, and their words in network order.
+#include "mem/image.h"
+#include "rib_codes.h"
+#include "rib_mem.h"
+#include <bit>
+
+using namespace ribkit;
+
+namespace {
+
+constexpr uint32_t bud_fixed_words = BUD_IMAGE_FIXED_SIZE / word_bytes;
+constexpr uint32_t bud_counts_at = 3;
+constexpr uint32_t segments_at = 2;
+constexpr uint32_t segment_words = 3;
+
+// Compilers of every host see a plain load or a load and a swap.
+uint32_t load_network(const void *image, size_t number) {
+    const auto *byte = static_cast<const uint8_t *>(image) + number * word_bytes;
+    return static_cast<uint32_t>(byte[0]) << 24 | static_cast<uint32_t>(byte[1]) << 16 |
+           static_cast<uint32_t>(byte[2]) << 8 | byte[3];
+}
+
+void store_network(void *image, size_t number, uint32_t word) {
+    auto *byte = static_cast<uint8_t *>(image) + number * word_bytes;
+    byte[0] = static_cast<uint8_t>(word >> 24);
+    byte[1] = static_cast<uint8_t>(word >> 16);
+    byte[2] = static_cast<uint8_t>(word >> 8);
+    byte[3] = static_cast<uint8_t>(word);
+}
+
+uint32_t to_network(const void *host, void *network, size_t words) {
+    for (size_t i = 0; i < words; i++) {
+        store_network(network, i, load_word(host, i));
+    }
+    return static_cast<uint32_t>(words * word_bytes);
+}
+
+uint32_t to_host(const void *network, void *host, size_t words) {
+    for (size_t i = 0; i < words; i++) {
+        store_word(host, i, load_network(network, i));
+    }
+    return static_cast<uint32_t>(words * word_bytes);
+}
+
+using reader = uint32_t (*)(const void *, size_t);
+
+size_t bud_words(const void *image, reader read) {
+    size_t words = bud_fixed_words;
+    for (uint32_t list = bud_counts_at; list < bud_fixed_words; list++) {
+        words += read(image, list);
+    }
+    return words;
+}
+
+size_t cont_words(const void *image, reader read) { return (size_t{read(image, segments_at)} + 1) * segment_words; }
+
+uint32_t refuse(struct rib_check_report *report, uint32_t result, const struct rib_check_report &found) {
+    if (report != nullptr) {
+        *report = found;
+    }
+    return result;
+}
+
+uint32_t missing_fixed(struct rib_check_report *report, const char *message, uint32_t needed, uint32_t size) {
+    return refuse(report, RIB_BAD_PARAMETERS, {message, "fixed part", 0, needed, size});
+}
+
+uint32_t excess(struct rib_check_report *report, const char *message, uint32_t used, uint32_t size) {
+    return refuse(report, RIB_EXCESS_DATA, {message, "bytes behind the end", used, size - used, 0});
+}
+
+} // namespace
+
+uint32_t bud_check_image(const void *image, uint32_t size, struct rib_check_report *report) {
+    const char *message = "bud image";
+    if (size < BUD_IMAGE_FIXED_SIZE) {
+        return missing_fixed(report, message, BUD_IMAGE_FIXED_SIZE, size);
+    }
+    uint32_t used = BUD_IMAGE_FIXED_SIZE;
+    for (uint32_t list = bud_counts_at; list < bud_fixed_words; list++) {
+        const uint32_t count = load_network(image, list);
+        const uint32_t allowed = (size - used) / word_bytes;
+        if (count > allowed) {
+            const char *field = list < bud_counts_at + BUD_SIZES ? "free count" : "used count";
+            return refuse(report, RIB_BAD_PARAMETERS, {message, field, list * word_bytes, count, allowed});
+        }
+        used += count * word_bytes;
+    }
+    return used == size ? RIB_OK : excess(report, message, used, size);
+}
+
+uint32_t cont_check_image(const void *image, uint32_t size, struct rib_check_report *report) {
+    const char *message = "cont image";
+    constexpr uint32_t fixed_size = segment_words * word_bytes;
+    if (size < fixed_size) {
+        return missing_fixed(report, message, fixed_size, size);
+    }
+    const uint32_t segments = load_network(image, segments_at);
+    const uint32_t allowed = size / fixed_size - 1;
+    if (segments > allowed) {
+        return refuse(report, RIB_BAD_PARAMETERS, {message, "segments", segments_at * word_bytes, segments, allowed});
+    }
+    const uint32_t used = (segments + 1) * fixed_size;
+    return used == size ? RIB_OK : excess(report, message, used, size);
+}
+
+uint32_t bud_image_hton(const void *host, void *network) {
+    return to_network(host, network, bud_words(host, load_word));
+}
+
+uint32_t bud_image_ntoh(const void *network, void *host) {
+    return to_host(network, host, bud_words(network, load_network));
+}
+
+uint32_t cont_image_hton(const void *host, void *network) {
+    return to_network(host, network, cont_words(host, load_word));
+}
+
+uint32_t cont_image_ntoh(const void *network, void *host) {
+    return to_host(network, host, cont_words(network, load_network));
+}

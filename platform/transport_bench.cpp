@@ -1,0 +1,148 @@
+// A request and its answer between two threads: through the message service, and through the least that such a thing
+// can be written with by hand: two queues, each with a mutex and a condition variable, the payload copied once each
+// way.
+#include "bench/harness.h"
+#include "ribkit_platform.h"
+
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace ribkit::bench {
+
+namespace {
+
+struct block {
+    std::unique_ptr<uint8_t[]> bytes;
+    size_t size = 0;
+};
+
+block copied(const uint8_t *bytes, size_t size) {
+    block made{std::make_unique_for_overwrite<uint8_t[]>(size), size};
+    std::memcpy(made.bytes.get(), bytes, size);
+    return made;
+}
+
+class plain_queue {
+  public:
+    void put(block one) {
+        const std::scoped_lock lock{mutex_};
+        waiting_.push_back(std::move(one));
+        arrived_.notify_one();
+    }
+
+    block take() {
+        std::unique_lock lock{mutex_};
+        arrived_.wait(lock, [this] { return !waiting_.empty(); });
+        block first = std::move(waiting_.front());
+        waiting_.pop_front();
+        return first;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable arrived_;
+    std::deque<block> waiting_;
+};
+
+// An empty request ends the serving thread.
+class by_hand {
+  public:
+    by_hand() = default;
+    by_hand(const by_hand &) = delete;
+    by_hand &operator=(const by_hand &) = delete;
+    ~by_hand() {
+        requests_.put({});
+        serving_.join();
+    }
+
+    void round_trip(const std::vector<uint8_t> &payload) {
+        requests_.put(copied(payload.data(), payload.size()));
+        keep(answers_.take().bytes.get());
+    }
+
+  private:
+    void serve() {
+        for (block request = requests_.take(); request.size != 0; request = requests_.take()) {
+            answers_.put(copied(request.bytes.get(), request.size));
+        }
+    }
+
+    plain_queue requests_;
+    plain_queue answers_;
+    std::thread serving_{[this] { serve(); }};
+};
+
+constexpr qip_addr server_address{0xfe000001, 25};
+
+class by_service {
+  public:
+    by_service() : serving_{[server = opened(true)] { serve(server); }} {}
+    by_service(const by_service &) = delete;
+    by_service &operator=(const by_service &) = delete;
+    ~by_service() {
+        qip_send(client_, &server_address, 0, nullptr, 0, nullptr, nullptr, nullptr);
+        serving_.join();
+        qip_close(client_);
+    }
+
+    void round_trip(const std::vector<uint8_t> &payload) const {
+        qip_ref ref{};
+        qip_send(client_, &server_address, 7, payload.data(), static_cast<uint32_t>(payload.size()), &ref, nullptr,
+                 nullptr);
+        const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 20, qip_rr_token_get(&ref)}};
+        qip_drop(client_, &ref);
+        qip_recv(client_, &ref, &opts);
+        keep(qip_payload_get(&ref));
+        qip_drop(client_, &ref);
+    }
+
+  private:
+    static uint32_t opened(bool listening) {
+        uint32_t handle = 0;
+        qip_open("local:bench", &handle);
+        if (listening) {
+            qip_listen(handle, &server_address, 16);
+        }
+        return handle;
+    }
+
+    static void serve(uint32_t server) {
+        qip_ref request{};
+        while (qip_recv(server, &request, nullptr) == 0 && qip_opcode_get(&request) != 0) {
+            qip_send(server, &server_address, 0, qip_payload_get(&request), qip_payload_size(&request), nullptr,
+                     &request, nullptr);
+            qip_drop(server, &request);
+        }
+        qip_drop(server, &request);
+        qip_close(server);
+    }
+
+    uint32_t client_ = opened(false);
+    std::thread serving_;
+};
+
+void row(size_t size) {
+    const std::vector<uint8_t> payload(size, 0x5a);
+    const by_service ours;
+    by_hand peer;
+    const times best = compare(
+        1, [&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }, 300);
+    print_row("request and answer of " + std::to_string(size) + " bytes", best, "goal 1.3");
+}
+
+} // namespace
+
+} // namespace ribkit::bench
+
+int main() {
+    ribkit::bench::heading("between two threads; peer: mutex and condition variable", "trip");
+    for (const size_t size : {64, 1024, 16384}) {
+        ribkit::bench::row(size);
+    }
+    return 0;
+}
