@@ -2,7 +2,7 @@
 
 #include "codec/engine.h"
 #include "codec/messages/info.h"
-#include "rib_codes.h"
+#include "codec/report.h"
 
 #include <algorithm>
 
@@ -19,10 +19,7 @@ struct suspect {
 
     [[nodiscard]] uint32_t refuse(rib_check_rule rule, const char *field, size_t offset, size_t found,
                                   size_t allowed) const {
-        if (report != nullptr) {
-            *report = {name, field, to_word(offset), to_word(found), to_word(allowed), rule};
-        }
-        return rule == RIB_CHECK_EXCESS ? RIB_EXCESS_DATA : RIB_BAD_PARAMETERS;
+        return ribkit::refuse(report, {name, field, to_word(offset), to_word(found), to_word(allowed), rule});
     }
     [[nodiscard]] size_t left(size_t at) const { return size - at; }
 

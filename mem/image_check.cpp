@@ -1,8 +1,8 @@
 // Images that come from elsewhere: whether their counts can be trusted, and their words in network order.
+#include "codec/bytes.h"
+#include "codec/report.h"
 #include "mem/image.h"
-#include "rib_codes.h"
 #include "rib_mem.h"
-#include <bit>
 
 using namespace ribkit;
 
@@ -13,19 +13,12 @@ constexpr uint32_t bud_counts_at = 3;
 constexpr uint32_t segments_at = 2;
 constexpr uint32_t segment_words = 3;
 
-// Compilers of every host see a plain load or a load and a swap.
 uint32_t load_network(const void *image, size_t number) {
-    const auto *byte = static_cast<const uint8_t *>(image) + number * word_bytes;
-    return static_cast<uint32_t>(byte[0]) << 24 | static_cast<uint32_t>(byte[1]) << 16 |
-           static_cast<uint32_t>(byte[2]) << 8 | byte[3];
+    return be32(static_cast<const uint8_t *>(image) + number * word_bytes);
 }
 
 void store_network(void *image, size_t number, uint32_t word) {
-    auto *byte = static_cast<uint8_t *>(image) + number * word_bytes;
-    byte[0] = static_cast<uint8_t>(word >> 24);
-    byte[1] = static_cast<uint8_t>(word >> 16);
-    byte[2] = static_cast<uint8_t>(word >> 8);
-    byte[3] = static_cast<uint8_t>(word);
+    store32<std::endian::big>(static_cast<uint8_t *>(image) + number * word_bytes, word);
 }
 
 uint32_t to_network(const void *host, void *network, size_t words) {
@@ -54,19 +47,12 @@ size_t bud_words(const void *image, reader read) {
 
 size_t cont_words(const void *image, reader read) { return (size_t{read(image, segments_at)} + 1) * segment_words; }
 
-uint32_t refuse(struct rib_check_report *report, uint32_t result, const struct rib_check_report &found) {
-    if (report != nullptr) {
-        *report = found;
-    }
-    return result;
-}
-
 uint32_t missing_fixed(struct rib_check_report *report, const char *message, uint32_t needed, uint32_t size) {
-    return refuse(report, RIB_BAD_PARAMETERS, {message, "fixed part", 0, needed, size});
+    return refuse(report, {message, "fixed part", 0, needed, size, RIB_CHECK_SHORT});
 }
 
 uint32_t excess(struct rib_check_report *report, const char *message, uint32_t used, uint32_t size) {
-    return refuse(report, RIB_EXCESS_DATA, {message, "bytes behind the end", used, size - used, 0});
+    return refuse(report, {message, "size", used, size, used, RIB_CHECK_EXCESS});
 }
 
 } // namespace
@@ -82,7 +68,7 @@ uint32_t bud_check_image(const void *image, uint32_t size, struct rib_check_repo
         const uint32_t allowed = (size - used) / word_bytes;
         if (count > allowed) {
             const char *field = list < bud_counts_at + BUD_SIZES ? "free count" : "used count";
-            return refuse(report, RIB_BAD_PARAMETERS, {message, field, list * word_bytes, count, allowed});
+            return refuse(report, {message, field, list * word_bytes, count, allowed, RIB_CHECK_COUNT});
         }
         used += count * word_bytes;
     }
@@ -98,7 +84,7 @@ uint32_t cont_check_image(const void *image, uint32_t size, struct rib_check_rep
     const uint32_t segments = load_network(image, segments_at);
     const uint32_t allowed = size / fixed_size - 1;
     if (segments > allowed) {
-        return refuse(report, RIB_BAD_PARAMETERS, {message, "segments", segments_at * word_bytes, segments, allowed});
+        return refuse(report, {message, "segments", segments_at * word_bytes, segments, allowed, RIB_CHECK_COUNT});
     }
     const uint32_t used = (segments + 1) * fixed_size;
     return used == size ? RIB_OK : excess(report, message, used, size);

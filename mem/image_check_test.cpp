@@ -58,7 +58,7 @@ bytes golden_cont() {
 }
 
 TEST(image_check, reports_in_one_line) {
-    const struct rib_check_report report = {"bud image", "free count", 12, 9, 4};
+    const struct rib_check_report report = {"bud image", "free count", 12, 9, 4, RIB_CHECK_COUNT};
     const std::string expected = "bud image: free count at offset 12 is 9, at most 4 allowed";
     EXPECT_EQ(line(report), expected);
     char text[12];
@@ -71,7 +71,7 @@ TEST(image_check, reports_in_one_line) {
 
 // Accepts the whole image and nothing shorter or longer, without looking past the end.
 void expect_exact(check function, const bytes &image) {
-    struct rib_check_report untouched = {"none", "none", 1, 2, 3};
+    struct rib_check_report untouched = {"none", "none", 1, 2, 3, RIB_CHECK_COUNT};
     EXPECT_EQ(function(guarded(image).data(), static_cast<uint32_t>(image.size()), &untouched), RIB_OK);
     EXPECT_EQ(line(untouched), "none: none at offset 1 is 2, at most 3 allowed");
     for (size_t size = 0; size < image.size(); size++) {
@@ -79,6 +79,7 @@ void expect_exact(check function, const bytes &image) {
         struct rib_check_report report = {};
         ASSERT_EQ(function(cut.data(), static_cast<uint32_t>(size), &report), RIB_BAD_PARAMETERS) << size;
         ASSERT_GT(report.found, report.allowed) << size;
+        ASSERT_EQ(function(cut.data(), static_cast<uint32_t>(size), nullptr), RIB_BAD_PARAMETERS) << size;
         ASSERT_EQ(function(cut.data(), static_cast<uint32_t>(size), nullptr), RIB_BAD_PARAMETERS);
     }
     for (size_t more = 1; more < 20; more++) {
@@ -87,7 +88,7 @@ void expect_exact(check function, const bytes &image) {
         struct rib_check_report report = {};
         ASSERT_EQ(function(guarded(longer).data(), static_cast<uint32_t>(longer.size()), &report), RIB_EXCESS_DATA);
         ASSERT_EQ(report.offset, image.size());
-        ASSERT_EQ(report.found, more);
+        ASSERT_EQ(report.found, image.size() + more);
         ASSERT_EQ(function(longer.data(), static_cast<uint32_t>(longer.size()), nullptr), RIB_EXCESS_DATA);
     }
 }
@@ -113,7 +114,7 @@ TEST(image_check, says_which_count_is_too_large) {
     EXPECT_EQ(bud_check_image(image.data(), 156, &report), RIB_BAD_PARAMETERS);
     EXPECT_EQ(line(report), "bud image: used count at offset 76 is 9, at most 2 allowed");
     EXPECT_EQ(bud_check_image(image.data(), 139, &report), RIB_BAD_PARAMETERS);
-    EXPECT_EQ(line(report), "bud image: fixed part at offset 0 is 140, at most 139 allowed");
+    EXPECT_EQ(line(report), "bud image: fixed part at offset 0 ends at 140, but the bytes end at 139");
     image = golden_cont();
     for (const uint32_t count : {UINT32_C(0xffffffff), UINT32_C(0x40000000), UINT32_C(3)}) {
         put(image, 8, count);
@@ -122,7 +123,7 @@ TEST(image_check, says_which_count_is_too_large) {
     EXPECT_EQ(line(report), "cont image: segments at offset 8 is 3, at most 2 allowed");
     put(image, 8, 1);
     EXPECT_EQ(cont_check_image(image.data(), 36, &report), RIB_EXCESS_DATA);
-    EXPECT_EQ(line(report), "cont image: bytes behind the end at offset 24 is 12, at most 0 allowed");
+    EXPECT_EQ(line(report), "cont image: ends at 24, but the bytes end at 36");
 }
 
 using convert = uint32_t (*)(const void *, void *);

@@ -22,6 +22,7 @@ std::string said(check function, uint32_t size, uint32_t length) {
     }
     rib_check_report report{"untouched", "", 0, 0, 0, RIB_CHECK_COUNT};
     const uint32_t code = function(bytes.data(), size, &report);
+    EXPECT_EQ(function(bytes.data(), size, nullptr), code);
     if (code == RIB_OK) {
         return report.message == std::string{"untouched"} ? "ok" : "ok, but reported";
     }
