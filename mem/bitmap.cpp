@@ -12,10 +12,10 @@ namespace {
 
 constexpr int label_width = 15;
 constexpr uint32_t bytes_a_line = 16;
-constexpr uint32_t word_size = sizeof(uint64_t);
-constexpr uint32_t stride = 4 * word_size;
-constexpr uint32_t lane_size = 4 * word_size;
-constexpr uint32_t block_size = 7 * lane_size;
+constexpr size_t word_size = sizeof(uint64_t);
+constexpr size_t stride = 4 * word_size;
+constexpr size_t lane_size = 4 * word_size;
+constexpr size_t block_size = 7 * lane_size;
 
 uint64_t load(const uint8_t *from) {
     uint64_t word;
@@ -116,7 +116,7 @@ uint64_t ones_of_seven(const uint8_t *from) {
 // Words of the same lane are a lane's width apart, so that neighbouring lanes fill a vector.
 uint32_t ones_of_block(const uint8_t *block) {
     uint64_t sum = 0;
-    for (uint32_t lane = 0; lane < lane_size; lane += word_size) {
+    for (size_t lane = 0; lane < lane_size; lane += word_size) {
         sum += ones_of_seven(block + lane);
     }
     return sum_of_bytes(sum);
