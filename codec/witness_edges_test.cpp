@@ -49,8 +49,8 @@ class buffer {
     }
     [[nodiscard]] bool untouched_from(size_t from) const { return all(from, bytes_.size(), untouched); }
 
-    operator const void *() const { return bytes_.data(); } // NOLINT(google-explicit-constructor)
-    operator void *() { return bytes_.data(); }             // NOLINT(google-explicit-constructor)
+    operator const void *() const { return bytes_.data(); }
+    operator void *() { return bytes_.data(); }
 
   private:
     buffer &put(order form, size_t at, std::initializer_list<uint32_t> words) {

@@ -106,9 +106,12 @@ void rib_if_index_to_str(uint32_t if_index, char *str) {
 
 void rib_str_len_set(char *str, int len) {
     const int width = len < widest_column ? len : widest_column;
-    if (width > 0) {
-        const size_t kept = strnlen(str, static_cast<size_t>(width));
-        std::memset(str + kept, ' ', static_cast<size_t>(width) - kept);
+    int kept = 0;
+    while (kept < width && str[kept] != '\0') {
+        ++kept;
+    }
+    for (; kept < width; ++kept) {
+        str[kept] = ' ';
     }
     str[width] = '\0';
 }

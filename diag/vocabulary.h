@@ -20,7 +20,7 @@ constexpr size_t text_room = 32; // bytes that hold any row's text and its termi
 
 // Never defined: a table that reaches one of these does not compile, and the message names what is wrong.
 void two_rows_have_the_same_value();
-void a_text_is_longer_than_the_room();
+void a_text_is_empty_or_longer_than_the_room();
 void no_multiplier_was_found();
 
 template <size_t Count> class text_table {
@@ -59,8 +59,8 @@ template <size_t Count> class text_table {
         while (text[size - 1] != '\0') {
             ++size;
         }
-        if (size > text_room) {
-            a_text_is_longer_than_the_room();
+        if (size == 1 || size > text_room) {
+            a_text_is_empty_or_longer_than_the_room();
         }
         return static_cast<uint8_t>(size);
     }
@@ -95,21 +95,22 @@ template <size_t Count> class text_table {
     uint8_t slots_[size_t{1} << bits] = {};
 };
 
-/// Copies 1 to 32 bytes, and touches no other: the first and the last so many, which may overlap.
+/// The first and the last `Width` bytes, which may overlap.
+template <size_t Width> void copy_ends(char *to, const char *text, size_t size) {
+    std::memcpy(to, text, Width);
+    std::memcpy(to + size - Width, text + size - Width, Width);
+}
+
+/// Copies 2 to 32 bytes, and touches no other.
 inline void copy_text(char *to, const char *text, size_t size) {
     if (size >= 16) {
-        std::memcpy(to, text, 16);
-        std::memcpy(to + size - 16, text + size - 16, 16);
+        copy_ends<16>(to, text, size);
     } else if (size >= 8) {
-        std::memcpy(to, text, 8);
-        std::memcpy(to + size - 8, text + size - 8, 8);
+        copy_ends<8>(to, text, size);
     } else if (size >= 4) {
-        std::memcpy(to, text, 4);
-        std::memcpy(to + size - 4, text + size - 4, 4);
+        copy_ends<4>(to, text, size);
     } else {
-        std::memcpy(to, text, 1);
-        std::memcpy(to + size / 2, text + size / 2, 1);
-        std::memcpy(to + size - 1, text + size - 1, 1);
+        copy_ends<2>(to, text, size);
     }
 }
 

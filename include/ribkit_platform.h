@@ -45,6 +45,23 @@ uint32_t qip_opcode_get(const struct qip_ref *ref);
 /** @return references handed out by this process's transports and not yet dropped */
 uint32_t qip_refs_held(void);
 
+/**
+ * Puts a fault script in force for the whole process, instead of the one before, while no thread is in the service. Its
+ * lines, '#' starting a comment; WHEN is N (the N-th, from 1), "every N" or "one-in N" (at random):
+ *
+ *     seed NUMBER              of the random choices; 1 without such a line
+ *     clock virtual            waits and delays take no real time: the time jumps whenever every thread that has used
+ * the service waits in it fail CALL WHEN ERRNO     CALL is open, listen, send, recv or drop (which releases all the
+ * same), ERRNO a name or a number drop WHEN                a message is lost: they are counted as they arrive, over all
+ * handles delay WHEN MILLISECONDS  it arrives later duplicate WHEN           it arrives twice reorder WHEN it arrives
+ * after the next one to the same handle truncate WHEN BYTES      no more than its first bytes arrive
+ *
+ * @param file the script's path; null ends the one in force
+ * @param error receives, within error_size bytes, "FILE:LINE: what is wrong" on failure
+ * @return 0; else non-zero with errno EINVAL, and the script before stays in force
+ */
+int qip_faults_load(const char *file, char *error, uint32_t error_size);
+
 /*
  * The debug history behind yelk.h: the latest events of this process, at most 1024. Every event is recorded unless its
  * id and subtype were switched off.

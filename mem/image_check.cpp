@@ -47,12 +47,8 @@ size_t bud_words(const void *image, reader read) {
 
 size_t cont_words(const void *image, reader read) { return (size_t{read(image, segments_at)} + 1) * segment_words; }
 
-uint32_t missing_fixed(struct rib_check_report *report, const char *message, uint32_t needed, uint32_t size) {
-    return refuse(report, {message, "fixed part", 0, needed, size, RIB_CHECK_SHORT});
-}
-
-uint32_t excess(struct rib_check_report *report, const char *message, uint32_t used, uint32_t size) {
-    return refuse(report, {message, "size", used, size, used, RIB_CHECK_EXCESS});
+uint32_t check_end(struct rib_check_report *report, const char *message, uint32_t end, uint32_t size) {
+    return end == size ? RIB_OK : refuse(report, {message, "size", end, size, end, RIB_CHECK_EXCESS});
 }
 
 } // namespace
@@ -60,7 +56,7 @@ uint32_t excess(struct rib_check_report *report, const char *message, uint32_t u
 uint32_t bud_check_image(const void *image, uint32_t size, struct rib_check_report *report) {
     const char *message = "bud image";
     if (size < BUD_IMAGE_FIXED_SIZE) {
-        return missing_fixed(report, message, BUD_IMAGE_FIXED_SIZE, size);
+        return refuse(report, {message, "fixed part", 0, BUD_IMAGE_FIXED_SIZE, size, RIB_CHECK_SHORT});
     }
     uint32_t used = BUD_IMAGE_FIXED_SIZE;
     for (uint32_t list = bud_counts_at; list < bud_fixed_words; list++) {
@@ -72,22 +68,21 @@ uint32_t bud_check_image(const void *image, uint32_t size, struct rib_check_repo
         }
         used += count * word_bytes;
     }
-    return used == size ? RIB_OK : excess(report, message, used, size);
+    return check_end(report, message, used, size);
 }
 
 uint32_t cont_check_image(const void *image, uint32_t size, struct rib_check_report *report) {
     const char *message = "cont image";
     constexpr uint32_t fixed_size = segment_words * word_bytes;
     if (size < fixed_size) {
-        return missing_fixed(report, message, fixed_size, size);
+        return refuse(report, {message, "fixed part", 0, fixed_size, size, RIB_CHECK_SHORT});
     }
     const uint32_t segments = load_network(image, segments_at);
     const uint32_t allowed = size / fixed_size - 1;
     if (segments > allowed) {
         return refuse(report, {message, "segments", segments_at * word_bytes, segments, allowed, RIB_CHECK_COUNT});
     }
-    const uint32_t used = (segments + 1) * fixed_size;
-    return used == size ? RIB_OK : excess(report, message, used, size);
+    return check_end(report, message, (segments + 1) * fixed_size, size);
 }
 
 uint32_t bud_image_hton(const void *host, void *network) {

@@ -1,5 +1,8 @@
 // The debug history: the latest events in a ring, kept cheaply all the time and printed when somebody asks what
 // happened; and the debug print, silent until a level is set.
+#include "platform/history.h"
+
+#include "platform/clock.h"
 #include "platform/references.h"
 #include "ribkit_platform.h"
 
@@ -21,10 +24,9 @@ const char yelk_dbg_modname[] = "ribkit";
 namespace {
 
 using namespace ribkit::platform;
-using clock_type = std::chrono::steady_clock;
 
 struct event {
-    clock_type::time_point when;
+    time_point when;
     std::string text;
 };
 
@@ -42,14 +44,6 @@ history &past() {
 }
 
 std::atomic<uint32_t> debug_level{0};
-
-void record(std::string text) {
-    history &kept = past();
-    const auto now = clock_type::now();
-    const std::scoped_lock lock{kept.lock};
-    ++kept.recorded;
-    kept.ring[kept.recorded % kept.ring.size()] = {now, std::move(text)};
-}
 
 template <typename... Values> std::string printed(const char *format, Values... values) {
     std::array<char, 96> line{};
@@ -70,12 +64,20 @@ const char *kind_text(uint32_t kind) {
 
 } // namespace
 
+void ribkit::platform::record_event(std::string text) {
+    history &kept = past();
+    const auto now = clock_now();
+    const std::scoped_lock lock{kept.lock};
+    ++kept.recorded;
+    kept.ring[kept.recorded % kept.ring.size()] = {now, std::move(text)};
+}
+
 void yelk_hist_qip_event(uint32_t kind, const struct qip_ref *ref, uint32_t /*unused*/, uint32_t /*unused*/) {
     const message *letter = held(ref);
     if (letter == nullptr) {
-        record(kind_text(kind));
+        record_event(kind_text(kind));
     } else {
-        record(printed("%s token %" PRIu32 " size %" PRIu32, kind_text(kind), letter->token, letter->size));
+        record_event(printed("%s token %" PRIu32 " size %" PRIu32, kind_text(kind), letter->token, letter->size));
     }
 }
 
@@ -101,7 +103,7 @@ void yelk_hist_event(uint32_t event_id, uint32_t length, const void *record_byte
     while (text.ends_with('\n')) {
         text.pop_back();
     }
-    record(std::move(text));
+    record_event(std::move(text));
 }
 
 void yelk_hist_subtype_set(uint32_t event_id, uint32_t subtype, int on) {
@@ -116,7 +118,7 @@ void yelk_hist_subtype_set(uint32_t event_id, uint32_t subtype, int on) {
 
 void yelk_hist_print(void) {
     history &kept = past();
-    const auto now = clock_type::now();
+    const auto now = clock_now();
     const std::scoped_lock lock{kept.lock};
     const auto size = static_cast<uint32_t>(kept.ring.size());
     for (uint32_t number = kept.recorded > size ? kept.recorded - size + 1 : 1; number <= kept.recorded; ++number) {

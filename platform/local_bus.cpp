@@ -20,7 +20,7 @@ struct listener {
 };
 
 struct bus {
-    post_office office;
+    std::shared_ptr<post_office> office = std::make_shared<post_office>();
     std::map<std::pair<uint32_t, uint32_t>, std::vector<listener>> listeners; // by node and service access point
     std::shared_ptr<token_source> tokens = std::make_shared<token_source>();
 
@@ -51,16 +51,16 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
     ~local_endpoint() override { shut(); }
 
     int listen(const qip_addr &address, uint32_t bound) override {
-        const std::scoped_lock lock{bus_->office.lock};
-        if (box_.closed()) {
+        const std::scoped_lock lock{bus_->office->lock};
+        if (box_->closed()) {
             return ECANCELED;
         }
         std::vector<listener> &there = bus_->listeners[{address.node, address.sap}];
-        const auto mine = [&](const listener &one) { return one.box == &box_; };
+        const auto mine = [&](const listener &one) { return one.box == box_.get(); };
         if (is_group(address) ? std::any_of(there.begin(), there.end(), mine) : !there.empty()) {
             return EADDRINUSE;
         }
-        there.push_back({&box_, &box_.add_door(bound)});
+        there.push_back({box_.get(), &box_->add_door(bound)});
         return 0;
     }
 
@@ -70,12 +70,12 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
             letter.token = *token = path->token();
             letter.reply = std::move(path);
         }
-        std::unique_lock locked{bus_->office.lock};
+        std::unique_lock locked{bus_->office->lock};
         std::span<const listener> readers;
         if (const int error = find_room(address, may_wait, locked, readers); error != 0) {
             return error;
         }
-        if (const int error = token != nullptr ? box_.expect(*token) : 0; error != 0) {
+        if (const int error = token != nullptr ? box_->expect(*token) : 0; error != 0) {
             return error;
         }
         deliver(readers, std::move(letter));
@@ -86,13 +86,13 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
         return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
     }
 
-    int receive(const selector &selected, message &letter) override { return box_.receive(selected, letter); }
+    int receive(const selector &selected, message &letter) override { return box_->receive(selected, letter); }
 
     void close() override { shut(); }
 
     void take_home(message letter) {
-        const std::scoped_lock lock{bus_->office.lock};
-        box_.put_answer(letter);
+        const std::scoped_lock lock{bus_->office->lock};
+        box_->put_answer(std::move(letter));
     }
 
   private:
@@ -101,7 +101,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
                   std::span<const listener> &readers) {
         for (;;) {
             readers = bus_->at(address);
-            if (box_.closed()) {
+            if (box_->closed()) {
                 return ECANCELED;
             }
             if (readers.empty() && !is_group(address)) {
@@ -113,7 +113,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
             if (!may_wait) {
                 return EAGAIN;
             }
-            bus_->office.wait_for_room(locked);
+            bus_->office->wait_for_room(locked);
         }
     }
 
@@ -128,15 +128,15 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
 
     void shut() {
         std::vector<message> unread;
-        const std::scoped_lock lock{bus_->office.lock};
+        const std::scoped_lock lock{bus_->office->lock};
         for (auto &[address, there] : bus_->listeners) {
-            std::erase_if(there, [&](const listener &one) { return one.box == &box_; });
+            std::erase_if(there, [&](const listener &one) { return one.box == box_.get(); });
         }
-        unread = box_.close();
+        unread = box_->close();
     }
 
     std::shared_ptr<bus> bus_;
-    mailbox box_{bus_->office};
+    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(bus_->office);
 };
 
 int way_home::answer(message letter) {
@@ -162,8 +162,8 @@ std::shared_ptr<bus> bus_named(std::string_view name) {
 
 } // namespace
 
-int open_local(std::string_view name, endpoint_ptr &opened) {
-    opened = std::make_shared<local_endpoint>(bus_named(name));
+int open_local(std::string_view url, endpoint_ptr &opened) {
+    opened = std::make_shared<local_endpoint>(bus_named(url.substr(url.find(':') + 1)));
     return 0;
 }
 

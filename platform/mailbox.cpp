@@ -2,16 +2,17 @@
 // hands it a message touches the waiter last by setting `ended`, so that a spinning thread may leave without the lock.
 #include "platform/mailbox.h"
 
+#include "platform/faults.h"
+#include "platform/history.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <thread>
+#include <utility>
 
 namespace ribkit::platform {
 
 namespace {
-
-using clock = std::chrono::steady_clock;
 
 void pause_processor() {
 #if defined(__x86_64__) || defined(__i386__)
@@ -28,16 +29,35 @@ bool wants_incoming(const selector &selected) {
     return selected.wanted == selector::kind::incoming || selected.wanted == selector::kind::anything;
 }
 
+void record(const disturbance &done) {
+    const auto tell = [](bool happened, const char *text) {
+        if (happened) {
+            record_event(text);
+        }
+    };
+    tell(done.lost, "fault: message lost");
+    tell(done.twice, "fault: message twice");
+    tell(done.behind_the_next, "fault: message behind the next");
+    tell(done.milliseconds_late != 0, "fault: message late");
+    tell(done.most_bytes != UINT32_MAX, "fault: message truncated");
+}
+
 } // namespace
 
 void post_office::wait_for_room(std::unique_lock<std::mutex> &locked) {
-    ++waiting_;
-    room_.wait(locked);
-    --waiting_;
+    timed_wait own;
+    waiting_.push_back(&own);
+    const uint64_t seen = rooms_made_;
+    own.wait(room_, locked, never, [&] { return rooms_made_ != seen; });
+    std::erase(waiting_, &own);
 }
 
 void post_office::room_made() {
-    if (waiting_ != 0) {
+    ++rooms_made_;
+    for (timed_wait *one : waiting_) {
+        one->end();
+    }
+    if (!waiting_.empty()) {
         room_.notify_all();
     }
 }
@@ -49,10 +69,12 @@ struct mailbox::waiter {
     bool asleep = false;
     std::atomic<bool> ended{false};
     std::condition_variable wake{};
+    timed_wait timer{};
 
     void end() {
         if (asleep) {
             ended.store(true, std::memory_order_relaxed); // the lock orders it
+            timer.end();
             wake.notify_one();
         } else {
             ended.store(true, std::memory_order_release);
@@ -76,14 +98,14 @@ uint32_t spin_habit::turns() {
         return 0;
     }
     const uint32_t wait = waits_.fetch_add(1, std::memory_order_relaxed);
-    return wait % probe_every == 0 ? most : turns_.load(std::memory_order_relaxed);
+    return wait % probe_every == 0 ? probe : turns_.load(std::memory_order_relaxed);
 }
 
 void spin_habit::learn(uint32_t turns, bool helped) {
     if (helped) {
         turns_.store(most, std::memory_order_relaxed);
     } else if (turns != 0) {
-        turns_.store(turns / 4, std::memory_order_relaxed);
+        turns_.store(std::min(turns, most) / 4, std::memory_order_relaxed);
     }
 }
 
@@ -101,14 +123,66 @@ mailbox::waiter *mailbox::waiter_for(const message &letter, bool is_answer) {
     return first;
 }
 
-void mailbox::put(door &way_in, message letter) {
-    if (waiter *reader = waiter_for(letter, false)) {
-        reader->letter = std::move(letter);
-        reader->end();
+void mailbox::put(door &way_in, message letter) { arrive({std::move(letter), &way_in}); }
+
+void mailbox::put_answer(message letter) { arrive({std::move(letter), nullptr}); }
+
+void mailbox::arrive(parcel one) {
+    fault_script *script = faults();
+    if (script == nullptr) {
+        take_in(std::move(one));
         return;
     }
-    incoming_.push_back({std::move(letter), &way_in});
-    ++way_in.waiting;
+    const disturbance done = script->next_message();
+    record(done);
+    if (done.lost) {
+        return;
+    }
+    one.letter.size = std::min(one.letter.size, done.most_bytes);
+    if (done.twice) {
+        arrive_later({copy_of(one.letter), one.way_in}, done.milliseconds_late);
+    }
+    if (done.behind_the_next) {
+        behind_the_next_.push_back(std::move(one));
+    } else {
+        arrive_later(std::move(one), done.milliseconds_late);
+    }
+}
+
+void mailbox::arrive_later(parcel one, uint32_t milliseconds) {
+    if (milliseconds == 0) {
+        arrive_in_turn(std::move(one));
+        return;
+    }
+    do_later(std::chrono::milliseconds{milliseconds},
+             [home = weak_from_this(), late = std::make_shared<parcel>(std::move(one))] {
+                 if (const auto box = home.lock()) {
+                     const std::scoped_lock lock{box->office_->lock};
+                     box->arrive_in_turn(std::move(*late));
+                 }
+             });
+}
+
+void mailbox::arrive_in_turn(parcel one) {
+    take_in(std::move(one));
+    for (parcel &next : std::exchange(behind_the_next_, {})) {
+        take_in(std::move(next));
+    }
+}
+
+void mailbox::take_in(parcel one) {
+    if (closed_) {
+        return;
+    }
+    if (one.way_in == nullptr) {
+        take_in_answer(std::move(one.letter));
+    } else if (waiter *reader = waiter_for(one.letter, false)) {
+        reader->letter = std::move(one.letter);
+        reader->end();
+    } else {
+        ++one.way_in->waiting;
+        incoming_.push_back(std::move(one));
+    }
 }
 
 int mailbox::expect(uint32_t token) {
@@ -123,7 +197,7 @@ bool mailbox::awaits(uint32_t token) const {
     return std::find(awaited_.rbegin(), awaited_.rend(), token) != awaited_.rend();
 }
 
-void mailbox::await_no_more(uint32_t token) {
+void mailbox::expect_no_more(uint32_t token) {
     const auto found = std::find(awaited_.rbegin(), awaited_.rend(), token);
     if (found != awaited_.rend()) {
         *found = awaited_.back();
@@ -131,14 +205,14 @@ void mailbox::await_no_more(uint32_t token) {
     }
 }
 
-void mailbox::put_answer(message &letter) {
+void mailbox::take_in_answer(message letter) {
     const uint32_t token = letter.token;
     const auto same = [&](const message &one) { return one.token == token; };
     if (!awaits(token) || std::any_of(answers_.begin(), answers_.end(), same)) {
         return;
     }
     if (waiter *reader = waiter_for(letter, true)) {
-        await_no_more(token);
+        expect_no_more(token);
         reader->letter = std::move(letter);
         reader->end();
         return;
@@ -146,15 +220,28 @@ void mailbox::put_answer(message &letter) {
     answers_.push_back(std::move(letter));
 }
 
+void mailbox::fail(uint32_t token, int error) {
+    message news;
+    news.token = token;
+    news.error = error;
+    take_in_answer(std::move(news));
+}
+
+void mailbox::fail_all(int error) {
+    for (const uint32_t token : std::vector<uint32_t>{awaited_}) {
+        fail(token, error);
+    }
+}
+
 bool mailbox::take_incoming(message &letter) {
     if (incoming_.empty()) {
         return false;
     }
-    queued &oldest = incoming_.front();
+    parcel &oldest = incoming_.front();
     letter = std::move(oldest.letter);
     --oldest.way_in->waiting;
     incoming_.pop_front();
-    office_.room_made();
+    office_->room_made();
     return true;
 }
 
@@ -166,7 +253,7 @@ bool mailbox::take_answer(const selector &selected, message &letter) {
     }
     letter = std::move(*found);
     answers_.erase(found);
-    await_no_more(letter.token);
+    expect_no_more(letter.token);
     return true;
 }
 
@@ -175,7 +262,7 @@ bool mailbox::take(const selector &selected, message &letter) {
 }
 
 int mailbox::receive(const selector &selected, message &letter) {
-    std::unique_lock locked{office_.lock};
+    std::unique_lock locked{office_->lock};
     if (closed_) {
         return ECANCELED;
     }
@@ -183,14 +270,15 @@ int mailbox::receive(const selector &selected, message &letter) {
         return EINVAL;
     }
     if (take(selected, letter)) {
-        return 0;
+        return letter.error;
     }
     if (!selected.may_wait) {
         return EAGAIN;
     }
     waiter self{.selected = selected, .letter = letter};
     waiters_.push_back(&self);
-    return spin(self, locked) ? self.error : sleep(self, locked);
+    const int error = spin(self, locked) ? self.error : sleep(self, locked);
+    return error != 0 ? error : letter.error;
 }
 
 // Without the lock; says whether the wait is over, and otherwise takes the lock again.
@@ -210,10 +298,9 @@ bool mailbox::spin(waiter &self, std::unique_lock<std::mutex> &locked) {
 
 int mailbox::sleep(waiter &self, std::unique_lock<std::mutex> &locked) {
     const auto ended = [&] { return self.ended.load(std::memory_order_relaxed); };
+    const time_point deadline = self.selected.limit.count() == 0 ? never : clock_now() + self.selected.limit;
     self.asleep = true;
-    if (self.selected.limit.count() == 0) {
-        self.wake.wait(locked, ended);
-    } else if (!self.wake.wait_until(locked, clock::now() + self.selected.limit, ended)) {
+    if (!self.timer.wait(self.wake, locked, deadline, ended)) {
         give_up(self);
     }
     return self.error;
@@ -223,7 +310,7 @@ void mailbox::give_up(waiter &self) {
     waiters_.erase(std::find(waiters_.begin(), waiters_.end(), &self));
     self.error = ETIMEDOUT;
     if (self.selected.wanted == selector::kind::by_token) {
-        await_no_more(self.selected.token);
+        expect_no_more(self.selected.token);
     }
 }
 
@@ -235,14 +322,18 @@ std::vector<message> mailbox::close() {
     }
     waiters_.clear();
     std::vector<message> unread;
-    for (queued &one : incoming_) {
+    for (parcel &one : incoming_) {
+        unread.push_back(std::move(one.letter));
+    }
+    for (parcel &one : behind_the_next_) {
         unread.push_back(std::move(one.letter));
     }
     std::move(answers_.begin(), answers_.end(), std::back_inserter(unread));
     incoming_.clear();
+    behind_the_next_.clear();
     answers_.clear();
     awaited_.clear();
-    office_.room_made();
+    office_->room_made();
     return unread;
 }
 

@@ -2,6 +2,7 @@
 // requests, and the threads that wait for either. A message is handed straight to the thread that waits for it.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/transport.h"
 #include <atomic>
 #include <condition_variable>
@@ -23,7 +24,8 @@ class post_office {
 
   private:
     std::condition_variable room_;
-    uint32_t waiting_ = 0;
+    std::vector<timed_wait *> waiting_;
+    uint64_t rooms_made_ = 0;
 };
 
 /// The queue of one address: how many messages may wait, and do.
@@ -35,7 +37,7 @@ struct door {
 };
 
 /// How long it pays to spin before sleeping: long where spinning helped the last time, not at all where it did not
-/// (both threads may share a processor), with a try from time to time.
+/// (both threads may share a processor), with a longer try from time to time.
 class spin_habit {
   public:
     uint32_t turns();
@@ -43,18 +45,19 @@ class spin_habit {
 
   private:
     static constexpr uint32_t most = 400;
+    static constexpr uint32_t probe = 2000; // long enough for the other thread to wake up first
     static constexpr uint32_t probe_every = 512;
 
     std::atomic<uint32_t> turns_{most};
     std::atomic<uint32_t> waits_{0};
 };
 
-/// All but `receive` are called with the office's lock held.
-class mailbox {
+/// All but `receive` are called with the office's lock held. What arrives is disturbed as a fault script says.
+class mailbox : public std::enable_shared_from_this<mailbox> {
   public:
     static constexpr size_t most_awaited = 4096; ///< answers outstanding or unread
 
-    explicit mailbox(post_office &office) : office_(office) {}
+    explicit mailbox(std::shared_ptr<post_office> office) : office_(std::move(office)) {}
     mailbox(const mailbox &) = delete;
     mailbox &operator=(const mailbox &) = delete;
     ~mailbox() = default;
@@ -67,9 +70,16 @@ class mailbox {
 
     /// From now on the answer with this token is awaited; 0, or ENOBUFS.
     int expect(uint32_t token);
+    void expect_no_more(uint32_t token);
 
-    /// Takes an answer in; one that nobody awaits is left with the caller, who throws it away without the lock.
-    void put_answer(message &letter);
+    /// An answer that nobody awaits is thrown away.
+    void put_answer(message letter);
+
+    [[nodiscard]] bool awaits(uint32_t token) const;
+
+    /// Ends the wait for an answer, or for all that have not come, with an errno.
+    void fail(uint32_t token, int error);
+    void fail_all(int error);
 
     int receive(const selector &selected, message &letter);
 
@@ -78,24 +88,28 @@ class mailbox {
 
   private:
     struct waiter;
-    struct queued {
+    struct parcel {
         message letter;
-        door *way_in;
+        door *way_in; // null for an answer
     };
 
+    void arrive(parcel one);
+    void arrive_later(parcel one, uint32_t milliseconds);
+    void arrive_in_turn(parcel one);
+    void take_in(parcel one);
+    void take_in_answer(message letter);
     waiter *waiter_for(const message &letter, bool is_answer);
     bool take(const selector &selected, message &letter);
     bool take_incoming(message &letter);
     bool take_answer(const selector &selected, message &letter);
     bool spin(waiter &self, std::unique_lock<std::mutex> &locked);
     int sleep(waiter &self, std::unique_lock<std::mutex> &locked);
-    [[nodiscard]] bool awaits(uint32_t token) const;
-    void await_no_more(uint32_t token);
     void give_up(waiter &self);
 
-    post_office &office_;
+    std::shared_ptr<post_office> office_;
     std::deque<door> doors_;
-    std::deque<queued> incoming_;
+    std::deque<parcel> incoming_;
+    std::vector<parcel> behind_the_next_;
     std::vector<message> answers_;  // in the order of arrival
     std::vector<uint32_t> awaited_; // few: searched from one end
     std::vector<waiter *> waiters_;

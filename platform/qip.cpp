@@ -2,14 +2,19 @@
 // which is set last.
 #include "qip.h"
 
+#include "platform/clock.h"
+#include "platform/faults.h"
 #include "platform/handles.h"
 #include "platform/references.h"
 #include "platform/transport.h"
 #include "ribkit_platform.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <new>
-#include <string_view>
+#include <string>
 
 using namespace ribkit::platform;
 
@@ -29,9 +34,19 @@ template <typename Action> int answered_by(const Action &action) {
     return -1;
 }
 
-/// Calls the action with the handle's endpoint.
-template <typename Action> int at(uint32_t handle, const Action &action) {
+/// Makes the call unless a fault script lets it fail.
+template <typename Action> int called(service_call call, const Action &action) {
     return answered_by([&] {
+        take_turn();
+        fault_script *script = faults();
+        const int failure = script == nullptr ? 0 : script->failure_of(call);
+        return failure != 0 ? failure : action();
+    });
+}
+
+/// Calls the action with the handle's endpoint.
+template <typename Action> int called_at(uint32_t handle, service_call call, const Action &action) {
+    return called(call, [&] {
         const endpoint_ptr end = find_handle(handle);
         return end == nullptr ? EBADF : action(*end);
     });
@@ -94,7 +109,7 @@ const message *received(const qip_ref *ref) {
 } // namespace
 
 int qip_open(const char *url, uint32_t *handle) {
-    return answered_by([&] {
+    return called(service_call::open, [&] {
         endpoint_ptr opened;
         const int error = open_endpoint(url, opened);
         if (error == 0) {
@@ -116,12 +131,13 @@ int qip_close(uint32_t handle) {
 }
 
 int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound) {
-    return at(handle, [&](endpoint &end) { return bound == 0 ? EINVAL : end.listen(*addr, bound); });
+    return called_at(handle, service_call::listen,
+                     [&](endpoint &end) { return bound == 0 ? EINVAL : end.listen(*addr, bound); });
 }
 
 int qip_send(uint32_t handle, const struct qip_addr *addr, uint32_t opcode, const void *payload, uint32_t payload_size,
              struct qip_ref *ref_out, const struct qip_ref *req_ref, const struct qip_send_opts *opts) {
-    return at(handle, [&](endpoint &end) {
+    return called_at(handle, service_call::send, [&](endpoint &end) {
         message letter = new_message(opcode, {static_cast<const uint8_t *>(payload), payload_size});
         return req_ref == nullptr ? send_new(end, *addr, std::move(letter), opts, ref_out)
                                   : send_answer(end, req_ref, std::move(letter), ref_out);
@@ -129,7 +145,7 @@ int qip_send(uint32_t handle, const struct qip_addr *addr, uint32_t opcode, cons
 }
 
 int qip_recv(uint32_t handle, struct qip_ref *ref_out, const struct qip_recv_opts *opts) {
-    return at(handle, [&](endpoint &end) {
+    return called_at(handle, service_call::recv, [&](endpoint &end) {
         if (opts != nullptr && opts->word[0] > QIP_RECV_ANYTHING) {
             return EINVAL;
         }
@@ -144,8 +160,9 @@ int qip_recv(uint32_t handle, struct qip_ref *ref_out, const struct qip_recv_opt
 }
 
 int qip_drop(uint32_t handle, struct qip_ref *ref) {
-    static_cast<void>(handle); // references outlive the handle that they came from
-    return answered_by([&] { return release(ref) ? 0 : EBADF; });
+    static_cast<void>(handle);          // references outlive the handle that they came from
+    const bool was_held = release(ref); // whatever a fault script says: nobody could drop it again
+    return called(service_call::drop, [&] { return was_held ? 0 : EBADF; });
 }
 
 uint32_t qip_rr_token_get(const struct qip_ref *ref) {
@@ -169,3 +186,22 @@ uint32_t qip_opcode_get(const struct qip_ref *ref) {
 }
 
 uint32_t qip_refs_held(void) { return references_held(); }
+
+int qip_faults_load(const char *file, char *error, uint32_t error_size) {
+    return answered_by([&] {
+        if (file == nullptr) {
+            set_faults(nullptr);
+            return 0;
+        }
+        auto script = std::make_unique<fault_script>();
+        std::ifstream stream{file};
+        const std::string text{std::istreambuf_iterator<char>{stream}, {}};
+        const std::string wrong = stream.is_open() ? script->parse(text) : "cannot be read";
+        if (!wrong.empty()) {
+            std::snprintf(error, error_size, "%s:%s%s", file, stream.is_open() ? "" : " ", wrong.c_str());
+            return EINVAL;
+        }
+        set_faults(std::move(script));
+        return 0;
+    });
+}

@@ -89,8 +89,7 @@ verdict attempt(const subject &what, std::span<const uint8_t> message, const tri
     return said ? verdict::same : verdict::different;
 }
 
-/// Where a count has to be sent as the message says it and arrives as the destination holds it, both start from the
-/// same bytes: a message in the form that the direction reads.
+/// A message in the form that the direction reads.
 byte_vector message_for(const subject &what, std::mt19937 &random) {
     return random_message(what.model->name, what.way == direction::hton ? what.host : order::big, random);
 }

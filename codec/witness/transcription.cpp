@@ -41,7 +41,7 @@ std::map<std::string, std::vector<transcribed>> load_transcription(const std::st
         }
         const std::optional<transcribed> field = parse(words);
         if (!field) {
-            throw std::runtime_error(path + ": not a field: " + line);
+            throw std::runtime_error(std::string(path).append(": not a field: ").append(line));
         }
         all[message].push_back(*field);
     }

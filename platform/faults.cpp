@@ -1,0 +1,21 @@
+#include "platform/faults.h"
+
+#include "platform/clock.h"
+#include <atomic>
+
+namespace ribkit::platform {
+
+namespace {
+
+std::atomic<fault_script *> in_force{nullptr};
+
+} // namespace
+
+void set_faults(std::unique_ptr<fault_script> script) {
+    set_virtual_clock(script != nullptr && script->wants_virtual_clock());
+    const std::unique_ptr<fault_script> before{in_force.exchange(script.release())};
+}
+
+fault_script *faults() { return in_force.load(std::memory_order_acquire); }
+
+} // namespace ribkit::platform
