@@ -157,9 +157,9 @@ uint32_t check_verf_info(const suspect &s, size_t at, size_t &end) {
 /// Entries stand as far apart as their fixed parts are long, and their lists run over the entries behind. In place, a
 /// word there has been swapped when its own entry comes to read it: a count there has to be 0.
 template <const layout &Info> uint32_t check_overlap(const suspect &s, size_t at, size_t & /*end*/) {
-    constexpr row routes = Info.row_of("route");
+    constexpr const row &routes = Info.rows[Info.n_rows - 1];
     constexpr const layout &route = *routes.entry;
-    constexpr row list = route.rows[route.n_rows - 1];
+    constexpr const row &list = route.rows[route.n_rows - 1];
     size_t swapped = 0;
     for (size_t left = be32(s.bytes + at); left != 0; --left) {
         const size_t entry = at + routes.offset;

@@ -24,11 +24,8 @@ uint32_t word(const uint8_t *bytes, size_t at) {
     return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | uint32_t{bytes[3]};
 }
 
-/// Keeps a value that nobody needs from being optimised away together with the read that made it.
-void use(uint32_t value) {
-    static volatile uint32_t sink;
-    sink = value;
-}
+/// Keeps the read that made a value which nobody needs.
+void use(uint32_t value) { asm volatile("" : : "r"(value)); }
 
 template <typename Each> void each(const uint8_t *first, uint32_t count, size_t stride, Each show) {
     for (uint32_t i = 0; i < count; ++i) {
@@ -64,9 +61,8 @@ void receive_update(const accepted &m, void (*header)(const void *, void *), rec
 void read_unicast(const uint8_t *update, const uint8_t *record) {
     use(rib_ntoh_fcurt_get_fcid(record) + rib_ntoh_fcurt_get_action(record) + rib_ntoh_fcurt_get_metric(record) +
         rib_ntoh_fcurt_get_flag(record));
-    each(record + 32, rib_ntoh_fcurt_get_n_hop(record), 8, [](const uint8_t *hop) {
-        use(rib_ntoh_fcurt_route_get_intf(hop) + rib_ntoh_fcurt_route_get_domain(hop));
-    });
+    each(record + 32, rib_ntoh_fcurt_get_n_hop(record), 8,
+         [](const uint8_t *hop) { use(rib_ntoh_fcurt_route_get_intf(hop) + rib_ntoh_fcurt_route_get_domain(hop)); });
     rib_printf_fcurt(update, record);
 }
 
@@ -189,9 +185,13 @@ void verf_info(const accepted &m) {
     const uint32_t type = word(m.bytes, 4);
     const bool labels = (type & 0x1111) != 0;
     const bool multicast = (type & 0x2222) != 0;
-    each(m.bytes + 16, word(m.bytes, 0), labels ? 32 : multicast ? 12 : 16, [&](const uint8_t *key) {
-        labels ? fib_show_verf_fcl(1, key) : multicast ? fib_show_verf_fcm(1, key) : fib_show_verf_fcu(1, key);
-    });
+    each(m.bytes + 16, word(m.bytes, 0),
+         labels      ? 32
+         : multicast ? 12
+                     : 16,
+         [&](const uint8_t *key) {
+             labels ? fib_show_verf_fcl(1, key) : multicast ? fib_show_verf_fcm(1, key) : fib_show_verf_fcu(1, key);
+         });
 }
 
 void db_info(const accepted &m) {
