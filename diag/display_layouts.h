@@ -8,29 +8,28 @@ namespace ribkit::wire {
 
 /// A unicast table entry as it is displayed: its hops follow one another, each as long as its labels make it. (The
 /// message's hops stand 8 bytes apart.)
-inline constexpr layout shown_ucast_route{"ucast_route",
-                                          ucast_route.size,
-                                          {
-                                              ucast_route.row_of("uuid"),
-                                              ucast_route.row_of("vsan"),
-                                              ucast_route.row_of("fcid"),
-                                              ucast_route.row_of("mask"),
-                                              ucast_route.row_of("rctl"),
-                                              ucast_route.row_of("cost"),
-                                              ucast_route.row_of("flag"),
-                                              ucast_route.row_of("n_hop"),
-                                              list(ucast_route.size, "hop", ucast_route.row_of("hop").count, fclrt_intf,
-                                                   0),
-                                          }};
+inline constexpr layout shown_ucast_route{
+    "ucast_route",
+    ucast_route.size,
+    {
+        ucast_route.row_of("uuid"),
+        ucast_route.row_of("vsan"),
+        ucast_route.row_of("fcid"),
+        ucast_route.row_of("mask"),
+        ucast_route.row_of("rctl"),
+        ucast_route.row_of("cost"),
+        ucast_route.row_of("flag"),
+        ucast_route.row_of("n_hop"),
+        list(ucast_route.size, "hop", ucast_route.row_of("hop").count, fclrt_intf, 0),
+    }};
 
 /// A row of the SNMP route table.
-inline constexpr layout fcroute_entry{"fcRouteEntry",
-                                      40,
-                                      {word(0, "vsan", meaning::vsan), word(4, "if_index", meaning::interface),
-                                       word(8, "protocol"), word(12, "destination", meaning::fc_id),
-                                       word(16, "mask", meaning::fc_mask), word(20, "domain", meaning::domain),
-                                       word(24, "cost", meaning::cost), word(28, "route_type"), word(32, "permanence"),
-                                       word(36, "word 9")}};
+inline constexpr layout fcroute_entry{
+    "fcRouteEntry",
+    40,
+    {word(0, "vsan", meaning::vsan), word(4, "if_index", meaning::interface), word(8, "protocol"),
+     word(12, "destination", meaning::fc_id), word(16, "mask", meaning::fc_mask), word(20, "domain", meaning::domain),
+     word(24, "cost", meaning::cost), word(28, "route_type"), word(32, "permanence"), word(36, "word 9")}};
 static_assert(fcroute_entry.size == sizeof(fcRouteEntry));
 
 /// The state of a synchronisation log.

@@ -86,9 +86,11 @@ action declare_show(CLI::App &app) {
     app.add_option("FILE", options->file, "records in network form, - for standard input")
         ->excludes(list)
         ->capture_default_str();
-    CLI::Option *hex = app.add_flag_callback("--hex", [options] { options->form = byte_form::hex; },
-                                             "the file is hexadecimal text (found out where not said)");
-    app.add_flag_callback("--raw", [options] { options->form = byte_form::raw; }, "the file is the bytes themselves")
+    CLI::Option *hex = app.add_flag_callback(
+        "--hex", [options] { options->form = byte_form::hex; },
+        "the file is hexadecimal text (found out where not said)");
+    app.add_flag_callback(
+           "--raw", [options] { options->form = byte_form::raw; }, "the file is the bytes themselves")
         ->excludes(hex);
     return [options] {
         if (!options->list && options->kind.empty()) {

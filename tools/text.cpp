@@ -38,9 +38,7 @@ std::vector<value_text> texts_of(const vocabulary &words, const std::vector<std:
 }
 
 /// Small numbers are known by their decimal digits, masks and codes by their bits.
-std::string shown(uint32_t value) {
-    return value < 0x100 ? joined(value) : joined("0x", std::hex, value);
-}
+std::string shown(uint32_t value) { return value < 0x100 ? joined(value) : joined("0x", std::hex, value); }
 
 void print_line(const std::string &value, const char *text) { std::printf("  %-10s  %s\n", value.c_str(), text); }
 
