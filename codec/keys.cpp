@@ -6,7 +6,6 @@
 #include "rib_codes.h"
 
 using namespace ribkit;
-using namespace ribkit::wire;
 
 namespace {
 
@@ -71,14 +70,14 @@ int32_t first_difference(std::initializer_list<int32_t> orders) {
 } // namespace
 
 uint32_t rib_next_fclrt_query(void *cur, void *next) {
-    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), fclrt_query.at("cursor"),
-                      fclrt_query.at("match"));
+    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), wire::fclrt_query.at("cursor"),
+                      wire::fclrt_query.at("match"));
 }
 
 uint32_t rib_next_verf_query(void *cur, void *next) {
-    constexpr uint32_t key = verf_query.at("key");
-    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), key + verf_fcl.at("words 8"),
-                      key + verf_fcl.at("label"));
+    constexpr uint32_t key = wire::verf_query.at("key");
+    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), key + wire::verf_fcl.at("words 8"),
+                      key + wire::verf_fcl.at("label"));
 }
 
 uint32_t rib_next_fcm_tuple(uint32_t *vsan, uint32_t *fcid) {
