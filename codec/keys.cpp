@@ -6,7 +6,9 @@
 #include "rib_codes.h"
 
 using namespace ribkit;
-using namespace ribkit::wire;
+using ribkit::wire::fclrt_query;
+using ribkit::wire::verf_fcl;
+using ribkit::wire::verf_query;
 
 namespace {
 
