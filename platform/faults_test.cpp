@@ -7,14 +7,19 @@
 #include "testing/capture.h"
 
 #include <atomic>
+#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace ribkit::platform {
 
 namespace {
+
+/// Of this process: tests run beside one another.
+std::string script_path() { return ::testing::TempDir() + "faults_test." + std::to_string(getpid()) + ".script"; }
 
 using ribkit::testing::printed_by;
 using std::chrono::milliseconds;
@@ -120,12 +125,13 @@ class server_thread {
 class faulty : public on_one_bus {
   protected:
     void TearDown() override {
+        std::remove(script_path().c_str());
         EXPECT_EQ(qip_faults_load(nullptr, nullptr, 0), 0);
         on_one_bus::TearDown();
     }
 
     void load(const std::string &text) {
-        const std::string file = ::testing::TempDir() + "faults_test.script";
+        const std::string file = script_path();
         std::ofstream{file} << text;
         char error[200] = "";
         ASSERT_EQ(qip_faults_load(file.c_str(), error, sizeof error), 0) << error;
@@ -138,7 +144,7 @@ TEST_F(faulty, files_that_cannot_be_read_or_parsed) {
     char error[40] = "";
     EXPECT_EQ(error_of(qip_faults_load("/no/such/file", error, sizeof error)), EINVAL);
     EXPECT_STREQ(error, "/no/such/file: cannot be read");
-    const std::string file = ::testing::TempDir() + "faults_test.script";
+    const std::string file = script_path();
     std::ofstream{file} << "fly\n";
     char cut[4] = "";
     EXPECT_EQ(error_of(qip_faults_load(file.c_str(), cut, sizeof cut)), EINVAL);

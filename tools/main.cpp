@@ -3,6 +3,8 @@
 #include "tools/fabric_generator.h"
 #include "tools/input_error.h"
 #include "tools/lab.h"
+#include "tools/show.h"
+#include "tools/text.h"
 
 #include <cerrno>
 #include <CLI/CLI.hpp>
@@ -79,6 +81,41 @@ action declare_fabric(CLI::App &app) {
     };
 }
 
+action declare_show(CLI::App &app) {
+    const auto options = std::make_shared<show_options>();
+    CLI::Option *list = app.add_flag("--list", options->list, "name the displays, and what a record of each is");
+    app.add_option("KIND", options->kind, "display: fcu, fcl, port, ...")->excludes(list);
+    app.add_option("FILE", options->file, "records in network form, - for standard input")
+        ->excludes(list)
+        ->capture_default_str();
+    CLI::Option *hex = app.add_flag_callback(
+        "--hex", [options] { options->form = byte_form::hex; },
+        "the file is hexadecimal text (found out where not said)");
+    app.add_flag_callback(
+           "--raw", [options] { options->form = byte_form::raw; }, "the file is the bytes themselves")
+        ->excludes(hex);
+    return [options] {
+        if (!options->list && options->kind.empty()) {
+            throw input_error("KIND is required; ribkit show --list names them all");
+        }
+        return run_show(*options);
+    };
+}
+
+action declare_text(CLI::App &app) {
+    const auto options = std::make_shared<text_options>();
+    app.add_option("VOCABULARY", options->vocabulary, "kind of number: rib_uuid, fib_oper, ...");
+    app.add_option("VALUE", options->values, "decimal, or hexadecimal behind 0x");
+    app.add_flag("--list", options->list, "every text of the vocabulary, or of all");
+    app.add_flag("--json", options->json, "for a program");
+    return [options] {
+        if (options->list != options->values.empty()) {
+            throw input_error("either a VOCABULARY with a VALUE, or --list");
+        }
+        return run_text(*options);
+    };
+}
+
 struct command {
     const char *name;
     const char *description;
@@ -88,6 +125,8 @@ struct command {
 constexpr command commands[] = {
     {"lab", "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date", declare_lab},
     {"fabric", "Generates a fabric file", declare_fabric},
+    {"show", "Displays records of a file of network bytes, each checked before it is shown", declare_show},
+    {"text", "Prints what numbers are called", declare_text},
 };
 
 /// One line, where CLI11 may say more.

@@ -1,0 +1,37 @@
+#include "tools/input_file.h"
+
+#include "tools/input_error.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace ribkit {
+
+namespace {
+
+void close_file(std::FILE *file) { std::fclose(file); }
+
+} // namespace
+
+std::string input_title(const std::string &path) { return path == "-" ? "standard input" : path; }
+
+std::string read_input(const std::string &path) {
+    const bool named = path != "-";
+    const std::unique_ptr<std::FILE, void (*)(std::FILE *)> file(
+        named ? std::fopen(path.c_str(), "rb") : stdin, named ? close_file : [](std::FILE *) {});
+    std::string content;
+    std::array<char, 65536> part{};
+    size_t read = 0;
+    while (file && (read = std::fread(part.data(), 1, part.size(), file.get())) > 0) {
+        content.append(part.data(), read);
+    }
+    if (!file || std::ferror(file.get()) != 0) {
+        throw input_error(joined(path, ": cannot be read: ", std::strerror(errno)));
+    }
+    return content;
+}
+
+} // namespace ribkit

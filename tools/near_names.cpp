@@ -1,0 +1,51 @@
+#include "tools/near_names.h"
+
+#include "tools/input_error.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace ribkit {
+
+namespace {
+
+constexpr size_t most_edits = 2;
+
+/// How many letters have to be added, removed or replaced to make one of the other.
+size_t edits(std::string_view a, std::string_view b) {
+    std::vector<size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), size_t{0});
+    for (const char letter : a) {
+        size_t diagonal = row[0]++;
+        for (size_t i = 0; i < b.size(); i++) {
+            const size_t replaced = diagonal + (letter == b[i] ? 0 : 1);
+            diagonal = row[i + 1];
+            row[i + 1] = std::min({replaced, diagonal + 1, row[i] + 1});
+        }
+    }
+    return row.back();
+}
+
+} // namespace
+
+std::vector<std::string_view> near_names(std::string_view wanted, const std::vector<std::string_view> &names) {
+    std::vector<std::string_view> near;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(near), [&](std::string_view name) {
+        return name.find(wanted) != std::string_view::npos || edits(wanted, name) <= most_edits;
+    });
+    return near;
+}
+
+std::string no_such_name(std::string_view wanted, std::string_view kind, const std::vector<std::string_view> &names,
+                         std::string_view command) {
+    std::string text = joined(wanted, ": no ", kind, " has this name");
+    const char *before = "; near: ";
+    for (const std::string_view name : near_names(wanted, names)) {
+        text += before;
+        text += name;
+        before = ", ";
+    }
+    return joined(text, "; ", command, " names them all");
+}
+
+} // namespace ribkit

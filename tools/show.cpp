@@ -1,0 +1,67 @@
+#include "tools/show.h"
+
+#include "tools/input_error.h"
+#include "tools/input_file.h"
+#include "tools/near_names.h"
+
+#include <cstdio>
+
+namespace ribkit {
+
+namespace {
+
+std::string report_line(const rib_check_report &report) {
+    std::string line(static_cast<size_t>(rib_check_report_str(&report, nullptr, 0)), '\0');
+    rib_check_report_str(&report, line.data(), static_cast<uint32_t>(line.size() + 1));
+    return line;
+}
+
+std::vector<uint8_t> bytes_of(const std::string &content, byte_form form, const std::string &title) {
+    try {
+        return network_bytes(content, form);
+    } catch (const line_error &error) {
+        throw input_error(joined(title, ':', error.line, ": ", error.what()));
+    }
+}
+
+void list_displays() {
+    for (const display &kind : displays()) {
+        std::printf("%-12.*s  %s\n", static_cast<int>(kind.short_name().size()), kind.short_name().data(), kind.what);
+    }
+}
+
+} // namespace
+
+void show_records(const display &kind, std::span<const uint8_t> bytes, const std::string &title) {
+    if (bytes.empty()) {
+        throw input_error(joined(title, ": holds no bytes"));
+    }
+    uint32_t header = 1;
+    size_t at = 0;
+    for (size_t number = 1; at != bytes.size(); number++) {
+        rib_check_report report{};
+        const uint32_t size = record_size(kind, bytes.subspan(at), report);
+        if (size == 0) {
+            std::fflush(stdout);
+            throw input_error(joined(title, ": record ", number, " at byte ", at, ": ", report_line(report)));
+        }
+        kind.show(&header, bytes.data() + at);
+        at += size;
+    }
+}
+
+int run_show(const show_options &options) {
+    if (options.list) {
+        list_displays();
+        return 0;
+    }
+    const display *kind = find_display(options.kind);
+    if (kind == nullptr) {
+        throw input_error(no_such_name(options.kind, "display", display_names(), "ribkit show --list"));
+    }
+    const std::string title = input_title(options.file);
+    show_records(*kind, bytes_of(read_input(options.file), options.form, title), title);
+    return 0;
+}
+
+} // namespace ribkit

@@ -1,0 +1,109 @@
+#include "tools/text.h"
+
+#include "diag/catalogue.h"
+#include "tools/input_error.h"
+#include "tools/near_names.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+
+namespace ribkit {
+
+namespace {
+
+constexpr size_t prefix_length = 4; // of "rib_" and "fib_"
+constexpr size_t longest_text = 64;
+
+uint32_t number_of(const std::string &written) {
+    const bool hex = written.starts_with("0x") || written.starts_with("0X");
+    const char *end = written.data() + written.size();
+    uint32_t value = 0;
+    const auto [stopped, error] = std::from_chars(written.data() + (hex ? 2 : 0), end, value, hex ? 16 : 10);
+    if (error != std::errc() || stopped != end) {
+        throw input_error(joined('"', written, "\" is no number from 0 to 0xffffffff"));
+    }
+    return value;
+}
+
+std::vector<value_text> texts_of(const vocabulary &words, const std::vector<std::string> &values) {
+    std::vector<value_text> texts;
+    for (const std::string &written : values) {
+        char text[longest_text] = "";
+        const uint32_t value = number_of(written);
+        words.converter(value, text);
+        texts.push_back({value, written, text});
+    }
+    return texts;
+}
+
+/// Small numbers are known by their decimal digits, masks and codes by their bits.
+std::string shown(uint32_t value) { return value < 0x100 ? joined(value) : joined("0x", std::hex, value); }
+
+void print_line(const std::string &value, const char *text) { std::printf("  %-10s  %s\n", value.c_str(), text); }
+
+void print_vocabulary(const vocabulary &listed) {
+    std::printf("%.*s\n", static_cast<int>(listed.name.size()), listed.name.data());
+    for (const text_row &row : listed.rows) {
+        print_line(shown(row.value), row.text);
+    }
+    print_line(listed.rows.empty() ? "every" : "other", listed.fallback == nullptr ? "(composed)" : listed.fallback);
+}
+
+void list(const std::vector<const vocabulary *> &listed, bool json) {
+    if (json) {
+        return print_json(listed);
+    }
+    std::for_each(listed.begin(), listed.end(), [](const vocabulary *words) { print_vocabulary(*words); });
+}
+
+std::vector<const vocabulary *> all_vocabularies() {
+    std::vector<const vocabulary *> all;
+    for (const vocabulary &words : vocabularies) {
+        all.push_back(&words);
+    }
+    return all;
+}
+
+const vocabulary &vocabulary_named(const std::string &name) {
+    if (const vocabulary *found = find_vocabulary(name)) {
+        return *found;
+    }
+    std::vector<std::string_view> names;
+    for (const vocabulary &words : vocabularies) {
+        names.push_back(words.name);
+    }
+    throw input_error(no_such_name(name, "vocabulary", names, "ribkit text --list"));
+}
+
+} // namespace
+
+const vocabulary *find_vocabulary(std::string_view name) {
+    const auto all = all_vocabularies();
+    const auto is_meant = [name](const vocabulary *words) { return words->name.substr(prefix_length) == name; };
+    const bool one = std::count_if(all.begin(), all.end(), is_meant) == 1;
+    return one ? *std::find_if(all.begin(), all.end(), is_meant) : vocabulary_of(name);
+}
+
+int run_text(const text_options &options) {
+    if (options.vocabulary.empty()) {
+        list(all_vocabularies(), options.json);
+        return 0;
+    }
+    const vocabulary &words = vocabulary_named(options.vocabulary);
+    if (options.list) {
+        list({&words}, options.json);
+        return 0;
+    }
+    const std::vector<value_text> texts = texts_of(words, options.values);
+    if (options.json) {
+        print_json(texts);
+        return 0;
+    }
+    for (const value_text &text : texts) {
+        std::printf("%s  %s\n", text.written.c_str(), text.text.c_str());
+    }
+    return 0;
+}
+
+} // namespace ribkit

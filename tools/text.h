@@ -1,0 +1,35 @@
+// The text command: what numbers are called, vocabulary by vocabulary.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ribkit {
+
+struct vocabulary;
+
+struct text_options {
+    std::string vocabulary; ///< empty where all are listed
+    std::vector<std::string> values;
+    bool list = false;
+    bool json = false;
+};
+
+struct value_text {
+    uint32_t value;
+    std::string written; ///< the value as the user wrote it
+    std::string text;
+};
+
+int run_text(const text_options &options);
+
+/// The vocabulary of that name, which may leave "rib_" or "fib_" out where only one is meant; null where there is none.
+const vocabulary *find_vocabulary(std::string_view name);
+
+/// The same for a program.
+void print_json(const std::vector<value_text> &texts);
+void print_json(const std::vector<const vocabulary *> &listed);
+
+} // namespace ribkit

@@ -1,0 +1,102 @@
+// Every text of every vocabulary through the command, and names that nothing has.
+#include "tools/text.h"
+
+#include "diag/catalogue.h"
+#include "testing/golden.h"
+#include "tools/input_error.h"
+#include "tools/near_names.h"
+#include "tools/run_command.h"
+
+namespace ribkit::testing {
+namespace {
+
+std::string printed(const std::string &arguments) {
+    const outcome run = run_command("text " + arguments);
+    EXPECT_EQ(run.exit_code, 0) << arguments;
+    return run.output;
+}
+
+} // namespace
+
+TEST(text_command, lists_are_what_they_always_were) {
+    expect_golden("tools/golden/text_list.txt", printed("--list"));
+    expect_golden("tools/golden/text_list.json", printed("--list --json"));
+}
+
+TEST(text_command, every_row_is_what_its_value_prints) {
+    for (const vocabulary &words : vocabularies) {
+        std::string arguments(words.name);
+        std::string expected;
+        for (const text_row &row : words.rows) {
+            arguments += joined(' ', row.value, " 0x", std::hex, row.value);
+            expected += joined(row.value, "  ", row.text, "\n0x", std::hex, row.value, "  ", row.text, '\n');
+        }
+        if (!words.rows.empty()) {
+            EXPECT_EQ(printed(arguments), expected);
+        }
+    }
+}
+
+TEST(text_command, a_value_without_a_row_has_its_fallback) {
+    EXPECT_EQ(printed("rib_uuid 0 12 99"), "0  client 0??\n12  fspf\n99  client 99??\n");
+    EXPECT_EQ(printed("fib_d_idx 0xFFFF 0X40 4294967295"), "0xFFFF  ...\n0X40  040\n4294967295  ffffffff\n");
+}
+
+TEST(text_command, a_composed_text_is_printed) {
+    EXPECT_EQ(printed("rib_fcurt_flag 0 13"), "0  R P N\n13  D V A\n");
+    EXPECT_EQ(printed("rib_uuid_to_uc 17 12"), printed("uuid_to_uc 17 12"));
+    EXPECT_EQ(printed("rib_uuid_to_uc 12"), "12  FSPF\n");
+    EXPECT_EQ(printed("rib_fcurt_flag --list"), "rib_fcurt_flag\n  every       (composed)\n");
+}
+
+TEST(text_command, a_vocabulary_is_listed_alone) {
+    EXPECT_EQ(printed("--list rib_vsan_bal"),
+              "rib_vsan_bal\n  1           SID/DID\n  2           SID/DID/OXID\n  other       %xh??\n");
+    EXPECT_EQ(printed("vsan_bal --list"), printed("--list rib_vsan_bal"));
+}
+
+TEST(text_command, texts_are_json_too) {
+    EXPECT_EQ(printed("--json uuid 0xc 99"), "[\n  {\n    \"value\": 12,\n    \"text\": \"fspf\"\n  },\n"
+                                             "  {\n    \"value\": 99,\n    \"text\": \"client 99??\"\n  }\n]\n");
+    EXPECT_EQ(printed("--json --list rib_fcurt_flag"),
+              "[\n  {\n    \"vocabulary\": \"rib_fcurt_flag\",\n    \"texts\": [],\n    \"other\": null\n  }\n]\n");
+}
+
+TEST(text_command, a_prefix_may_be_left_out_where_one_is_meant) {
+    EXPECT_EQ(find_vocabulary("uuid"), vocabulary_of("rib_uuid"));
+    EXPECT_EQ(find_vocabulary("iod_mode"), vocabulary_of("fib_iod_mode"));
+    EXPECT_EQ(find_vocabulary("rib_oper"), vocabulary_of("rib_oper"));
+    EXPECT_EQ(find_vocabulary("oper"), nullptr);
+    EXPECT_EQ(find_vocabulary("rib_"), nullptr);
+    EXPECT_EQ(find_vocabulary(""), nullptr);
+}
+
+TEST(text_command, mistakes_are_one_line_and_exit_2) {
+    EXPECT_EQ(complaint("text oper 1"),
+              "oper: no vocabulary has this name; near: rib_oper, fib_oper; ribkit text --list names them all\n");
+    EXPECT_EQ(complaint("text colour 1"), "colour: no vocabulary has this name; ribkit text --list names them all\n");
+    EXPECT_EQ(complaint("text --list rib_ink"),
+              "rib_ink: no vocabulary has this name; near: rib_in; ribkit text --list names them all\n");
+    for (const char *value : {"x", "0x", "12x", "1.5", "4294967296", "0x100000000", "\"\"", "\" 1\"", "+1", "0x-1"}) {
+        const std::string bare = value[0] == '"' ? std::string(value).substr(1, std::string(value).size() - 2) : value;
+        EXPECT_EQ(complaint(std::string("text rib_uuid 1 ") + value),
+                  '"' + bare + "\" is no number from 0 to 0xffffffff\n");
+    }
+    for (const char *arguments : {"", "rib_uuid", "--json", "--list rib_uuid 12", "rib_uuid -1", "--lost"}) {
+        complaint(std::string("text ") + arguments);
+    }
+    EXPECT_EQ(run_command("text --help").exit_code, 0);
+}
+
+TEST(near_names, those_that_hold_the_wanted_or_differ_by_two_letters) {
+    const std::vector<std::string_view> names = {"abcd", "abxy", "wxyz", "prefix_abcd", "ab"};
+    const auto near = [&](std::string_view wanted) { return near_names(wanted, names); };
+    using found = std::vector<std::string_view>;
+    EXPECT_EQ(near("abcd"), (found{"abcd", "abxy", "prefix_abcd", "ab"}));
+    EXPECT_EQ(near("bacd"), found{"abcd"}) << "two replaced";
+    EXPECT_EQ(near("abcdef"), found{"abcd"}) << "two removed";
+    EXPECT_EQ(near("wz"), (found{"wxyz", "ab"})) << "two added";
+    EXPECT_EQ(near("zzzzzzzz"), found{});
+}
+
+} // namespace ribkit::testing
