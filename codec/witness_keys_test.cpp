@@ -308,6 +308,13 @@ TEST(key_step, unicast_table_goes_through_three_masks) {
     expect_step<fcu_key>(fcu_step, {4095, 0xefffff, 0xffffff}, RIB_FAILED, {4095, 0xefffff, 0xff0000});
 }
 
+TEST(key_step, beyond_24_bits_of_address) {
+    expect_steps<fcm_key>({{5, 0x1000000}, {4095, 0xffffffff}}, rib_fcm_step, rib_next, 3);
+    expect_steps<fcm_key>({{4095, 0x1000000}, {4095, 0xffffffff}}, fib_fcm_step, fib_next, 3);
+    expect_steps<fcu_key>({{5, 0x1000000, 0xffffff}, {4095, 0xffffffff, 0xff0000}}, fcu_step, next_fcu, 3);
+    expect_steps<fcu_key>({{5, 0x1000000, 0xffffff}, {4095, 0xffffffff, 0xff0000}}, fcroute_step, next_fcroute, 3);
+}
+
 TEST(key_step, route_table_over_its_gaps) {
     expect_step<fcu_key>(fcroute_step, {1, 0xeffffe, 0xffffff}, 0, {1, 0xefffff, 0xff0000});
     expect_step<fcu_key>(fcroute_step, {1, 0xefffff, 0xff0000}, 0, {1, 0xfffb00, 0xffffff});

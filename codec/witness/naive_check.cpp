@@ -76,7 +76,7 @@ size_t ucast_route(byte_span m) {
     }
     size_t shown = 36;
     for (uint32_t i = 0; i < hops; ++i) {
-        shown = need(m, shown + 8 + 4 * second_byte(m, shown));
+        shown = need(m, shown + 8 + size_t{4} * second_byte(m, shown));
     }
     return shown;
 }
