@@ -89,6 +89,12 @@ uint32_t walk_run(const suspect &s, const layout &entry, size_t at, uint32_t cou
     return RIB_OK;
 }
 
+/// Whether a number says how much of the layout there is.
+bool is_counted(const layout &l) {
+    return std::any_of(l.begin(), l.end(),
+                       [](const row &r) { return layout::is_list(r) && r.count.where != count_in::constant; });
+}
+
 uint32_t walk_list(const suspect &s, const layout &l, const row &list, size_t at, size_t &end) {
     const layout &entry = *list.entry;
     const uint32_t count = count_at(list.count, s.bytes + at);
@@ -99,7 +105,7 @@ uint32_t walk_list(const suspect &s, const layout &l, const row &list, size_t at
     if (list.stride == 0) {
         return walk_run(s, entry, first, count, end);
     }
-    if (is_fixed(entry)) {
+    if (!is_counted(entry)) {
         if (const size_t room = s.left(first) / list.stride; list.bound == 0 && count > room) {
             return refuse_count(s, l, list, at, count, room);
         }
@@ -148,6 +154,25 @@ uint32_t check_verf_info(const suspect &s, size_t at, size_t &end) {
     return RIB_OK;
 }
 
+/// Entries stand as far apart as their fixed parts are long, and their lists run over the entries behind. In place, a
+/// word there has been swapped when its own entry comes to read it: a count there has to be 0.
+template <const layout &Info> uint32_t check_overlap(const suspect &s, size_t at, size_t & /*end*/) {
+    constexpr const row &routes = Info.rows[Info.n_rows - 1];
+    constexpr const layout &route = *routes.entry;
+    constexpr const row &list = route.rows[route.n_rows - 1];
+    size_t swapped = 0;
+    for (size_t left = be32(s.bytes + at); left != 0; --left) {
+        const size_t entry = at + routes.offset;
+        const size_t count = be32(s.bytes + entry + list.count.at);
+        if (count != 0 && entry + list.count.at < swapped) {
+            return refuse_count(s, route, list, entry, count, 0);
+        }
+        swapped = std::max(swapped, entry + list.offset + list.stride * count);
+        at += routes.stride;
+    }
+    return RIB_OK;
+}
+
 struct odd_check {
     const layout *wire;
     uint32_t (*check)(const suspect &s, size_t at, size_t &end);
@@ -158,6 +183,8 @@ constexpr odd_check odd_checks[] = {
     {&wire::registration, check_register},
     {&wire::in_info, check_in_info},
     {&wire::verf_info, check_verf_info},
+    {&wire::fcmrt_info, check_overlap<wire::fcmrt_info>},
+    {&wire::fcurt_info, check_overlap<wire::fcurt_info>},
 };
 
 uint32_t walk(const suspect &s, const layout &l, size_t at, size_t &end) {

@@ -13,7 +13,7 @@ enum class number : uint8_t { none, hex, hex3, decimal };
 struct expected_texts {
     std::string name;
     std::map<uint32_t, std::string> rows;
-    std::string before = "";   ///< of an unknown value
+    std::string before = {};   ///< of an unknown value
     number form = number::hex; ///< of an unknown value
     std::string after = "h??"; ///< of an unknown value
 

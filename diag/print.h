@@ -55,7 +55,7 @@ class gathered {
     gathered &operator=(const gathered &) = delete;
     ~gathered() { flush(); }
 
-    static constexpr size_t room = 160; // bytes that a piece may have
+    static constexpr size_t room = 256; // bytes that a piece may have: an interface's name and what stands around it
 
     /// Where the next piece goes.
     char *next() {

@@ -148,7 +148,7 @@ std::string calendar_text(uint32_t seconds) {
     const std::string weekdays = "ThuFriSatSunMonTueWed";
     const std::string months = "JanFebMarAprMayJunJulAugSepOctNovDec";
     const auto two = [](uint32_t value) { return digits(value, 10, 2); };
-    return weekdays.substr(seconds / 86400 % 7 * 3, 3) + " " + months.substr(size_t{when.month} * 3, 3) + " " +
+    return weekdays.substr(size_t{seconds / 86400 % 7} * 3, 3) + " " + months.substr(size_t{when.month} * 3, 3) + " " +
            digits(when.day, 10, 2, ' ') + " " + two(seconds / 3600 % 24) + ":" + two(seconds / 60 % 60) + ":" +
            two(seconds % 60) + " " + digits(when.year, 10);
 }

@@ -114,9 +114,10 @@ TEST_F(ShowRoute, AsManyLabelsAsAByteCounts) {
     std::string words;
     std::string entries;
     for (uint32_t i = 0; i < 255; ++i) {
-        many.word(i * 0x1234567);
-        words += "  " + digits(i * 0x1234567, 16, 8);
-        entries += render("  {l@w0}", record{i * 0x1234567}.data());
+        const uint32_t label_word = i * 0x1234567;
+        many.word(label_word);
+        words += "  " + digits(label_word, 16, 8);
+        entries += render("  {l@w0}", record{label_word}.data());
     }
     const record one_hop = record{12, 20, 0, 0}.fill_to(32).word(1).add(many);
     uint32_t length = 0;
@@ -138,10 +139,10 @@ struct view {
 
 std::string second_hops(const uint8_t *at, uint32_t count, view how) {
     std::string text;
-    for (; count != 0; --count, at += (at[1] + 2) * 4) {
+    for (; count != 0; --count, at += 4 * (size_t{at[1]} + 2)) {
         if (at[1] != 0) {
             text += render(how.entries ? "    {i0@w4}  Labels" : "    {i0@w4}  Control  {c@b0}\n      Labels", at);
-            for (uint32_t i = 0; i < at[1]; ++i) {
+            for (size_t i = 0; i < at[1]; ++i) {
                 text += render(how.entries ? "  {l@w8}" : "  {x8@w8}", at + 4 * i);
             }
         } else if (how.domains) {

@@ -131,7 +131,7 @@ TEST_F(ShowTable, AgreesWithASecondFormatterOnRandomMulticastRoutes) {
         route.add(random.words(n_intf));
         const uint8_t *bytes = route.data();
         std::string interfaces;
-        for (uint32_t entry = 0; entry < n_intf; ++entry) {
+        for (size_t entry = 0; entry < n_intf; ++entry) {
             interfaces += render("    {i0@w20}\n", bytes + 4 * entry);
         }
         ASSERT_EQ(printed_by([&] { show_fcm(0, route); }),
@@ -153,7 +153,7 @@ TEST_F(ShowTable, AgreesWithASecondFormatterOnRandomVersionLists) {
         const uint32_t count = random.below(2) * random.below(241);
         const record list = record{random.word(), random.word(), count}.add(random.words(count));
         std::string text = render("{t10:rib_uuid@w0}  {d4@w4}  {d0@w8}\n", list.data());
-        for (uint32_t entry = 0; entry < count; ++entry) {
+        for (size_t entry = 0; entry < count; ++entry) {
             text += (entry != 0 && (entry & 7) == 0 ? "\n  " : "") + render("{x8@w12} ", list.data() + 4 * entry);
         }
         ASSERT_EQ(printed_by([&] { rib_show_fct(0, list.data()); }), text + (count != 0 ? "\n" : ""));

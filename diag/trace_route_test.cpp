@@ -95,14 +95,14 @@ TEST_F(RouteTraces, AgreesWithASecondFormatterOnRandomRoutes) {
             render(" {t0:rib_action@w16} fc id 0x{x6@w0} mask 0x{x6@w4} metric {d0@w20} flag {f@w24} with "
                    "{d0@w28} interfaces\n",
                    ucast.data());
-        for (uint32_t entry = 0; entry < count; ++entry) {
+        for (size_t entry = 0; entry < count; ++entry) {
             text += render("  {i0@w32}\n", ucast.data() + 8 * entry);
         }
         ASSERT_EQ(printed_by([&] { rib_printf_fcurt(from_fspf.data(), ucast.data()); }), text);
 
         record mcast = random.words(3).word(count).add(random.words(count));
         text = render(" {t0:rib_action@w8} fc id 0x{x6@w0} mask 0x{x6@w4} with {d0@w12} interfaces\n", mcast.data());
-        for (uint32_t entry = 0; entry < count; ++entry) {
+        for (size_t entry = 0; entry < count; ++entry) {
             text += render("  {i0@w16}\n", mcast.data() + 4 * entry);
         }
         ASSERT_EQ(printed_by([&] { rib_printf_fcmrt(from_fspf.data(), mcast.data()); }), text);
@@ -128,7 +128,7 @@ TEST_F(RouteTraces, AgreesWithASecondFormatterOnRandomLabelRoutes) {
             const record one =
                 record{}.byte(random.byte()).byte(n_label).half(random.word()).add(random.words(1 + n_label));
             text += render("  {i0@w4} Control {c@b0}\n   push {d0@b1} labels", one.data());
-            for (uint32_t entry = 0; entry < n_label; ++entry) {
+            for (size_t entry = 0; entry < n_label; ++entry) {
                 text += render(" {l@w8}", one.data() + 4 * entry);
             }
             text += "\n";

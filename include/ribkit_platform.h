@@ -16,9 +16,23 @@ extern "C" {
 
 /**
  * Opens a service handle.
- * @param url the transport: "local:" joins the one bus of this process, "local:NAME" the bus of that name
+ *
+ * "local:" joins the one bus of this process, "local:NAME" the bus of that name.
+ *
+ * "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?queue=NAME]" connects to a server ("tls://..." with TLS);
+ * handles with the same FABRIC (default "rib") meet there. The environment may say the identity instead:
+ * RIBKIT_NATS_USER and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, or RIBKIT_NATS_CREDENTIALS (a file); and the files of
+ * TLS: RIBKIT_NATS_CA, RIBKIT_NATS_CERT, RIBKIT_NATS_KEY. An address is the subject FABRIC.NODE.SAP (node as eight
+ * hexadecimal digits), answers go to subjects below _INBOX. What differs from "local:": several handles may listen at
+ * one address, and all are given every message, or, with queue=NAME, one of those with that name; a full queue holds
+ * messages back at the receiver, no send fails or waits for it; that nobody listens (ENOTCONN) is known when the answer
+ * is awaited; a lost server ends waits for answers with ECONNRESET and lets sends fail with ENOTCONN until the handle
+ * has reconnected, which it does by itself; more than the server takes is EMSGSIZE, what it does not permit EACCES.
+ *
+ * @param url the transport
  * @param handle filled with the new handle, which the caller closes with qip_close
- * @return 0; else non-zero with errno (EINVAL: malformed, EPROTONOSUPPORT: no such transport)
+ * @return 0; else non-zero with errno (EINVAL: malformed, EPROTONOSUPPORT: no such transport, ECONNREFUSED: no server,
+ *         EACCES: the server does not know us)
  */
 int qip_open(const char *url, uint32_t *handle);
 
@@ -35,7 +49,8 @@ int qip_close(uint32_t handle);
  * (0xfe000000/0 are the local listeners of notifications, 0xff000001/0 the modules).
  * @param bound messages to this address that may wait here, at least 1: beyond it a send that must not block fails with
  *        EAGAIN and any other send waits. A group's message is given to all of its listeners or to none.
- * @return 0; else non-zero with errno (EADDRINUSE: taken; EINVAL: bound 0; EBADF: unknown handle)
+ * @return 0; else non-zero with errno (EADDRINUSE: taken; EINVAL: bound 0; EBADF: unknown handle; EACCES: not
+ * permitted)
  */
 int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound);
 

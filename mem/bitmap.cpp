@@ -12,9 +12,10 @@ namespace {
 
 constexpr int label_width = 15;
 constexpr uint32_t bytes_a_line = 16;
-constexpr uint32_t word_size = sizeof(uint64_t);
-constexpr uint32_t stride = 4 * word_size;
-constexpr uint32_t block_size = 16 * word_size;
+constexpr size_t word_size = sizeof(uint64_t);
+constexpr size_t stride = 4 * word_size;
+constexpr size_t lane_size = 4 * word_size;
+constexpr size_t block_size = 7 * lane_size;
 
 uint64_t load(const uint8_t *from) {
     uint64_t word;
@@ -27,61 +28,96 @@ uint8_t bit_of(uint32_t position) { return static_cast<uint8_t>(1U << (position 
 // The byte just past the length counts as inside.
 bool outside(uint32_t length, uint32_t position) { return position >> 3 > length; }
 
-// The first byte at or after `at` that is not `idle`, or `length`.
-uint32_t skip_idle(const uint8_t *map, uint32_t length, uint32_t at, uint8_t idle) {
-    const uint64_t idle_word = idle * UINT64_C(0x0101010101010101);
+// Eight bytes, the first in the lowest bits on every host.
+uint64_t load_in_order(const uint8_t *from) {
+    const uint64_t word = load(from);
+    return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
+}
+
+// The bits from byte `at` on that differ from the idle word's, of at most eight bytes; none beyond the length.
+uint64_t window(const uint8_t *map, uint32_t length, uint32_t at, uint64_t idle) {
+    if (length - at >= word_size) {
+        return load_in_order(map + at) ^ idle;
+    }
+    if (length >= word_size) {
+        return (load_in_order(map + length - word_size) ^ idle) >> (word_size - (length - at)) * 8;
+    }
+    uint64_t bits = 0;
+    for (uint32_t i = at; i < length; i++) {
+        bits |= static_cast<uint64_t>(map[i] ^ static_cast<uint8_t>(idle)) << (i - at) * 8;
+    }
+    return bits;
+}
+
+// Leaves four idle words at a time behind.
+uint32_t skip_idle(const uint8_t *map, uint32_t length, uint32_t at, uint64_t idle) {
     for (; length - at >= stride; at += stride) {
         const uint8_t *next = map + at;
-        if (((load(next) ^ idle_word) | (load(next + 8) ^ idle_word) | (load(next + 16) ^ idle_word) |
-             (load(next + 24) ^ idle_word)) != 0) {
+        if (((load(next) ^ idle) | (load(next + word_size) ^ idle) | (load(next + 2 * word_size) ^ idle) |
+             (load(next + 3 * word_size) ^ idle)) != 0) {
             break;
         }
-    }
-    while (length - at >= word_size && load(map + at) == idle_word) {
-        at += word_size;
-    }
-    while (at < length && map[at] == idle) {
-        at++;
     }
     return at;
 }
 
 // Finds the lowest bit at or after `start` that differs from `idle`'s.
-uint32_t find(const uint8_t *map, uint32_t length, uint32_t start, uint8_t idle, uint32_t *position) {
-    *position = 0;
+inline uint32_t find(const uint8_t *map, uint32_t length, uint32_t start, uint64_t idle, uint32_t *position) {
     uint32_t at = start >> 3;
-    if (at >= length) {
-        return RIB_FAILED;
-    }
-    uint32_t hits = static_cast<uint32_t>(map[at] ^ idle) >> (start & 7) << (start & 7);
-    if (hits == 0) {
-        at = skip_idle(map, length, at + 1, idle);
-        if (at == length) {
-            return RIB_FAILED;
+    uint64_t wanted = ~UINT64_C(0) << (start & 7);
+    while (at < length) {
+        const uint64_t hits = window(map, length, at, idle) & wanted;
+        if (hits != 0) {
+            *position = at * 8 + static_cast<uint32_t>(std::countr_zero(hits));
+            return RIB_OK;
         }
-        hits = static_cast<uint32_t>(map[at] ^ idle);
+        at = length - at > word_size ? skip_idle(map, length, at + word_size, idle) : length;
+        wanted = ~UINT64_C(0);
     }
-    *position = at * 8 + static_cast<uint32_t>(std::countr_zero(hits));
-    return RIB_OK;
+    *position = 0;
+    return RIB_FAILED;
 }
 
-// The number of set bits of each byte, in that byte.
-uint64_t ones_per_byte(uint64_t word) {
+// The number of set bits of each half byte, in that half.
+uint64_t ones_per_half(uint64_t word) {
     word -= word >> 1 & UINT64_C(0x5555555555555555);
-    word = (word & UINT64_C(0x3333333333333333)) + (word >> 2 & UINT64_C(0x3333333333333333));
-    return (word + (word >> 4)) & UINT64_C(0x0f0f0f0f0f0f0f0f);
+    return (word & UINT64_C(0x3333333333333333)) + (word >> 2 & UINT64_C(0x3333333333333333));
 }
+
+uint64_t halves_to_bytes(uint64_t word) {
+    return (word & UINT64_C(0x0f0f0f0f0f0f0f0f)) + (word >> 4 & UINT64_C(0x0f0f0f0f0f0f0f0f));
+}
+
+uint64_t ones_per_byte(uint64_t word) { return halves_to_bytes(ones_per_half(word)); }
 
 uint32_t sum_of_bytes(uint64_t word) {
     word = (word & UINT64_C(0x00ff00ff00ff00ff)) + (word >> 8 & UINT64_C(0x00ff00ff00ff00ff));
     return static_cast<uint32_t>(word * UINT64_C(0x0001000100010001) >> 48);
 }
 
-// A byte of the sum holds the ones of 16 bytes, 128 at most.
+// Three words to two: each bit of `sum`, and twice each bit of `carry`.
+struct added {
+    uint64_t sum;
+    uint64_t carry;
+
+    added(uint64_t a, uint64_t b, uint64_t c) : sum(a ^ b ^ c), carry((a & b) | ((a ^ b) & c)) {}
+};
+
+// The ones of seven words, for each byte's place: 56 at most.
+uint64_t ones_of_seven(const uint8_t *from) {
+    const added low(load(from), load(from + lane_size), load(from + 2 * lane_size));
+    const added middle(load(from + 3 * lane_size), load(from + 4 * lane_size), load(from + 5 * lane_size));
+    const added ones(low.sum, middle.sum, load(from + 6 * lane_size));
+    const added twos(low.carry, middle.carry, ones.carry);
+    const uint64_t low_halves = ones_per_half(ones.sum) + 2 * ones_per_half(twos.sum);
+    return halves_to_bytes(low_halves) + 4 * ones_per_byte(twos.carry);
+}
+
+// Words of the same lane are a lane's width apart, so that neighbouring lanes fill a vector.
 uint32_t ones_of_block(const uint8_t *block) {
     uint64_t sum = 0;
-    for (uint32_t i = 0; i < block_size; i += word_size) {
-        sum += ones_per_byte(load(block + i));
+    for (size_t lane = 0; lane < lane_size; lane += word_size) {
+        sum += ones_of_seven(block + lane);
     }
     return sum_of_bytes(sum);
 }
@@ -128,11 +164,11 @@ uint32_t bmap_is_clr(const uint8_t *map, uint32_t length, uint32_t position) {
 }
 
 uint32_t bmap_next_set(const uint8_t *map, uint32_t length, uint32_t start, uint32_t *position) {
-    return find(map, length, start, 0x00, position);
+    return find(map, length, start, 0, position);
 }
 
 uint32_t bmap_next_clr(uint8_t *map, uint32_t length, uint32_t start, uint32_t *position) {
-    const uint32_t result = find(map, length, start, 0xff, position);
+    const uint32_t result = find(map, length, start, ~UINT64_C(0), position);
     if (result == RIB_OK) {
         map[*position >> 3] |= bit_of(*position);
     }

@@ -22,6 +22,7 @@ inline constexpr uint32_t block_kinds = 2;
 struct bud_chunk {
     uint16_t starts; ///< bit u: a block starts at unit u
     uint16_t used;   ///< bit u: and it is used
+    uint16_t sizes;  ///< bit s: there is a free block of size s + 1
 };
 
 /// The chunks and the sets over them, in one piece of memory.

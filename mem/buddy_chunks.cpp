@@ -28,8 +28,9 @@ uint32_t sizes_free(bud_chunk chunk) {
 
 // Stores a chunk, and takes it into and out of the sets whose answer has changed.
 void put_chunk(bud_chunks &chunks, uint32_t number, bud_chunk changed) {
-    const uint32_t before = sizes_free(chunks.chunk[number]);
+    const uint32_t before = chunks.chunk[number].sizes;
     const uint32_t after = sizes_free(changed);
+    changed.sizes = static_cast<uint16_t>(after);
     chunks.chunk[number] = changed;
     for (uint32_t differ = before ^ after; differ != 0; differ &= differ - 1) {
         const auto size = static_cast<uint32_t>(std::countr_zero(differ)) + 1;
@@ -64,7 +65,7 @@ bool right_is_free(bud_chunk chunk, uint32_t unit, uint32_t size) {
 
 void copy_chunks(bud_chunks &to, const bud_chunks &from, uint32_t count) {
     for (uint32_t number = 0; number < count; number++) {
-        put_chunk(to, number, from.chunk[number]);
+        put_chunk(to, number, from.chunk[number]); // what `to` holds there is empty
     }
 }
 
@@ -97,6 +98,7 @@ bool enter_block(bud_chunks &chunks, block_kind kind, uint32_t size, uint32_t in
     if (kind == used_block) {
         chunk.used |= start;
     } else {
+        chunk.sizes |= bit(size - 1);
         tree_insert(set_of(chunks, size), chunks.shape, number);
     }
     return true;
@@ -162,7 +164,7 @@ void carve_chunk(struct bud &bud, uint32_t size) {
     const auto starts = static_cast<uint16_t>(1U | 1U << size); // beyond the chunk when the block fills it
     const uint32_t number = bud.carve_mark / chunk_units;
     bud.chunks.chunk[number] = {};
-    put_chunk(bud.chunks, number, {starts, 1});
+    put_chunk(bud.chunks, number, {starts, 1, 0});
     count_block(bud, used_block, size, 1);
     if (size != chunk_units) {
         count_block(bud, free_block, chunk_units - size, 1);

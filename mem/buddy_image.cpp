@@ -3,6 +3,7 @@
 #include "mem/buddy_lists.h"
 #include "mem/image.h"
 #include "rib_codes.h"
+#include <algorithm>
 #include <cstdlib>
 
 using namespace ribkit;
@@ -29,13 +30,39 @@ cursors list_starts(const uint32_t count[block_kinds][bud_sizes]) {
     return at;
 }
 
+constexpr uint32_t group_chunks = 4; // as many as a 64-bit word has units for
+constexpr uint32_t group_units = group_chunks * chunk_units;
+
+struct group {
+    uint64_t starts = 0;
+    uint64_t used = 0;
+
+    group(const struct bud &bud, uint32_t first) {
+        const uint32_t count = std::min(group_chunks, chunks_below(bud.carve_mark) - first);
+        for (uint32_t i = 0; i < count; i++) {
+            starts |= uint64_t{bud.chunks.chunk[first + i].starts} << i * chunk_units;
+            used |= uint64_t{bud.chunks.chunk[first + i].used} << i * chunk_units;
+        }
+        if (count < group_chunks) {
+            starts |= uint64_t{1} << count * chunk_units;
+        }
+    }
+
+    // The end of the block that starts at this unit.
+    [[nodiscard]] uint32_t end(uint32_t unit) const {
+        const uint64_t later = starts & ~uint64_t{1} << unit;
+        return later != 0 ? static_cast<uint32_t>(std::countr_zero(later)) : group_units;
+    }
+};
+
 void save_chunks(const struct bud &bud, uint8_t *image, cursors at) {
-    for (uint32_t number = 0; number < chunks_below(bud.carve_mark); number++) {
-        const bud_chunk chunk = bud.chunks.chunk[number];
-        for (uint32_t starts = listed_starts(bud, number); starts != 0; starts &= starts - 1) {
+    for (uint32_t base = 0; base < bud.carve_mark; base += group_units) {
+        const group blocks(bud, base / chunk_units);
+        const uint32_t units = bud.carve_mark - base;
+        uint64_t starts = units < group_units ? blocks.starts & ((uint64_t{1} << units) - 1) : blocks.starts;
+        for (; starts != 0; starts &= starts - 1) {
             const auto unit = static_cast<uint32_t>(std::countr_zero(starts));
-            const uint32_t kind = chunk.used >> unit & 1U;
-            store_word(image, at.word[kind][block_size(chunk, unit) - 1]++, number * chunk_units + unit);
+            store_word(image, at.word[blocks.used >> unit & 1][blocks.end(unit) - unit - 1]++, base + unit);
         }
     }
 }
@@ -58,7 +85,7 @@ struct image_head {
     uint32_t carve_mark;
     uint32_t count[block_kinds][bud_sizes];
 };
-static_assert(sizeof(image_head) == fixed_words * word_bytes && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
+static_assert(sizeof(image_head) == BUD_IMAGE_FIXED_SIZE && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
 
 // Whether chunks can hold the image's blocks, as far as its head tells: all carved units once, and no carving from
 // within a chunk.

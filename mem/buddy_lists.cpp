@@ -139,14 +139,14 @@ void push(struct bud &bud, block_kind kind, uint32_t size, uint32_t index) {
 void clear_lists(bud_lists &lists) {
     lists.fresh = 0;
     lists.unused = no_node;
-    std::fill(&lists.head[0][0], &lists.head[0][0] + block_kinds * bud_sizes, no_node);
+    std::fill_n(&lists.head[0][0], size_t{block_kinds} * bud_sizes, no_node);
 }
 
 bool reserve_nodes(bud_lists &lists, uint64_t count) {
     if (count <= lists.capacity) {
         return true;
     }
-    if (count > SIZE_MAX / sizeof(bud_node) || count >= no_node) {
+    if (count >= no_node || count * sizeof(bud_node) > SIZE_MAX) {
         return false;
     }
     auto *larger = static_cast<bud_node *>(std::malloc(static_cast<size_t>(count) * sizeof(bud_node)));

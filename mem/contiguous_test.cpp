@@ -427,7 +427,7 @@ void random_step(struct cont *cont, model &expected, ribkit::random_words &rando
     uint32_t answer = 0;
     uint32_t out = 0;
     uint32_t position = 0;
-    const uint32_t dice = random() % 100;
+    const uint32_t dice = random() % 1000;
     std::string printed;
     if (dice < allocations) {
         answer = expected.alloc(s, &position);
@@ -435,7 +435,7 @@ void random_step(struct cont *cont, model &expected, ribkit::random_words &rando
         const auto call = [&] { result = cont_alloc(cont, s, &out); };
         quiet ? call() : static_cast<void>(printed = printed_by(call));
         ASSERT_EQ(out, position);
-    } else if (dice < 99) {
+    } else if (dice < 998) {
         position = expected.seg[s].first + random() % (expected.seg[s].free - expected.seg[s].first + 1);
         answer = expected.free(s, position);
         result = cont_free(cont, s, position);
@@ -473,7 +473,7 @@ void random_walk(uint32_t segments, uint32_t block, uint32_t steps, uint32_t see
     told.clear();
     masks_before_failure = expected.masks_left = failing ? random() % 200 : 0xffffffff;
     for (uint32_t step = 0; step < steps; step++) {
-        ASSERT_NO_FATAL_FAILURE(random_step(cont, expected, random, step / 200 % 4 == 0 ? 60 : 47)) << step;
+        ASSERT_NO_FATAL_FAILURE(random_step(cont, expected, random, step / 500 % 4 == 0 ? 550 : 470)) << step;
         ASSERT_EQ(image_of(cont), expected.image()) << step;
         if (masks_before_failure > 0x80000000 && failing) {
             break; // the mask has failed: what follows is no longer laid out

@@ -1,7 +1,6 @@
 #include "bench/harness.h"
 #include "mem/mem_bench.h"
 #include "mem/naive_pool.h"
-#include "mem/random_words.h"
 #include "rib_mem.h"
 #include <cstdlib>
 #include <memory_resource>
@@ -17,10 +16,18 @@ namespace ribkit::bench {
 
 namespace {
 
+template <class Heap> struct one_by_one {
+    void fill(std::vector<void *> &live, size_t items) {
+        while (live.size() < items) {
+            live.push_back(static_cast<Heap *>(this)->alloc());
+        }
+    }
+};
+
 constexpr uint32_t item_size = 24;
 constexpr uint32_t chunk_size = 64;
 
-struct our_pool {
+struct our_pool : one_by_one<our_pool> {
     struct pool *pool = pool_create(chunk_size, item_size);
     our_pool() = default;
     our_pool(const our_pool &) = delete;
@@ -30,25 +37,28 @@ struct our_pool {
     void free(void *item) const { pool_free(pool, item); }
 };
 
-struct c_heap {
+struct c_heap : one_by_one<c_heap> {
     static void *alloc() { return std::calloc(1, item_size); }
     static void free(void *item) { std::free(item); }
 };
 
 struct naive_chunks {
     naive::pool pool{chunk_size, item_size};
+    void fill(std::vector<void *> &live, size_t items) {
+        pool.fill(static_cast<uint32_t>(items / chunk_size), [&](void *item) { live.push_back(item); });
+    }
     void *alloc() { return pool.alloc(); }
     void free(void *item) { pool.free(static_cast<uint8_t *>(item)); }
 };
 
-struct pmr_pool {
+struct pmr_pool : one_by_one<pmr_pool> {
     std::pmr::unsynchronized_pool_resource pool;
     void *alloc() { return pool.allocate(item_size, alignof(void *)); }
     void free(void *item) { pool.deallocate(item, item_size, alignof(void *)); }
 };
 
 #if defined(RIBKIT_HAS_BOOST_POOL)
-struct boost_pool {
+struct boost_pool : one_by_one<boost_pool> {
     boost::pool<> pool{item_size};
     void *alloc() { return pool.malloc(); }
     void free(void *item) { pool.free(item); }
@@ -58,14 +68,10 @@ struct boost_pool {
 // Items come and go at random; about `items` of them live.
 template <class Heap> class churn {
   public:
-    explicit churn(size_t items) : items_(items), random_(5) {
+    explicit churn(size_t items, uint32_t first_steps) : items_(items) {
         live_.reserve(items * 2);
-        for (size_t i = 0; i < items; i++) {
-            live_.push_back(heap_.alloc());
-        }
-        for (size_t i = 0; i < 2 * items && i < 400000; i++) {
-            step();
-        }
+        heap_.fill(live_, items);
+        steps(first_steps);
     }
     churn(const churn &) = delete;
     churn &operator=(const churn &) = delete;
@@ -97,15 +103,14 @@ template <class Heap> class churn {
   private:
     Heap heap_;
     size_t items_;
-    random_words random_;
     uint64_t seed_ = 7;
     std::vector<void *> live_;
 };
 
 template <class Peer>
 void row(const char *peer, uint32_t items, const char *goal, uint32_t steps = 1000, int rounds = 60) {
-    churn<our_pool> ours(items);
-    churn<Peer> theirs(items);
+    churn<our_pool> ours(items, steps * 200);
+    churn<Peer> theirs(items, steps * 200);
     const std::string what = "churn of " + std::to_string(items / 1024) + "K items, " + peer;
     print_row(what,
               compare(

@@ -7,20 +7,34 @@ namespace ribkit {
 
 namespace {
 
-static_assert(sizeof(tree_word) == sizeof(void *));
+static_assert(sizeof(tree_word) == sizeof(void *) && sizeof(pool_bucket) == 2 * sizeof(void *));
 
 constexpr uintptr_t spread = static_cast<uintptr_t>(UINT64_C(0x9e3779b97f4a7c15) >> (64 - tree_word_bits));
 
 uintptr_t address(const void *at) { return reinterpret_cast<uintptr_t>(at); }
 
-pool_chunk **bucket(const pool_index &index, uintptr_t granule) {
-    return index.buckets + (granule * spread >> index.bucket_shift);
+pool_bucket &bucket(const pool_index &index, uintptr_t granule) {
+    return index.buckets[granule * spread >> index.bucket_shift];
+}
+
+pool_bucket &bucket_of(const pool_index &index, const pool_chunk *chunk) {
+    return bucket(index, address(chunk->data) >> index.granule_shift);
 }
 
 void file(pool_index &index, pool_chunk *chunk) {
-    pool_chunk **head = bucket(index, address(chunk->data) >> index.granule_shift);
-    chunk->same_bucket = *head;
-    *head = chunk;
+    pool_bucket &taking = bucket_of(index, chunk);
+    chunk->same_bucket = taking.first;
+    taking = {chunk->data, chunk};
+}
+
+void unfile(pool_index &index, const pool_chunk *chunk) {
+    pool_bucket &giving = bucket_of(index, chunk);
+    pool_chunk **link = &giving.first;
+    while (*link != chunk) {
+        link = &(*link)->same_bucket;
+    }
+    *link = chunk->same_bucket;
+    giving.data = giving.first != nullptr ? giving.first->data : nullptr;
 }
 
 void set_capacity(pool_index &index, uint32_t capacity) {
@@ -65,26 +79,34 @@ void file_all(struct pool &pool) {
 bool grow(struct pool &pool) {
     pool_index &index = pool.index;
     const size_t capacity = size_t{2} * index.capacity;
-    void *block = std::calloc(3 * capacity + tree_shape(static_cast<uint32_t>(capacity)).words, sizeof(void *));
+    void *block = std::calloc(5 * capacity + tree_shape(static_cast<uint32_t>(capacity)).words, sizeof(void *));
     if (block == nullptr) {
         return false;
     }
     std::free(index.block);
     set_capacity(index, static_cast<uint32_t>(capacity));
     index.block = block;
-    index.slots = static_cast<pool_chunk **>(block);
-    index.buckets = index.slots + capacity;
-    index.room = reinterpret_cast<tree_word *>(index.buckets + 2 * capacity);
+    index.buckets = static_cast<pool_bucket *>(block);
+    index.slots = reinterpret_cast<pool_chunk **>(index.buckets + 2 * capacity);
+    index.room = reinterpret_cast<tree_word *>(index.slots + capacity);
     close_gaps(pool);
     file_all(pool);
     return true;
 }
 
+bool holds(const struct pool &pool, const uint8_t *data, const void *item) {
+    return address(item) - address(data) < pool.area;
+}
+
 pool_chunk *holder_in(const struct pool &pool, uintptr_t granule, const void *item) {
-    pool_chunk *chunk = *bucket(pool.index, granule);
-    while (chunk != nullptr && address(item) - address(chunk->data) >= pool.area) {
-        chunk = chunk->same_bucket;
+    const pool_bucket &asked = bucket(pool.index, granule);
+    pool_chunk *chunk = asked.first;
+    if (chunk == nullptr || holds(pool, asked.data, item)) {
+        return chunk;
     }
+    do {
+        chunk = chunk->same_bucket;
+    } while (chunk != nullptr && !holds(pool, chunk->data, item));
     return chunk;
 }
 
@@ -122,11 +144,7 @@ void index_add(struct pool &pool, pool_chunk *chunk) {
 void index_remove(struct pool &pool, pool_chunk *chunk) {
     pool_index &index = pool.index;
     tree_erase(index.room, index.shape, chunk->slot);
-    pool_chunk **link = bucket(index, address(chunk->data) >> index.granule_shift);
-    while (*link != chunk) {
-        link = &(*link)->same_bucket;
-    }
-    *link = chunk->same_bucket;
+    unfile(index, chunk);
     index.chunks--;
 }
 

@@ -14,6 +14,12 @@ namespace ribkit {
 
 struct pool_chunk;
 
+/// Chunks filed together; the first one's items are noted beside it, so that most chunks need no look to be passed by.
+struct pool_bucket {
+    const uint8_t *data;
+    pool_chunk *first;
+};
+
 struct pool_index {
     static constexpr uint32_t first_capacity = 16;
 
@@ -24,12 +30,12 @@ struct pool_index {
     uint32_t granule_shift;
     uint32_t bucket_shift;
     pool_chunk **slots;
-    pool_chunk **buckets; ///< twice the capacity
+    pool_bucket *buckets; ///< twice the capacity
     tree_word *room;      ///< slots whose chunk has room
     void *block;          ///< what holds the three once they have outgrown those below
 
     pool_chunk *first_slots[first_capacity];
-    pool_chunk *first_buckets[2 * first_capacity];
+    pool_bucket first_buckets[2 * first_capacity];
     tree_word first_room[1];
 };
 

@@ -17,6 +17,7 @@ template <typename Value> struct named {
     const char *name;
     Value value;
 };
+template <typename Value> named(const char *, Value) -> named<Value>;
 
 constexpr std::array calls{named{"open", service_call::open}, named{"listen", service_call::listen},
                            named{"send", service_call::send}, named{"recv", service_call::recv},

@@ -1,50 +1,66 @@
-// Handles are looked up on every call and opened rarely: readers share the lock.
+// Handles are looked up on every call: they are spread over many small lists, each with a lock of its own, so that
+// threads on different handles do not meet.
 #include "platform/handles.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <mutex>
-#include <shared_mutex>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace ribkit::platform {
 
 namespace {
 
-struct handle_table {
-    std::shared_mutex lock;
-    std::unordered_map<uint32_t, endpoint_ptr> open;
-    uint32_t next = 1;
+struct alignas(64) handle_list {
+    std::mutex lock;
+    std::vector<std::pair<uint32_t, endpoint_ptr>> open;
+
+    auto find(uint32_t handle) {
+        return std::find_if(open.begin(), open.end(), [=](const auto &one) { return one.first == handle; });
+    }
 };
 
 // Never destroyed: threads may still be in a call when the process ends.
-handle_table &handles() {
-    static auto &table = *new handle_table;
-    return table;
+handle_list &list_of(uint32_t handle) {
+    static auto &lists = *new std::array<handle_list, 64>;
+    return lists[handle % lists.size()];
 }
+
+std::atomic<uint32_t> last_handle{0};
 
 } // namespace
 
 uint32_t add_handle(endpoint_ptr opened) {
-    handle_table &table = handles();
-    const std::scoped_lock lock{table.lock};
-    while (table.next == 0 || table.open.contains(table.next)) {
-        ++table.next;
+    for (;;) {
+        const uint32_t handle = ++last_handle;
+        handle_list &list = list_of(handle);
+        const std::scoped_lock lock{list.lock};
+        if (handle != 0 && list.find(handle) == list.open.end()) {
+            list.open.emplace_back(handle, std::move(opened));
+            return handle;
+        }
     }
-    table.open.emplace(table.next, std::move(opened));
-    return table.next++;
 }
 
 endpoint_ptr find_handle(uint32_t handle) {
-    handle_table &table = handles();
-    const std::shared_lock lock{table.lock};
-    const auto found = table.open.find(handle);
-    return found == table.open.end() ? nullptr : found->second;
+    handle_list &list = list_of(handle);
+    const std::scoped_lock lock{list.lock};
+    const auto found = list.find(handle);
+    return found == list.open.end() ? nullptr : found->second;
 }
 
 endpoint_ptr remove_handle(uint32_t handle) {
-    handle_table &table = handles();
-    const std::scoped_lock lock{table.lock};
-    auto node = table.open.extract(handle);
-    return node.empty() ? nullptr : std::move(node.mapped());
+    handle_list &list = list_of(handle);
+    const std::scoped_lock lock{list.lock};
+    const auto found = list.find(handle);
+    if (found == list.open.end()) {
+        return nullptr;
+    }
+    endpoint_ptr removed = std::move(found->second);
+    list.open.erase(found);
+    return removed;
 }
 
 } // namespace ribkit::platform

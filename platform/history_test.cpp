@@ -97,6 +97,7 @@ TEST_F(history, subtypes_can_be_switched_off) {
 
 TEST_F(history, is_told_by_many_threads) {
     std::vector<std::thread> telling;
+    telling.reserve(4);
     for (int number = 0; number < 4; ++number) {
         telling.emplace_back([] {
             for (int count = 0; count < 200; ++count) {

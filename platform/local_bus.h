@@ -7,7 +7,7 @@
 
 namespace ribkit::platform {
 
-/// Joins the bus of this name; it lives as long as an endpoint is on it.
-int open_local(std::string_view name, endpoint_ptr &opened);
+/// Joins the bus of the URL "local:NAME"; it lives as long as an endpoint is on it.
+int open_local(std::string_view url, endpoint_ptr &opened);
 
 } // namespace ribkit::platform

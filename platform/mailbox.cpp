@@ -2,12 +2,8 @@
 // hands it a message touches the waiter last by setting `ended`, so that a spinning thread may leave without the lock.
 #include "platform/mailbox.h"
 
-#include "platform/faults.h"
-#include "platform/history.h"
-
 #include <algorithm>
 #include <cerrno>
-#include <thread>
 #include <utility>
 
 namespace ribkit::platform {
@@ -29,38 +25,7 @@ bool wants_incoming(const selector &selected) {
     return selected.wanted == selector::kind::incoming || selected.wanted == selector::kind::anything;
 }
 
-void record(const disturbance &done) {
-    const auto tell = [](bool happened, const char *text) {
-        if (happened) {
-            record_event(text);
-        }
-    };
-    tell(done.lost, "fault: message lost");
-    tell(done.twice, "fault: message twice");
-    tell(done.behind_the_next, "fault: message behind the next");
-    tell(done.milliseconds_late != 0, "fault: message late");
-    tell(done.most_bytes != UINT32_MAX, "fault: message truncated");
-}
-
 } // namespace
-
-void post_office::wait_for_room(std::unique_lock<std::mutex> &locked) {
-    timed_wait own;
-    waiting_.push_back(&own);
-    const uint64_t seen = rooms_made_;
-    own.wait(room_, locked, never, [&] { return rooms_made_ != seen; });
-    std::erase(waiting_, &own);
-}
-
-void post_office::room_made() {
-    ++rooms_made_;
-    for (timed_wait *one : waiting_) {
-        one->end();
-    }
-    if (!waiting_.empty()) {
-        room_.notify_all();
-    }
-}
 
 struct mailbox::waiter {
     const selector &selected;
@@ -92,23 +57,6 @@ struct mailbox::waiter {
     }
 };
 
-uint32_t spin_habit::turns() {
-    static const bool alone = std::thread::hardware_concurrency() < 2;
-    if (alone) {
-        return 0;
-    }
-    const uint32_t wait = waits_.fetch_add(1, std::memory_order_relaxed);
-    return wait % probe_every == 0 ? most : turns_.load(std::memory_order_relaxed);
-}
-
-void spin_habit::learn(uint32_t turns, bool helped) {
-    if (helped) {
-        turns_.store(most, std::memory_order_relaxed);
-    } else if (turns != 0) {
-        turns_.store(turns / 4, std::memory_order_relaxed);
-    }
-}
-
 door &mailbox::add_door(uint32_t bound) { return doors_.emplace_back(door{.bound = bound}); }
 
 mailbox::waiter *mailbox::waiter_for(const message &letter, bool is_answer) {
@@ -121,53 +69,6 @@ mailbox::waiter *mailbox::waiter_for(const message &letter, bool is_answer) {
     waiter *first = *found;
     waiters_.erase(found);
     return first;
-}
-
-void mailbox::put(door &way_in, message letter) { arrive({std::move(letter), &way_in}); }
-
-void mailbox::put_answer(message letter) { arrive({std::move(letter), nullptr}); }
-
-void mailbox::arrive(parcel one) {
-    fault_script *script = faults();
-    if (script == nullptr) {
-        take_in(std::move(one));
-        return;
-    }
-    const disturbance done = script->next_message();
-    record(done);
-    if (done.lost) {
-        return;
-    }
-    one.letter.size = std::min(one.letter.size, done.most_bytes);
-    if (done.twice) {
-        arrive_later({copy_of(one.letter), one.way_in}, done.milliseconds_late);
-    }
-    if (done.behind_the_next) {
-        behind_the_next_.push_back(std::move(one));
-    } else {
-        arrive_later(std::move(one), done.milliseconds_late);
-    }
-}
-
-void mailbox::arrive_later(parcel one, uint32_t milliseconds) {
-    if (milliseconds == 0) {
-        arrive_in_turn(std::move(one));
-        return;
-    }
-    do_later(std::chrono::milliseconds{milliseconds},
-             [home = weak_from_this(), late = std::make_shared<parcel>(std::move(one))] {
-                 if (const auto box = home.lock()) {
-                     const std::scoped_lock lock{box->office_->lock};
-                     box->arrive_in_turn(std::move(*late));
-                 }
-             });
-}
-
-void mailbox::arrive_in_turn(parcel one) {
-    take_in(std::move(one));
-    for (parcel &next : std::exchange(behind_the_next_, {})) {
-        take_in(std::move(next));
-    }
 }
 
 void mailbox::take_in(parcel one) {
@@ -197,7 +98,7 @@ bool mailbox::awaits(uint32_t token) const {
     return std::find(awaited_.rbegin(), awaited_.rend(), token) != awaited_.rend();
 }
 
-void mailbox::await_no_more(uint32_t token) {
+void mailbox::expect_no_more(uint32_t token) {
     const auto found = std::find(awaited_.rbegin(), awaited_.rend(), token);
     if (found != awaited_.rend()) {
         *found = awaited_.back();
@@ -212,12 +113,25 @@ void mailbox::take_in_answer(message letter) {
         return;
     }
     if (waiter *reader = waiter_for(letter, true)) {
-        await_no_more(token);
+        expect_no_more(token);
         reader->letter = std::move(letter);
         reader->end();
         return;
     }
     answers_.push_back(std::move(letter));
+}
+
+void mailbox::fail(uint32_t token, int error) {
+    message news;
+    news.token = token;
+    news.error = error;
+    take_in_answer(std::move(news));
+}
+
+void mailbox::fail_all(int error) {
+    for (const uint32_t token : std::vector<uint32_t>{awaited_}) {
+        fail(token, error);
+    }
 }
 
 bool mailbox::take_incoming(message &letter) {
@@ -240,7 +154,7 @@ bool mailbox::take_answer(const selector &selected, message &letter) {
     }
     letter = std::move(*found);
     answers_.erase(found);
-    await_no_more(letter.token);
+    expect_no_more(letter.token);
     return true;
 }
 
@@ -257,14 +171,15 @@ int mailbox::receive(const selector &selected, message &letter) {
         return EINVAL;
     }
     if (take(selected, letter)) {
-        return 0;
+        return letter.error;
     }
     if (!selected.may_wait) {
         return EAGAIN;
     }
     waiter self{.selected = selected, .letter = letter};
     waiters_.push_back(&self);
-    return spin(self, locked) ? self.error : sleep(self, locked);
+    const int error = spin(self, locked) ? self.error : sleep(self, locked);
+    return error != 0 ? error : letter.error;
 }
 
 // Without the lock; says whether the wait is over, and otherwise takes the lock again.
@@ -296,7 +211,7 @@ void mailbox::give_up(waiter &self) {
     waiters_.erase(std::find(waiters_.begin(), waiters_.end(), &self));
     self.error = ETIMEDOUT;
     if (self.selected.wanted == selector::kind::by_token) {
-        await_no_more(self.selected.token);
+        expect_no_more(self.selected.token);
     }
 }
 

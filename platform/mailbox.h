@@ -2,10 +2,9 @@
 // requests, and the threads that wait for either. A message is handed straight to the thread that waits for it.
 #pragma once
 
-#include "platform/clock.h"
+#include "platform/post_office.h"
+#include "platform/spin_habit.h"
 #include "platform/transport.h"
-#include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -14,41 +13,12 @@
 
 namespace ribkit::platform {
 
-/// What the mailboxes of one bus share: their lock, and the senders who wait for room in any of them.
-class post_office {
-  public:
-    std::mutex lock;
-
-    void wait_for_room(std::unique_lock<std::mutex> &locked);
-    void room_made();
-
-  private:
-    std::condition_variable room_;
-    std::vector<timed_wait *> waiting_;
-    uint64_t rooms_made_ = 0;
-};
-
 /// The queue of one address: how many messages may wait, and do.
 struct door {
     uint32_t bound = 0;
     uint32_t waiting = 0;
 
     [[nodiscard]] bool has_room() const { return waiting < bound; }
-};
-
-/// How long it pays to spin before sleeping: long where spinning helped the last time, not at all where it did not
-/// (both threads may share a processor), with a try from time to time.
-class spin_habit {
-  public:
-    uint32_t turns();
-    void learn(uint32_t turns, bool helped);
-
-  private:
-    static constexpr uint32_t most = 400;
-    static constexpr uint32_t probe_every = 512;
-
-    std::atomic<uint32_t> turns_{most};
-    std::atomic<uint32_t> waits_{0};
 };
 
 /// All but `receive` are called with the office's lock held. What arrives is disturbed as a fault script says.
@@ -69,9 +39,16 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
 
     /// From now on the answer with this token is awaited; 0, or ENOBUFS.
     int expect(uint32_t token);
+    void expect_no_more(uint32_t token);
 
     /// An answer that nobody awaits is thrown away.
     void put_answer(message letter);
+
+    [[nodiscard]] bool awaits(uint32_t token) const;
+
+    /// Ends the wait for an answer, or for all that have not come, with an errno.
+    void fail(uint32_t token, int error);
+    void fail_all(int error);
 
     int receive(const selector &selected, message &letter);
 
@@ -96,8 +73,6 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
     bool take_answer(const selector &selected, message &letter);
     bool spin(waiter &self, std::unique_lock<std::mutex> &locked);
     int sleep(waiter &self, std::unique_lock<std::mutex> &locked);
-    [[nodiscard]] bool awaits(uint32_t token) const;
-    void await_no_more(uint32_t token);
     void give_up(waiter &self);
 
     std::shared_ptr<post_office> office_;

@@ -26,6 +26,7 @@ struct message {
     uint32_t opcode = 0;
     uint32_t token = 0; ///< of the request that it is or answers; 0 where no answer is awaited
     uint32_t size = 0;
+    int error = 0;         ///< not 0: no answer but the news that none can come
     bool received = false; ///< false: a record of something sent, without payload
     std::unique_ptr<uint8_t[]> payload;
     std::shared_ptr<return_path> reply; ///< null where no answer is awaited

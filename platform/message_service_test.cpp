@@ -59,6 +59,9 @@ TEST_F(message_service, a_cleared_or_dropped_reference_holds_nothing) {
     EXPECT_EQ(qip_drop(client, &sent), 0);
     EXPECT_EQ(error_of(qip_drop(client, &sent)), EBADF);
     EXPECT_EQ(qip_payload_get(&sent), nullptr);
+    ++sent.word[1]; // the generation of an empty slot
+    EXPECT_EQ(error_of(qip_drop(client, &sent)), EBADF);
+    EXPECT_EQ(qip_refs_held(), 0U);
 }
 
 TEST_F(message_service, answers_are_found_by_token_in_any_order) {

@@ -2,7 +2,8 @@
 // can be written with by hand: two queues, each with a mutex and a condition variable, the payload copied once each
 // way.
 #include "bench/harness.h"
-#include "ribkit_platform.h"
+#include "platform/nats_bench.h"
+#include "platform/service_peer.h"
 
 #include <condition_variable>
 #include <cstring>
@@ -77,72 +78,25 @@ class by_hand {
     std::thread serving_{[this] { serve(); }};
 };
 
-constexpr qip_addr server_address{0xfe000001, 25};
-
-class by_service {
-  public:
-    by_service() : serving_{[server = opened(true)] { serve(server); }} {}
-    by_service(const by_service &) = delete;
-    by_service &operator=(const by_service &) = delete;
-    ~by_service() {
-        qip_send(client_, &server_address, 0, nullptr, 0, nullptr, nullptr, nullptr);
-        serving_.join();
-        qip_close(client_);
-    }
-
-    void round_trip(const std::vector<uint8_t> &payload) const {
-        qip_ref ref{};
-        qip_send(client_, &server_address, 7, payload.data(), static_cast<uint32_t>(payload.size()), &ref, nullptr,
-                 nullptr);
-        const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 20, qip_rr_token_get(&ref)}};
-        qip_drop(client_, &ref);
-        qip_recv(client_, &ref, &opts);
-        keep(qip_payload_get(&ref));
-        qip_drop(client_, &ref);
-    }
-
-  private:
-    static uint32_t opened(bool listening) {
-        uint32_t handle = 0;
-        qip_open("local:bench", &handle);
-        if (listening) {
-            qip_listen(handle, &server_address, 16);
-        }
-        return handle;
-    }
-
-    static void serve(uint32_t server) {
-        qip_ref request{};
-        while (qip_recv(server, &request, nullptr) == 0 && qip_opcode_get(&request) != 0) {
-            qip_send(server, &server_address, 0, qip_payload_get(&request), qip_payload_size(&request), nullptr,
-                     &request, nullptr);
-            qip_drop(server, &request);
-        }
-        qip_drop(server, &request);
-        qip_close(server);
-    }
-
-    uint32_t client_ = opened(false);
-    std::thread serving_;
-};
-
 void row(size_t size) {
     const std::vector<uint8_t> payload(size, 0x5a);
-    const by_service ours;
+    const by_service ours{"local:bench"};
     by_hand peer;
     const times best = compare(
         1, [&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }, 300);
     print_row("request and answer of " + std::to_string(size) + " bytes", best, "goal 1.3");
+    print_latencies("    of ours", [&] { ours.round_trip(payload); });
 }
 
 } // namespace
 
 } // namespace ribkit::bench
 
-int main() {
+int main(int argc, char **argv) {
     ribkit::bench::heading("between two threads; peer: mutex and condition variable", "trip");
     for (const size_t size : {64, 1024, 16384}) {
         ribkit::bench::row(size);
     }
+    ribkit::bench::nats_rows(argc > 1 ? argv[1] : nullptr);
     return 0;
 }

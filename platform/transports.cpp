@@ -1,5 +1,6 @@
 // The transports of this program and no more: a further one is a row here.
 #include "platform/local_bus.h"
+#include "platform/nats_transport.h"
 #include "platform/transport.h"
 
 #include <array>
@@ -11,11 +12,13 @@ namespace {
 
 struct transport {
     std::string_view scheme;
-    int (*open)(std::string_view rest, endpoint_ptr &opened); // what follows the scheme and its colon
+    int (*open)(std::string_view url, endpoint_ptr &opened);
 };
 
 constexpr std::array transports{
     transport{"local", open_local},
+    transport{"nats", open_nats},
+    transport{"tls", open_nats},
 };
 
 } // namespace
@@ -27,7 +30,7 @@ int open_endpoint(std::string_view url, endpoint_ptr &opened) {
     }
     for (const transport &one : transports) {
         if (url.substr(0, colon) == one.scheme) {
-            return one.open(url.substr(colon + 1), opened);
+            return one.open(url, opened);
         }
     }
     return EPROTONOSUPPORT;

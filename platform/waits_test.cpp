@@ -42,6 +42,7 @@ TEST_F(waits, a_limit_is_seconds_and_milliseconds) {
 
 TEST_F(waits, each_waiting_thread_gets_its_own_answer) {
     std::vector<std::thread> asking;
+    asking.reserve(4);
     for (int number = 0; number < 4; ++number) {
         asking.emplace_back([this, number] {
             const std::string text = std::to_string(number);
@@ -142,6 +143,8 @@ TEST_F(waits, a_crowd_on_few_handles) {
     constexpr int requests = 250;
     std::vector<std::thread> serving;
     std::vector<std::thread> asking;
+    serving.reserve(3);
+    asking.reserve(clients);
     for (int number = 0; number < 3; ++number) {
         serving.emplace_back(serve, server);
     }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace ribkit::testing {
@@ -15,17 +16,16 @@ static void require(bool holds) {
 
 std::string printed_by(const std::function<void()> &action) {
     std::fflush(stdout);
-    std::FILE *file = std::tmpfile();
-    require(file != nullptr);
+    const int file = memfd_create("printed", MFD_CLOEXEC);
     const int saved = dup(STDOUT_FILENO);
-    require(saved >= 0 && dup2(fileno(file), STDOUT_FILENO) >= 0);
+    require(file >= 0 && saved >= 0 && dup2(file, STDOUT_FILENO) >= 0);
     action();
     std::fflush(stdout);
     require(dup2(saved, STDOUT_FILENO) >= 0);
     close(saved);
-    std::string text(static_cast<size_t>(lseek(fileno(file), 0, SEEK_END)), '\0');
-    require(pread(fileno(file), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
-    std::fclose(file);
+    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
+    require(pread(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    close(file);
     return text;
 }
 

@@ -6,7 +6,7 @@
 
 namespace ribkit::testing {
 
-/// Runs `action` with standard output redirected to a temporary file; returns what it printed.
+/// Runs `action` with standard output redirected to a file in memory; returns what it printed.
 std::string printed_by(const std::function<void()> &action);
 
 } // namespace ribkit::testing

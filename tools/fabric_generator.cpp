@@ -165,6 +165,11 @@ class drawing {
 
 std::string_view shape_name(fabric_shape shape) { return shape_names[static_cast<size_t>(shape)]; }
 
+fabric_shape shape_named(std::string_view name) {
+    const auto *const found = std::find(shape_names.begin(), shape_names.end(), name);
+    return static_cast<fabric_shape>(found - shape_names.begin());
+}
+
 std::string generate_fabric(const fabric_plan &plan) { return drawing(plan).text(); }
 
 } // namespace ribkit

@@ -23,8 +23,9 @@ struct fabric_plan {
 };
 
 /// The words of the command line, in the order of the shapes.
-inline constexpr std::array<const char *, 3> shape_names{"core-edge", "ring", "mesh"};
+inline constexpr std::array<std::string_view, 3> shape_names{"core-edge", "ring", "mesh"};
 std::string_view shape_name(fabric_shape shape);
+fabric_shape shape_named(std::string_view name); ///< one of shape_names
 
 /// The text of a fabric file.
 std::string generate_fabric(const fabric_plan &plan);

@@ -5,6 +5,7 @@
 #include "tools/duration.h"
 #include "tools/fabric_file.h"
 #include "tools/input_error.h"
+#include "tools/lab_text.h"
 #include "tools/progress.h"
 #include "tools/rib_service.h"
 
@@ -23,11 +24,6 @@ namespace {
 
 constexpr const char *bus = "local:";
 constexpr size_t few_routes = 64;
-constexpr size_t few_vsans = 4;
-
-std::string counted(size_t count, const std::string &one, const std::string &many = "") {
-    return joined(count, ' ', count == 1 ? one : many.empty() ? one + "s" : many);
-}
 
 /// Which routes of the RIB are displayed.
 class table_choice {
@@ -72,37 +68,6 @@ output_file open_output(const std::string &path) {
     return file;
 }
 
-std::string vsans_text(const fabric &f) {
-    if (f.vsans().size() > few_vsans) {
-        return counted(f.vsans().size(), "VSAN");
-    }
-    std::string text;
-    for (const auto &[id, name] : f.vsans()) {
-        text += joined(text.empty() ? "VSAN " : ", ", id, name.empty() ? "" : " (" + name + ")");
-    }
-    return text;
-}
-
-std::string event_text(const fabric &f, const fabric_event &event) {
-    std::string text = f.link_name(f.links()[event.link]);
-    text += event.up ? (*event.up ? " comes up" : " goes down") : "";
-    text += event.cost ? joined(event.up ? " and" : "", " costs ", *event.cost) : "";
-    return text;
-}
-
-std::string traffic_text(const client_traffic &traffic) {
-    std::string text;
-    const auto add = [&](size_t count, const char *what) {
-        if (count != 0) {
-            text += text.empty() ? joined(counted(count, "route"), ' ', what) : joined(", ", count, ' ', what);
-        }
-    };
-    add(traffic.added, "added");
-    add(traffic.deleted, "deleted");
-    add(traffic.changed, "changed");
-    return text.empty() ? "no route changed" : joined(text, ", in ", counted(traffic.messages, "message"));
-}
-
 class lab {
   public:
     lab(const lab_options &options, fabric f)
@@ -111,7 +76,7 @@ class lab {
           client_(bus, make_client_options()) {}
 
     int run() {
-        print_head();
+        say(joined(head_text(fabric_, options_.fabric_file), '\n'));
         start_ = std::chrono::steady_clock::now();
         say("at 0s: the fabric starts");
         step({});
@@ -154,7 +119,7 @@ class lab {
     void step(lab_step now) {
         now.traffic = client_.converge(fabric_);
         progress_.clear();
-        say("  " + traffic_text(now.traffic));
+        say(joined("  ", traffic_text(now.traffic)));
         run_.total += now.traffic;
         run_.steps.push_back(std::move(now));
     }
@@ -162,10 +127,10 @@ class lab {
     void finish() {
         if (!quiet_) {
             print_tables();
-            print_summary();
+            say(joined('\n', summary_text(run_)));
         }
-        if (json_) {
-            std::fputs(lab_json(fabric_, run_).c_str(), json_.get());
+        if (json_ && (std::fputs(lab_json(fabric_, run_).c_str(), json_.get()) < 0 || std::fflush(json_.get()) != 0)) {
+            throw std::runtime_error(joined(options_.json_file, ": cannot be written: ", std::strerror(errno)));
         }
     }
 
@@ -173,13 +138,6 @@ class lab {
         if (!quiet_) {
             std::puts(line.c_str());
         }
-    }
-
-    void print_head() const {
-        say(joined(fabric_.name.empty() ? options_.fabric_file : fabric_.name, ": ",
-                   counted(fabric_.switches().size(), "switch", "switches"), ", ",
-                   counted(fabric_.links().size(), "link"), "; routes of ", fabric_.local().name, " (domain ",
-                   fabric_.local().domain, ") in ", vsans_text(fabric_), "\n"));
     }
 
     void print_tables() const {
@@ -194,21 +152,6 @@ class lab {
         if (tables_.hides_many(routes.size())) {
             std::puts("\nThe tables are long: --tables all displays them, --tables VSAN those of one VSAN.");
         }
-    }
-
-    void print_summary() const {
-        const client_traffic &t = run_.total;
-        std::printf("\nSummary\n");
-        std::printf("  routes    %zu sent: %zu added, %zu deleted, %zu changed; the RIB holds %zu\n", t.sent(), t.added,
-                    t.deleted, t.changed, run_.rib.routes().size());
-        if (t.refused != 0) {
-            std::printf("  refused   %zu of the routes sent\n", t.refused);
-        }
-        std::printf("  messages  %zu sent and answered: %zu bytes there, %zu back\n", t.messages, t.bytes_sent,
-                    t.bytes_received);
-        std::printf("  seconds   %.6f: %.6f computing paths, %.6f exchanging messages\n", run_.seconds(),
-                    t.computing.count(), t.exchanging.count());
-        std::printf("  rate      %.0f routes a second\n", run_.routes_per_second());
     }
 
     const lab_options &options_;

@@ -96,6 +96,33 @@ TEST(lab, smaller_messages_leave_the_same_tables) {
     EXPECT_NE(run.output.find("  8 routes added, in 3 messages\n"), std::string::npos);
 }
 
+TEST(lab, events_of_one_moment_are_one_change) {
+    const std::string path = ::testing::TempDir() + "moments.toml";
+    std::ofstream(path) << testing::file_content(small) << R"(
+[[event]]
+at = "7s"
+link = "edge-1 fc1/2"
+state = "down"
+[[event]]
+at = "7s"
+link = "edge-1 fc1/2"
+state = "up"
+[[event]]
+at = "7001ms"
+link = "edge-1 fc1/2"
+cost = 501
+)";
+    const std::string text = ribkit("lab --tables none " + path).output;
+    EXPECT_NE(text.find("at 7s: edge-1 fc1/2 - core-2 fc1/1 goes down\n"
+                        "at 7s: edge-1 fc1/2 - core-2 fc1/1 comes up\n"
+                        "  no route changed\n"
+                        "at 7.001s: edge-1 fc1/2 - core-2 fc1/1 costs 501\n"
+                        "  3 routes changed, in 1 message\n"),
+              std::string::npos)
+        << text;
+    std::remove(path.c_str());
+}
+
 TEST(lab, every_route_of_the_largest_fabric_arrives) {
     const outcome run = ribkit("fabric | " RIBKIT_COMMAND " lab -");
     EXPECT_EQ(run.exit_code, 0);
@@ -118,9 +145,13 @@ TEST(lab, mistakes_are_one_line_and_exit_2) {
               "/nowhere/x.json: cannot be written: No such file or directory\n");
     EXPECT_EQ(complaint("fabric --output /nowhere/x.toml"),
               "/nowhere/x.toml: cannot be written: No such file or directory\n");
-    EXPECT_NE(complaint(std::string("lab --trace --json - ") + small), "");
+    EXPECT_EQ(complaint(std::string("lab --trace --json - ") + small),
+              "--json - leaves no room for --trace on standard output\n");
+    EXPECT_EQ(complaint("lab"), "ribkit lab: FABRIC is required (see ribkit lab --help)\n");
+    EXPECT_EQ(complaint("fabric --shape star"),
+              "ribkit fabric: --shape: star not in {core-edge,ring,mesh} (see ribkit fabric --help)\n");
     for (const char *arguments :
-         {"", "labs", "lab", "lab --message-size 100 x", "lab --tabels all x", "fabric extra", "fabric --switches 1",
+         {"", "labs", "lab --message-size 100 x", "lab --tabels all x", "fabric extra", "fabric --switches 1",
           "fabric --switches 240", "fabric --vsans 0", "fabric --shape star", "fabric --seed -1"}) {
         complaint(arguments);
     }

@@ -1,4 +1,5 @@
 // The ribkit command: a row for each of its commands, and the one place that knows how options are parsed.
+#include "tools/fabric.h"
 #include "tools/fabric_generator.h"
 #include "tools/input_error.h"
 #include "tools/lab.h"
@@ -11,9 +12,9 @@
 #include <cstring>
 #include <exception>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ribkit {
 namespace {
@@ -60,23 +61,24 @@ int write_fabric(const fabric_plan &plan, const std::string &path) {
 
 action declare_fabric(CLI::App &app) {
     const auto plan = std::make_shared<fabric_plan>();
+    const auto shape = std::make_shared<std::string>(shape_name(plan->shape));
     const auto path = std::make_shared<std::string>();
-    app.add_option("--switches", plan->switches, "how many switches")->check(CLI::Range(2, 239))->capture_default_str();
-    app.add_option("--vsans", plan->vsans, "how many VSANs")->check(CLI::Range(1, 4094))->capture_default_str();
-    std::map<std::string, fabric_shape> shapes;
-    for (size_t i = 0; i < shape_names.size(); i++) {
-        shapes[shape_names[i]] = static_cast<fabric_shape>(i);
-    }
-    app.add_option("--shape", plan->shape, "core-edge, ring or mesh")
-        ->transform(CLI::CheckedTransformer(shapes))
+    const auto count = [&app](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
+        app.add_option(name, value, what)->check(CLI::Range(least, most))->type_name("N")->capture_default_str();
+    };
+    count("--switches", plan->switches, 2, last_domain, "how many switches");
+    count("--vsans", plan->vsans, 1, last_vsan, "how many VSANs");
+    count("--events", plan->events, 0, 10'000, "how many links fail and come back");
+    app.add_option("--shape", *shape, "how they are linked")
+        ->check(CLI::IsMember(std::vector<std::string>(shape_names.begin(), shape_names.end())))
         ->type_name("SHAPE")
-        ->default_str(std::string(shape_name(plan->shape)));
-    app.add_option("--seed", plan->seed, "draws everything that is left to chance")->capture_default_str();
-    app.add_option("--events", plan->events, "links that fail and come back")
-        ->check(CLI::Range(0, 10'000))
         ->capture_default_str();
+    app.add_option("--seed", plan->seed, "draws what is left to chance")->type_name("N")->capture_default_str();
     app.add_option("--output", *path, "write to a file instead of standard output")->type_name("FILE");
-    return [plan, path] { return write_fabric(*plan, *path); };
+    return [plan, shape, path] {
+        plan->shape = shape_named(*shape);
+        return write_fabric(*plan, *path);
+    };
 }
 
 action declare_show(CLI::App &app) {
@@ -127,6 +129,21 @@ constexpr command commands[] = {
     {"text", "Prints what numbers are called", declare_text},
 };
 
+/// One line, where CLI11 may say more.
+input_error usage_error(const CLI::App &app, const CLI::ParseError &error) {
+    const auto chosen = app.get_subcommands();
+    if (chosen.empty()) {
+        std::string names;
+        for (const command &c : commands) {
+            names += joined(names.empty() ? "" : ", ", c.name);
+        }
+        return input_error(joined("ribkit: the commands are ", names, " (see ribkit --help)"));
+    }
+    const std::string name = "ribkit " + chosen.front()->get_name();
+    const std::string what = error.what();
+    return input_error(joined(name, ": ", what.substr(0, what.find('\n')), " (see ", name, " --help)"));
+}
+
 int parse_and_run(int argc, char **argv) {
     CLI::App app("Routing information base of a Fibre Channel fabric, off the switch", "ribkit");
     app.require_subcommand(1);
@@ -139,9 +156,9 @@ int parse_and_run(int argc, char **argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success &help) {
-        return app.exit(help);
+        return app.exit(help); // prints it
     } catch (const CLI::ParseError &error) {
-        throw input_error(error.what());
+        throw usage_error(app, error);
     }
     return chosen();
 }

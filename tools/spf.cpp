@@ -30,6 +30,9 @@ std::vector<std::vector<arc>> arcs_of(size_t nodes, std::span<const spf_link> li
 
 // The lowest of a union are among the lowest of its parts: cutting early loses nothing.
 void unite(std::vector<size_t> &into, std::span<const size_t> more) {
+    if (std::includes(into.begin(), into.end(), more.begin(), more.end())) {
+        return;
+    }
     std::vector<size_t> both;
     std::set_union(into.begin(), into.end(), more.begin(), more.end(), std::back_inserter(both));
     both.resize(std::min(both.size(), most_first_links));

@@ -159,8 +159,10 @@ TEST_F(wrap_cmi, req_rsp_with_a_bad_answer_is_filled_all_the_same) {
     for (const uint32_t length : {4U, 6U, 0xffffffffU}) {
         SetUp();
         service().answer = answer_envelope(length, 5);
-        EXPECT_EQ(req_rsp(), sent(awaited, cleared) + awaiting + taken + "HH:MM:SS rib_wrap_cmi_req_rsp() bad size " +
-                                 std::to_string(length) + " for opc 16909060!\n");
+        std::string expected = sent(awaited, cleared);
+        expected.append(awaiting).append(taken).append("HH:MM:SS rib_wrap_cmi_req_rsp() bad size ");
+        expected.append(std::to_string(length)).append(" for opc 16909060!\n");
+        EXPECT_EQ(req_rsp(), expected);
         EXPECT_EQ(code, RIB_BAD_PARAMETERS);
         EXPECT_EQ(answer.context, 0xc0deU);
         EXPECT_EQ(answer.payload, service().answer.data() + 112);

@@ -1,0 +1,131 @@
+#include "fuzz/seeds.h"
+
+#include "codec/catalogue.h"
+#include "codec/witness/golden.h"
+#include "codec/witness/naive_check.h"
+#include "fuzz/openers.h"
+
+#include <algorithm>
+
+namespace ribkit::fuzz {
+
+namespace {
+
+constexpr size_t largest_seed = 2048;
+
+void put(byte_vector &bytes, size_t at, uint32_t word) {
+    naive::store_word(naive::order::big, bytes.data() + at, word);
+}
+
+std::vector<naive::golden> goldens() { return naive::load_goldens(RIBKIT_SOURCE_DIR "/codec/witness/golden"); }
+
+void add(std::vector<sample> &all, const std::string &name, byte_vector message) {
+    const opener *how = find_opener(name);
+    if (how != nullptr && how->check(message.data(), static_cast<uint32_t>(message.size()), nullptr) == 0) {
+        all.push_back({name, static_cast<uint8_t>(how - openers().data()), std::move(message)});
+    }
+}
+
+/// An update of all the golden records of its table.
+byte_vector whole_update(const std::vector<sample> &all, size_t header, size_t count_at, std::string_view record) {
+    byte_vector update(header);
+    uint32_t count = 0;
+    for (const sample &s : all) {
+        if (s.name == record && update.size() + s.message.size() < largest_seed) {
+            update.insert(update.end(), s.message.begin(), s.message.end());
+            put(update, count_at, ++count);
+        }
+    }
+    return update;
+}
+
+byte_vector envelope(size_t content, uint32_t length) {
+    byte_vector bytes(content);
+    put(bytes, 4, length);
+    return bytes;
+}
+
+/// 64 units, 32 carved, free (13 at 3), (14 at 18), used (3 at 0), (2 at 16).
+byte_vector bud_image() {
+    byte_vector image(156);
+    const std::pair<size_t, uint32_t> words[] = {{0, 64}, {4, 32}, {8, 32},  {60, 1},   {64, 1},
+                                                 {80, 1}, {84, 1}, {140, 3}, {144, 18}, {148, 16}};
+    for (const auto &[at, word] : words) {
+        put(image, at, word);
+    }
+    return image;
+}
+
+byte_vector cont_image() {
+    byte_vector image(36);
+    const uint32_t words[] = {64, 8, 2, 16, 0, 5, 32, 16, 40};
+    for (size_t i = 0; i < std::size(words); ++i) {
+        put(image, 4 * i, words[i]);
+    }
+    return image;
+}
+
+byte_vector with_number(size_t number, const byte_vector &message) {
+    byte_vector input(1 + message.size(), static_cast<uint8_t>(number));
+    std::copy(message.begin(), message.end(), input.begin() + 1);
+    return input;
+}
+
+/// The first few of each message.
+void add_seed(std::map<std::string, byte_vector> &seeds, const std::string &name, size_t most,
+              const byte_vector &input) {
+    size_t number = 1;
+    while (seeds.contains(name + "-" + std::to_string(number))) {
+        ++number;
+    }
+    if (input.size() <= largest_seed && number <= most) {
+        seeds[name + "-" + std::to_string(number)] = input;
+    }
+}
+
+} // namespace
+
+std::vector<sample> samples() {
+    std::vector<sample> all;
+    for (const naive::golden &vector : goldens()) {
+        byte_vector message = vector.source(naive::direction::ntoh, naive::order::big);
+        if (find_opener(vector.message) != nullptr) {
+            message.resize(naive::message_size(vector.message, message).value_or(message.size()));
+            add(all, vector.message, message);
+        }
+    }
+    add(all, "rib_fcurt_update", whole_update(all, 980, 16, "rib_fcurt"));
+    add(all, "rib_fcmrt_update", whole_update(all, 16, 12, "rib_fcmrt"));
+    add(all, "rib_fclrt_update", whole_update(all, 16, 12, "rib_fclrt"));
+    add(all, "cmi_request", envelope(124, 12));
+    add(all, "cmi_answer", envelope(120, 8));
+    add(all, "bud_image", bud_image());
+    add(all, "cont_image", cont_image());
+    return all;
+}
+
+std::map<std::string, byte_vector> check_seeds() {
+    std::map<std::string, byte_vector> seeds;
+    for (const sample &s : samples()) {
+        add_seed(seeds, s.name, 2, with_number(s.opener, s.message));
+    }
+    return seeds;
+}
+
+std::map<std::string, byte_vector> engine_seeds() {
+    std::map<std::string, byte_vector> seeds;
+    for (const naive::golden &vector : goldens()) {
+        const message *m = find_message(vector.message.c_str());
+        for (const naive::direction way : {naive::direction::ntoh, naive::direction::hton}) {
+            if (m != nullptr && vector.goes(way)) {
+                const auto number = static_cast<size_t>(m - catalogue().data());
+                const char *suffix = way == naive::direction::hton ? "-sent" : "";
+                add_seed(seeds, vector.message + suffix, 1,
+                         with_number(number, vector.source(way, naive::order::little)));
+            }
+        }
+    }
+    return seeds;
+}
+
+} // namespace ribkit::fuzz

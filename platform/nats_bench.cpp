@@ -1,0 +1,78 @@
+// The peer is natsConnection_Request and a responder that publishes its answer, both sending at once as ours do.
+#include "platform/nats_bench.h"
+
+#include "bench/harness.h"
+#include "platform/service_peer.h"
+
+#include <memory>
+#include <nats/nats.h>
+#include <vector>
+
+namespace ribkit::bench {
+
+namespace {
+
+void answer(natsConnection *connection, natsSubscription * /*subscription*/, natsMsg *request, void * /*closure*/) {
+    natsConnection_Publish(connection, natsMsg_GetReply(request), natsMsg_GetData(request),
+                           natsMsg_GetDataLength(request));
+    natsMsg_Destroy(request);
+}
+
+class plain_client {
+  public:
+    explicit plain_client(const char *url) : client_(connected(url)), server_(connected(url)) {
+        natsConnection_Subscribe(&serving_, server_, "bench.plain", answer, nullptr);
+        natsConnection_Flush(server_);
+    }
+    plain_client(const plain_client &) = delete;
+    plain_client &operator=(const plain_client &) = delete;
+    ~plain_client() {
+        natsSubscription_Destroy(serving_);
+        natsConnection_Destroy(client_);
+        natsConnection_Destroy(server_);
+    }
+
+    void round_trip(const std::vector<uint8_t> &payload) {
+        natsMsg *reply = nullptr;
+        natsConnection_Request(&reply, client_, "bench.plain", payload.data(), static_cast<int>(payload.size()), 2000);
+        keep(reply);
+        natsMsg_Destroy(reply);
+    }
+
+  private:
+    static natsConnection *connected(const char *url) {
+        natsOptions *options = nullptr;
+        natsConnection *made = nullptr;
+        natsOptions_Create(&options);
+        natsOptions_SetURL(options, url);
+        natsOptions_SetSendAsap(options, true);
+        natsConnection_Connect(&made, options);
+        natsOptions_Destroy(options);
+        return made;
+    }
+
+    natsConnection *client_;
+    natsConnection *server_;
+    natsSubscription *serving_ = nullptr;
+};
+
+} // namespace
+
+void nats_rows(const char *url) {
+    heading("over a NATS server; peer: its client library's request", "trip");
+    if (url == nullptr) {
+        missing_row("request and answer", "platform_bench nats://HOST:PORT measures this");
+        return;
+    }
+    for (const size_t size : {64, 1024, 16384}) {
+        const std::vector<uint8_t> payload(size, 0x5a);
+        const by_service ours{url};
+        plain_client peer{url};
+        const times best = compare(
+            1, [&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }, 300);
+        print_row("request and answer of " + std::to_string(size) + " bytes", best, "goal 1.15");
+        print_latencies("    of ours", [&] { ours.round_trip(payload); });
+    }
+}
+
+} // namespace ribkit::bench

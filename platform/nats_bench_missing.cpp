@@ -1,0 +1,9 @@
+// Stands in where the client library is missing.
+#include "bench/harness.h"
+#include "platform/nats_bench.h"
+
+namespace ribkit::bench {
+
+void nats_rows(const char * /*url*/) { missing_row("request and answer over a server", "built without libnats"); }
+
+} // namespace ribkit::bench

@@ -1,0 +1,97 @@
+// An endpoint over a NATS server: one connection, one mailbox, and a subscription for its inbox and every address.
+#pragma once
+
+#include "platform/mailbox.h"
+#include "platform/nats_options.h"
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ribkit::platform {
+
+inline constexpr size_t nats_head_size = 8; // opcode and sender, big-endian, before every payload
+
+template <typename Object, void (*Destroy)(Object *)> struct destroyer {
+    void operator()(Object *object) const { Destroy(object); }
+};
+using options_ptr = std::unique_ptr<natsOptions, destroyer<natsOptions, natsOptions_Destroy>>;
+using message_handle = std::unique_ptr<natsMsg, destroyer<natsMsg, natsMsg_Destroy>>;
+using connection_ptr = std::unique_ptr<natsConnection, destroyer<natsConnection, natsConnection_Destroy>>;
+using subscription_ptr = std::unique_ptr<natsSubscription, destroyer<natsSubscription, natsSubscription_Destroy>>;
+
+class nats_endpoint;
+
+// What a callback of the client library is given; the library says when the last one was made.
+struct callback_target {
+    std::weak_ptr<nats_endpoint> end;
+    door *way_in = nullptr; // null for the inbox
+};
+
+class nats_endpoint final : public endpoint, public std::enable_shared_from_this<nats_endpoint> {
+  public:
+    explicit nats_endpoint(nats_place place) : place_(std::move(place)) {}
+    ~nats_endpoint() override { shut(); }
+
+    int connect();
+    int listen(const qip_addr &address, uint32_t bound) override;
+    int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) override;
+    int answer(const message &request, message letter) override {
+        return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
+    }
+    int receive(const selector &selected, message &letter) override { return box_->receive(selected, letter); }
+    void close() override { shut(); }
+
+    int publish(const std::string &subject, const std::string &reply, const message &letter);
+    void take_in(natsMsg &arrived, door *way_in);
+    void lost_connection();
+    void reconnected(int64_t most);
+    void failed(natsStatus status);
+
+  private:
+    int subscribe(const std::string &subject, bool one_of_many, door *way_in);
+    int ready(const std::string &subject, size_t size);
+    int settle(const std::string &subject);
+    int expect(const std::string &subject, uint32_t &token);
+    void take_answer(natsMsg &arrived, message letter);
+    void shut();
+
+    [[nodiscard]] std::string subject_of(const qip_addr &address) const {
+        char text[32];
+        std::snprintf(text, sizeof text, ".%08x.%u", address.node, address.sap);
+        return place_.prefix + text;
+    }
+
+    nats_place place_;
+    std::shared_ptr<post_office> office_ = std::make_shared<post_office>();
+    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(office_);
+    connection_ptr connection_;
+    std::string inbox_; // of the answers: a token follows
+    uint32_t sender_ = std::random_device{}();
+
+    // Guarded by the office's lock.
+    std::vector<subscription_ptr> subscriptions_;
+    std::set<std::string> listening_;
+    std::set<std::string> settled_;         // subjects that the server has let us publish to
+    std::set<std::string> forbidden_;       // and those that it has not
+    std::map<uint32_t, std::string> asked_; // the subject that an awaited token's request went to
+    uint32_t last_token_ = 0;
+    int64_t most_ = 0; // bytes that the server takes in one message
+};
+
+/// The client library's callbacks; each is given a callback_target.
+namespace nats_callbacks {
+
+void on_message(natsConnection *connection, natsSubscription *subscription, natsMsg *arrived, void *target);
+void on_disconnect(natsConnection *connection, void *target);
+void on_reconnect(natsConnection *connection, void *target);
+void on_error(natsConnection *connection, natsSubscription *subscription, natsStatus status, void *target);
+void forget(void *target);
+void on_closed(natsConnection *connection, void *target);
+
+} // namespace nats_callbacks
+
+} // namespace ribkit::platform

@@ -1,0 +1,14 @@
+// Stands in for the transport where the client library was not there when this library was built.
+#include "platform/nats_transport.h"
+
+#include <cerrno>
+#include <cstdio>
+
+namespace ribkit::platform {
+
+int open_nats(std::string_view /*url*/, endpoint_ptr & /*opened*/) {
+    std::fputs("nats: built without the NATS client library (Debian package libnats-dev)\n", stderr);
+    return EPROTONOSUPPORT;
+}
+
+} // namespace ribkit::platform

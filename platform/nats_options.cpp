@@ -1,0 +1,134 @@
+// URL and environment; nothing here prints, because both hold secrets.
+#include "platform/nats_options.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <initializer_list>
+
+namespace ribkit::platform {
+
+namespace {
+
+// Subjects are parted by dots and matched by '*' and '>'.
+bool is_subject_word(std::string_view word) {
+    return !word.empty() && std::all_of(word.begin(), word.end(), [](unsigned char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_';
+    });
+}
+
+const char *setting(const char *name) {
+    const char *value = std::getenv(name);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+// 50 ms, doubled with every attempt, 5 s at most.
+int64_t pause_before(natsConnection * /*connection*/, int attempts, void * /*closure*/) {
+    return std::min<int64_t>(int64_t{50} << std::min(attempts, 7), 5000);
+}
+
+natsStatus set_identity(natsOptions *options) {
+    natsStatus status = NATS_OK;
+    if (const char *user = setting("RIBKIT_NATS_USER")) {
+        const char *password = setting("RIBKIT_NATS_PASSWORD");
+        status = natsOptions_SetUserInfo(options, user, password == nullptr ? "" : password);
+    }
+    if (const char *token = setting("RIBKIT_NATS_TOKEN"); token != nullptr && status == NATS_OK) {
+        status = natsOptions_SetToken(options, token);
+    }
+    if (const char *file = setting("RIBKIT_NATS_CREDENTIALS"); file != nullptr && status == NATS_OK) {
+        status = natsOptions_SetUserCredentialsFromFiles(options, file, nullptr);
+    }
+    return status;
+}
+
+natsStatus set_tls(natsOptions *options, bool wanted) {
+    const char *authority = setting("RIBKIT_NATS_CA");
+    const char *certificate = setting("RIBKIT_NATS_CERT");
+    const char *key = setting("RIBKIT_NATS_KEY");
+    natsStatus status = NATS_OK;
+    if (wanted || authority != nullptr || certificate != nullptr) {
+        status = natsOptions_SetSecure(options, true);
+    }
+    if (authority != nullptr && status == NATS_OK) {
+        status = natsOptions_LoadCATrustedCertificates(options, authority);
+    }
+    if (certificate != nullptr && status == NATS_OK) {
+        status = natsOptions_LoadCertificatesChain(options, certificate, key == nullptr ? certificate : key);
+    }
+    return status;
+}
+
+natsStatus first_failure(std::initializer_list<natsStatus> results) {
+    const auto *const failed =
+        std::find_if(results.begin(), results.end(), [](natsStatus one) { return one != NATS_OK; });
+    return failed == results.end() ? NATS_OK : *failed;
+}
+
+} // namespace
+
+bool parse_nats_url(std::string_view url, nats_place &place) {
+    constexpr std::string_view queue_key = "queue=";
+    const size_t question = url.find('?');
+    const std::string_view query = question == std::string_view::npos ? std::string_view{} : url.substr(question + 1);
+    url = url.substr(0, question);
+    const size_t host = url.find("://");
+    if (host == std::string_view::npos || (question != std::string_view::npos && !query.starts_with(queue_key))) {
+        return false;
+    }
+    const size_t path = url.find('/', host + 3);
+    place.server = url.substr(0, path);
+    const std::string_view fabric = path == std::string_view::npos ? std::string_view{} : url.substr(path + 1);
+    place.prefix = fabric.empty() ? "rib" : fabric;
+    place.queue = query.empty() ? std::string_view{} : query.substr(queue_key.size());
+    return place.server.size() > host + 3 && is_subject_word(place.prefix) &&
+           (query.empty() || is_subject_word(place.queue));
+}
+
+natsStatus set_nats_options(natsOptions *options, const nats_place &place) {
+    return first_failure({
+        natsOptions_SetURL(options, place.server.c_str()),
+        natsOptions_SetName(options, "ribkit"),
+        natsOptions_SetSendAsap(options, true),
+        natsOptions_SetMaxReconnect(options, -1),
+        natsOptions_SetCustomReconnectDelay(options, pause_before, nullptr),
+        set_identity(options),
+        set_tls(options, place.server.starts_with("tls")),
+    });
+}
+
+int errno_of(natsStatus status) {
+    switch (status) {
+    case NATS_OK:
+        return 0;
+    case NATS_NO_SERVER:
+    case NATS_IO_ERROR:
+        return ECONNREFUSED;
+    case NATS_CONNECTION_AUTH_FAILED:
+    case NATS_NOT_PERMITTED:
+        return EACCES;
+    case NATS_MAX_PAYLOAD:
+        return EMSGSIZE;
+    case NATS_NO_MEMORY:
+        return ENOMEM;
+    case NATS_TIMEOUT:
+        return ETIMEDOUT;
+    case NATS_CONNECTION_CLOSED:
+    case NATS_CONNECTION_DISCONNECTED:
+    case NATS_STALE_CONNECTION:
+        return ENOTCONN;
+    case NATS_NO_RESPONDERS:
+        return ENOTCONN;
+    case NATS_ADDRESS_MISSING:
+    case NATS_INVALID_ARG:
+        return EINVAL;
+    case NATS_SSL_ERROR:
+    case NATS_SECURE_CONNECTION_WANTED:
+    case NATS_SECURE_CONNECTION_REQUIRED:
+        return EPROTO;
+    default:
+        return EIO;
+    }
+}
+
+} // namespace ribkit::platform

@@ -1,0 +1,27 @@
+// How to reach a server: what the URL and the environment say, put into the client library's options.
+#pragma once
+
+#include <nats/nats.h>
+#include <string>
+#include <string_view>
+
+namespace ribkit::platform {
+
+struct nats_place {
+    std::string server; ///< the URL for the client library; may hold a password, so it is never printed
+    std::string prefix; ///< of every subject: the fabric's name, "rib" without one
+    std::string queue;  ///< of the ordinary addresses; empty where every listener is given every message
+};
+
+/// Takes "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?queue=NAME]" apart; false where it is malformed.
+bool parse_nats_url(std::string_view url, nats_place &place);
+
+/// Server, reconnecting for ever with growing pauses, sending at once, and what the environment adds: RIBKIT_NATS_USER
+/// and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, RIBKIT_NATS_CREDENTIALS (a file); RIBKIT_NATS_CA, RIBKIT_NATS_CERT and
+/// RIBKIT_NATS_KEY (files), each of which asks for TLS, as the scheme tls does.
+natsStatus set_nats_options(natsOptions *options, const nats_place &place);
+
+/// What a failure of the client library means here.
+int errno_of(natsStatus status);
+
+} // namespace ribkit::platform

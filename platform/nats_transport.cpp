@@ -1,0 +1,203 @@
+// One connection an endpoint. What arrives goes into the same mailbox as in process, on the client library's threads;
+// a subject's thread waits where its queue is full. A message's payload follows eight bytes: opcode and sender,
+// big-endian. News that come later than a send (nobody listens, not permitted, connection lost) end the waits for its
+// answer.
+#include "platform/nats_transport.h"
+
+#include "codec/bytes.h"
+#include "platform/nats_endpoint.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace ribkit::platform {
+
+namespace {
+
+constexpr int64_t settle_limit = 5000; // milliseconds that the server may take to say yes or no
+
+} // namespace
+
+using namespace nats_callbacks;
+
+int nats_endpoint::connect() {
+    natsOptions *made = nullptr;
+    if (natsOptions_Create(&made) != NATS_OK) {
+        return ENOMEM;
+    }
+    const options_ptr options{made};
+    auto target = std::make_unique<callback_target>(callback_target{weak_from_this()});
+    natsStatus status = set_nats_options(made, place_);
+    if (status == NATS_OK) {
+        natsOptions_SetDisconnectedCB(made, on_disconnect, target.get());
+        natsOptions_SetReconnectedCB(made, on_reconnect, target.get());
+        natsOptions_SetErrorHandler(made, on_error, target.get());
+        natsOptions_SetClosedCB(made, on_closed, target.get());
+        natsConnection *connected = nullptr;
+        status = natsConnection_Connect(&connected, made);
+        connection_.reset(connected);
+    }
+    if (status != NATS_OK) {
+        return errno_of(status);
+    }
+    static_cast<void>(target.release()); // the closed connection forgets it
+    natsInbox *inbox = nullptr;
+    if (natsInbox_Create(&inbox) != NATS_OK) {
+        return ENOMEM;
+    }
+    most_ = natsConnection_GetMaxPayload(connection_.get());
+    inbox_ = std::string{inbox} + ".";
+    natsInbox_Destroy(inbox);
+    return subscribe(inbox_ + "*", false, nullptr);
+}
+
+int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, door *way_in) {
+    auto target = std::make_unique<callback_target>(callback_target{weak_from_this(), way_in});
+    natsSubscription *made = nullptr;
+    const natsStatus status =
+        one_of_many && !place_.queue.empty()
+            ? natsConnection_QueueSubscribe(&made, connection_.get(), subject.c_str(), place_.queue.c_str(), on_message,
+                                            target.get())
+            : natsConnection_Subscribe(&made, connection_.get(), subject.c_str(), on_message, target.get());
+    if (status != NATS_OK) {
+        return errno_of(status);
+    }
+    natsSubscription_SetOnCompleteCB(made, forget, target.release());
+    subscription_ptr subscription{made};
+    if (const int error = settle(subject); error != 0) {
+        return error;
+    }
+    const std::scoped_lock lock{office_->lock};
+    subscriptions_.push_back(std::move(subscription));
+    return 0;
+}
+
+// Waits until the server has seen all that was sent, and asks whether it refused this subject.
+int nats_endpoint::settle(const std::string &subject) {
+    const natsStatus status = natsConnection_FlushTimeout(connection_.get(), settle_limit);
+    const char *text = nullptr;
+    if (status == NATS_OK && natsConnection_GetLastError(connection_.get(), &text) == NATS_NOT_PERMITTED &&
+        text != nullptr && std::strstr(text, ('"' + subject + '"').c_str()) != nullptr) {
+        return EACCES;
+    }
+    return errno_of(status);
+}
+
+int nats_endpoint::listen(const qip_addr &address, uint32_t bound) {
+    const std::string subject = subject_of(address);
+    door *way_in = nullptr;
+    {
+        const std::scoped_lock lock{office_->lock};
+        if (box_->closed()) {
+            return ECANCELED;
+        }
+        if (!listening_.insert(subject).second) {
+            return EADDRINUSE;
+        }
+        way_in = &box_->add_door(bound);
+    }
+    const int error = subscribe(subject, !is_group(address), way_in);
+    if (error != 0) {
+        const std::scoped_lock lock{office_->lock};
+        listening_.erase(subject);
+    }
+    return error;
+}
+
+int nats_endpoint::ready(const std::string &subject, size_t size) {
+    const natsConnStatus status = natsConnection_Status(connection_.get());
+    const std::scoped_lock lock{office_->lock};
+    if (box_->closed()) {
+        return ECANCELED;
+    }
+    if (forbidden_.contains(subject)) {
+        return EACCES;
+    }
+    if (status != NATS_CONN_STATUS_CONNECTED) {
+        return ENOTCONN;
+    }
+    return static_cast<int64_t>(size + nats_head_size) > most_ ? EMSGSIZE : 0;
+}
+
+int nats_endpoint::publish(const std::string &subject, const std::string &reply, const message &letter) {
+    if (const int error = ready(subject, letter.size); error != 0) {
+        return error;
+    }
+    std::vector<uint8_t> bytes(nats_head_size + letter.size);
+    store32<std::endian::big>(bytes.data(), letter.opcode);
+    store32<std::endian::big>(bytes.data() + 4, sender_);
+    std::copy_n(letter.payload.get(), letter.size, bytes.data() + nats_head_size);
+    const auto size = static_cast<int>(bytes.size());
+    const natsStatus status =
+        reply.empty()
+            ? natsConnection_Publish(connection_.get(), subject.c_str(), bytes.data(), size)
+            : natsConnection_PublishRequest(connection_.get(), subject.c_str(), reply.c_str(), bytes.data(), size);
+    return errno_of(status);
+}
+
+int nats_endpoint::expect(const std::string &subject, uint32_t &token) {
+    const std::scoped_lock lock{office_->lock};
+    do {
+        ++last_token_;
+    } while (last_token_ == 0 || box_->awaits(last_token_));
+    token = last_token_;
+    std::erase_if(asked_, [this](const auto &one) { return !box_->awaits(one.first); });
+    asked_[token] = subject;
+    return box_->expect(token);
+}
+
+// The first message to a subject waits for the server's word, so that a refusal is known at once.
+int nats_endpoint::send(const qip_addr &address, message letter, bool /*may_wait*/, uint32_t *token) {
+    const std::string subject = subject_of(address);
+    int error = token == nullptr ? 0 : expect(subject, *token);
+    if (error == 0) {
+        error = publish(subject, token == nullptr ? "" : inbox_ + std::to_string(*token), letter);
+    }
+    bool first = false;
+    {
+        const std::scoped_lock lock{office_->lock};
+        first = error == 0 && settled_.insert(subject).second;
+    }
+    error = first ? settle(subject) : error;
+    if (error != 0) {
+        const std::scoped_lock lock{office_->lock};
+        settled_.erase(subject);
+        if (token != nullptr) {
+            box_->expect_no_more(*token);
+        }
+    }
+    return error;
+}
+
+void nats_endpoint::shut() {
+    std::vector<message> unread;
+    std::vector<subscription_ptr> ended;
+    {
+        const std::scoped_lock lock{office_->lock};
+        if (box_->closed()) {
+            return;
+        }
+        unread = box_->close();
+        ended.swap(subscriptions_);
+    }
+    ended.clear();
+    if (connection_ != nullptr) {
+        natsConnection_Close(connection_.get());
+    }
+}
+
+int open_nats(std::string_view url, endpoint_ptr &opened) {
+    nats_place place;
+    if (!parse_nats_url(url, place)) {
+        return EINVAL;
+    }
+    auto end = std::make_shared<nats_endpoint>(std::move(place));
+    const int error = end->connect();
+    if (error == 0) {
+        opened = std::move(end);
+    }
+    return error;
+}
+
+} // namespace ribkit::platform

@@ -1,0 +1,71 @@
+// Short lines, made of counts with their nouns.
+#include "tools/lab_text.h"
+
+#include "tools/input_error.h"
+
+#include <cmath>
+#include <iomanip>
+
+namespace ribkit {
+
+namespace {
+
+constexpr size_t few_vsans = 4;
+
+std::string counted(size_t count, const std::string &one, const std::string &many = "") {
+    return joined(count, ' ', count == 1 ? one : many.empty() ? one + "s" : many);
+}
+
+std::string vsans_text(const fabric &f) {
+    if (f.vsans().size() > few_vsans) {
+        return counted(f.vsans().size(), "VSAN");
+    }
+    std::string text;
+    for (const auto &[id, name] : f.vsans()) {
+        text += joined(text.empty() ? "VSAN " : ", ", id, name.empty() ? "" : joined(" (", name, ')'));
+    }
+    return text;
+}
+
+std::string seconds_text(double seconds) { return joined(std::fixed, std::setprecision(6), seconds); }
+
+} // namespace
+
+std::string head_text(const fabric &f, const std::string &path) {
+    return joined(f.name.empty() ? path : f.name, ": ", counted(f.switches().size(), "switch", "switches"), ", ",
+                  counted(f.links().size(), "link"), "; routes of ", f.local().name, " (domain ", f.local().domain,
+                  ") in ", vsans_text(f));
+}
+
+std::string event_text(const fabric &f, const fabric_event &event) {
+    std::string text = f.link_name(f.links()[event.link]);
+    text += event.up ? (*event.up ? " comes up" : " goes down") : "";
+    text += event.cost ? joined(event.up ? " and" : "", " costs ", *event.cost) : "";
+    return text;
+}
+
+std::string traffic_text(const client_traffic &traffic) {
+    std::string text;
+    const auto add = [&](size_t count, const char *what) {
+        if (count != 0) {
+            text += text.empty() ? joined(counted(count, "route"), ' ', what) : joined(", ", count, ' ', what);
+        }
+    };
+    add(traffic.added, "added");
+    add(traffic.deleted, "deleted");
+    add(traffic.changed, "changed");
+    return text.empty() ? "no route changed" : joined(text, ", in ", counted(traffic.messages, "message"));
+}
+
+std::string summary_text(const lab_run &run) {
+    const client_traffic &t = run.total;
+    return joined("Summary\n  routes    ", t.sent(), " sent: ", t.added, " added, ", t.deleted, " deleted, ", t.changed,
+                  " changed; the RIB holds ", run.rib.routes().size(),
+                  t.refused == 0 ? "" : joined("\n  refused   ", t.refused, " of the routes sent"), "\n  messages  ",
+                  t.messages, " sent and answered: ", t.bytes_sent, " bytes there, ", t.bytes_received,
+                  " back\n  seconds   ", seconds_text(run.seconds()), ": ", seconds_text(t.computing.count()),
+                  " computing paths, ", seconds_text(t.exchanging.count()), " exchanging messages\n  rate      ",
+                  std::llround(run.routes_per_second()), " routes a second");
+}
+
+} // namespace ribkit

@@ -1,0 +1,137 @@
+// One table of a TOML file, read key by key: every key is known and has its type, or its line is named. Only the
+// readers of TOML files include this.
+#pragma once
+
+#include "tools/input_error.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <toml++/toml.h>
+#include <vector>
+
+namespace ribkit {
+
+class table_reader {
+  public:
+    using names = std::initializer_list<std::string_view>;
+
+    static uint32_t line_of(const toml::source_region &source) { return source.begin.line; }
+
+    /// The keys of the table are among the known ones; `what` is what errors call the table.
+    table_reader(const toml::table &table, const std::string &what, names known) : table_(table), what_(what) {
+        for (const auto &[key, value] : table) {
+            if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
+                throw line_error(line_of(key.source()),
+                                 joined("unknown key \"", key.str(), "\" in ", what, ", which knows ", listed(known)));
+            }
+        }
+    }
+
+    [[nodiscard]] uint32_t line() const { return std::max<uint32_t>(line_of(table_.source()), 1); }
+    [[nodiscard]] uint32_t line(std::string_view key) const {
+        const toml::node *node = table_.get(key);
+        return node == nullptr ? line() : line_of(node->source());
+    }
+
+    [[nodiscard]] std::string text(std::string_view key) const { return text(required(key), key); }
+    [[nodiscard]] std::string text(std::string_view key, const std::string &otherwise) const {
+        const toml::node *node = table_.get(key);
+        return node == nullptr ? otherwise : text(*node, key);
+    }
+    [[nodiscard]] uint32_t number(std::string_view key) const { return number(required(key), key); }
+    [[nodiscard]] std::optional<uint32_t> optional_number(std::string_view key) const {
+        const toml::node *node = table_.get(key);
+        return node == nullptr ? std::nullopt : std::optional(number(*node, key));
+    }
+
+    [[nodiscard]] std::vector<uint32_t> optional_numbers(std::string_view key) const {
+        std::vector<uint32_t> values;
+        if (const toml::node *node = table_.get(key); node != nullptr) {
+            for (const toml::node &element : list(*node, key)) {
+                values.push_back(number(element, key));
+            }
+        }
+        return values;
+    }
+    [[nodiscard]] std::vector<std::string> texts(std::string_view key) const {
+        std::vector<std::string> values;
+        for (const toml::node &element : list(required(key), key)) {
+            values.push_back(text(element, key));
+        }
+        return values;
+    }
+
+    /// "up" or "down", as whether it is up.
+    [[nodiscard]] std::optional<bool> state(std::string_view key) const {
+        const std::string value = text(key, "");
+        if (table_.get(key) != nullptr && value != "up" && value != "down") {
+            throw line_error(line(key), joined(key, " is \"up\" or \"down\", not \"", value, '"'));
+        }
+        return value.empty() ? std::nullopt : std::optional(value == "up");
+    }
+
+    /// Calls `read` for every [[key]] table.
+    void each(const std::string &key, names known, const std::function<void(const table_reader &)> &read) const {
+        const toml::node *node = table_.get(key);
+        if (node == nullptr) {
+            return;
+        }
+        if (!node->is_array_of_tables()) {
+            throw line_error(line_of(node->source()), joined(key, " is written as [[", key, "]] tables"));
+        }
+        for (const toml::node &entry : *node->as_array()) {
+            read(table_reader(*entry.as_table(), joined("[[", key, "]]"), known));
+        }
+    }
+
+  private:
+    [[nodiscard]] const toml::node &required(std::string_view key) const {
+        const toml::node *node = table_.get(key);
+        if (node == nullptr) {
+            throw line_error(line(), joined(what_, " needs a key \"", key, '"'));
+        }
+        return *node;
+    }
+
+    static std::string listed(names known) {
+        std::string text;
+        for (const std::string_view name : known) {
+            text += joined(text.empty() ? "" : ", ", name);
+        }
+        return text;
+    }
+
+    static std::string text(const toml::node &node, std::string_view key) {
+        const auto value = node.value_exact<std::string>();
+        if (!value) {
+            throw line_error(line_of(node.source()), joined(key, " takes a text in quotation marks"));
+        }
+        return *value;
+    }
+
+    static uint32_t number(const toml::node &node, std::string_view key) {
+        const auto value = node.value_exact<int64_t>();
+        if (!value || *value < 0 || *value > std::numeric_limits<uint32_t>::max()) {
+            throw line_error(line_of(node.source()), joined(key, " takes a whole number"));
+        }
+        return static_cast<uint32_t>(*value);
+    }
+
+    static const toml::array &list(const toml::node &node, std::string_view key) {
+        if (!node.is_array()) {
+            throw line_error(line_of(node.source()), joined(key, " takes a list in square brackets"));
+        }
+        return *node.as_array();
+    }
+
+    const toml::table &table_;
+    std::string what_;
+};
+
+} // namespace ribkit
