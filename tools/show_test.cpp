@@ -194,7 +194,7 @@ TEST(show, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(complaint("show fcu < /dev/null"), "standard input: holds no bytes\n");
     EXPECT_EQ(complaint("show --raw fcu < /dev/null"), "standard input: holds no bytes\n");
     EXPECT_EQ(complaint("show fib_show_vsan /dev/null"), "/dev/null: holds no bytes\n");
-    EXPECT_EQ(complaint("show"), "KIND is required; ribkit show --list names them all\n");
+    EXPECT_EQ(complaint("show"), "ribkit show: KIND is required (see ribkit show --list)\n");
     const input_file comments("# nothing\n\n");
     EXPECT_EQ(complaint("show fcu " + comments.path()), comments.path() + ": holds no bytes\n");
     const input_file odd("# a route\n0000000c\n0001f4 00012 \n");
