@@ -6,7 +6,7 @@
 
 namespace ribkit {
 
-constexpr text_row result_rows[] = {
+inline constexpr text_row result_rows[] = {
     {RIB_OK, "ok"},
     {RIB_BAD_PARAMETERS, "bad parameters"},
     {RIB_NOT_SUPPORTED, "not supported"},
@@ -30,9 +30,9 @@ constexpr text_row result_rows[] = {
     {RIB_VSAN_TCAM_FULL, "vsan tcam full"},
     {RIB_OBJECT_OWNED, "object is owned by another app"},
 };
-constexpr text_table result_texts{"%xh??", result_rows};
+inline constexpr text_table result_texts{"%xh??", result_rows};
 
-constexpr text_row client_rows[] = {
+inline constexpr text_row client_rows[] = {
     {RIB_CLIENT_RIB, "rib"},
     {RIB_CLIENT_FSPF, "fspf"},
     {RIB_CLIENT_FCMPLS, "fcmpls"},
@@ -56,22 +56,22 @@ constexpr text_row client_rows[] = {
     {RIB_CLIENT_OZEL, "ozel"},
     {RIB_CLIENT_BRIN, "brin"},
 };
-constexpr text_table client_texts{"client %u??", client_rows};
+inline constexpr text_table client_texts{"client %u??", client_rows};
 
 /// The protocol word of a client's routes; a client without routes of its own is "unknown", not a number.
-constexpr text_row client_proto_rows[] = {
+inline constexpr text_row client_proto_rows[] = {
     {RIB_CLIENT_RIB, "default"},  {RIB_CLIENT_FSPF, "fspf"},          {RIB_CLIENT_FCMPLS, "fc-mpls"},
     {RIB_CLIENT_MCAST, "mcast"},  {RIB_CLIENT_PORT_MANAGER, "local"}, {RIB_CLIENT_FLOGI, "local"},
     {RIB_CLIENT_TLPORT, "local"}, {RIB_CLIENT_FCDOMAIN, "dm ctrl"},   {RIB_CLIENT_CONFIG, "static"},
     {RIB_CLIENT_TEST, "test"},
 };
-constexpr text_table client_proto_texts{"unknown", client_proto_rows};
+inline constexpr text_table client_proto_texts{"unknown", client_proto_rows};
 
-constexpr text_table fcroute_proto_texts{
+inline constexpr text_table fcroute_proto_texts{
     "%xh??", {{1, "other"}, {2, "local"}, {3, "static"}, {4, "fspf"}, {5, "mpls"}, {6, "mcast"}}};
 
-constexpr text_table fcroute_type_texts{"%xh??", {{1, "direct"}, {2, "remote"}}};
+inline constexpr text_table fcroute_type_texts{"%xh??", {{1, "direct"}, {2, "remote"}}};
 
-constexpr text_table fcroute_perm_texts{"%xh??", {{1, "perm"}, {2, "volatile"}}};
+inline constexpr text_table fcroute_perm_texts{"%xh??", {{1, "perm"}, {2, "volatile"}}};
 
 } // namespace ribkit

@@ -5,19 +5,19 @@
 
 namespace ribkit {
 
-constexpr text_row fib_state_rows[] = {
+inline constexpr text_row fib_state_rows[] = {
     {0, "offline"}, {1, "ready"},    {2, "loading"}, {3, "verifying"},
     {4, "active"},  {5, "isolated"}, {6, "exited"},  {7, "upgrading"},
 };
-constexpr text_table fib_state_texts{"%xh??", fib_state_rows};
+inline constexpr text_table fib_state_texts{"%xh??", fib_state_rows};
 
-constexpr text_row fib_mod_type_rows[] = {
+inline constexpr text_row fib_mod_type_rows[] = {
     {0, "FIB"},
     {1, "sFIB"},
 };
-constexpr text_table fib_mod_type_texts{"FIB %xh??", fib_mod_type_rows};
+inline constexpr text_table fib_mod_type_texts{"FIB %xh??", fib_mod_type_rows};
 
-constexpr text_row fib_verf_rows[] = {
+inline constexpr text_row fib_verf_rows[] = {
     {0x0, "consistent"},
     {0x1, "not in rib in vault"},
     {0x2, "in rib not in vault"},
@@ -32,18 +32,18 @@ constexpr text_row fib_verf_rows[] = {
     {0x400, "duplicate in hw"},
     {0x800, "bad param in hw"},
 };
-constexpr text_table fib_verf_texts{"%xh??", fib_verf_rows};
+inline constexpr text_table fib_verf_texts{"%xh??", fib_verf_rows};
 
-constexpr text_row fib_route_type_rows[] = {
+inline constexpr text_row fib_route_type_rows[] = {
     {0x0, "unknown"},       {0x100, "drop"},      {0x200, "lbl drop"},      {0x400, "fc drop"},
     {0x1000, "sof"},        {0x2000, "SOFi2"},    {0x4000, "SOFn2"},        {0x8000, "SOF F"},
     {0x10000, "src-label"}, {0x20000, "1-label"}, {0x40000, "2-labels"},    {0x80000, "fc+label"},
     {0xf0000, "all-label"}, {0x100000, "mcast"},  {0x1000000, "xlink srv"}, {0x2000000, "local"},
     {0x4000000, "ucast"},   {0x8000000, "wka"},
 };
-constexpr text_table fib_route_type_texts{"%xh??", fib_route_type_rows};
+inline constexpr text_table fib_route_type_texts{"%xh??", fib_route_type_rows};
 
-constexpr text_row fib_reason_rows[] = {
+inline constexpr text_row fib_reason_rows[] = {
     {0, "normal frm"},
     {1, "bad class"},
     {2, "bad did"},
@@ -63,9 +63,9 @@ constexpr text_row fib_reason_rows[] = {
     {16, "zoned out fcpcmds"},
     {17, "non Readonly frames"},
 };
-constexpr text_table fib_reason_texts{"%xh??", fib_reason_rows};
+inline constexpr text_table fib_reason_texts{"%xh??", fib_reason_rows};
 
-constexpr text_row fib_oper_rows[] = {
+inline constexpr text_row fib_oper_rows[] = {
     {0x1, "update"},
     {0x2, "remove"},
     {0x4, "remove all"},
@@ -80,22 +80,22 @@ constexpr text_row fib_oper_rows[] = {
     {0x4000, "clear port stats"},
     {0x8000, "set port stats"},
 };
-constexpr text_table fib_oper_texts{"%xh??", fib_oper_rows};
+inline constexpr text_table fib_oper_texts{"%xh??", fib_oper_rows};
 
-constexpr text_row fib_iod_mode_rows[] = {
+inline constexpr text_row fib_iod_mode_rows[] = {
     {0, "idle"}, {1, "edge"}, {2, "core"}, {3, "block"}, {4, "blocking"}, {5, "drain"}, {6, "draining"},
 };
-constexpr text_table fib_iod_mode_texts{"%xh??", fib_iod_mode_rows};
+inline constexpr text_table fib_iod_mode_texts{"%xh??", fib_iod_mode_rows};
 
-constexpr text_row fib_action_rows[] = {
+inline constexpr text_row fib_action_rows[] = {
     {0, "del+free"},
     {1, "add"},
     {2, "delete"},
     {3, "check"},
 };
-constexpr text_table fib_action_texts{"%xh??", fib_action_rows};
+inline constexpr text_table fib_action_texts{"%xh??", fib_action_rows};
 
 /// The two indices that mean "none"; every other index is printed.
-constexpr text_table fib_d_idx_texts{"%03x", {{0xffff, "..."}, {0xdeadbeef, "..."}}};
+inline constexpr text_table fib_d_idx_texts{"%03x", {{0xffff, "..."}, {0xdeadbeef, "..."}}};
 
 } // namespace ribkit

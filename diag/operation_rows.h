@@ -7,7 +7,7 @@
 
 namespace ribkit {
 
-constexpr text_row fclrt_type_rows[] = {
+inline constexpr text_row fclrt_type_rows[] = {
     {0x11, "query src-label"},
     {0x12, "query 1-label"},
     {0x14, "query 2-labels"},
@@ -42,9 +42,9 @@ constexpr text_row fclrt_type_rows[] = {
     {0x1008, "show fc+label"},
     {0x100f, "show all-labels"},
 };
-constexpr text_table fclrt_type_texts{"%xh??", fclrt_type_rows};
+inline constexpr text_table fclrt_type_texts{"%xh??", fclrt_type_rows};
 
-constexpr text_row fcmrt_type_rows[] = {
+inline constexpr text_row fcmrt_type_rows[] = {
     {0x1, "query all"},
     {0x2, "query vsan"},
     {0x4, "query matched"},
@@ -54,9 +54,9 @@ constexpr text_row fcmrt_type_rows[] = {
     {0x40, "query matched using cmi"},
     {0x100, "show"},
 };
-constexpr text_table fcmrt_type_texts{"%xh??", fcmrt_type_rows};
+inline constexpr text_table fcmrt_type_texts{"%xh??", fcmrt_type_rows};
 
-constexpr text_row fcurt_type_rows[] = {
+inline constexpr text_row fcurt_type_rows[] = {
     {0x1, "query all"},
     {0x2, "query topo version"},
     {0x4, "query active"},
@@ -80,15 +80,15 @@ constexpr text_row fcurt_type_rows[] = {
     {0x400000, "show active"},
     {0x800000, "show mine"},
 };
-constexpr text_table fcurt_type_texts{"%xh??", fcurt_type_rows};
+inline constexpr text_table fcurt_type_texts{"%xh??", fcurt_type_rows};
 
-constexpr text_row query_rows[] = {
+inline constexpr text_row query_rows[] = {
     {0x1, "query"},       {0x2, "query non-blocked"}, {0x4, "query vault"},           {0x8, "query using cmi"},
     {0x10, "query vsan"}, {0x40, "query vsan vault"}, {0x80, "query vsan using cmi"}, {0x100, "show"},
 };
-constexpr text_table query_texts{"%xh??", query_rows};
+inline constexpr text_table query_texts{"%xh??", query_rows};
 
-constexpr text_row oper_rows[] = {
+inline constexpr text_row oper_rows[] = {
     {RIB_OPER_UPDATE, "update"},
     {RIB_OPER_REMOVE, "remove"},
     {RIB_OPER_REMOVE_ALL, "remove all"},
@@ -106,9 +106,9 @@ constexpr text_row oper_rows[] = {
     {RIB_OPER_REPLAY, "replay"},
     {RIB_OPER_VERIFY, "verify"},
 };
-constexpr text_table oper_texts{"%xh??", oper_rows};
+inline constexpr text_table oper_texts{"%xh??", oper_rows};
 
-constexpr text_row action_rows[] = {
+inline constexpr text_row action_rows[] = {
     {RIB_ACTION_ADD, "add"},
     {RIB_ACTION_DELETE, "delete"},
     {RIB_ACTION_CHANGE_FLAG, "change flag"},
@@ -124,19 +124,19 @@ constexpr text_row action_rows[] = {
     {0x800, "delete label-tunnel"},
     {0x1000, "delete group"},
 };
-constexpr text_table action_texts{"%xh??", action_rows};
+inline constexpr text_table action_texts{"%xh??", action_rows};
 
-constexpr text_row route_type_rows[] = {
+inline constexpr text_row route_type_rows[] = {
     {0x0, "unknown"}, {0x1, "src-label"}, {0x2, "label"},       {0x4, "fc+label"},
     {0x10, "mcast"},  {0x100, "ucast"},   {0x200, "ucast+lbl"},
 };
-constexpr text_table route_type_texts{"%xh??", route_type_rows};
+inline constexpr text_table route_type_texts{"%xh??", route_type_rows};
 
-constexpr text_row sync_rows[] = {
+inline constexpr text_row sync_rows[] = {
     {0, "label sync log"},
     {1, "mcast sync log"},
     {2, "ucast sync log"},
 };
-constexpr text_table sync_texts{"%xh?? sync log", sync_rows};
+inline constexpr text_table sync_texts{"%xh?? sync log", sync_rows};
 
 } // namespace ribkit

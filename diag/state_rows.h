@@ -5,113 +5,113 @@
 
 namespace ribkit {
 
-constexpr text_row sup_state_rows[] = {
+inline constexpr text_row sup_state_rows[] = {
     {0, "unknown"}, {1, "active"}, {2, "standby"}, {3, "cold standby"}, {4, "offline"},
 };
-constexpr text_table sup_state_texts{"%xh??", sup_state_rows};
+inline constexpr text_table sup_state_texts{"%xh??", sup_state_rows};
 
-constexpr text_row mod_state_rows[] = {
+inline constexpr text_row mod_state_rows[] = {
     {0, "active"},
     {1, "standby"},
     {2, "cold standby"},
 };
-constexpr text_table mod_state_texts{"%xh??", mod_state_rows};
+inline constexpr text_table mod_state_texts{"%xh??", mod_state_rows};
 
-constexpr text_row mod_type_rows[] = {
+inline constexpr text_row mod_type_rows[] = {
     {0, "line card"}, {1, "sup"}, {2, "ilc"}, {4, "sup hybrid"}, {5, "ips"}, {0xff, "unknown"},
 };
-constexpr text_table mod_type_texts{"%xh??", mod_type_rows};
+inline constexpr text_table mod_type_texts{"%xh??", mod_type_rows};
 
-constexpr text_row vsan_state_rows[] = {
+inline constexpr text_row vsan_state_rows[] = {
     {0, "no change"}, {1, "active"}, {2, "suspended"}, {3, "unconfig"}, {4, "config"},
 };
-constexpr text_table vsan_state_texts{"%xh??", vsan_state_rows};
+inline constexpr text_table vsan_state_texts{"%xh??", vsan_state_rows};
 
-constexpr text_row vsan_state_chg_rows[] = {
+inline constexpr text_row vsan_state_chg_rows[] = {
     {0, "no change"},
     {1, "to suspended"},
     {2, "to active"},
 };
-constexpr text_table vsan_state_chg_texts{"%xh??", vsan_state_chg_rows};
+inline constexpr text_table vsan_state_chg_texts{"%xh??", vsan_state_chg_rows};
 
-constexpr text_row vsan_bal_rows[] = {
+inline constexpr text_row vsan_bal_rows[] = {
     {1, "SID/DID"},
     {2, "SID/DID/OXID"},
 };
-constexpr text_table vsan_bal_texts{"%xh??", vsan_bal_rows};
+inline constexpr text_table vsan_bal_texts{"%xh??", vsan_bal_rows};
 
-constexpr text_row vsan_iod_rows[] = {
+inline constexpr text_row vsan_iod_rows[] = {
     {0, "disabled"},
     {1, "enabled"},
 };
-constexpr text_table vsan_iod_texts{"%xh??", vsan_iod_rows};
+inline constexpr text_table vsan_iod_texts{"%xh??", vsan_iod_rows};
 
-constexpr text_row pm_layer_rows[] = {
+inline constexpr text_row pm_layer_rows[] = {
     {1, "fc"}, {2, "ethernet"}, {3, "virt fc"}, {4, "inband"}, {5, "eobc"}, {6, "mgmt"}, {99, "unknown"},
 };
-constexpr text_table pm_layer_texts{"%xh??", pm_layer_rows};
+inline constexpr text_table pm_layer_texts{"%xh??", pm_layer_rows};
 
-constexpr text_row pm_state_rows[] = {
+inline constexpr text_row pm_state_rows[] = {
     {0x1, "up"}, {0x2, "down"}, {0x4, "testing"}, {0x8, "trunking"}, {0xff, "all"},
 };
-constexpr text_table pm_state_texts{"%xh??", pm_state_rows};
+inline constexpr text_table pm_state_texts{"%xh??", pm_state_rows};
 
 inline constexpr uint32_t all_modes = 0xffff;
 
 /// The bits stand in the order in which they are tried: FA comes before ST and tunnel.
-constexpr text_row pm_mode_rows[] = {
+inline constexpr text_row pm_mode_rows[] = {
     {0, "unknown"},    {all_modes, "all"}, {0x1, "auto"},  {0x2, "SD"},         {0x4, "E"},
     {0x8, "TE"},       {0x10, "TL"},       {0x20, "F"},    {0x40, "FL"},        {0x80, "FL-NPD"},
     {0x100, "FL-NPO"}, {0x200, "IPS"},     {0x400, "FV"},  {0x800, "EV"},       {0x1000, "TEM"},
     {0x2000, "Diag"},  {0x80000, "FA"},    {0x8000, "ST"}, {0x10000, "tunnel"}, {0x80000000, "default"},
 };
-constexpr text_table pm_mode_texts{"%xh??", pm_mode_rows};
+inline constexpr text_table pm_mode_texts{"%xh??", pm_mode_rows};
 
-constexpr text_row pcm_event_rows[] = {
+inline constexpr text_row pcm_event_rows[] = {
     {0, "none"}, {1, "create"}, {2, "delete"}, {3, "change"}, {4, "state change"}, {5, "mode change"},
 };
-constexpr text_table pcm_event_texts{"%xh??", pcm_event_rows};
+inline constexpr text_table pcm_event_texts{"%xh??", pcm_event_rows};
 
-constexpr text_row mem_rows[] = {
+inline constexpr text_row mem_rows[] = {
     {1, "ack"},       {2, "domain reach"}, {3, "dist tree"},  {4, "label"},    {5, "mcast"},     {6, "active route"},
     {7, "topo"},      {8, "ucast+label"},  {9, "ucast"},      {10, "qip ref"}, {11, "registry"}, {12, "track"},
     {13, "sys attr"}, {14, "verify"},      {15, "vsan attr"}, {16, "pending"},
 };
-constexpr text_table mem_texts{"%xh??", mem_rows};
+inline constexpr text_table mem_texts{"%xh??", mem_rows};
 
-constexpr text_row in_rows[] = {
+inline constexpr text_row in_rows[] = {
     {1, "ha"},          {2, "memory pool"}, {3, "label ack q"},  {4, "mcast ack q"},
     {5, "ucast ack q"}, {6, "apps ack q"},  {7, "pending list"}, {8, "switchover log"},
 };
-constexpr text_table in_texts{"data %xh??", in_rows};
+inline constexpr text_table in_texts{"data %xh??", in_rows};
 
-constexpr text_row verf_rows[] = {
+inline constexpr text_row verf_rows[] = {
     {0x10, "verify rib label with vault"}, {0x20, "verify rib mcast with vault"}, {0x40, "verify rib ucast with vault"},
     {0x100, "verify rib label with fib"},  {0x200, "verify rib mcast with fib"},  {0x400, "verify rib ucast with fib"},
     {0x1000, "clear verify label report"}, {0x2000, "clear verify mcast report"}, {0x4000, "clear verify ucast report"},
 };
-constexpr text_table verf_texts{"verify %xh??", verf_rows};
+inline constexpr text_table verf_texts{"verify %xh??", verf_rows};
 
-constexpr text_row test_type_rows[] = {
+inline constexpr text_row test_type_rows[] = {
     {1, "disable eng debug"},
     {2, "enable eng debug"},
     {3, "query eng debug"},
 };
-constexpr text_table test_type_texts{"%xh??", test_type_rows};
+inline constexpr text_table test_type_texts{"%xh??", test_type_rows};
 
-constexpr text_row cmi_msg_rows[] = {
+inline constexpr text_row cmi_msg_rows[] = {
     {1, "get"},
     {2, "get next"},
     {3, "set"},
     {4, "delete"},
 };
-constexpr text_table cmi_msg_texts{"%xh??", cmi_msg_rows};
+inline constexpr text_table cmi_msg_texts{"%xh??", cmi_msg_rows};
 
-constexpr text_row time_op_rows[] = {
+inline constexpr text_row time_op_rows[] = {
     {1, "started"},
     {2, "stopped"},
     {3, "expired"},
 };
-constexpr text_table time_op_texts{"%xh??", time_op_rows};
+inline constexpr text_table time_op_texts{"%xh??", time_op_rows};
 
 } // namespace ribkit

@@ -3,13 +3,8 @@
 
 #include "tools/duration.h"
 #include "tools/input_error.h"
+#include "tools/input_file.h"
 #include "tools/table_reader.h"
-
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
 
 namespace ribkit {
 
@@ -56,24 +51,6 @@ fabric read_fabric(const toml::table &document) {
     return result;
 }
 
-void close_file(std::FILE *file) { std::fclose(file); }
-
-std::string read_text(const std::string &path) {
-    const bool named = path != "-";
-    const std::unique_ptr<std::FILE, void (*)(std::FILE *)> file(
-        named ? std::fopen(path.c_str(), "rb") : stdin, named ? close_file : [](std::FILE *) {});
-    std::string text;
-    std::array<char, 65536> part{};
-    size_t read = 0;
-    while (file && (read = std::fread(part.data(), 1, part.size(), file.get())) > 0) {
-        text.append(part.data(), read);
-    }
-    if (!file || std::ferror(file.get()) != 0) {
-        throw input_error(joined(path, ": cannot be read: ", std::strerror(errno)));
-    }
-    return text;
-}
-
 } // namespace
 
 fabric parse_fabric(std::string_view text, const std::string &file) {
@@ -86,8 +63,6 @@ fabric parse_fabric(std::string_view text, const std::string &file) {
     }
 }
 
-fabric read_fabric_file(const std::string &path) {
-    return parse_fabric(read_text(path), path == "-" ? "standard input" : path);
-}
+fabric read_fabric_file(const std::string &path) { return parse_fabric(read_input(path), input_title(path)); }
 
 } // namespace ribkit

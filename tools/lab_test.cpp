@@ -1,34 +1,15 @@
 // Whole runs of the command, as a user types them: their output, their files, their errors.
 #include "testing/golden.h"
+#include "tools/run_command.h"
 
-#include <array>
-#include <cstdio>
-#include <fstream>
-#include <gtest/gtest.h>
 #include <regex>
-#include <sys/wait.h>
 
 namespace ribkit {
 namespace {
 
-struct outcome {
-    int exit_code;
-    std::string output;
-};
-
-/// Runs `ribkit ARGUMENTS` in the root of the tree.
-outcome ribkit(const std::string &arguments) {
-    const std::string line = "cd " RIBKIT_SOURCE_DIR " && " RIBKIT_COMMAND " " + arguments;
-    std::FILE *pipe = popen(line.c_str(), "r");
-    std::string output;
-    std::array<char, 4096> part{};
-    size_t read = 0;
-    while ((read = std::fread(part.data(), 1, part.size(), pipe)) > 0) {
-        output.append(part.data(), read);
-    }
-    const int status = pclose(pipe);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
+using testing::complaint;
+using testing::outcome;
+using testing::run_command;
 
 /// Times of day and measured figures differ from run to run.
 std::string steady(std::string text) {
@@ -47,31 +28,31 @@ std::string steady(std::string text) {
 constexpr const char *small = "examples/fabrics/small.toml";
 
 TEST(lab, the_small_fabric_prints_what_it_always_did) {
-    const outcome run = ribkit(std::string("lab --trace ") + small);
+    const outcome run = run_command(std::string("lab --trace ") + small);
     EXPECT_EQ(run.exit_code, 0);
     testing::expect_golden("tools/golden/lab_small_trace.txt", steady(run.output));
-    testing::expect_golden("tools/golden/lab_small.txt", steady(ribkit(std::string("lab ") + small).output));
+    testing::expect_golden("tools/golden/lab_small.txt", steady(run_command(std::string("lab ") + small).output));
 }
 
 TEST(lab, the_small_fabric_as_json_is_the_same_run) {
-    const outcome run = ribkit(std::string("lab --json - ") + small);
+    const outcome run = run_command(std::string("lab --json - ") + small);
     EXPECT_EQ(run.exit_code, 0);
     testing::expect_golden("tools/golden/lab_small.json", steady(run.output));
 }
 
 TEST(lab, json_goes_to_a_file_beside_what_is_printed) {
     const std::string path = ::testing::TempDir() + "lab_test.json";
-    const outcome run = ribkit("lab --json " + path + " " + small);
-    EXPECT_EQ(steady(run.output), steady(ribkit(std::string("lab ") + small).output));
+    const outcome run = run_command("lab --json " + path + " " + small);
+    EXPECT_EQ(steady(run.output), steady(run_command(std::string("lab ") + small).output));
     std::ifstream file(path);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_TRUE(steady(text) == steady(ribkit(std::string("lab --json - ") + small).output));
+    EXPECT_TRUE(steady(text) == steady(run_command(std::string("lab --json - ") + small).output));
     std::remove(path.c_str());
 }
 
 TEST(lab, tables_are_displayed_by_choice) {
     const auto routes = [](const std::string &options) {
-        const std::string text = ribkit("lab --tables " + options).output;
+        const std::string text = run_command("lab --tables " + options).output;
         const std::regex row("\nfspf  ");
         return std::distance(std::sregex_iterator(text.begin(), text.end(), row), {});
     };
@@ -79,20 +60,20 @@ TEST(lab, tables_are_displayed_by_choice) {
     EXPECT_EQ(routes(std::string("none ") + small), 0);
     EXPECT_EQ(routes(std::string("20 ") + small), 4);
     const std::string many = "- < " + ::testing::TempDir() + "many.toml";
-    ribkit("fabric --switches 66 --vsans 1 --output " + ::testing::TempDir() + "many.toml");
+    run_command("fabric --switches 66 --vsans 1 --output " + ::testing::TempDir() + "many.toml");
     EXPECT_EQ(routes("auto " + many), 0);
     EXPECT_EQ(routes("all " + many), 65);
-    EXPECT_NE(ribkit("lab " + many).output.find("--tables all displays them"), std::string::npos);
+    EXPECT_NE(run_command("lab " + many).output.find("--tables all displays them"), std::string::npos);
     std::remove((::testing::TempDir() + "many.toml").c_str());
 }
 
 TEST(lab, smaller_messages_leave_the_same_tables) {
-    const outcome run = ribkit(std::string("lab --tables all --message-size 1140 ") + small);
+    const outcome run = run_command(std::string("lab --tables all --message-size 1140 ") + small);
     const auto tables = [](const std::string &text) {
         const size_t at = text.find("\nD:direct");
         return text.substr(at, text.find("\nSummary") - at);
     };
-    EXPECT_EQ(tables(run.output), tables(ribkit(std::string("lab ") + small).output));
+    EXPECT_EQ(tables(run.output), tables(run_command(std::string("lab ") + small).output));
     EXPECT_NE(run.output.find("  8 routes added, in 3 messages\n"), std::string::npos);
 }
 
@@ -112,7 +93,7 @@ at = "7001ms"
 link = "edge-1 fc1/2"
 cost = 501
 )";
-    const std::string text = ribkit("lab --tables none " + path).output;
+    const std::string text = run_command("lab --tables none " + path).output;
     EXPECT_NE(text.find("at 7s: edge-1 fc1/2 - core-2 fc1/1 goes down\n"
                         "at 7s: edge-1 fc1/2 - core-2 fc1/1 comes up\n"
                         "  no route changed\n"
@@ -124,18 +105,12 @@ cost = 501
 }
 
 TEST(lab, every_route_of_the_largest_fabric_arrives) {
-    const outcome run = ribkit("fabric | " RIBKIT_COMMAND " lab -");
+    const outcome run = run_command("fabric | " RIBKIT_COMMAND " lab -");
     EXPECT_EQ(run.exit_code, 0);
     EXPECT_NE(run.output.find("3808 sent: 3808 added, 0 deleted, 0 changed; the RIB holds 3808\n"), std::string::npos);
 }
 
 TEST(lab, mistakes_are_one_line_and_exit_2) {
-    const auto complaint = [](const std::string &arguments) {
-        const outcome run = ribkit(arguments + " 2>&1");
-        EXPECT_EQ(run.exit_code, 2) << arguments;
-        EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 1) << run.output;
-        return run.output;
-    };
     EXPECT_EQ(complaint("lab nowhere.toml"), "nowhere.toml: cannot be read: No such file or directory\n");
     EXPECT_EQ(complaint("lab - < CMakeLists.txt").substr(0, 17), "standard input:1:");
     EXPECT_EQ(complaint(std::string("lab --tables 7 ") + small), "--tables 7: the fabric has no VSAN 7\n");
@@ -159,7 +134,7 @@ TEST(lab, mistakes_are_one_line_and_exit_2) {
 
 TEST(lab, help_is_no_mistake) {
     for (const char *arguments : {"--help", "lab --help", "fabric --help"}) {
-        EXPECT_EQ(ribkit(arguments).exit_code, 0);
+        EXPECT_EQ(run_command(arguments).exit_code, 0);
     }
 }
 

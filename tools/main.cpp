@@ -96,7 +96,7 @@ action declare_show(CLI::App &app) {
         ->excludes(hex);
     return [options] {
         if (!options->list && options->kind.empty()) {
-            throw input_error("KIND is required; ribkit show --list names them all");
+            throw input_error("ribkit show: KIND is required (see ribkit show --list)");
         }
         return run_show(*options);
     };
@@ -110,7 +110,7 @@ action declare_text(CLI::App &app) {
     app.add_flag("--json", options->json, "for a program");
     return [options] {
         if (options->list != options->values.empty()) {
-            throw input_error("either a VOCABULARY with a VALUE, or --list");
+            throw input_error("ribkit text: either a VOCABULARY with a VALUE, or --list (see ribkit text --help)");
         }
         return run_text(*options);
     };

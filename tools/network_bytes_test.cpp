@@ -59,6 +59,7 @@ TEST(network_bytes, control_characters_are_no_text) {
     using namespace std::string_view_literals;
     EXPECT_EQ(network_bytes("00\0"sv, byte_form::detected), (bytes{'0', '0', 0}));
     EXPECT_EQ(network_bytes("00\x0e"sv, byte_form::detected), (bytes{'0', '0', 14}));
+    EXPECT_EQ(network_bytes("00\x7f"sv, byte_form::detected), (bytes{'0', '0', 127}));
     EXPECT_EQ(network_bytes("0000"sv, byte_form::raw), (bytes{'0', '0', '0', '0'}));
     EXPECT_THROW(network_bytes("00\0"sv, byte_form::hex), line_error);
     EXPECT_THROW(network_bytes("\xff\xff"sv, byte_form::detected), line_error) << "could be letters of a comment";

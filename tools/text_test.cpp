@@ -82,7 +82,9 @@ TEST(text_command, mistakes_are_one_line_and_exit_2) {
         EXPECT_EQ(complaint(std::string("text rib_uuid 1 ") + value),
                   '"' + bare + "\" is no number from 0 to 0xffffffff\n");
     }
-    for (const char *arguments : {"", "rib_uuid", "--json", "--list rib_uuid 12", "rib_uuid -1", "--lost"}) {
+    EXPECT_EQ(complaint("text rib_uuid"),
+              "ribkit text: either a VOCABULARY with a VALUE, or --list (see ribkit text --help)\n");
+    for (const char *arguments : {"", "--json", "--list rib_uuid 12", "rib_uuid -1", "--lost"}) {
         complaint(std::string("text ") + arguments);
     }
     EXPECT_EQ(run_command("text --help").exit_code, 0);
