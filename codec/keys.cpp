@@ -1,43 +1,33 @@
 // Route keys: stepping a query or a key to its successor, the order of keys, and what a RIB operation is to a FIB.
 #include "codec/bytes.h"
+#include "codec/fc_address.h"
 #include "codec/messages/info.h"
 #include "codec/messages/query.h"
 #include "rib_codec.h"
-#include "rib_codes.h"
 
 using namespace ribkit;
 
 namespace {
 
-constexpr uint32_t last_vsan = 4095;
-constexpr uint32_t first_address = 0x010000;
-constexpr uint32_t last_domain_address = 0xefffff;
-constexpr uint32_t first_controller = 0xfffb00;
-constexpr uint32_t last_controller = 0xfffbff;
-constexpr uint32_t last_address = 0xffffff;
-constexpr uint32_t domain_mask = 0xff0000;
-constexpr uint32_t area_mask = 0xffff00;
-constexpr uint32_t port_mask = 0xffffff;
-
-uint32_t next_address(uint32_t fcid) { return (fcid + 1) & last_address; }
+uint32_t next_address(uint32_t fcid) { return (fcid + 1) & broadcast_address; }
 
 /// Moves on to the next VSAN's first address, unless there is none.
 uint32_t next_vsan(uint32_t *vsan, uint32_t *fcid) {
-    if (*vsan == last_vsan) {
+    if (*vsan == RIB_LAST_VSAN) {
         return RIB_FAILED;
     }
     ++*vsan;
-    *fcid = first_address;
+    *fcid = first_domain_address;
     return RIB_OK;
 }
 
 /// Widens the mask by a step. @return false behind the last, with the mask at the first again
 bool next_mask(uint32_t *mask) {
-    if (*mask == domain_mask || *mask == area_mask) {
-        *mask = *mask == domain_mask ? area_mask : port_mask;
+    if (*mask == RIB_MASK_DOMAIN || *mask == RIB_MASK_AREA) {
+        *mask = *mask == RIB_MASK_DOMAIN ? RIB_MASK_AREA : RIB_MASK_PORT;
         return true;
     }
-    *mask = domain_mask;
+    *mask = RIB_MASK_DOMAIN;
     return false;
 }
 
@@ -81,7 +71,7 @@ uint32_t rib_next_verf_query(void *cur, void *next) {
 }
 
 uint32_t rib_next_fcm_tuple(uint32_t *vsan, uint32_t *fcid) {
-    if (*fcid == last_address) {
+    if (*fcid == broadcast_address) {
         return next_vsan(vsan, fcid);
     }
     *fcid = next_address(*fcid);
@@ -89,12 +79,12 @@ uint32_t rib_next_fcm_tuple(uint32_t *vsan, uint32_t *fcid) {
 }
 
 uint32_t fib_next_fcm_tuple(uint32_t *fcid, uint32_t *vsan) {
-    if (*vsan != last_vsan) {
+    if (*vsan != RIB_LAST_VSAN) {
         ++*vsan;
         return RIB_OK;
     }
     *vsan = 0; // also where there is no next address
-    if (*fcid == last_address) {
+    if (*fcid == broadcast_address) {
         return RIB_FAILED;
     }
     *fcid = next_address(*fcid);
@@ -113,17 +103,17 @@ uint32_t rib_next_fcu_tuple(uint32_t *vsan, uint32_t *fcid, uint32_t *mask) {
 }
 
 uint32_t rib_next_fcroute_tuple(uint32_t *vsan, uint32_t *fcid, uint32_t *mask) {
-    if (*fcid == last_address) {
-        *fcid = first_address; // reset even where there is no next VSAN
-        *mask = domain_mask;
+    if (*fcid == broadcast_address) {
+        *fcid = first_domain_address; // reset even where there is no next VSAN
+        *mask = RIB_MASK_DOMAIN;
         return next_vsan(vsan, fcid);
     }
     if (*fcid >= last_domain_address) {
-        *mask = port_mask;
-        if (*fcid >= last_controller) {
-            *fcid = last_address;
+        *mask = RIB_MASK_PORT;
+        if (*fcid >= last_controller_address) {
+            *fcid = broadcast_address;
         } else {
-            *fcid = *fcid >= first_controller ? *fcid + 1 : first_controller;
+            *fcid = *fcid >= first_controller_address ? *fcid + 1 : first_controller_address;
         }
     } else if (!next_mask(mask)) {
         *fcid = next_address(*fcid);

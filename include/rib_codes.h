@@ -88,6 +88,13 @@
 #define RIB_ACTION_CHANGE_FLAG UINT32_C(0x4)
 #define RIB_ACTION_CHANGE_METRIC UINT32_C(0x8)
 
+/* Limits of a fabric's numbers, and the masks of an FC ID. */
+#define RIB_LAST_VSAN UINT32_C(4095)
+#define RIB_LAST_DOMAIN UINT32_C(239)
+#define RIB_MASK_DOMAIN UINT32_C(0xff0000)
+#define RIB_MASK_AREA UINT32_C(0xffff00)
+#define RIB_MASK_PORT UINT32_C(0xffffff)
+
 /* Bits of a unicast route's flag word; the letters are those of the displays. */
 #define RIB_FLAG_DIRECT UINT32_C(0x1)   /* D, else R */
 #define RIB_FLAG_VOLATILE UINT32_C(0x4) /* V, else P */

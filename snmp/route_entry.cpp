@@ -1,57 +1,43 @@
 // Rows of the SNMP route table: checked, repaired, classified, filled and converted. A destination belongs to one of
 // five ranges of the 24-bit address space; the range decides which masks fit and what replaces an address that does
 // not.
-#include "rib_codes.h"
+#include "codec/bytes.h"
+#include "codec/fc_address.h"
 #include "rib_snmp.h"
 
-#include <bit>
-#include <cstddef>
-#include <cstring>
+using namespace ribkit;
 
 namespace {
 
-constexpr uint32_t first_domain_address = 0x010000;
-constexpr uint32_t first_reserved_address = 0xf00000;
-constexpr uint32_t first_controller_address = 0xfffb00; // domain controllers
-constexpr uint32_t first_well_known_address = 0xfffc00;
-constexpr uint32_t broadcast_address = 0xffffff;
-
-constexpr uint32_t domain_mask = 0xff0000;
-constexpr uint32_t area_mask = 0xffff00;
-constexpr uint32_t port_mask = 0xffffff;
-
-constexpr uint32_t last_vsan = 4095;
-constexpr uint32_t last_domain = 239;
 constexpr uint32_t static_protocol = 3;
 
-bool in_domains(uint32_t address) { return address >= first_domain_address && address < first_reserved_address; }
+bool in_domains(uint32_t address) { return address >= first_domain_address && address <= last_domain_address; }
 
 bool in_controllers(uint32_t address) {
-    return address >= first_controller_address && address < first_well_known_address;
+    return address >= first_controller_address && address <= last_controller_address;
 }
 
 /// Addresses that no route leads to.
 bool excluded(uint32_t address) {
-    return address < first_domain_address ||
-           (address >= first_reserved_address && address < first_controller_address) ||
-           (address >= first_well_known_address && address < broadcast_address);
+    return address < first_domain_address || (address > last_domain_address && address < first_controller_address) ||
+           (address > last_controller_address && address < broadcast_address);
 }
 
-bool is_mask(uint32_t mask) { return mask == domain_mask || mask == area_mask || mask == port_mask; }
+bool is_mask(uint32_t mask) { return mask == RIB_MASK_DOMAIN || mask == RIB_MASK_AREA || mask == RIB_MASK_PORT; }
 
-bool is_vsan(uint32_t vsan) { return vsan >= 1 && vsan <= last_vsan; }
+bool is_vsan(uint32_t vsan) { return vsan >= 1 && vsan <= RIB_LAST_VSAN; }
 
 bool check(const fcRouteEntry &entry) {
     if (!is_vsan(entry.vsan) || excluded(entry.destination)) {
         return false;
     }
-    return in_domains(entry.destination) ? is_mask(entry.mask) : entry.mask == port_mask;
+    return in_domains(entry.destination) ? is_mask(entry.mask) : entry.mask == RIB_MASK_PORT;
 }
 
 bool check_static(const fcRouteEntry &entry) {
     return is_vsan(entry.vsan) && entry.protocol == static_protocol && in_domains(entry.destination) &&
            (entry.destination & 0xffff) != 0xffff && is_mask(entry.mask) && entry.domain >= 1 &&
-           entry.domain <= last_domain;
+           entry.domain <= RIB_LAST_DOMAIN;
 }
 
 /// The first address of the nearest range above that routes lead to.
@@ -70,19 +56,17 @@ void repair(fcRouteEntry &entry) {
         entry.destination = nearest(entry.destination);
     }
     if (!in_domains(entry.destination)) {
-        entry.mask = port_mask;
+        entry.mask = RIB_MASK_PORT;
     } else if (!is_mask(entry.mask)) {
-        entry.mask = domain_mask;
+        entry.mask = RIB_MASK_DOMAIN;
     }
 }
 
 /// Words `first` to `last`, to or from network order.
 void convert_words(const void *src, void *dst, size_t first, size_t last) {
     for (size_t offset = 4 * first; offset <= 4 * last; offset += 4) {
-        uint32_t word;
-        std::memcpy(&word, static_cast<const uint8_t *>(src) + offset, sizeof word);
-        word = std::endian::native == std::endian::big ? word : __builtin_bswap32(word);
-        std::memcpy(static_cast<uint8_t *>(dst) + offset, &word, sizeof word);
+        const uint32_t word = load32<std::endian::native>(static_cast<const uint8_t *>(src) + offset);
+        store32<std::endian::big>(static_cast<uint8_t *>(dst) + offset, word); // swapping is the same both ways
     }
 }
 
