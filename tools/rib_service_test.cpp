@@ -21,16 +21,17 @@ fabric generated(uint32_t switches, fabric_shape shape) {
 }
 
 void expect_same_routes(const rib_tables &tables, const fabric &f) {
+    const held_routes held = tables.routes();
     size_t expected = 0;
     for (const fabric_vsan &vsan : f.vsans()) {
         for (const auto &[to, what] : fspf_routes(f, vsan.id)) {
-            const auto found = tables.routes().find({vsan.id, to});
-            ASSERT_NE(found, tables.routes().end());
+            const auto found = held.find({vsan.id, to});
+            ASSERT_NE(found, held.end());
             EXPECT_EQ(found->second.what, what);
             expected++;
         }
     }
-    EXPECT_EQ(tables.routes().size(), expected);
+    EXPECT_EQ(held.size(), expected);
 }
 
 TEST(rib_service, the_rib_follows_the_fabric_through_all_its_events) {
