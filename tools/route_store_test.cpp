@@ -3,6 +3,7 @@
 #include "tools/route_store.h"
 
 #include "rib_codes.h"
+#include "testing/alloc_failure.h"
 #include "testing/capture.h"
 #include "tools/random_routes.h"
 #include "tools/rib_tables.h"
@@ -220,6 +221,29 @@ TEST(route_store, a_route_without_room_for_more_hops_stays_as_it_is) {
               (fcurt_response{RIB_HW_FULL, RIB_OPER_UPDATE_RSP, 1, 0, 1}));
     EXPECT_EQ(rib.routes().at({1, domain(1)}).what, one_hop);
     expect_sound(rib, spaces);
+}
+
+TEST(route_store, a_route_for_which_memory_fails_is_not_there) {
+    const rib_spaces spaces{1, 8, 64};
+    const auto add = encode(fcurt_update{RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE_RSP, domains_added(1, 1)}, SIZE_MAX);
+    bool happened = true;
+    uint32_t refused = 0; // not always: the buddy allocator has a way that needs less
+    for (size_t n = 1; happened; n++) {
+        rib_tables rib(spaces);
+        fcurt_response response{};
+        testing::printed_by([&] {
+            const testing::failing_allocation failing(n, testing::failing_allocation::how::onwards);
+            response = rib.take_update(add.at(0).bytes);
+            happened = failing.happened();
+        });
+        refused += response.result == RIB_OUT_OF_MEMORY ? 1 : 0;
+        EXPECT_TRUE(response.result == RIB_OK || response.result == RIB_OUT_OF_MEMORY) << n;
+        EXPECT_EQ(rib.routes().size(), response.result == RIB_OK ? 1U : 0U) << n;
+        expect_sound(rib, spaces);
+        EXPECT_EQ(update(rib, 1, domains_added(2, 2)).result, RIB_OK);
+        expect_sound(rib, spaces);
+    }
+    EXPECT_GE(refused, 4U);
 }
 
 TEST(route_store, vsans_beyond_the_segments_are_refused_until_one_is_empty) {
