@@ -100,12 +100,12 @@ TEST(fabric_file, the_rib_has_room_for_all_domains_unless_the_file_says_otherwis
     EXPECT_EQ(said.path_units, 100U);
     EXPECT_EQ(complaint("[rib]\npositions = 16\n"), "nothing");
     EXPECT_EQ(complaint("[rib]\nunits = 1\n"), "nothing");
-    for (const char *positions : {"8", "17", "33554440"}) {
+    for (const char *positions : {"8", "17", "16777224"}) {
         EXPECT_EQ(complaint(std::string("[rib]\npositions = ") + positions + "\n"),
                   std::string("f.toml:16: positions ") + positions +
-                      " is no multiple of 8 from 16 (8 for each VSAN) to 33554432");
+                      " is no multiple of 8 from 16 (8 for each VSAN) to 16777216");
     }
-    EXPECT_EQ(complaint("[rib]\nunits = 0\n"), "f.toml:16: units 0 is outside 1 to 33554432");
+    EXPECT_EQ(complaint("[rib]\nunits = 0\n"), "f.toml:16: units 0 is outside 1 to 16777216");
     EXPECT_EQ(complaint("[rib]\nroutes = 1\n"),
               "f.toml:17: unknown key \"routes\" in [rib], which knows positions, units");
     EXPECT_EQ(complaint("[[rib]]\nunits = 1\n"), "f.toml:16: rib is written as a [rib] table");

@@ -106,7 +106,7 @@ uint32_t position_space::move(uint32_t destination, uint32_t source, uint32_t co
 
 uint32_t position_space::own(uint32_t segment, uint32_t first, uint32_t count) {
     if (working->trace_) {
-        rib_printf_time("RIB hardware positions %u to %u now belong to segment %u\n", first, first + count - 1,
+        rib_printf_time("RIB hardware positions 0x%05x to 0x%05x now belong to segment %u\n", first, first + count - 1,
                         segment);
     }
     working->own_blocks(segment, first, count);
@@ -119,7 +119,7 @@ void position_space::move_one(uint32_t destination, uint32_t source) {
     records_[destination] = record;
     record->position = destination;
     if (trace_) {
-        rib_printf_time("RIB moves vsan %u fc id 0x%06x mask 0x%06x from position %u to %u\n", record->vsan,
+        rib_printf_time("RIB moves vsan %u fc id 0x%06x mask 0x%06x from position 0x%05x to 0x%05x\n", record->vsan,
                         record->to.fcid, record->to.mask, source, destination);
     }
 }

@@ -189,8 +189,10 @@ TEST(route_store, a_full_segment_grows_into_its_neighbours_and_their_routes_move
         update(rib, 3, {{RIB_ACTION_DELETE, domain(1), {}}, {RIB_ACTION_DELETE, domain(2), {}}});
         EXPECT_EQ(update(rib, 2, domains_added(3, 16)).result, RIB_OK);
     });
-    EXPECT_NE(text.find("RIB moves vsan 3 fc id 0x020000 mask 0xff0000 from position 17 to 16\n"), std::string::npos);
-    EXPECT_NE(text.find("RIB hardware positions 16 to 23 now belong to segment 1\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("RIB moves vsan 3 fc id 0x020000 mask 0xff0000 from position 0x00011 to 0x00010\n"),
+              std::string::npos);
+    EXPECT_NE(text.find("RIB hardware positions 0x00010 to 0x00017 now belong to segment 1\n"), std::string::npos)
+        << text;
     expect_sound(rib, spaces);
     EXPECT_EQ(rib.held(2), 16U);
     EXPECT_EQ(rib.store().positions().owner(23), 1U);
