@@ -23,13 +23,14 @@ class counted_map {
     }
 
     [[nodiscard]] bool has(uint8_t member) const { return bmap_is_set(bits_.data(), last_byte, member) != 0; }
-    [[nodiscard]] uint32_t count() const { return bmap_count(bits_.data(), bits_.size()); }
-    void show(const char *label) const { bmap_show(bits_.data(), bits_.size(), label); }
+    [[nodiscard]] uint32_t count() const { return bmap_count(bits_.data(), length); }
+    void show(const char *label) const { bmap_show(bits_.data(), length, label); }
 
   private:
-    static constexpr uint32_t last_byte = 31;
+    static constexpr uint32_t length = 32;
+    static constexpr uint32_t last_byte = length - 1;
 
-    std::array<uint8_t, last_byte + 1> bits_{};
+    std::array<uint8_t, length> bits_{};
     std::array<uint32_t, 256> uses_{};
 };
 

@@ -153,7 +153,7 @@ std::set<uint32_t> results_of_random_changes(const rib_spaces &spaces, uint32_t 
 }
 
 TEST(route_store, random_changes_leave_every_structure_in_agreement) {
-    const auto results = results_of_random_changes({}, 1, 2000);
+    const auto results = results_of_random_changes({}, 1, 600);
     EXPECT_EQ(results, (std::set<uint32_t>{RIB_OK, RIB_BAD_PARAMETERS, RIB_NO_ENTRY}));
 }
 
