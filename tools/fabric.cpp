@@ -45,6 +45,28 @@ void fabric::add_vsan(fabric_vsan vsan, uint32_t line) {
     vsans_.push_back(std::move(vsan));
 }
 
+void fabric::set_spaces(std::optional<uint32_t> positions, std::optional<uint32_t> path_units, uint32_t line) {
+    const auto blocks = static_cast<uint32_t>(vsans_.size());
+    if (positions &&
+        (*positions < blocks * position_block || *positions > largest_space || *positions % position_block != 0)) {
+        throw line_error(line,
+                         joined("positions ", *positions, " is no multiple of ", position_block, " from ",
+                                blocks * position_block, " (", position_block, " for each VSAN) to ", largest_space));
+    }
+    if (path_units) {
+        check_range("units", *path_units, largest_space, line);
+    }
+    positions_ = positions;
+    path_units_ = path_units;
+}
+
+rib_spaces fabric::spaces() const {
+    rib_spaces spaces = rib_spaces::for_vsans(static_cast<uint32_t>(vsans_.size()));
+    spaces.positions = positions_.value_or(spaces.positions);
+    spaces.path_units = path_units_.value_or(spaces.path_units);
+    return spaces;
+}
+
 void fabric::add_switch(const std::string &switch_name, uint32_t domain, uint32_t line) {
     if (!is_name(switch_name)) {
         throw line_error(

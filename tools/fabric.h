@@ -2,6 +2,8 @@
 // links while the lab runs. What is added is checked against what is there already.
 #pragma once
 
+#include "tools/rib_spaces.h"
+
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -76,6 +78,10 @@ class fabric {
                    std::optional<uint32_t> cost, uint32_t line); ///< after the links; kept in the order of time
     void set_local(const std::string &switch_name, uint32_t line);
 
+    /// After the VSANs; what is not given is what they can need at most.
+    void set_spaces(std::optional<uint32_t> positions, std::optional<uint32_t> path_units, uint32_t line);
+
+    [[nodiscard]] rib_spaces spaces() const;
     [[nodiscard]] const std::vector<fabric_vsan> &vsans() const { return vsans_; }
     [[nodiscard]] const std::vector<fabric_switch> &switches() const { return switches_; }
     [[nodiscard]] const std::vector<fabric_link> &links() const { return links_; }
@@ -99,6 +105,7 @@ class fabric {
     std::vector<fabric_link> links_;
     std::vector<fabric_event> events_;
     size_t local_ = 0;
+    std::optional<uint32_t> positions_, path_units_;
     std::map<std::string, size_t, std::less<>> switch_by_name_;
     std::map<uint32_t, size_t> switch_by_domain_;
     std::map<std::pair<size_t, uint32_t>, size_t> link_by_port_; ///< switch and interface index

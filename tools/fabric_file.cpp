@@ -33,11 +33,14 @@ void read_event(fabric &result, const table_reader &table) {
 }
 
 fabric read_fabric(const toml::table &document) {
-    const table_reader top(document, "the file", {"name", "local", "vsan", "switch", "link", "event"});
+    const table_reader top(document, "the file", {"name", "local", "vsan", "switch", "link", "event", "rib"});
     fabric result;
     result.name = top.text("name", "");
     top.each("vsan", {"id", "name"}, [&](const table_reader &table) {
         result.add_vsan({table.number("id"), table.text("name", "")}, table.line("id"));
+    });
+    top.one("rib", {"positions", "units"}, [&](const table_reader &table) {
+        result.set_spaces(table.optional_number("positions"), table.optional_number("units"), table.line());
     });
     top.each("switch", {"name", "domain"}, [&](const table_reader &table) {
         result.add_switch(table.text("name"), table.number("domain"), table.line());

@@ -90,6 +90,27 @@ TEST(fabric_file, what_is_left_out_has_a_default) {
     EXPECT_TRUE(f.events().empty());
 }
 
+TEST(fabric_file, the_rib_has_room_for_all_domains_unless_the_file_says_otherwise) {
+    const rib_spaces otherwise = parse_fabric(pair_of_switches, "f.toml").spaces();
+    EXPECT_EQ(otherwise.vsans, 2U);
+    EXPECT_EQ(otherwise.positions, 512U);
+    EXPECT_EQ(otherwise.path_units, 8192U);
+    const rib_spaces said = parse_fabric(pair_of_switches + "[rib]\npositions = 24\nunits = 100\n", "f.toml").spaces();
+    EXPECT_EQ(said.positions, 24U);
+    EXPECT_EQ(said.path_units, 100U);
+    EXPECT_EQ(complaint("[rib]\npositions = 16\n"), "nothing");
+    EXPECT_EQ(complaint("[rib]\nunits = 1\n"), "nothing");
+    for (const char *positions : {"8", "17", "16777224"}) {
+        EXPECT_EQ(complaint(std::string("[rib]\npositions = ") + positions + "\n"),
+                  std::string("f.toml:16: positions ") + positions +
+                      " is no multiple of 8 from 16 (8 for each VSAN) to 16777216");
+    }
+    EXPECT_EQ(complaint("[rib]\nunits = 0\n"), "f.toml:16: units 0 is outside 1 to 16777216");
+    EXPECT_EQ(complaint("[rib]\nroutes = 1\n"),
+              "f.toml:17: unknown key \"routes\" in [rib], which knows positions, units");
+    EXPECT_EQ(complaint("[[rib]]\nunits = 1\n"), "f.toml:16: rib is written as a [rib] table");
+}
+
 TEST(fabric_file, events_of_one_moment_keep_their_order) {
     const fabric f = parse_fabric(pair_of_switches + R"([[event]]
 at = "2s"
@@ -116,8 +137,9 @@ TEST(fabric_file, an_unknown_key_is_named_with_its_line) {
               "f.toml:16: unknown key \"costs\" in [[link]], which knows ends, cost, state, vsans");
     EXPECT_EQ(complaint("[[switch]]\nname = \"c\"\ndomian = 3\n"),
               "f.toml:18: unknown key \"domian\" in [[switch]], which knows name, domain");
-    EXPECT_EQ(complaint("[switches]\n"),
-              "f.toml:16: unknown key \"switches\" in the file, which knows name, local, vsan, switch, link, event");
+    EXPECT_EQ(
+        complaint("[switches]\n"),
+        "f.toml:16: unknown key \"switches\" in the file, which knows name, local, vsan, switch, link, event, rib");
 }
 
 TEST(fabric_file, switches_are_distinct_and_their_domains_in_range) {

@@ -85,13 +85,36 @@ void fspf_client::send(uint32_t vsan, std::vector<route_change> changes) {
                 apply_change(accepted_[vsan], change);
             }
         }
+        if (response.result != RIB_OK && response.accepted > 0) {
+            find_accepted(vsan, left.first(size));
+        }
         traffic_.refused += size - response.accepted;
         left = left.subspan(size);
         options_.progress("routes sent", traffic_.sent(), to_send_);
     }
 }
 
+// The answer counts what took effect without naming it. What is deleted is gone in any case; the others are sent again,
+// one by one: those that the RIB has are replaced by themselves.
+void fspf_client::find_accepted(uint32_t vsan, std::span<const route_change> changes) {
+    for (const route_change &change : changes) {
+        fcurt_update single{RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, {change}};
+        const bool gone = change.action == RIB_ACTION_DELETE;
+        if (gone || ask(encode(single, options_.message_limit).front().bytes).result == RIB_OK) {
+            apply_change(accepted_[vsan], change);
+        }
+    }
+}
+
 fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
+    const fcurt_response response = ask(update);
+    if (response.result != RIB_OK) {
+        report(response);
+    }
+    return response;
+}
+
+fcurt_response fspf_client::ask(std::span<uint8_t> update) {
     rib_wrap_msg request{};
     rib_wrap_msg answer{};
     request.uuid = RIB_CLIENT_FSPF;
@@ -111,9 +134,6 @@ fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
             decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.payload, fcurt_response_size));
     }
     rib_wrap_qip_drop(RIB_CLIENT_FSPF, handle_.number(), &answer.ref);
-    if (response.result != RIB_OK) {
-        report(response);
-    }
     return response;
 }
 

@@ -50,6 +50,8 @@ class fspf_client {
     using vsan_changes = std::map<uint32_t, std::vector<route_change>>;
     vsan_changes changes_for(const fabric &f);
     void send(uint32_t vsan, std::vector<route_change> changes);
+    void find_accepted(uint32_t vsan, std::span<const route_change> changes);
+    fcurt_response ask(std::span<uint8_t> update);
     void count(uint32_t vsan, const route_change &change);
     static void trace(std::span<const uint8_t> update);
 

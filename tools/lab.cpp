@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <unistd.h>
 
 namespace ribkit {
 
@@ -57,11 +58,19 @@ class table_choice {
 /// Where the JSON goes: opened before the run, so that a run is not in vain.
 using output_file = std::unique_ptr<std::FILE, void (*)(std::FILE *)>;
 
+/// Standard output for nobody else: what is printed from now on, by the RIB's allocators too, goes to standard error.
+std::FILE *claim_standard_output() {
+    const int claimed = dup(STDOUT_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    return fdopen(claimed, "w");
+}
+
 output_file open_output(const std::string &path) {
-    if (path.empty() || path == "-") {
-        return {path.empty() ? nullptr : stdout, [](std::FILE *) {}};
+    if (path.empty()) {
+        return {nullptr, [](std::FILE *) {}};
     }
-    output_file file(std::fopen(path.c_str(), "w"), [](std::FILE *f) { std::fclose(f); });
+    output_file file(path == "-" ? claim_standard_output() : std::fopen(path.c_str(), "w"),
+                     [](std::FILE *f) { std::fclose(f); });
     if (!file) {
         throw input_error(joined(path, ": cannot be written: ", std::strerror(errno)));
     }
@@ -72,8 +81,8 @@ class lab {
   public:
     lab(const lab_options &options, fabric f)
         : options_(options), fabric_(std::move(f)), tables_(options.tables, fabric_),
-          json_(open_output(options.json_file)), quiet_(options.json_file == "-"), rib_(bus),
-          client_(bus, make_client_options()) {}
+          json_(open_output(options.json_file)), quiet_(options.json_file == "-"),
+          rib_(bus, fabric_.spaces(), options.trace), client_(bus, make_client_options()) {}
 
     int run() {
         say(joined(head_text(fabric_, options_.fabric_file), '\n'));
@@ -88,7 +97,8 @@ class lab {
             next = later;
         }
         rib_.stop();
-        run_.rib = rib_.tables();
+        run_.routes = rib_.tables().routes();
+        run_.memory = rib_.tables().store().memory();
         finish();
         return run_.total.refused == 0 ? 0 : 1;
     }
@@ -127,6 +137,9 @@ class lab {
     void finish() {
         if (!quiet_) {
             print_tables();
+            if (options_.memory) {
+                rib_.tables().store().show();
+            }
             say(joined('\n', summary_text(run_)));
         }
         if (json_ && (std::fputs(lab_json(fabric_, run_).c_str(), json_.get()) < 0 || std::fflush(json_.get()) != 0)) {
@@ -141,7 +154,7 @@ class lab {
     }
 
     void print_tables() const {
-        const auto &routes = run_.rib.routes();
+        const held_routes &routes = run_.routes;
         bool first = true;
         for (const auto &[key, held] : routes) {
             if (tables_.shows(key, routes.size())) {

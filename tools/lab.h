@@ -19,6 +19,7 @@ struct lab_options {
     std::string json_file;      ///< empty: none; "-" is standard output, on which nothing else is printed then
     size_t message_limit = client_options{}.message_limit;
     bool trace = false;
+    bool memory = false;    ///< display what the RIB's tables are made of, at the end
     bool real_time = false; ///< wait until an event is due
 };
 
@@ -32,7 +33,8 @@ struct lab_step {
 struct lab_run {
     std::vector<lab_step> steps;
     client_traffic total;
-    rib_tables rib; ///< as it is at the end
+    held_routes routes; ///< of the RIB at the end
+    rib_memory memory;  ///< likewise
 
     [[nodiscard]] double seconds() const { return (total.computing + total.exchanging).count(); }
     [[nodiscard]] double routes_per_second() const;

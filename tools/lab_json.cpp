@@ -83,7 +83,9 @@ json route_json(const route_key &key, const held_route &held) {
 
 json summary_json(const lab_run &run) {
     json value = traffic_json(run.total);
-    value["routes_held"] = run.rib.routes().size();
+    value["routes_held"] = run.routes.size();
+    value["path_units"] = run.memory.path_units;
+    value["positions"] = run.memory.positions;
     value["seconds"] = rounded(run.seconds());
     value["seconds_computing"] = rounded(run.total.computing.count());
     value["seconds_exchanging"] = rounded(run.total.exchanging.count());
@@ -99,7 +101,7 @@ std::string lab_json(const fabric &f, const lab_run &run) {
         steps.push_back(step_json(f, step));
     }
     json routes = json::array();
-    for (const auto &[key, held] : run.rib.routes()) {
+    for (const auto &[key, held] : run.routes) {
         routes.push_back(route_json(key, held));
     }
     const json value{{"fabric", fabric_json(f)}, {"steps", steps}, {"routes", routes}, {"summary", summary_json(run)}};

@@ -104,6 +104,28 @@ cost = 501
     std::remove(path.c_str());
 }
 
+TEST(lab, what_the_tables_are_made_of_is_displayed_on_request) {
+    const std::string text = ribkit(std::string("lab --memory --tables none ") + small).output;
+    const std::string plain = ribkit(std::string("lab --tables none ") + small).output;
+    EXPECT_NE(text.find("Total 512, block size 8, # segments 2\n"), std::string::npos) << text;
+    EXPECT_EQ(plain.find("# segments"), std::string::npos);
+}
+
+TEST(lab, a_rib_without_room_says_so_and_the_json_stays_whole) {
+    const std::string path = ::testing::TempDir() + "tight.toml";
+    ribkit("fabric --switches 20 --vsans 2 --output " + path);
+    std::ofstream(path, std::ios::app) << "[rib]\npositions = 32\n";
+    const outcome run = ribkit("lab " + path + " 2>&1");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_NE(run.output.find("vsan 2 is \"failed\": 8 routes accepted\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("\n  refused   11 of the routes sent\n"), std::string::npos) << run.output;
+    const outcome json = ribkit("lab --json - " + path + " 2>/dev/null");
+    EXPECT_EQ(json.exit_code, 1);
+    EXPECT_EQ(json.output.substr(0, 15), "{\n  \"fabric\": {");
+    EXPECT_EQ(json.output.find("cont_mv"), std::string::npos);
+    std::remove(path.c_str());
+}
+
 TEST(lab, every_route_of_the_largest_fabric_arrives) {
     const outcome run = run_command("fabric | " RIBKIT_COMMAND " lab -");
     EXPECT_EQ(run.exit_code, 0);
@@ -122,6 +144,8 @@ TEST(lab, mistakes_are_one_line_and_exit_2) {
               "/nowhere/x.toml: cannot be written: No such file or directory\n");
     EXPECT_EQ(complaint(std::string("lab --trace --json - ") + small),
               "--json - leaves no room for --trace on standard output\n");
+    EXPECT_EQ(complaint(std::string("lab --memory --json - ") + small),
+              "--json - leaves no room for --memory on standard output\n");
     EXPECT_EQ(complaint("lab"), "ribkit lab: FABRIC is required (see ribkit lab --help)\n");
     EXPECT_EQ(complaint("fabric --shape star"),
               "ribkit fabric: --shape: star not in {core-edge,ring,mesh} (see ribkit fabric --help)\n");

@@ -27,6 +27,11 @@ std::string vsans_text(const fabric &f) {
     return text;
 }
 
+std::string memory_text(const rib_memory &m) {
+    return joined(counted(m.routes, "route"), ", ", m.path_units, " of ", m.spaces.path_units, " path units, ",
+                  m.positions, " of ", m.spaces.positions, " hardware positions");
+}
+
 std::string seconds_text(double seconds) { return joined(std::fixed, std::setprecision(6), seconds); }
 
 } // namespace
@@ -60,12 +65,12 @@ std::string traffic_text(const client_traffic &traffic) {
 std::string summary_text(const lab_run &run) {
     const client_traffic &t = run.total;
     return joined("Summary\n  routes    ", t.sent(), " sent: ", t.added, " added, ", t.deleted, " deleted, ", t.changed,
-                  " changed; the RIB holds ", run.rib.routes().size(),
+                  " changed; the RIB holds ", run.routes.size(),
                   t.refused == 0 ? "" : joined("\n  refused   ", t.refused, " of the routes sent"), "\n  messages  ",
                   t.messages, " sent and answered: ", t.bytes_sent, " bytes there, ", t.bytes_received,
-                  " back\n  seconds   ", seconds_text(run.seconds()), ": ", seconds_text(t.computing.count()),
-                  " computing paths, ", seconds_text(t.exchanging.count()), " exchanging messages\n  rate      ",
-                  std::llround(run.routes_per_second()), " routes a second");
+                  " back\n  memory    ", memory_text(run.memory), "\n  seconds   ", seconds_text(run.seconds()), ": ",
+                  seconds_text(t.computing.count()), " computing paths, ", seconds_text(t.exchanging.count()),
+                  " exchanging messages\n  rate      ", std::llround(run.routes_per_second()), " routes a second");
 }
 
 } // namespace ribkit

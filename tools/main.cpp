@@ -27,6 +27,7 @@ action declare_lab(CLI::App &app) {
     const auto options = std::make_shared<lab_options>();
     app.add_option("FABRIC", options->fabric_file, "fabric file, - for standard input")->required();
     app.add_flag("--trace", options->trace, "print every message sent to the RIB");
+    app.add_flag("--memory", options->memory, "display at the end what the RIB's tables are made of");
     app.add_option("--tables", options->tables,
                    "display the RIB's tables at the end: all, none, or those of one VSAN (auto: all up to 64 routes)")
         ->type_name("WHICH")
@@ -39,8 +40,9 @@ action declare_lab(CLI::App &app) {
         ->capture_default_str();
     app.add_flag("--real-time", options->real_time, "wait until an event is due");
     return [options] {
-        if (options->json_file == "-" && options->trace) {
-            throw input_error("--json - leaves no room for --trace on standard output");
+        if (options->json_file == "-" && (options->trace || options->memory)) {
+            throw input_error(
+                joined("--json - leaves no room for ", options->trace ? "--trace" : "--memory", " on standard output"));
         }
         return run_lab(*options);
     };

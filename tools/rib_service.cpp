@@ -17,7 +17,8 @@ constexpr uint32_t queue_bound = 64;
 
 } // namespace
 
-rib_service::rib_service(const std::string &url) : handle_(url) {
+rib_service::rib_service(const std::string &url, const rib_spaces &spaces, bool trace)
+    : handle_(url), tables_(spaces, trace) {
     if (qip_listen(handle_.number(), &rib_address, queue_bound) != 0) {
         throw std::system_error(errno, std::generic_category(), "the RIB cannot listen on " + url);
     }

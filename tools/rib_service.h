@@ -14,7 +14,7 @@ namespace ribkit {
 class rib_service {
   public:
     /// Listens at the RIB's address of this bus. Throws std::system_error where that cannot be.
-    explicit rib_service(const std::string &url);
+    explicit rib_service(const std::string &url, const rib_spaces &spaces = {}, bool trace = false);
     ~rib_service() { stop(); }
 
     /// Answers no more.

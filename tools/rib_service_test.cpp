@@ -21,16 +21,17 @@ fabric generated(uint32_t switches, fabric_shape shape) {
 }
 
 void expect_same_routes(const rib_tables &tables, const fabric &f) {
+    const held_routes held = tables.routes();
     size_t expected = 0;
     for (const fabric_vsan &vsan : f.vsans()) {
         for (const auto &[to, what] : fspf_routes(f, vsan.id)) {
-            const auto found = tables.routes().find({vsan.id, to});
-            ASSERT_NE(found, tables.routes().end());
+            const auto found = held.find({vsan.id, to});
+            ASSERT_NE(found, held.end());
             EXPECT_EQ(found->second.what, what);
             expected++;
         }
     }
-    EXPECT_EQ(tables.routes().size(), expected);
+    EXPECT_EQ(held.size(), expected);
 }
 
 TEST(rib_service, the_rib_follows_the_fabric_through_all_its_events) {
@@ -92,6 +93,29 @@ TEST(rib_service, a_short_message_is_refused_and_reported_and_the_rib_goes_on) {
     rib.stop();
     expect_same_routes(rib.tables(), f);
     EXPECT_EQ(qip_refs_held(), 0U);
+}
+
+TEST(rib_service, what_does_not_fit_is_reported_and_the_rib_keeps_nothing_that_the_client_forgets) {
+    fabric f = generated(20, fabric_shape::ring);
+    rib_service rib(bus, {2, 16, 4096});
+    fspf_client client(bus, {});
+    std::string reported;
+    testing::printed_by([&] { // the allocator of segments says that it cannot grow
+        ::testing::internal::CaptureStderr();
+        EXPECT_EQ(client.converge(f).refused, 2U * (19U - 8U));
+        EXPECT_EQ(client.converge(f).refused, 2U * (19U - 8U));
+        reported = ::testing::internal::GetCapturedStderr();
+    });
+    EXPECT_EQ(reported.substr(0, reported.find('\n')),
+              "ribkit: the RIB's answer for vsan 1 is \"failed\": 16 routes accepted");
+    for (size_t link = 0; link < f.links().size(); link++) {
+        f.apply({{}, link, false, {}});
+    }
+    const client_traffic last = client.converge(f);
+    EXPECT_EQ(last.deleted, 16U);
+    EXPECT_EQ(last.refused, 0U);
+    rib.stop();
+    EXPECT_TRUE(rib.tables().routes().empty());
 }
 
 TEST(rib_service, a_message_of_another_kind_is_answered_too) {

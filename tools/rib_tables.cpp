@@ -58,8 +58,18 @@ uint32_t control_of(const next_hop &hop) { return (hop.domain & 0xff) << 5; }
 } // namespace
 
 uint32_t rib_tables::held(uint32_t vsan) const {
-    const auto found = held_.find(vsan);
-    return found == held_.end() ? 0 : found->second;
+    const auto found = store_.vsans().find(vsan);
+    return found == store_.vsans().end() ? 0 : found->second.routes;
+}
+
+held_routes rib_tables::routes() const {
+    held_routes all;
+    for (const auto &[key, record] : index_) {
+        const auto hops = store_.hops(*record);
+        all.emplace_hint(all.end(), key,
+                         held_route{record->uuid, {record->metric, record->flag, {hops.begin(), hops.end()}}});
+    }
+    return all;
 }
 
 fcurt_response rib_tables::take_update(std::span<const uint8_t> message, rib_check_report *why) {
@@ -75,32 +85,39 @@ fcurt_response rib_tables::take_update(std::span<const uint8_t> message, rib_che
         return response;
     }
     for (const route_change &change : update.changes) {
-        response.accepted += take(update, change) ? 1 : 0;
+        const uint32_t result = take(update, change);
+        response.accepted += result == RIB_OK ? 1 : 0;
+        response.result = response.result == RIB_OK ? result : response.result;
     }
     response.held = held(update.vsan);
-    response.result = response.accepted == update.changes.size() ? RIB_OK : RIB_NO_ENTRY;
     return response;
 }
 
-bool rib_tables::take(const fcurt_update &update, const route_change &change) {
+uint32_t rib_tables::take(const fcurt_update &update, const route_change &change) {
     const route_key key{update.vsan, change.to};
+    const auto found = index_.find(key);
+    if (change.action == RIB_ACTION_ADD && found != index_.end()) {
+        return store_.replace(*found->second, update.uuid, change.what);
+    }
     if (change.action == RIB_ACTION_ADD) {
-        held_[update.vsan] += routes_.insert_or_assign(key, held_route{update.uuid, change.what}).second ? 1 : 0;
-        return true;
+        route_record *made = nullptr;
+        const uint32_t result = store_.add(update.vsan, change.to, update.uuid, change.what, made);
+        if (result == RIB_OK) {
+            index_.emplace(key, made);
+        }
+        return result;
     }
-    const auto found = routes_.find(key);
-    if (found == routes_.end()) {
-        return false;
+    if (found == index_.end()) {
+        return RIB_NO_ENTRY;
     }
+    route_record &held = *found->second;
     if (change.action == RIB_ACTION_DELETE) {
-        routes_.erase(found);
-        held_[update.vsan]--;
-        return true;
+        index_.erase(found);
+        return store_.remove(held);
     }
-    route &what = found->second.what;
-    what.flag = (change.action & RIB_ACTION_CHANGE_FLAG) != 0 ? change.what.flag : what.flag;
-    what.metric = (change.action & RIB_ACTION_CHANGE_METRIC) != 0 ? change.what.metric : what.metric;
-    return true;
+    held.flag = (change.action & RIB_ACTION_CHANGE_FLAG) != 0 ? change.what.flag : held.flag;
+    held.metric = (change.action & RIB_ACTION_CHANGE_METRIC) != 0 ? change.what.metric : held.metric;
+    return RIB_OK;
 }
 
 std::vector<uint8_t> ucast_entry(const route_key &key, const held_route &held) {

@@ -3,6 +3,8 @@
 
 #include "rib_check.h"
 #include "tools/fcurt_message.h"
+#include "tools/rib_spaces.h"
+#include "tools/route_store.h"
 #include "tools/routes.h"
 
 #include <cstdint>
@@ -25,22 +27,29 @@ struct held_route {
     route what;
 };
 
+using held_routes = std::map<route_key, held_route>;
+
 class rib_tables {
   public:
+    /// With `trace`, a line is printed for every route that moves in the hardware. Throws std::bad_alloc.
+    explicit rib_tables(const rib_spaces &spaces = {}, bool trace = false) : store_(spaces, trace) {}
+
     /// Takes an update message from anywhere: nothing is stored unless all of it is sound. Then each record takes
-    /// effect by itself; one that changes or deletes a route that is not there is passed over, and the result is
-    /// RIB_NO_ENTRY.
+    /// effect by itself or not at all; one that changes or deletes a route that is not there, and one for which
+    /// something is full, are passed over. The result is that of the first such: RIB_NO_ENTRY, or the code of what is
+    /// full.
     /// @param why null, or filled where the message's size and its counts disagree
     fcurt_response take_update(std::span<const uint8_t> message, rib_check_report *why = nullptr);
 
-    [[nodiscard]] const std::map<route_key, held_route> &routes() const { return routes_; }
+    [[nodiscard]] held_routes routes() const;
     [[nodiscard]] uint32_t held(uint32_t vsan) const;
+    [[nodiscard]] const route_store &store() const { return store_; }
 
   private:
-    bool take(const fcurt_update &update, const route_change &change);
+    uint32_t take(const fcurt_update &update, const route_change &change);
 
-    std::map<route_key, held_route> routes_;
-    std::map<uint32_t, uint32_t> held_; ///< routes by VSAN
+    route_store store_;
+    std::map<route_key, route_record *> index_;
 };
 
 /// The route as an entry of the RIB's tables in network form, which rib_show_fcu displays.

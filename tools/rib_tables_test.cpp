@@ -31,7 +31,7 @@ void set_word(std::vector<uint8_t> &bytes, size_t at, uint32_t value) {
 class rib : public ::testing::Test {
   protected:
     fcurt_response take(std::vector<route_change> changes) { return tables.take_update(message(std::move(changes))); }
-    [[nodiscard]] const route &held(const destination &to) const { return tables.routes().at({1, to}).what; }
+    [[nodiscard]] route held(const destination &to) const { return tables.routes().at({1, to}).what; }
 
     rib_tables tables;
 };

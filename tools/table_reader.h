@@ -76,6 +76,18 @@ class table_reader {
         return value.empty() ? std::nullopt : std::optional(value == "up");
     }
 
+    /// Calls `read` for the [key] table, where there is one.
+    void one(const std::string &key, names known, const std::function<void(const table_reader &)> &read) const {
+        const toml::node *node = table_.get(key);
+        if (node == nullptr) {
+            return;
+        }
+        if (!node->is_table()) {
+            throw line_error(line_of(node->source()), joined(key, " is written as a [", key, "] table"));
+        }
+        read(table_reader(*node->as_table(), joined('[', key, ']'), known));
+    }
+
     /// Calls `read` for every [[key]] table.
     void each(const std::string &key, names known, const std::function<void(const table_reader &)> &read) const {
         const toml::node *node = table_.get(key);

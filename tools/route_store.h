@@ -1,0 +1,74 @@
+// What the routes of the RIB are made of: records in a pool, next hops in the path space, a position in the hardware,
+// and bitmaps of the domains that are reached and of the ports that are used.
+#pragma once
+
+#include "rib_mem.h"
+#include "tools/counted_map.h"
+#include "tools/path_space.h"
+#include "tools/position_space.h"
+#include "tools/rib_spaces.h"
+#include "tools/route_record.h"
+
+#include <cstdint>
+#include <map>
+#include <span>
+
+namespace ribkit {
+
+/// What is in use, and of how much.
+struct rib_memory {
+    uint32_t routes = 0;
+    uint32_t path_units = 0;
+    uint32_t positions = 0;
+    rib_spaces spaces;
+};
+
+/// A VSAN that has routes.
+struct vsan_store {
+    uint32_t segment = 0; ///< of the positions
+    uint32_t routes = 0;
+    counted_map domains; ///< of the destinations
+};
+
+class route_store {
+  public:
+    /// Throws std::bad_alloc.
+    route_store(const rib_spaces &spaces, bool trace);
+    route_store(const route_store &) = delete;
+    route_store &operator=(const route_store &) = delete;
+    ~route_store() { pool_destroy(records_); }
+
+    /// Stores a new route whole, or nothing of it. @return 0, or the result code of what is full
+    uint32_t add(uint32_t vsan, const destination &to, uint32_t uuid, const route &what, route_record *&made);
+    /// Puts another route in place of a record's, or leaves it. @return 0, or the result code of what is full
+    uint32_t replace(route_record &record, uint32_t uuid, const route &what);
+    /// Gives the record back, and all that it has. @return 0, or the first result code of what was not taken back
+    uint32_t remove(route_record &record);
+
+    [[nodiscard]] std::span<const next_hop> hops(const route_record &record) const {
+        return paths_.read(record.path, record.hops);
+    }
+    [[nodiscard]] const std::map<uint32_t, vsan_store> &vsans() const { return vsans_; }
+    [[nodiscard]] const position_space &positions() const { return positions_; }
+    [[nodiscard]] bool uses_port(uint32_t if_index) const;
+    [[nodiscard]] uint32_t ports() const;
+    [[nodiscard]] rib_memory memory() const;
+    void show() const;
+
+  private:
+    uint32_t enter(uint32_t vsan);
+    void leave(uint32_t vsan);
+    uint32_t equip(route_record &record, uint32_t hops);
+    uint32_t strip(route_record &record);
+    void add_ports(const route_record &record);
+    void remove_ports(const route_record &record);
+
+    rib_spaces spaces_;
+    struct pool *records_;
+    path_space paths_;
+    position_space positions_;
+    std::map<uint32_t, vsan_store> vsans_;
+    std::map<uint32_t, counted_map> ports_; ///< by interface index without its last byte, which is the port's
+};
+
+} // namespace ribkit
