@@ -120,8 +120,14 @@ std::string size_of(const row &r) {
 
 void print_rows(std::string &text, const layout &l, const std::string &depth, const std::string &path) {
     for (const row &r : l) {
-        text += "| " + depth + std::to_string(r.offset) + " | " + size_of(r) + " | " + kind_of(r.kind) + " | " + path +
-                r.name + " | " + note_of(r) + " |\n";
+        const std::string cells[] = {depth + std::to_string(r.offset), size_of(r), kind_of(r.kind), path + r.name,
+                                     note_of(r)};
+        for (const std::string &cell : cells) {
+            text += "| ";
+            text += cell;
+            text += ' ';
+        }
+        text += "|\n";
         if (r.kind == row_kind::list) {
             print_rows(text, *r.entry, depth + "+", path + r.name + ".");
         }

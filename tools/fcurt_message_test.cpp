@@ -22,8 +22,8 @@ std::vector<uint8_t> sample() {
     return one_message({RIB_CLIENT_FSPF,
                         20,
                         RIB_OPER_UPDATE_RSP,
-                        {{RIB_ACTION_ADD, {0x020000, domain_mask}, {500, RIB_FLAG_ACTIVE, {{7, 2}, {8, 3}}}},
-                         {RIB_ACTION_DELETE, {0x030000, domain_mask}, {}}}});
+                        {{RIB_ACTION_ADD, {0x020000, RIB_MASK_DOMAIN}, {500, RIB_FLAG_ACTIVE, {{7, 2}, {8, 3}}}},
+                         {RIB_ACTION_DELETE, {0x030000, RIB_MASK_DOMAIN}, {}}}});
 }
 
 TEST(fcurt_message, every_field_has_its_place_in_network_order) {

@@ -67,7 +67,7 @@ route_table fspf_routes(const fabric &f, uint32_t vsan) {
     route_table table;
     for (size_t to = 0; to < paths.size(); to++) {
         if (to != f.local_index() && paths[to].cost != unreachable) {
-            table[{f.switches()[to].domain << 16, domain_mask}] = route_of(f, graph, to, paths[to]);
+            table[{f.switches()[to].domain << 16, RIB_MASK_DOMAIN}] = route_of(f, graph, to, paths[to]);
         }
     }
     return table;

@@ -30,7 +30,7 @@ uint32_t if_index(const char *name) {
     return value;
 }
 
-destination domain(uint32_t number) { return {number << 16, domain_mask}; }
+destination domain(uint32_t number) { return {number << 16, RIB_MASK_DOMAIN}; }
 
 constexpr uint32_t direct = RIB_FLAG_DIRECT | RIB_FLAG_ACTIVE;
 

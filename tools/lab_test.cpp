@@ -105,21 +105,21 @@ cost = 501
 }
 
 TEST(lab, what_the_tables_are_made_of_is_displayed_on_request) {
-    const std::string text = ribkit(std::string("lab --memory --tables none ") + small).output;
-    const std::string plain = ribkit(std::string("lab --tables none ") + small).output;
+    const std::string text = run_command(std::string("lab --memory --tables none ") + small).output;
+    const std::string plain = run_command(std::string("lab --tables none ") + small).output;
     EXPECT_NE(text.find("Total 512, block size 8, # segments 2\n"), std::string::npos) << text;
     EXPECT_EQ(plain.find("# segments"), std::string::npos);
 }
 
 TEST(lab, a_rib_without_room_says_so_and_the_json_stays_whole) {
     const std::string path = ::testing::TempDir() + "tight.toml";
-    ribkit("fabric --switches 20 --vsans 2 --output " + path);
+    run_command("fabric --switches 20 --vsans 2 --output " + path);
     std::ofstream(path, std::ios::app) << "[rib]\npositions = 32\n";
-    const outcome run = ribkit("lab " + path + " 2>&1");
+    const outcome run = run_command("lab " + path + " 2>&1");
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_NE(run.output.find("vsan 2 is \"failed\": 8 routes accepted\n"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("\n  refused   11 of the routes sent\n"), std::string::npos) << run.output;
-    const outcome json = ribkit("lab --json - " + path + " 2>/dev/null");
+    const outcome json = run_command("lab --json - " + path + " 2>/dev/null");
     EXPECT_EQ(json.exit_code, 1);
     EXPECT_EQ(json.output.substr(0, 15), "{\n  \"fabric\": {");
     EXPECT_EQ(json.output.find("cont_mv"), std::string::npos);

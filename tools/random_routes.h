@@ -21,7 +21,7 @@ inline route random_route(std::mt19937 &random) {
 inline route_table random_table(std::mt19937 &random) {
     route_table table;
     for (uint32_t i = below(random, 12); i > 0; i--) {
-        table[{(1 + below(random, 20)) << 16, domain_mask}] = random_route(random);
+        table[{(1 + below(random, 20)) << 16, RIB_MASK_DOMAIN}] = random_route(random);
     }
     return table;
 }

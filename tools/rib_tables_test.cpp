@@ -12,8 +12,8 @@
 namespace ribkit {
 namespace {
 
-constexpr destination two{0x020000, domain_mask};
-constexpr destination three{0x030000, domain_mask};
+constexpr destination two{0x020000, RIB_MASK_DOMAIN};
+constexpr destination three{0x030000, RIB_MASK_DOMAIN};
 const route near{500, RIB_FLAG_DIRECT | RIB_FLAG_ACTIVE, {{0x01010001, 2}}};
 const route dearer{600, RIB_FLAG_ACTIVE, {{0x01010002, 3}}};
 

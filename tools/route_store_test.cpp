@@ -93,7 +93,7 @@ route wide_route(std::mt19937 &random) {
 
 route_change random_change(std::mt19937 &random) {
     constexpr uint32_t actions[] = {RIB_ACTION_ADD, RIB_ACTION_ADD, RIB_ACTION_DELETE, RIB_ACTION_CHANGE_METRIC};
-    const uint32_t mask = random() % 2 != 0 ? domain_mask : 0xffffff;
+    const uint32_t mask = random() % 2 != 0 ? RIB_MASK_DOMAIN : 0xffffff;
     const destination to{(below(random, 24) << 16 | below(random, 2)) & mask, mask};
     return {actions[below(random, 4)], to, wide_route(random)};
 }
@@ -168,7 +168,7 @@ TEST(route_store, whatever_is_full_refuses_a_route_whole) {
                                            RIB_VSAN_TCAM_FULL}));
 }
 
-constexpr destination domain(uint32_t number) { return {number << 16, domain_mask}; }
+constexpr destination domain(uint32_t number) { return {number << 16, RIB_MASK_DOMAIN}; }
 const route one_hop{500, RIB_FLAG_ACTIVE, {{0x01010001, 2}}};
 
 std::vector<route_change> domains_added(uint32_t first, uint32_t last) {

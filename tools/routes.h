@@ -9,8 +9,6 @@
 
 namespace ribkit {
 
-inline constexpr uint32_t domain_mask = 0xff0000;
-
 struct next_hop {
     uint32_t if_index;
     uint32_t domain; ///< of the switch at the other end

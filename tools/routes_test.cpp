@@ -8,7 +8,7 @@
 namespace ribkit {
 namespace {
 
-constexpr destination two{0x020000, domain_mask};
+constexpr destination two{0x020000, RIB_MASK_DOMAIN};
 const route near{500, RIB_FLAG_DIRECT | RIB_FLAG_ACTIVE, {{0x01010001, 2}}};
 
 TEST(routes, equal_tables_need_no_change) {
