@@ -11,36 +11,6 @@ namespace ribkit::bench {
 
 namespace {
 
-/// A label route with 16 interfaces of 3 labels, in host form.
-sample label_route() {
-    sample route(104 + 16 * 20);
-    std::mt19937 random(4);
-    for (size_t i = 0; i < route.size / 4; ++i) {
-        route.words()[i] = random();
-    }
-    route.words()[5] = 2;
-    route.words()[6] = 16;
-    route.words()[7] = 16;
-    for (size_t i = 0; i < 16; ++i) {
-        route.words()[26 + 5 * i] = 0x00030000;
-    }
-    return route;
-}
-
-/// A unicast path with 16 paths of 3 hops, in host form.
-sample unicast_path() {
-    sample path(348);
-    std::mt19937 random(5);
-    for (size_t i = 0; i < path.size / 4; ++i) {
-        path.words()[i] = random();
-    }
-    path.words()[6] = 16;
-    for (size_t i = 0; i < 16; ++i) {
-        path.words()[7 + 5 * i] = 0x00030000;
-    }
-    return path;
-}
-
 template <class Ours, class Peer>
 void both_ways(const std::string &what, sample host, Ours send, Ours receive, Peer loop_send, Peer loop_receive,
                const char *send_goal, const char *receive_goal) {

@@ -38,4 +38,34 @@ template <class Hops> sample fcurt_update(uint32_t routes, Hops &&hops) {
     return update;
 }
 
+/// A label route with 16 interfaces of 3 labels, in host form.
+inline sample label_route() {
+    sample route(104 + 16 * 20);
+    std::mt19937 random(4);
+    for (size_t i = 0; i < route.size / 4; ++i) {
+        route.words()[i] = random();
+    }
+    route.words()[5] = 2;
+    route.words()[6] = 16;
+    route.words()[7] = 16;
+    for (size_t i = 0; i < 16; ++i) {
+        route.words()[26 + 5 * i] = 0x00030000;
+    }
+    return route;
+}
+
+/// A unicast path with 16 paths of 3 hops, in host form.
+inline sample unicast_path() {
+    sample path(348);
+    std::mt19937 random(5);
+    for (size_t i = 0; i < path.size / 4; ++i) {
+        path.words()[i] = random();
+    }
+    path.words()[6] = 16;
+    for (size_t i = 0; i < 16; ++i) {
+        path.words()[7 + 5 * i] = 0x00030000;
+    }
+    return path;
+}
+
 } // namespace ribkit::bench

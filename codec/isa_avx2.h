@@ -29,7 +29,7 @@ struct avx2 {
         const uint32_t count = read_count<Order>(r.count, src);
         if constexpr (is_record(L)) {
             return record<L, r.stride, Swaps>(src, dst, count);
-        } else if (count > r.bound) {
+        } else if (count > r.bound) [[unlikely]] {
             return rows(src, dst);
         } else {
             capped_image<L, Swaps>::convert(src, dst, count);
