@@ -1,5 +1,5 @@
-// The 24-bit address space of a fabric: the domains' addresses, a gap, the domain controllers, the well-known addresses,
-// and the broadcast address at the end.
+// The 24-bit address space of a fabric: the domains' addresses, a gap, the domain controllers, the well-known
+// addresses, and the broadcast address at the end.
 #pragma once
 
 #include "rib_codes.h"
