@@ -30,7 +30,7 @@ inline constexpr text_row result_rows[] = {
     {RIB_VSAN_TCAM_FULL, "vsan tcam full"},
     {RIB_OBJECT_OWNED, "object is owned by another app"},
 };
-inline constexpr text_table result_texts{"%xh??", result_rows};
+inline constexpr auto result_texts = text_table{"%xh??", result_rows};
 
 inline constexpr text_row client_rows[] = {
     {RIB_CLIENT_RIB, "rib"},
@@ -56,7 +56,7 @@ inline constexpr text_row client_rows[] = {
     {RIB_CLIENT_OZEL, "ozel"},
     {RIB_CLIENT_BRIN, "brin"},
 };
-inline constexpr text_table client_texts{"client %u??", client_rows};
+inline constexpr auto client_texts = text_table{"client %u??", client_rows};
 
 /// The protocol word of a client's routes; a client without routes of its own is "unknown", not a number.
 inline constexpr text_row client_proto_rows[] = {
@@ -65,13 +65,13 @@ inline constexpr text_row client_proto_rows[] = {
     {RIB_CLIENT_TLPORT, "local"}, {RIB_CLIENT_FCDOMAIN, "dm ctrl"},   {RIB_CLIENT_CONFIG, "static"},
     {RIB_CLIENT_TEST, "test"},
 };
-inline constexpr text_table client_proto_texts{"unknown", client_proto_rows};
+inline constexpr auto client_proto_texts = text_table{"unknown", client_proto_rows};
 
-inline constexpr text_table fcroute_proto_texts{
-    "%xh??", {{1, "other"}, {2, "local"}, {3, "static"}, {4, "fspf"}, {5, "mpls"}, {6, "mcast"}}};
+inline constexpr auto fcroute_proto_texts =
+    text_table{"%xh??", {{1, "other"}, {2, "local"}, {3, "static"}, {4, "fspf"}, {5, "mpls"}, {6, "mcast"}}};
 
-inline constexpr text_table fcroute_type_texts{"%xh??", {{1, "direct"}, {2, "remote"}}};
+inline constexpr auto fcroute_type_texts = text_table{"%xh??", {{1, "direct"}, {2, "remote"}}};
 
-inline constexpr text_table fcroute_perm_texts{"%xh??", {{1, "perm"}, {2, "volatile"}}};
+inline constexpr auto fcroute_perm_texts = text_table{"%xh??", {{1, "perm"}, {2, "volatile"}}};
 
 } // namespace ribkit

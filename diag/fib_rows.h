@@ -9,13 +9,13 @@ inline constexpr text_row fib_state_rows[] = {
     {0, "offline"}, {1, "ready"},    {2, "loading"}, {3, "verifying"},
     {4, "active"},  {5, "isolated"}, {6, "exited"},  {7, "upgrading"},
 };
-inline constexpr text_table fib_state_texts{"%xh??", fib_state_rows};
+inline constexpr auto fib_state_texts = text_table{"%xh??", fib_state_rows};
 
 inline constexpr text_row fib_mod_type_rows[] = {
     {0, "FIB"},
     {1, "sFIB"},
 };
-inline constexpr text_table fib_mod_type_texts{"FIB %xh??", fib_mod_type_rows};
+inline constexpr auto fib_mod_type_texts = text_table{"FIB %xh??", fib_mod_type_rows};
 
 inline constexpr text_row fib_verf_rows[] = {
     {0x0, "consistent"},
@@ -32,7 +32,7 @@ inline constexpr text_row fib_verf_rows[] = {
     {0x400, "duplicate in hw"},
     {0x800, "bad param in hw"},
 };
-inline constexpr text_table fib_verf_texts{"%xh??", fib_verf_rows};
+inline constexpr auto fib_verf_texts = text_table{"%xh??", fib_verf_rows};
 
 inline constexpr text_row fib_route_type_rows[] = {
     {0x0, "unknown"},       {0x100, "drop"},      {0x200, "lbl drop"},      {0x400, "fc drop"},
@@ -41,7 +41,7 @@ inline constexpr text_row fib_route_type_rows[] = {
     {0xf0000, "all-label"}, {0x100000, "mcast"},  {0x1000000, "xlink srv"}, {0x2000000, "local"},
     {0x4000000, "ucast"},   {0x8000000, "wka"},
 };
-inline constexpr text_table fib_route_type_texts{"%xh??", fib_route_type_rows};
+inline constexpr auto fib_route_type_texts = text_table{"%xh??", fib_route_type_rows};
 
 inline constexpr text_row fib_reason_rows[] = {
     {0, "normal frm"},
@@ -63,7 +63,7 @@ inline constexpr text_row fib_reason_rows[] = {
     {16, "zoned out fcpcmds"},
     {17, "non Readonly frames"},
 };
-inline constexpr text_table fib_reason_texts{"%xh??", fib_reason_rows};
+inline constexpr auto fib_reason_texts = text_table{"%xh??", fib_reason_rows};
 
 inline constexpr text_row fib_oper_rows[] = {
     {0x1, "update"},
@@ -80,12 +80,12 @@ inline constexpr text_row fib_oper_rows[] = {
     {0x4000, "clear port stats"},
     {0x8000, "set port stats"},
 };
-inline constexpr text_table fib_oper_texts{"%xh??", fib_oper_rows};
+inline constexpr auto fib_oper_texts = text_table{"%xh??", fib_oper_rows};
 
 inline constexpr text_row fib_iod_mode_rows[] = {
     {0, "idle"}, {1, "edge"}, {2, "core"}, {3, "block"}, {4, "blocking"}, {5, "drain"}, {6, "draining"},
 };
-inline constexpr text_table fib_iod_mode_texts{"%xh??", fib_iod_mode_rows};
+inline constexpr auto fib_iod_mode_texts = text_table{"%xh??", fib_iod_mode_rows};
 
 inline constexpr text_row fib_action_rows[] = {
     {0, "del+free"},
@@ -93,9 +93,9 @@ inline constexpr text_row fib_action_rows[] = {
     {2, "delete"},
     {3, "check"},
 };
-inline constexpr text_table fib_action_texts{"%xh??", fib_action_rows};
+inline constexpr auto fib_action_texts = text_table{"%xh??", fib_action_rows};
 
 /// The two indices that mean "none"; every other index is printed.
-inline constexpr text_table fib_d_idx_texts{"%03x", {{0xffff, "..."}, {0xdeadbeef, "..."}}};
+inline constexpr auto fib_d_idx_texts = text_table{"%03x", {{0xffff, "..."}, {0xdeadbeef, "..."}}};
 
 } // namespace ribkit

@@ -42,7 +42,7 @@ inline constexpr text_row fclrt_type_rows[] = {
     {0x1008, "show fc+label"},
     {0x100f, "show all-labels"},
 };
-inline constexpr text_table fclrt_type_texts{"%xh??", fclrt_type_rows};
+inline constexpr auto fclrt_type_texts = text_table{"%xh??", fclrt_type_rows};
 
 inline constexpr text_row fcmrt_type_rows[] = {
     {0x1, "query all"},
@@ -54,7 +54,7 @@ inline constexpr text_row fcmrt_type_rows[] = {
     {0x40, "query matched using cmi"},
     {0x100, "show"},
 };
-inline constexpr text_table fcmrt_type_texts{"%xh??", fcmrt_type_rows};
+inline constexpr auto fcmrt_type_texts = text_table{"%xh??", fcmrt_type_rows};
 
 inline constexpr text_row fcurt_type_rows[] = {
     {0x1, "query all"},
@@ -80,13 +80,13 @@ inline constexpr text_row fcurt_type_rows[] = {
     {0x400000, "show active"},
     {0x800000, "show mine"},
 };
-inline constexpr text_table fcurt_type_texts{"%xh??", fcurt_type_rows};
+inline constexpr auto fcurt_type_texts = text_table{"%xh??", fcurt_type_rows};
 
 inline constexpr text_row query_rows[] = {
     {0x1, "query"},       {0x2, "query non-blocked"}, {0x4, "query vault"},           {0x8, "query using cmi"},
     {0x10, "query vsan"}, {0x40, "query vsan vault"}, {0x80, "query vsan using cmi"}, {0x100, "show"},
 };
-inline constexpr text_table query_texts{"%xh??", query_rows};
+inline constexpr auto query_texts = text_table{"%xh??", query_rows};
 
 inline constexpr text_row oper_rows[] = {
     {RIB_OPER_UPDATE, "update"},
@@ -106,7 +106,7 @@ inline constexpr text_row oper_rows[] = {
     {RIB_OPER_REPLAY, "replay"},
     {RIB_OPER_VERIFY, "verify"},
 };
-inline constexpr text_table oper_texts{"%xh??", oper_rows};
+inline constexpr auto oper_texts = text_table{"%xh??", oper_rows};
 
 inline constexpr text_row action_rows[] = {
     {RIB_ACTION_ADD, "add"},
@@ -124,19 +124,19 @@ inline constexpr text_row action_rows[] = {
     {0x800, "delete label-tunnel"},
     {0x1000, "delete group"},
 };
-inline constexpr text_table action_texts{"%xh??", action_rows};
+inline constexpr auto action_texts = text_table{"%xh??", action_rows};
 
 inline constexpr text_row route_type_rows[] = {
     {0x0, "unknown"}, {0x1, "src-label"}, {0x2, "label"},       {0x4, "fc+label"},
     {0x10, "mcast"},  {0x100, "ucast"},   {0x200, "ucast+lbl"},
 };
-inline constexpr text_table route_type_texts{"%xh??", route_type_rows};
+inline constexpr auto route_type_texts = text_table{"%xh??", route_type_rows};
 
 inline constexpr text_row sync_rows[] = {
     {0, "label sync log"},
     {1, "mcast sync log"},
     {2, "ucast sync log"},
 };
-inline constexpr text_table sync_texts{"%xh?? sync log", sync_rows};
+inline constexpr auto sync_texts = text_table{"%xh?? sync log", sync_rows};
 
 } // namespace ribkit

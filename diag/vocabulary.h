@@ -4,6 +4,7 @@
 // there are.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -11,25 +12,33 @@
 
 namespace ribkit {
 
-struct text_row {
-    uint32_t value;
-    const char *text;
-};
-
-constexpr size_t text_room = 32; // bytes that hold any row's text and its terminator
-
-// Never defined: a table that reaches one of these does not compile, and the message names what is wrong.
+// Never defined: a table that reaches this does not compile, and the message names what is wrong.
 void two_rows_have_the_same_value();
-void a_text_is_empty_or_longer_than_the_room();
-void no_multiplier_was_found();
+
+/// A value and its text. The text lies in the row itself: a lookup follows no pointer, and a shared library has no
+/// addresses to fill in when it is loaded.
+struct text_row {
+    static constexpr size_t room = 31; // bytes that hold any row's text and its terminator
+
+    template <size_t Size>
+    consteval text_row(uint32_t number, const char (&literal)[Size]) : value(number), size(Size) {
+        static_assert(Size > 1 && Size <= room, "a text is empty or longer than its room");
+        std::copy(literal, literal + Size, text);
+    }
+    consteval text_row() = default;
+
+    uint32_t value = 0;
+    char text[room] = {};
+    uint8_t size = 0; ///< bytes of the text, terminator included
+};
 
 template <size_t Count> class text_table {
   public:
     /// `fallback` is the printf format of every value without a row.
-    consteval text_table(const char *fallback, const text_row (&rows)[Count]) : fallback_(fallback) {
+    template <size_t Size> consteval text_table(const char (&fallback)[Size], const text_row (&rows)[Count]) {
+        std::copy(fallback, fallback + Size, fallback_);
         for (size_t row = 0; row < Count; ++row) {
             rows_[row] = rows[row];
-            sizes_[row] = size_of(rows[row].text);
         }
         require_distinct_values();
         while (!slots_filled()) {
@@ -41,29 +50,18 @@ template <size_t Count> class text_table {
     [[nodiscard]] constexpr const text_row *begin() const { return rows_; }
     [[nodiscard]] constexpr const text_row *end() const { return rows_ + Count; }
 
-    /// The only row that may hold `value`; its own value tells whether it does.
-    [[nodiscard]] constexpr size_t candidate(uint32_t value) const { return slots_[slot(value)]; }
-    [[nodiscard]] constexpr const text_row &row(size_t index) const { return rows_[index]; }
-    [[nodiscard]] constexpr bool holds(uint32_t value) const { return rows_[candidate(value)].value == value; }
-    /// Bytes of the row's text, terminator included.
-    [[nodiscard]] constexpr size_t size(size_t index) const { return sizes_[index]; }
+    /// The only row that may hold `value`; its own value tells whether it does. Slots hold the distance of a row in
+    /// bytes, which saves a multiplication.
+    [[nodiscard]] const text_row &candidate(uint32_t value) const {
+        return *reinterpret_cast<const text_row *>(reinterpret_cast<const char *>(rows_) + slots_[slot(value)]);
+    }
+    [[nodiscard]] bool holds(uint32_t value) const { return candidate(value).value == value; }
 
   private:
     static_assert(Count >= 1 && Count < 256);
     static constexpr int bits = std::bit_width(4 * Count - 1);
 
     [[nodiscard]] constexpr size_t slot(uint32_t value) const { return value * multiplier_ >> (32 - bits); }
-
-    static consteval uint8_t size_of(const char *text) {
-        size_t size = 1;
-        while (text[size - 1] != '\0') {
-            ++size;
-        }
-        if (size == 1 || size > text_room) {
-            a_text_is_empty_or_longer_than_the_room();
-        }
-        return static_cast<uint8_t>(size);
-    }
 
     consteval void require_distinct_values() const {
         for (size_t row = 0; row < Count; ++row) {
@@ -83,34 +81,44 @@ template <size_t Count> class text_table {
                 return false;
             }
             taken[at] = true;
-            slots_[at] = static_cast<uint8_t>(row);
+            slots_[at] = static_cast<uint16_t>(row * sizeof(text_row));
         }
         return true;
     }
 
-    const char *fallback_;
+    char fallback_[16] = {};
     text_row rows_[Count] = {};
     uint32_t multiplier_ = 0x9e3779b1;
-    uint8_t sizes_[Count] = {};
-    uint8_t slots_[size_t{1} << bits] = {};
+    uint16_t slots_[size_t{1} << bits] = {};
 };
 
-/// The first and the last `Width` bytes, which may overlap.
-template <size_t Width> void copy_ends(char *to, const char *text, size_t size) {
-    std::memcpy(to, text, Width);
-    std::memcpy(to + size - Width, text + size - Width, Width);
+/// The first and the last bytes of a text, as one number each; they may overlap.
+template <typename Number> void copy_ends(char *to, const char *text, size_t size) {
+    Number first;
+    Number last;
+    std::memcpy(&first, text, sizeof first);
+    std::memcpy(&last, text + size - sizeof last, sizeof last);
+    std::memcpy(to, &first, sizeof first);
+    std::memcpy(to + size - sizeof last, &last, sizeof last);
 }
 
-/// Copies 2 to 32 bytes, and touches no other.
-inline void copy_text(char *to, const char *text, size_t size) {
-    if (size >= 16) {
-        copy_ends<16>(to, text, size);
-    } else if (size >= 8) {
-        copy_ends<8>(to, text, size);
-    } else if (size >= 4) {
-        copy_ends<4>(to, text, size);
+struct sixteen_bytes {
+    uint64_t half[2];
+};
+
+/// Copies a row's text, and touches no byte behind it. Most have three to seven characters.
+inline void copy_text(char *to, const text_row &row) {
+    const size_t size = row.size;
+    if (size <= 8) {
+        if (size >= 4) {
+            copy_ends<uint32_t>(to, row.text, size);
+        } else {
+            copy_ends<uint16_t>(to, row.text, size);
+        }
+    } else if (size > 16) {
+        copy_ends<sixteen_bytes>(to, row.text, size);
     } else {
-        copy_ends<2>(to, text, size);
+        copy_ends<uint64_t>(to, row.text, size);
     }
 }
 
@@ -121,11 +129,11 @@ uintptr_t put_unknown(const char *fallback, uint32_t value, char *str);
 /// fallback and the printed count is the result.
 template <size_t Count>
 [[gnu::always_inline]] inline uintptr_t put_text(const text_table<Count> &table, uint32_t value, char *str) {
-    if (!table.holds(value)) {
+    const text_row &row = table.candidate(value);
+    if (row.value != value) {
         return put_unknown(table.fallback(), value, str);
     }
-    const size_t row = table.candidate(value);
-    copy_text(str, table.row(row).text, table.size(row));
+    copy_text(str, row);
     return reinterpret_cast<uintptr_t>(str);
 }
 
