@@ -4,6 +4,7 @@
 
 #include "rib_text.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -20,25 +21,33 @@ inline char *put_char(char *to, char c) {
     return to + 1;
 }
 
+constexpr size_t hex_digits(uint32_t value) { return static_cast<size_t>(std::bit_width(value | 1) + 3) / 4; }
+
+constexpr size_t decimal_digits(uint32_t value) {
+    size_t digits = 1;
+    for (uint32_t limit = 10; digits < 10 && value >= limit; limit *= 10) {
+        ++digits;
+    }
+    return digits;
+}
+
 /// The lowest `digits` hexadecimal digits, leading zeros included.
-inline char *put_hex(char *to, uint32_t value, int digits) {
-    for (int digit = digits - 1; digit >= 0; --digit) {
+inline char *put_hex(char *to, uint32_t value, size_t digits) {
+    for (size_t digit = digits; digit-- != 0; value >>= 4) {
         to[digit] = "0123456789abcdef"[value & 0xf];
-        value >>= 4;
     }
     return to + digits;
 }
 
-/// A byte in decimal, without leading zeros.
-inline char *put_decimal(char *to, uint8_t value) {
-    if (value >= 100) {
-        to = put_char(to, static_cast<char>('0' + value / 100));
+/// The lowest `digits` decimal digits, leading zeros included.
+inline char *put_decimal(char *to, uint32_t value, size_t digits) {
+    for (size_t digit = digits; digit-- != 0; value /= 10) {
+        to[digit] = static_cast<char>('0' + value % 10);
     }
-    if (value >= 10) {
-        to = put_char(to, static_cast<char>('0' + value / 10 % 10));
-    }
-    return put_char(to, static_cast<char>('0' + value % 10));
+    return to + digits;
 }
+
+inline char *put_decimal(char *to, uint32_t value) { return put_decimal(to, value, decimal_digits(value)); }
 
 inline char *put_truth(char *to, bool holds) { return put_char(to, holds ? 'T' : 'F'); }
 
@@ -53,7 +62,7 @@ inline char *put_label(char *to, uint32_t word) {
 /// A domain, "0x%02x(%d)".
 inline char *put_domain(char *to, uint32_t domain) {
     to = put_char(put_hex(put(to, "0x"), domain, 2), '(');
-    return put_char(put_decimal(to, static_cast<uint8_t>(domain)), ')');
+    return put_char(put_decimal(to, domain), ')');
 }
 
 inline void domain_to_str(uint32_t domain, char *str) { *put_domain(str, domain) = '\0'; }

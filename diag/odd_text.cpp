@@ -55,9 +55,9 @@ uintptr_t fib_d_idx_to_str(uint32_t value, char *str) {
     if (fib_d_idx_texts.holds(value)) {
         return put_text(fib_d_idx_texts, value, str);
     }
-    const int digits = std::max(3, static_cast<int>(std::bit_width(value) + 3) / 4);
+    const size_t digits = std::max(size_t{3}, hex_digits(value));
     *put_hex(str, value, digits) = '\0';
-    return static_cast<uintptr_t>(digits);
+    return digits;
 }
 
 // "push=%d pop=%d use_UP=%s use_TTL=%s dec_TTL=%s"; the push count is printed first though it is the second byte.

@@ -1,8 +1,8 @@
 // What an argument list needs: texts that live as long as the expression, and headings.
 #pragma once
 
-#include "diag/compose.h"
 #include "diag/fields.h"
+#include "diag/row.h"
 #include "rib_codes.h"
 #include "rib_text.h"
 
@@ -23,7 +23,7 @@ class text {
     }
 
   private:
-    char text_[128]; // the platform's interface names are the longest
+    char text_[value_room];
 };
 
 /// The time stamp of a trace line.

@@ -25,7 +25,7 @@ void fib_show_verf_fcu(uint32_t header, const void *record) {
     if (header != 0) {
         print_lines("\nVSAN    FC ID/Mask (H)   Status", "----    ------ ------    ------");
     }
-    std::printf("%-4u    %06x %06x    %s\n", entry.word(4), entry.word(8), entry.word(12), status_of(entry).plain());
+    print_row<"%-4u    %06x %06x    %s\n">(entry.word(4), entry.word(8), entry.word(12), status_of(entry).plain());
 }
 
 void fib_show_verf_fcm(uint32_t header, const void *record) {
@@ -33,7 +33,7 @@ void fib_show_verf_fcm(uint32_t header, const void *record) {
     if (header != 0) {
         print_lines("\nVSAN    FC ID (H)    Status", "----    ---------    ------");
     }
-    std::printf("%-4u    %06x       %s\n", entry.word(4), entry.word(8), status_of(entry).plain());
+    print_row<"%-4u    %06x       %s\n">(entry.word(4), entry.word(8), status_of(entry).plain());
 }
 
 void fib_show_verf_fcl(uint32_t header, const void *record) {
@@ -42,8 +42,8 @@ void fib_show_verf_fcl(uint32_t header, const void *record) {
         print_lines("\nVSAN    # Labels    Label 0 (H)    Label 1 (H)    Status",
                     "----    --------    -----------    -----------    ------");
     }
-    std::printf("%-4u    %-8u    %08x       %08x       %s\n", entry.word(4), entry.word(20), entry.word(24),
-                entry.word(28), status_of(entry).plain());
+    print_row<"%-4u    %-8u    %08x       %08x       %s\n">(entry.word(4), entry.word(20), entry.word(24),
+                                                            entry.word(28), status_of(entry).plain());
 }
 
 void fib_show_vsan(uint32_t header, const void *record) {
@@ -55,10 +55,10 @@ void fib_show_vsan(uint32_t header, const void *record) {
         print_lines("\nVSAN    State        Load Balance    Latency(msec)    IOD        INTEROP_MODE4",
                     "----    ---------    ------------    -------------    --------   -------------");
     }
-    std::printf("%-4u    %s    %s    %-13u    %s   %-13u\n", vsan,
-                text(rib_vsan_state_to_str, entry.byte(5) & 0xf).padded(9),
-                text_if(vsan != 0, rib_vsan_bal_to_str, entry.byte(5) >> 4).padded(12), entry.word(0),
-                text_if(iod_known, rib_vsan_iod_to_str, flags & 0x1).padded(8), flags >> 2 & 1);
+    print_row<"%-4u    %s    %s    %-13u    %s   %-13u\n">(
+        vsan, text(rib_vsan_state_to_str, entry.byte(5) & 0xf).padded(9),
+        text_if(vsan != 0, rib_vsan_bal_to_str, entry.byte(5) >> 4).padded(12), entry.word(0),
+        text_if(iod_known, rib_vsan_iod_to_str, flags & 0x1).padded(8), flags >> 2 & 1);
 }
 
 void fib_show_port(uint32_t header, const void *record) {
@@ -69,11 +69,11 @@ void fib_show_port(uint32_t header, const void *record) {
                     "Idx Interface        Mode     Status   VSAN Type Slot Port Chan B IOD",
                     "--- ---------------- -------- -------- ---- ---- ---- ---- ---- - ----");
     }
-    std::printf("%s %s %s %s %-4u %-4u %-4u %-4u %-4u %s %s\n", text(fib_d_idx_to_str, port.half(6)).plain(),
-                text(rib_if_index_to_str, port.word(8)).padded(16), text(rib_pm_mode_to_str, port.word(12)).padded(8),
-                text(rib_pm_state_to_str, port.byte(4)).padded(8), port.word(16), port.byte(0), port.byte(1),
-                port.byte(2), port.byte(3), truth((port.byte(5) & 0x80) != 0),
-                text(fib_iod_mode_to_str, port.word(20)).plain());
+    print_row<"%s %s %s %s %-4u %-4u %-4u %-4u %-4u %s %s\n">(
+        text(fib_d_idx_to_str, port.half(6)).plain(), text(rib_if_index_to_str, port.word(8)).padded(16),
+        text(rib_pm_mode_to_str, port.word(12)).padded(8), text(rib_pm_state_to_str, port.byte(4)).padded(8),
+        port.word(16), port.byte(0), port.byte(1), port.byte(2), port.byte(3), truth((port.byte(5) & 0x80) != 0),
+        text(fib_iod_mode_to_str, port.word(20)).plain());
 }
 
 void fib_show_node(uint32_t header, const void *record) {
@@ -84,8 +84,8 @@ void fib_show_node(uint32_t header, const void *record) {
                     "Module  (H)   Addr(H)  Type       Ports  Sup State     FIB State",
                     "------  ----  -------  ---------  -----  ------------  ---------");
     }
-    std::printf("%-6u  %-4x  %-7x  %s  %-5u  %s  %s\n", node.byte(0) + 1, node.half(6), node.word(8),
-                text(rib_mod_type_to_str, type).padded(9), node.half(4),
-                text_if(type == supervisor, rib_mod_state_to_str, node.byte(2)).padded(12),
-                text(fib_state_to_str, node.word(12)).plain());
+    print_row<"%-6u  %-4x  %-7x  %s  %-5u  %s  %s\n">(
+        node.byte(0) + 1, node.half(6), node.word(8), text(rib_mod_type_to_str, type).padded(9), node.half(4),
+        text_if(type == supervisor, rib_mod_state_to_str, node.byte(2)).padded(12),
+        text(fib_state_to_str, node.word(12)).plain());
 }

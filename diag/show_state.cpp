@@ -24,23 +24,27 @@ const char *flag_of(const fields &state, size_t offset) { return truth(state.wor
 } // namespace
 
 void rib_show_version(uint32_t version, uint32_t position, uint32_t count) {
-    if (position == 0) {
-        std::printf(count > short_list ? " topology version\n %08x " : " topology version %08x ", version);
+    if (position == 0 && count > short_list) {
+        print_row<" topology version\n %08x ">(version);
+    } else if (position == 0) {
+        print_row<" topology version %08x ">(version);
     } else if (position == count - 1) {
-        std::printf("%08x\n", version);
+        print_row<"%08x\n">(version);
+    } else if (position % versions_a_line != 0) {
+        print_row<"%08x ">(version);
     } else {
-        std::printf(position % versions_a_line == 0 ? "\n %08x " : "%08x ", version);
+        print_row<"\n %08x ">(version);
     }
 }
 
 void rib_show_db(uint32_t header, const void *database, const void *vsan_entry) {
     const fields entry{vsan_entry};
     if (header != 0) {
-        std::printf("\nFC Route Database Created %s\n\n", text(time_word_to_str, fields(database).word(4)).plain());
+        print_row<"\nFC Route Database Created %s\n\n">(text(time_word_to_str, fields(database).word(4)).plain());
         print_lines("VSAN        Ucast       Mcast       Label    Last Modified Time", counts_rule);
     }
-    std::printf("%-5u    %8u    %8u    %8u    %s\n", entry.word(0), entry.word(8), entry.word(12), entry.word(16),
-                text(time_word_to_str, entry.word(4)).plain());
+    print_row<"%-5u    %8u    %8u    %8u    %s\n">(entry.word(0), entry.word(8), entry.word(12), entry.word(16),
+                                                   text(time_word_to_str, entry.word(4)).plain());
 }
 
 // The rule is printed whatever the flag: a total under a table is set off from its rows.
@@ -50,7 +54,7 @@ void rib_show_db_total(uint32_t header, const void *totals) {
         print_lines("VSAN     Ucast       Mcast       Label       Last Modified Time");
     }
     print_lines(counts_rule);
-    std::printf("Total    %8u    %8u    %8u\n", total.word(8), total.word(12), total.word(16));
+    print_row<"Total    %8u    %8u    %8u\n">(total.word(8), total.word(12), total.word(16));
 }
 
 void rib_show_verf_info(uint32_t header, const void *report) {
@@ -59,9 +63,9 @@ void rib_show_verf_info(uint32_t header, const void *report) {
         return;
     }
     print_lines("\nRoute Verification Report");
-    std::printf("  Generated %s\n", text(time_word_to_str, info.word(8)).plain());
+    print_row<"  Generated %s\n">(text(time_word_to_str, info.word(8)).plain());
     if (info.word(12) != 0) {
-        std::printf("  Completed %s\n", text(time_word_to_str, info.word(12)).plain());
+        print_row<"  Completed %s\n">(text(time_word_to_str, info.word(12)).plain());
     } else {
         print_lines("  Report not completely generated!");
     }
@@ -72,7 +76,7 @@ void rib_show_register(uint32_t header, const void *registration) {
     if (header != 0) {
         print_lines("\n            Route", "UUID        Distance        Name", "----        --------        ----");
     }
-    std::printf("%-4u        %-8u        %s\n", reg.word(0), reg.word(4), text(rib_uuid_to_str, reg.word(0)).plain());
+    print_row<"%-4u        %-8u        %s\n">(reg.word(0), reg.word(4), text(rib_uuid_to_str, reg.word(0)).plain());
 }
 
 void rib_show_sys_port(uint32_t *header, const void *system_record) {
@@ -84,15 +88,15 @@ void rib_show_sys_port(uint32_t *header, const void *system_record) {
 }
 
 void rib_show_p(const struct rib_param_block *block) {
-    std::printf("# parameters = %u  (All fields in hex except Token)\n\n", unsigned{block->count});
+    print_row<"# parameters = %u  (All fields in hex except Token)\n\n">(unsigned{block->count});
     print_lines("Pointer       Token    Type    Value", "----------    -----    ----    -----");
     for (uint32_t i = 0; i < block->count; ++i) {
         const rib_param &param = block->params[i];
-        std::printf("%s    %-5u    %-4x    ", text(address_to_str, &param).padded(10), param.token, param.type);
+        print_row<"%s    %-5u    %-4x    ">(text(address_to_str, &param).padded(10), param.token, param.type);
         if (param.value != nullptr) {
             uint32_t value;
             std::memcpy(&value, param.value, sizeof value);
-            std::printf("%08x ", value);
+            print_row<"%08x ">(value);
         }
         std::putchar('\n');
     }
@@ -105,19 +109,19 @@ void rib_show_in_mem(const void *record) {
     for (size_t entry = 0; entry < size_t{12} * pools; entry += 12) {
         const uint32_t size = memory.word(entry + 4);
         const uint32_t number = memory.word(entry + 8);
-        std::printf("%s    %-9u    %u\n", text(rib_mem_to_str, memory.word(entry)).padded(12), size, number);
+        print_row<"%s    %-9u    %u\n">(text(rib_mem_to_str, memory.word(entry)).padded(12), size, number);
         total += size * number;
     }
     print_lines("------------    ---------    ---------");
-    std::printf("Total                        %u\n", total);
+    print_row<"Total                        %u\n">(total);
 }
 
 void rib_show_in_ha(const void *record) {
     const fields state{record};
-    std::printf("\nSup State              %s\n", text(rib_sup_state_to_str, state.word(0)).plain());
-    std::printf("Switching Over         %s\n", flag_of(state, 4));
-    std::printf("Started Stateful       %s\n", flag_of(state, 8));
-    std::printf("Started Stateless      %s\n", flag_of(state, 12));
-    std::printf("Standby Sup Existed    %s\n", flag_of(state, 16));
-    std::printf("Just Sent Heartbeat    %s\n", flag_of(state, 20));
+    print_row<"\nSup State              %s\n">(text(rib_sup_state_to_str, state.word(0)).plain());
+    print_row<"Switching Over         %s\n">(flag_of(state, 4));
+    print_row<"Started Stateful       %s\n">(flag_of(state, 8));
+    print_row<"Started Stateless      %s\n">(flag_of(state, 12));
+    print_row<"Standby Sup Existed    %s\n">(flag_of(state, 16));
+    print_row<"Just Sent Heartbeat    %s\n">(flag_of(state, 20));
 }

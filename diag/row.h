@@ -1,0 +1,94 @@
+// Rows of the displays. A row is written as the literal format of a printf, and the compiler takes it apart: at run
+// time there is no format to read, and a row costs what its characters cost. A conversion that is not known here, or a
+// value that does not suit it, does not compile.
+#pragma once
+
+#include "diag/compose.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace ribkit {
+
+/// A literal as an argument of a template.
+template <size_t Size> struct row_format {
+    consteval row_format(const char (&literal)[Size]) { std::copy(literal, literal + Size, text); }
+    char text[Size];
+};
+
+/// How a number stands in its column.
+struct column {
+    uint8_t width = 0;
+    bool left = false;
+    char fill = ' ';
+    bool hex = false;
+};
+
+/// Writes a number, as wide as its column or wider.
+char *put_number(char *to, uint32_t value, column in);
+
+/// "%s", or "%u" or "%x" with a width: to the left ("-"), with leading zeros ("0") or with blanks. Text goes before it.
+struct conversion {
+    size_t text_end = 0;
+    column number;
+    char kind = '\0'; ///< there is no conversion where the format ends
+    size_t end = 0;
+};
+
+consteval conversion conversion_at(const char *format, size_t begin) {
+    conversion found;
+    found.text_end = begin;
+    while (format[found.text_end] != '%' && format[found.text_end] != '\0') {
+        ++found.text_end;
+    }
+    size_t at = found.text_end;
+    if (format[at] == '\0') {
+        return found;
+    }
+    ++at;
+    found.number.left = format[at] == '-';
+    found.number.fill = format[at] == '0' ? '0' : ' ';
+    for (at += found.number.left ? 1 : 0; format[at] >= '0' && format[at] <= '9'; ++at) {
+        found.number.width = static_cast<uint8_t>(found.number.width * 10 + format[at] - '0');
+    }
+    found.kind = format[at];
+    found.number.hex = found.kind == 'x';
+    found.end = at + 1;
+    return found;
+}
+
+constexpr size_t value_room = 128; // bytes that a value may have: the platform's interface names are the longest
+
+template <conversion Of> char *put_value(char *to, const char *str) {
+    static_assert(Of.kind == 's' && Of.text_end + 2 == Of.end);
+    const size_t length = std::strlen(str);
+    std::memcpy(to, str, length);
+    return to + length;
+}
+
+template <conversion Of> char *put_value(char *to, uint32_t value) {
+    static_assert((Of.kind == 'u' || Of.kind == 'x') && Of.number.width < value_room);
+    return put_number(to, value, Of.number);
+}
+
+template <row_format Format, size_t At = 0> char *put_row(char *to) {
+    constexpr conversion last = conversion_at(Format.text, At);
+    static_assert(last.kind == '\0', "a conversion without a value");
+    std::memcpy(to, Format.text + At, last.text_end - At);
+    return to + last.text_end - At;
+}
+
+template <row_format Format, size_t At = 0, typename Value, typename... Values>
+char *put_row(char *to, Value first, Values... others) {
+    constexpr conversion next = conversion_at(Format.text, At);
+    std::memcpy(to, Format.text + At, next.text_end - At);
+    return put_row<Format, next.end>(put_value<next>(to + next.text_end - At, first), others...);
+}
+
+/// Prints a row, as printf would.
+template <row_format Format, typename... Values> void print_row(Values... values) {
+    char row[sizeof Format.text + value_room * sizeof...(Values)];
+    std::fwrite(row, 1, static_cast<size_t>(put_row<Format>(row, values...) - row), stdout);
+}
+
+} // namespace ribkit
