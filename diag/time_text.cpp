@@ -3,7 +3,9 @@
 #include "if_index.h"
 #include "rib_text.h"
 
+#include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <sys/time.h>
 
@@ -19,6 +21,26 @@ char digit(int value) { return static_cast<char>('0' + value); }
 char *put_name(char *to, const char *names, int which) {
     std::memcpy(to, names + ptrdiff_t{3} * which, 3);
     return ribkit::put_char(to + 3, ' ');
+}
+
+constexpr uint32_t not_looked = 0xffffffff;
+std::atomic<uint32_t> zone_looked_at = not_looked; // the second, where no TZ names the zone
+
+/// The calendar of a time as localtime tells it, and as cheaply as can be. Where TZ names the zone, the library sees at
+/// every call whether it is still the same. Where nothing names it, the library would look at the zone's file at every
+/// call, which costs more than a whole row of a display: here it does so once a second.
+const tm *local_time(time_t when, tm &room) {
+    if (std::getenv("TZ") != nullptr) {
+        zone_looked_at.store(not_looked, std::memory_order_relaxed);
+        return localtime(&when);
+    }
+    const auto now = static_cast<uint32_t>(time(nullptr));
+    if (zone_looked_at.load(std::memory_order_relaxed) == now) {
+        return localtime_r(&when, &room);
+    }
+    const tm *local = localtime(&when);
+    zone_looked_at.store(now, std::memory_order_relaxed);
+    return local;
 }
 
 void cut_newline(char *str) {
@@ -69,15 +91,16 @@ int rib_time_str(char *str) {
 }
 
 int rib_time_stamp_str(char *str) {
-    const time_t now = time(nullptr);
-    const tm *local = localtime(&now);
+    tm room{};
+    const tm *local = local_time(time(nullptr), room);
     return std::sprintf(str, "%02u:%02u:%02u", static_cast<unsigned>(local->tm_hour),
                         static_cast<unsigned>(local->tm_min), static_cast<unsigned>(local->tm_sec));
 }
 
 // The text of ctime, of which a display needs one for every row: written by hand where the year has four digits.
 void rib_time_to_str(const time_t *t, char *str) {
-    const tm *local = localtime(t);
+    tm room{};
+    const tm *local = local_time(*t, room);
     if (local == nullptr) {
         *str = '\0';
         return;
