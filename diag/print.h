@@ -1,4 +1,4 @@
-// What an argument list needs: texts that live as long as the expression, and headings.
+// What rows are made of: texts, lists that are gathered before they are printed, and headings.
 #pragma once
 
 #include "diag/fields.h"
@@ -11,29 +11,31 @@
 
 namespace ribkit {
 
-/// A converter's text, plain or cut and padded to a column's width, that stands in the argument list of a printf.
-class text {
+/// A converter's text as a value of a row: as it is, or cut and padded to a column's width. It is written in its place.
+template <typename Converter, typename Value> class text {
   public:
-    template <typename Converter, typename Value> text(Converter *convert, Value value) { convert(value, text_); }
+    text(Converter *convert, Value value, int width = as_it_is) : convert_(convert), value_(value), width_(width) {}
 
-    const char *plain() && { return text_; }
-    const char *padded(int width) && {
-        rib_str_len_set(text_, width);
-        return text_;
+    char *put(char *to) const {
+        convert_(value_, to);
+        if (width_ == as_it_is) {
+            return to + std::strlen(to);
+        }
+        rib_str_len_set(to, width_);
+        return to + width_;
     }
 
   private:
-    char text_[value_room];
+    static constexpr int as_it_is = -1;
+
+    Converter *convert_;
+    Value value_;
+    int width_;
 };
 
 /// The time stamp of a trace line.
-class stamp {
-  public:
-    stamp() { rib_time_stamp_str(text_); }
-    const char *text() && { return text_; }
-
-  private:
-    char text_[16];
+struct stamp {
+    static char *put(char *to) { return to + rib_time_stamp_str(to); }
 };
 
 /// These two clients show what they get to a person: short sentences instead of reports, and no traces.
@@ -45,7 +47,10 @@ inline void time_word_to_str(uint32_t word, char *str) {
     rib_time_to_str(&time, str);
 }
 
-inline const char *truth(bool holds) { return holds ? "T" : "F"; }
+struct truth {
+    bool holds;
+    char *put(char *to) const { return put_truth(to, holds); }
+};
 
 /// Gathers small pieces of output and prints them many at a time.
 class gathered {

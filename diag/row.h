@@ -59,11 +59,10 @@ consteval conversion conversion_at(const char *format, size_t begin) {
 
 constexpr size_t value_room = 128; // bytes that a value may have: the platform's interface names are the longest
 
-template <conversion Of> char *put_value(char *to, const char *str) {
-    static_assert(Of.kind == 's' && Of.text_end + 2 == Of.end);
-    const size_t length = std::strlen(str);
-    std::memcpy(to, str, length);
-    return to + length;
+/// A value that writes itself.
+template <conversion Of, typename Text> char *put_value(char *to, const Text &text) {
+    static_assert(Of.kind == 's' && Of.text_end + 2 == Of.end, "a text has no width of its own");
+    return text.put(to);
 }
 
 template <conversion Of> char *put_value(char *to, uint32_t value) {

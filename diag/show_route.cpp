@@ -81,9 +81,9 @@ uint32_t rib_show_fcu(uint32_t header, const void *record) {
                     "----------  ----  ------ ------  ---- ----  -----  ----  -----  -  ------");
     }
     print_row<"%s  %-4u  %06x %06x    %02x %02x    %s  %-4u  %-5u  %s  %s\n">(
-        text(rib_uuid_to_str, uuid).padded(10), route.word(4), route.word(8), route.word(12), route.byte(16),
-        route.byte(17), text(rib_fcurt_flag_to_str, route.word(28)).plain(), route.word(32), route.word(24),
-        truth((route.byte(18) & rewrite_bit) != 0), text(fib_reason_to_str, route.byte(18) & 0x1f).padded(12));
+        text(rib_uuid_to_str, uuid, 10), route.word(4), route.word(8), route.word(12), route.byte(16), route.byte(17),
+        text(rib_fcurt_flag_to_str, route.word(28)), route.word(32), route.word(24),
+        truth{(route.byte(18) & rewrite_bit) != 0}, text(fib_reason_to_str, route.byte(18) & 0x1f, 12));
     return show_hops(route, 36, route.word(32), {true, routes_by_domain(uuid), hop_labels::words});
 }
 
@@ -97,9 +97,9 @@ uint32_t rib_show_fcurt(uint32_t header, const void *record) {
                     "--------  ----    -------- --------    ---- ----    -----  ----  ----");
     }
     print_row<"%s  %-4u    %s %s    0x%02x 0x%02x    %s  %-4u  %u\n">(
-        text(rib_uuid_to_proto_str, uuid).padded(8), route.word(4), text(fc_id_to_str, route.word(8)).plain(),
-        text(fc_id_to_str, route.word(12)).plain(), route.byte(16), route.byte(17),
-        text(rib_fcurt_flag_to_str, route.word(28)).plain(), route.word(32), route.word(24));
+        text(rib_uuid_to_proto_str, uuid, 8), route.word(4), text(fc_id_to_str, route.word(8)),
+        text(fc_id_to_str, route.word(12)), route.byte(16), route.byte(17), text(rib_fcurt_flag_to_str, route.word(28)),
+        route.word(32), route.word(24));
     return show_hops(route, 36, route.word(32), {true, routes_by_domain(uuid), hop_labels::stack_entries});
 }
 
@@ -113,8 +113,8 @@ uint32_t rib_show_fcl(uint32_t header, uint32_t options, const void *record) {
                     "---------- --------- ---- ------ ------ -------- -------- -- -- ----");
     }
     print_row<"%s %s %-4u %06x %06x %08x %08x %-2u %-2u %s\n">(
-        text(rib_uuid_to_str, route.word(0)).padded(10), text(rib_route_type_to_str, route.word(4)).padded(9),
-        route.word(8), route.word(16), route.word(20), route.word(36), route.word(32), route.word(24), route.word(28),
-        text(rib_if_index_to_str, route.word(12)).plain());
+        text(rib_uuid_to_str, route.word(0), 10), text(rib_route_type_to_str, route.word(4), 9), route.word(8),
+        route.word(16), route.word(20), route.word(36), route.word(32), route.word(24), route.word(28),
+        text(rib_if_index_to_str, route.word(12)));
     return show_hops(route, 40, route.word(28), {(options & no_hops_options) == 0, false, hop_labels::words});
 }

@@ -19,7 +19,7 @@ constexpr char counts_rule[] = "-----    --------    --------    --------    ---
 
 void address_to_str(const void *address, char *str) { std::sprintf(str, "%p", address); }
 
-const char *flag_of(const fields &state, size_t offset) { return truth(state.word(offset) == 1); }
+truth flag_of(const fields &state, size_t offset) { return {state.word(offset) == 1}; }
 
 } // namespace
 
@@ -40,11 +40,11 @@ void rib_show_version(uint32_t version, uint32_t position, uint32_t count) {
 void rib_show_db(uint32_t header, const void *database, const void *vsan_entry) {
     const fields entry{vsan_entry};
     if (header != 0) {
-        print_row<"\nFC Route Database Created %s\n\n">(text(time_word_to_str, fields(database).word(4)).plain());
+        print_row<"\nFC Route Database Created %s\n\n">(text(time_word_to_str, fields(database).word(4)));
         print_lines("VSAN        Ucast       Mcast       Label    Last Modified Time", counts_rule);
     }
     print_row<"%-5u    %8u    %8u    %8u    %s\n">(entry.word(0), entry.word(8), entry.word(12), entry.word(16),
-                                                   text(time_word_to_str, entry.word(4)).plain());
+                                                   text(time_word_to_str, entry.word(4)));
 }
 
 // The rule is printed whatever the flag: a total under a table is set off from its rows.
@@ -63,9 +63,9 @@ void rib_show_verf_info(uint32_t header, const void *report) {
         return;
     }
     print_lines("\nRoute Verification Report");
-    print_row<"  Generated %s\n">(text(time_word_to_str, info.word(8)).plain());
+    print_row<"  Generated %s\n">(text(time_word_to_str, info.word(8)));
     if (info.word(12) != 0) {
-        print_row<"  Completed %s\n">(text(time_word_to_str, info.word(12)).plain());
+        print_row<"  Completed %s\n">(text(time_word_to_str, info.word(12)));
     } else {
         print_lines("  Report not completely generated!");
     }
@@ -76,7 +76,7 @@ void rib_show_register(uint32_t header, const void *registration) {
     if (header != 0) {
         print_lines("\n            Route", "UUID        Distance        Name", "----        --------        ----");
     }
-    print_row<"%-4u        %-8u        %s\n">(reg.word(0), reg.word(4), text(rib_uuid_to_str, reg.word(0)).plain());
+    print_row<"%-4u        %-8u        %s\n">(reg.word(0), reg.word(4), text(rib_uuid_to_str, reg.word(0)));
 }
 
 void rib_show_sys_port(uint32_t *header, const void *system_record) {
@@ -92,7 +92,7 @@ void rib_show_p(const struct rib_param_block *block) {
     print_lines("Pointer       Token    Type    Value", "----------    -----    ----    -----");
     for (uint32_t i = 0; i < block->count; ++i) {
         const rib_param &param = block->params[i];
-        print_row<"%s    %-5u    %-4x    ">(text(address_to_str, &param).padded(10), param.token, param.type);
+        print_row<"%s    %-5u    %-4x    ">(text(address_to_str, &param, 10), param.token, param.type);
         if (param.value != nullptr) {
             uint32_t value;
             std::memcpy(&value, param.value, sizeof value);
@@ -109,7 +109,7 @@ void rib_show_in_mem(const void *record) {
     for (size_t entry = 0; entry < size_t{12} * pools; entry += 12) {
         const uint32_t size = memory.word(entry + 4);
         const uint32_t number = memory.word(entry + 8);
-        print_row<"%s    %-9u    %u\n">(text(rib_mem_to_str, memory.word(entry)).padded(12), size, number);
+        print_row<"%s    %-9u    %u\n">(text(rib_mem_to_str, memory.word(entry), 12), size, number);
         total += size * number;
     }
     print_lines("------------    ---------    ---------");
@@ -118,7 +118,7 @@ void rib_show_in_mem(const void *record) {
 
 void rib_show_in_ha(const void *record) {
     const fields state{record};
-    print_row<"\nSup State              %s\n">(text(rib_sup_state_to_str, state.word(0)).plain());
+    print_row<"\nSup State              %s\n">(text(rib_sup_state_to_str, state.word(0)));
     print_row<"Switching Over         %s\n">(flag_of(state, 4));
     print_row<"Started Stateful       %s\n">(flag_of(state, 8));
     print_row<"Started Stateless      %s\n">(flag_of(state, 12));

@@ -10,9 +10,9 @@ namespace {
 
 constexpr uint32_t marker = 128;
 
-text time_of(const fields &entry) { return {time_word_to_str, entry.word(8)}; }
-text oper_of(const fields &entry) { return {fib_oper_to_str, entry.word(12)}; }
-text action_of(const fields &entry) { return {fib_action_to_str, entry.word(16)}; }
+auto time_of(const fields &entry) { return text(time_word_to_str, entry.word(8)); }
+auto oper_of(const fields &entry) { return text(fib_oper_to_str, entry.word(12), 6); }
+auto action_of(const fields &entry) { return text(fib_action_to_str, entry.word(16), 6); }
 
 } // namespace
 
@@ -23,11 +23,11 @@ void rib_show_sync_fcu(uint32_t header, const void *record) {
                     "---  --------  ------  ------  ----  ------ ------  ----");
     }
     if (entry.word(0) == marker) {
-        print_row<"%-3u  %08x  %-35u  %s\n">(marker, entry.word(4), entry.word(12), time_of(entry).plain());
+        print_row<"%-3u  %08x  %-35u  %s\n">(marker, entry.word(4), entry.word(12), time_of(entry));
     } else {
-        print_row<"%-3u  %08x  %s  %s  %-4u  %06x %06x  %s\n">(entry.word(0), entry.word(4), oper_of(entry).padded(6),
-                                                               action_of(entry).padded(6), entry.word(20),
-                                                               entry.word(24), entry.word(28), time_of(entry).plain());
+        print_row<"%-3u  %08x  %s  %s  %-4u  %06x %06x  %s\n">(entry.word(0), entry.word(4), oper_of(entry),
+                                                               action_of(entry), entry.word(20), entry.word(24),
+                                                               entry.word(28), time_of(entry));
     }
 }
 
@@ -38,11 +38,11 @@ void rib_show_sync_fcm(uint32_t header, const void *record) {
                     "---  --------  ------  ------  ----  ------  ----");
     }
     if (entry.word(0) == marker) {
-        print_row<"%-3u  %08x  %-28u  %s\n">(marker, entry.word(4), entry.word(12), time_of(entry).plain());
+        print_row<"%-3u  %08x  %-28u  %s\n">(marker, entry.word(4), entry.word(12), time_of(entry));
     } else {
-        print_row<"%-3u  %08x  %s  %s  %-4u  %06x  %s\n">(entry.word(0), entry.word(4), oper_of(entry).padded(6),
-                                                          action_of(entry).padded(6), entry.word(20), entry.word(24),
-                                                          time_of(entry).plain());
+        print_row<"%-3u  %08x  %s  %s  %-4u  %06x  %s\n">(entry.word(0), entry.word(4), oper_of(entry),
+                                                          action_of(entry), entry.word(20), entry.word(24),
+                                                          time_of(entry));
     }
 }
 
@@ -56,13 +56,13 @@ void rib_show_sync_fcl(uint32_t header, const void *record) {
     }
     if (entry.word(0) == marker) {
         print_row<"%-3u %08x %u\n">(marker, entry.word(4), entry.word(12));
-        print_row<"  %s\n">(time_of(entry).plain());
+        print_row<"  %s\n">(time_of(entry));
     } else {
         print_row<"%-3u %08x %s %s %s %-4u %06x %06x %08x %08x\n">(
-            entry.word(0), entry.word(4), oper_of(entry).padded(6), action_of(entry).padded(6),
-            text(rib_route_type_to_str, entry.word(20)).padded(9), entry.word(24), entry.word(28), entry.word(32),
+            entry.word(0), entry.word(4), oper_of(entry), action_of(entry),
+            text(rib_route_type_to_str, entry.word(20), 9), entry.word(24), entry.word(28), entry.word(32),
             entry.word(40), entry.word(44));
-        print_row<"  %s %s\n">(time_of(entry).plain(), text(rib_if_index_to_str, entry.word(48)).plain());
+        print_row<"  %s %s\n">(time_of(entry), text(rib_if_index_to_str, entry.word(48)));
     }
 }
 
@@ -71,5 +71,5 @@ void rib_show_sync_gbl(uint32_t header, const void *record) {
     if (header != 0) {
         print_lines("", "Idx     Seq (H)     Next    Time", "----    --------    ----    ----");
     }
-    print_row<"%-4u    %08x    %-4u    %s\n">(log.word(0), log.word(4), log.word(12), time_of(log).plain());
+    print_row<"%-4u    %08x    %-4u    %s\n">(log.word(0), log.word(4), log.word(12), time_of(log));
 }

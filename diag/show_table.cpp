@@ -28,10 +28,10 @@ uint32_t rib_show_fcm(uint32_t header, const void *record) {
                     "----------    ----    ------ ------    ------------");
     }
     if (route.word(8) == 0) {
-        print_row<"%s    %-4u    dist tree        %u\n">(text(rib_uuid_to_str, route.word(0)).padded(10), route.word(4),
+        print_row<"%s    %-4u    dist tree        %u\n">(text(rib_uuid_to_str, route.word(0), 10), route.word(4),
                                                          n_intf);
     } else {
-        print_row<"%s    %-4u    %06x %06x    %u\n">(text(rib_uuid_to_str, route.word(0)).padded(10), route.word(4),
+        print_row<"%s    %-4u    %06x %06x    %u\n">(text(rib_uuid_to_str, route.word(0), 10), route.word(4),
                                                      route.word(8), route.word(12), n_intf);
     }
     show_interfaces(route, n_intf);
@@ -45,7 +45,7 @@ uint32_t rib_show_fcmrt(uint32_t header, uint32_t row, uint32_t option, const vo
         if (header == 1) {
             print_lines("\nVSAN        FC ID           # Interfaces", "----        --------        ------------");
         }
-        print_row<"%-4u        %s        %u\n">(route.word(4), text(fc_id_to_str, route.word(8)).plain(), n_intf);
+        print_row<"%-4u        %s        %u\n">(route.word(4), text(fc_id_to_str, route.word(8)), n_intf);
     }
     if (option == detailed_list && row != 0) {
         show_interfaces(route, n_intf);
@@ -59,7 +59,7 @@ void rib_show_fct(uint32_t header, const void *record) {
     if (header != 0) {
         print_lines("\nService     VSAN  # Versions", "----------  ----  ----------");
     }
-    print_row<"%s  %-4u  %u\n">(text(rib_uuid_to_str, list.word(0)).padded(10), list.word(4), n_version);
+    print_row<"%s  %-4u  %u\n">(text(rib_uuid_to_str, list.word(0), 10), list.word(4), n_version);
     if (n_version != 0) {
         print_words(list, 12, n_version, [](char *to, uint32_t version, uint32_t position) {
             to = position != 0 && position % 8 == 0 ? put(to, "\n  ") : to;
@@ -75,10 +75,9 @@ void rib_show_snmp_fcroute(uint32_t header, const struct fcRouteEntry *entry) {
                     "---- ------ ------ ------ ------ ------ -------- -------- ----");
     }
     print_row<"%-4u %06x %06x %s %-6u %s %s %-8x %s\n">(
-        entry->vsan, entry->destination, entry->mask, text(rib_fcroute_proto_to_str, entry->protocol).padded(6),
-        entry->domain, text(rib_fcroute_type_to_str, entry->route_type).plain(),
-        text(rib_fcroute_perm_to_str, entry->permanence).padded(8), entry->cost,
-        text(rib_if_index_to_str, entry->if_index).plain());
+        entry->vsan, entry->destination, entry->mask, text(rib_fcroute_proto_to_str, entry->protocol, 6), entry->domain,
+        text(rib_fcroute_type_to_str, entry->route_type), text(rib_fcroute_perm_to_str, entry->permanence, 8),
+        entry->cost, text(rib_if_index_to_str, entry->if_index));
 }
 
 void rib_show_dm(uint32_t header, const void *record) {
@@ -90,7 +89,7 @@ void rib_show_dm(uint32_t header, const void *record) {
     }
     for (uint32_t domain = 0; bmap_next_set(present, domains_size, domain, &domain) == RIB_OK && domain <= last_domain;
          ++domain) {
-        print_row<"%-4u        %s             %s\n">(map.word(0), truth(bmap_is_set(direct, domains_size, domain) != 0),
-                                                     text(domain_to_str, domain).plain());
+        print_row<"%-4u        %s             %s\n">(map.word(0), truth{bmap_is_set(direct, domains_size, domain) != 0},
+                                                     text(domain_to_str, domain));
     }
 }

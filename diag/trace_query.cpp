@@ -15,72 +15,70 @@ constexpr uint32_t versions_asked = 0x00200002; // "query topo version", "show t
 void rib_printf_test_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB %s (size %u)\n", stamp().text(), text(rib_test_type_to_str, query.word(4)).plain(),
-                    48U);
+        print_row<"%s Sent RIB %s (size %u)\n">(stamp(), text(rib_test_type_to_str, query.word(4)), 48U);
     }
 }
 
 void rib_printf_db_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB %s %u DB summaries (size %u)\n", stamp().text(),
-                    text(rib_query_to_str, query.word(4)).plain(), query.word(12), 16U);
+        print_row<"%s Sent RIB %s %u DB summaries (size %u)\n">(stamp(), text(rib_query_to_str, query.word(4)),
+                                                                query.word(12), 16U);
     }
 }
 
 void rib_printf_sys_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB %s system attributes (size %u)\n", stamp().text(),
-                    text(rib_query_to_str, query.word(4)).plain(), 16U);
+        print_row<"%s Sent RIB %s system attributes (size %u)\n">(stamp(), text(rib_query_to_str, query.word(4)), 16U);
     }
 }
 
 void rib_printf_vsan_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB uuid %u %s %u vsan attributes (size %u)\n", stamp().text(), query.word(0),
-                    text(rib_query_to_str, query.word(4)).plain(), query.word(12), 16U);
+        print_row<"%s Sent RIB uuid %u %s %u vsan attributes (size %u)\n">(
+            stamp(), query.word(0), text(rib_query_to_str, query.word(4)), query.word(12), 16U);
     }
 }
 
 void rib_printf_dm_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB uuid %u %s %u domain reach (size %u)\n", stamp().text(), query.word(0),
-                    text(rib_query_to_str, query.word(4)).plain(), query.word(12), 16U);
+        print_row<"%s Sent RIB uuid %u %s %u domain reach (size %u)\n">(
+            stamp(), query.word(0), text(rib_query_to_str, query.word(4)), query.word(12), 16U);
     }
 }
 
 void rib_printf_reg_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB %s %u registries (size %u)\n", stamp().text(),
-                    text(rib_query_to_str, query.word(4)).plain(), query.word(8), 12U);
+        print_row<"%s Sent RIB %s %u registries (size %u)\n">(stamp(), text(rib_query_to_str, query.word(4)),
+                                                              query.word(8), 12U);
     }
 }
 
 void rib_printf_in_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB %s %s (size %u)\n", stamp().text(), text(rib_query_to_str, query.word(4)).plain(),
-                    text(rib_in_to_str, query.word(8)).plain(), 16U);
+        print_row<"%s Sent RIB %s %s (size %u)\n">(stamp(), text(rib_query_to_str, query.word(4)),
+                                                   text(rib_in_to_str, query.word(8)), 16U);
     }
 }
 
 void rib_printf_node_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB query mod %u type %s (size %u)\n", stamp().text(), query.byte(4) + 1,
-                    text(rib_mod_type_to_str, query.byte(5)).plain(), 8U);
+        print_row<"%s Sent RIB query mod %u type %s (size %u)\n">(stamp(), query.byte(4) + 1,
+                                                                  text(rib_mod_type_to_str, query.byte(5)), 8U);
     }
 }
 
 void rib_printf_fcl_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB uuid %u %s %u labels (size %u)\n", stamp().text(), query.word(0),
-                    text(rib_fclrt_type_to_str, query.word(4)).plain(), query.word(36), 40U);
+        print_row<"%s Sent RIB uuid %u %s %u labels (size %u)\n">(
+            stamp(), query.word(0), text(rib_fclrt_type_to_str, query.word(4)), query.word(36), 40U);
     }
 }
 
@@ -92,27 +90,26 @@ void rib_printf_fcu_query(const void *msg) {
         return;
     }
     if ((type & versions_asked) != 0) {
-        std::printf("%s Sent RIB uuid %u %s %u versions (size %u)\n", stamp().text(), query.word(0),
-                    text(rib_fcurt_type_to_str, type).plain(), query.word(8), 24U);
+        print_row<"%s Sent RIB uuid %u %s %u versions (size %u)\n">(
+            stamp(), query.word(0), text(rib_fcurt_type_to_str, type), query.word(8), 24U);
     } else {
-        std::printf("%s Sent RIB uuid %u %s %u ucast (size %u)\n", stamp().text(), query.word(0),
-                    text(rib_fcurt_type_to_str, type).plain(), query.word(8), 24U);
+        print_row<"%s Sent RIB uuid %u %s %u ucast (size %u)\n">(stamp(), query.word(0),
+                                                                 text(rib_fcurt_type_to_str, type), query.word(8), 24U);
     }
 }
 
 void rib_printf_fcm_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB %s %u mcast (size %u)\n", stamp().text(),
-                    text(rib_fcmrt_type_to_str, query.word(8)).plain(), query.word(20), 24U);
+        print_row<"%s Sent RIB %s %u mcast (size %u)\n">(stamp(), text(rib_fcmrt_type_to_str, query.word(8)),
+                                                         query.word(20), 24U);
     }
 }
 
 void rib_printf_verf_query(const void *msg) {
     const fields query{msg};
     if (!faces_operator(query.word(0))) {
-        std::printf("%s Sent RIB %s %u %s routes (size %u)\n", stamp().text(),
-                    text(rib_query_to_str, query.word(8)).plain(), query.word(48),
-                    text(rib_verf_to_str, query.word(12)).plain(), 52U);
+        print_row<"%s Sent RIB %s %u %s routes (size %u)\n">(
+            stamp(), text(rib_query_to_str, query.word(8)), query.word(48), text(rib_verf_to_str, query.word(12)), 52U);
     }
 }
