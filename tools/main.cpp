@@ -13,6 +13,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -50,13 +51,15 @@ action declare_lab(CLI::App &app) {
 
 int write_fabric(const fabric_plan &plan, const std::string &path) {
     const std::string text = generate_fabric(plan);
-    std::FILE *file = path.empty() ? stdout : std::fopen(path.c_str(), "w");
-    const bool written = file != nullptr && std::fputs(text.c_str(), file) >= 0 && std::fflush(file) == 0;
+    if (path == "-") {
+        std::fputs(text.c_str(), stdout);
+        return 0;
+    }
+    std::FILE *file = std::fopen(path.c_str(), "w");
+    bool written = file != nullptr && std::fputs(text.c_str(), file) >= 0;
+    written = file != nullptr && std::fclose(file) == 0 && written;
     if (!written) {
         throw input_error(joined(path, ": cannot be written: ", std::strerror(errno)));
-    }
-    if (!path.empty()) {
-        std::fclose(file);
     }
     return 0;
 }
@@ -64,7 +67,7 @@ int write_fabric(const fabric_plan &plan, const std::string &path) {
 action declare_fabric(CLI::App &app) {
     const auto plan = std::make_shared<fabric_plan>();
     const auto shape = std::make_shared<std::string>(shape_name(plan->shape));
-    const auto path = std::make_shared<std::string>();
+    const auto path = std::make_shared<std::string>("-");
     const auto count = [&app](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
         app.add_option(name, value, what)->check(CLI::Range(least, most))->type_name("N")->capture_default_str();
     };
@@ -76,7 +79,9 @@ action declare_fabric(CLI::App &app) {
         ->type_name("SHAPE")
         ->capture_default_str();
     app.add_option("--seed", plan->seed, "draws what is left to chance")->type_name("N")->capture_default_str();
-    app.add_option("--output", *path, "write to a file instead of standard output")->type_name("FILE");
+    app.add_option("--output", *path, "where to write it, - for standard output")
+        ->type_name("FILE")
+        ->capture_default_str();
     return [plan, shape, path] {
         plan->shape = shape_named(*shape);
         return write_fabric(*plan, *path);
@@ -165,12 +170,23 @@ int parse_and_run(int argc, char **argv) {
     return chosen();
 }
 
+/// A command whose output is lost has failed, whichever it is.
+void require_output() {
+    errno = 0;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        const std::string why = errno != 0 ? joined(": ", std::strerror(errno)) : "";
+        throw std::runtime_error(joined("standard output cannot be written", why));
+    }
+}
+
 } // namespace
 } // namespace ribkit
 
 int main(int argc, char **argv) {
     try {
-        return ribkit::parse_and_run(argc, argv);
+        const int exit_code = ribkit::parse_and_run(argc, argv);
+        ribkit::require_output();
+        return exit_code;
     } catch (const ribkit::input_error &error) {
         std::fprintf(stderr, "%s\n", error.what());
         return ribkit::wrong_input;
