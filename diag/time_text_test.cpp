@@ -96,6 +96,40 @@ TEST(TimeText, CalendarWithoutNewline) {
     EXPECT_EQ(calendar(1690009503), "Sat Jul 22 09:05:03 2023");
 }
 
+// Where no TZ names the zone, its file is looked at once a second; a TZ that comes, changes or goes is seen at once.
+TEST(TimeText, TheZoneIsLookedAtOnceASecond) {
+    const local_zone restored("UTC0");
+    unsetenv("TZ");
+    const std::string here = std::string(ctime(&noon)).substr(0, 24);
+    for (const time_t second : {noon, noon + 1, noon}) {
+        const stopped_clock clock(second);
+        const int looks = zone_looks();
+        for (int i = 0; i < 10; ++i) {
+            EXPECT_EQ(calendar(noon), here);
+            EXPECT_EQ(stamp(), std::string(ctime(&second)).substr(11, 8));
+        }
+        EXPECT_EQ(zone_looks(), looks + 1);
+    }
+}
+
+TEST(TimeText, AnotherZoneIsSeenAtOnce) {
+    const stopped_clock clock(noon);
+    const local_zone restored("UTC0");
+    for (int i = 0; i < 2; ++i) {
+        unsetenv("TZ");
+        const std::string here = std::string(ctime(&noon)).substr(0, 24);
+        EXPECT_EQ(calendar(noon), here);
+        setenv("TZ", "EAST-14", 1);
+        EXPECT_EQ(calendar(noon), "Wed Nov 15 12:13:20 2023");
+        EXPECT_EQ(stamp(), "12:13:20");
+        setenv("TZ", "WEST12", 1);
+        EXPECT_EQ(calendar(noon), "Tue Nov 14 10:13:20 2023");
+        unsetenv("TZ");
+        EXPECT_EQ(calendar(noon), here);
+        EXPECT_EQ(calendar(noon), here);
+    }
+}
+
 TEST(TimeText, IsWhatTheLibrarySaysWithoutItsNewline) {
     std::mt19937 random(56);
     for (const char *place : {"UTC0", paris, "EAST-14", "WEST12"}) {

@@ -7,6 +7,7 @@ namespace {
 
 timeval stopped_at;
 bool stopped = false;
+int localtime_calls = 0;
 
 timeval now() {
     timespec real{};
@@ -40,6 +41,8 @@ local_zone::~local_zone() {
     tzset();
 }
 
+int zone_looks() { return localtime_calls; }
+
 } // namespace ribkit::testing
 
 // These stand before the C library's in every program that links this file.
@@ -49,6 +52,13 @@ time_t time(time_t *out) noexcept {
         *out = seconds;
     }
     return seconds;
+}
+
+tm *localtime(const time_t *when) noexcept {
+    static tm local;
+    ++localtime_calls;
+    tzset();
+    return localtime_r(when, &local);
 }
 
 int gettimeofday(timeval *out, void * /*zone*/) noexcept {

@@ -1,4 +1,5 @@
-// The C library's clock as the tests see it: time() and gettimeofday() of this program can be stopped.
+// The C library's clock as the tests see it: time() and gettimeofday() of this program can be stopped, the
+// time zone can be another, and calls of localtime() are counted.
 #pragma once
 
 #include <ctime>
@@ -28,5 +29,8 @@ class local_zone {
     bool was_set_;
     std::string before_;
 };
+
+/// How often localtime() was called, which looks at the zone's file where no TZ names the zone.
+int zone_looks();
 
 } // namespace ribkit::testing
