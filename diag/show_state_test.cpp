@@ -2,6 +2,7 @@
 #include "diag/show_fixture.h"
 #include "rib_show.h"
 
+#include <algorithm>
 #include <cstring>
 
 using namespace ribkit::testing;
@@ -154,6 +155,17 @@ TEST_F(ShowState, GoldenP) {
     expect_golden("diag/golden/rib_show_p.txt", without_addresses(text, block));
 }
 
+TEST_F(ShowState, AsManyParametersAsABlockCounts) {
+    std::vector<rib_param> params;
+    for (uint32_t token = 0; token < 255; ++token) {
+        params.push_back({token, token, token % 2 == 0 ? nullptr : &params});
+    }
+    const rib_param_block block = {255, params.data()};
+    const std::string text = printed_by([&] { rib_show_p(&block); });
+    EXPECT_EQ(text.substr(0, 18), "# parameters = 255");
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 4 + 255);
+}
+
 TEST_F(ShowState, GoldenInMem) {
     expect_golden_output("rib_show_in_mem", [] {
         label("every pool; the total counts bytes");
@@ -192,6 +204,54 @@ TEST_F(ShowState, AgreesWithASecondFormatterOnRandomRecords) {
         ASSERT_EQ(printed_by([&] { rib_show_db_total(0, bytes); }),
                   "-----    --------    --------    --------    ------------------------\n" +
                       render("Total    {r8@w8}    {r8@w12}    {r8@w16}\n", bytes));
+    }
+}
+
+TEST_F(ShowState, AgreesWithASecondFormatterOnRandomReports) {
+    random_fields random(80);
+    for (int i = 0; i < random_rounds; ++i) {
+        const record report = random.words(2).word(random.time()).word(random.below(2) * random.time());
+        const bool complete = word_at(report.data(), 12) != 0;
+        ASSERT_EQ(printed_by([&] { rib_show_verf_info(random.below(2) + 1, report.data()); }),
+                  render(complete ? "\nRoute Verification Report\n  Generated {m@w8}\n  Completed {m@w12}\n"
+                                  : "\nRoute Verification Report\n  Generated {m@w8}\n"
+                                    "  Report not completely generated!\n",
+                         report.data()));
+    }
+}
+
+TEST_F(ShowState, AgreesWithASecondFormatterOnRandomAvailability) {
+    constexpr const char *lines[] = {"Switching Over         ", "Started Stateful       ", "Started Stateless      ",
+                                     "Standby Sup Existed    ", "Just Sent Heartbeat    "};
+    random_fields random(81);
+    for (int i = 0; i < random_rounds; ++i) {
+        const record state =
+            random.words(1).words({random.below(3), random.below(3), random.word(), random.below(3), random.word()});
+        std::string text = render("\nSup State              {t0:rib_sup_state@w0}\n", state.data());
+        for (size_t flag = 0; flag < 5; ++flag) {
+            text += std::string(lines[flag]) + (word_at(state.data(), 4 + 4 * flag) == 1 ? "T\n" : "F\n");
+        }
+        ASSERT_EQ(printed_by([&] { rib_show_in_ha(state.data()); }), text);
+    }
+}
+
+TEST_F(ShowState, AgreesWithASecondFormatterOnRandomPorts) {
+    random_fields random(82);
+    for (int i = 0; i < random_rounds / 4; ++i) {
+        record entry = random.words(4);
+        for (int byte = 0; byte < 8; ++byte) {
+            entry.byte(random.below(3) * random.byte() & 0xff);
+        }
+        entry.add(random.words(size_t{6} * 64));
+        uint32_t header = 0;
+        std::string text;
+        for (size_t port = 0; port < 64; ++port) {
+            if ((entry.data()[16 + port / 8] >> port % 8 & 1) != 0) {
+                const auto *bytes = entry.data() + 24 + 24 * port;
+                text += printed_by([&] { fib_show_port(0, bytes); });
+            }
+        }
+        ASSERT_EQ(printed_by([&] { rib_show_sys_port(&header, entry.data()); }), text);
     }
 }
 

@@ -104,15 +104,33 @@ struct rib_param {
 };
 
 /**
- * A command's parameters. The block owns neither the parameters nor their values:
- * `const struct rib_param_block block = {2, params};`
+ * A command's parameters. Whoever calls the display fills the block in; it owns neither the parameters nor their
+ * values, which stay where they are while it is shown. Without parameters `params` is not read.
+ *
+ * @code
+ * const uint32_t vsan = 20;
+ * const struct rib_param params[] = {{1, 0x10, &vsan}, {2, 0x20, 0}};
+ * const struct rib_param_block block = {2, params};
+ * rib_show_p(&block);
+ * @endcode
+ *
+ * prints, wherever the two lie,
+ *
+ * @code
+ * # parameters = 2  (All fields in hex except Token)
+ *
+ * Pointer       Token    Type    Value
+ * ----------    -----    ----    -----
+ * 0x7ffd4a10    1        10      00000014
+ * 0x7ffd4a20    2        20
+ * @endcode
  */
 struct rib_param_block {
     uint8_t count;
     const struct rib_param *params; /**< count of them */
 };
 
-/** Shows a block of parameters: where each one lies, its token, type and value. */
+/** Shows a block of parameters: where each one lies (10 characters of its address), its token, type and value. */
 void rib_show_p(const struct rib_param_block *block);
 
 /** Shows the memory pools. @param record 16 entries of three words: pool, data size in bytes, number of data */

@@ -173,10 +173,14 @@ int fib_vsan_to_str(const uint8_t *rec, char *str);
 /** Writes the time within the minute, "SSS:mmm:uuu" (seconds, milliseconds, microseconds). 12 bytes. @return 11 */
 int rib_time_str(char *str);
 
-/** Writes the local wall-clock time, "HH:MM:SS". 9 bytes. Uses the C library's shared calendar. @return 8 */
+/** Writes the local wall-clock time, "HH:MM:SS". 9 bytes. Uses the C library's shared calendar, as below. @return 8 */
 int rib_time_stamp_str(char *str);
 
-/** Writes the calendar text of *t without its newline. 26 bytes. Uses the C library's shared calendar. */
+/**
+ * Writes the calendar text of *t, as ctime gives it, without its newline. 26 bytes. Uses the C library's shared calendar,
+ * so that two threads must not tell times at once. The time zone is that of TZ at the call; where TZ is not set, a new
+ * time zone of the host is seen within a second.
+ */
 void rib_time_to_str(const time_t *t, char *str);
 
 /** Writes the interface's name, "null intf" for 0, or "%08xh??" for an index of no known kind. */
