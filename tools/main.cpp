@@ -91,6 +91,7 @@ action declare_fabric(CLI::App &app) {
 action declare_show(CLI::App &app) {
     const auto options = std::make_shared<show_options>();
     CLI::Option *list = app.add_flag("--list", options->list, "name the displays, and what a record of each is");
+    app.add_flag("--json", options->json, "the list for a program")->needs(list);
     app.add_option("KIND", options->kind, "display: fcu, fcl, port, ...")->excludes(list);
     app.add_option("FILE", options->file, "records in network form, - for standard input")
         ->excludes(list)
@@ -116,7 +117,8 @@ action declare_text(CLI::App &app) {
     app.add_flag("--list", options->list, "every text of the vocabulary, or of all");
     app.add_flag("--json", options->json, "for a program");
     return [options] {
-        if (options->list != options->values.empty()) {
+        const bool asks = !options->vocabulary.empty() && !options->values.empty();
+        if (options->list ? !options->values.empty() : !asks) {
             throw input_error("ribkit text: either a VOCABULARY with a VALUE, or --list (see ribkit text --help)");
         }
         return run_text(*options);

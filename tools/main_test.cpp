@@ -13,9 +13,9 @@ outcome run_into(const std::string &output, const std::string &arguments) {
 } // namespace
 
 TEST(main, output_that_is_lost_is_one_line_and_a_failure) {
-    for (const char *arguments : {"show fcu examples/messages/fcu.hex", "show --list", "text rib_uuid 1", "text --list",
-                                  "text --list --json", "lab examples/fabrics/small.toml", "fabric", "--help",
-                                  "text --help", "fabric --switches 200 --vsans 100"}) {
+    for (const char *arguments :
+         {"show fcu examples/messages/fcu.hex", "show --list", "text rib_uuid 1", "text --list", "text --list --json",
+          "lab examples/fabrics/small.toml", "fabric", "--help", "text --help", "fabric --switches 200 --vsans 100"}) {
         const outcome run = run_into("/dev/full", arguments);
         EXPECT_EQ(run.exit_code, 1) << arguments;
         EXPECT_EQ(run.output.substr(0, 41), "ribkit: standard output cannot be written") << arguments;

@@ -52,7 +52,7 @@ void show_records(const display &kind, std::span<const uint8_t> bytes, const std
 
 int run_show(const show_options &options) {
     if (options.list) {
-        list_displays();
+        options.json ? print_json(displays()) : list_displays();
         return 0;
     }
     const display *kind = find_display(options.kind);

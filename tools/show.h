@@ -13,6 +13,7 @@ struct show_options {
     std::string file = "-";
     byte_form form = byte_form::detected;
     bool list = false; ///< only a line for each display
+    bool json = false; ///< the list for a program
 };
 
 /// Shows the records that `bytes` are. Throws input_error at the first one that its check refuses, once those before it

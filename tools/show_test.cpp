@@ -94,6 +94,7 @@ TEST(show, every_display_that_reads_network_bytes_has_a_row) {
 
 TEST(show, the_list_names_every_display) {
     expect_golden("tools/golden/show_list.txt", run_command("show --list").output);
+    expect_golden("tools/golden/show_list.json", run_command("show --list --json").output);
 }
 
 TEST(show, the_checked_record_is_what_the_display_steps_over) {
@@ -207,7 +208,8 @@ TEST(show, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(complaint("show vsan < " + cut.path()),
               "standard input: record 1 at byte 0: fib_vsan: flags, state, vsan at offset 4 ends at 8, but the bytes "
               "end at 6\n");
-    for (const char *arguments : {"--list fcu", "--list fcu x", "--hex --raw fcu x", "fcu x y", "--hax fcu", "FCU"}) {
+    for (const char *arguments : {"--list fcu", "--list fcu x", "--json", "--json fcu x", "\"\"", "--hex --raw fcu x",
+                                  "fcu x y", "--hax fcu", "FCU"}) {
         complaint(std::string("show ") + arguments);
     }
     EXPECT_EQ(run_command("show --help").exit_code, 0);

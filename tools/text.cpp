@@ -65,6 +65,10 @@ std::vector<const vocabulary *> all_vocabularies() {
     return all;
 }
 
+std::string_view without_ending(std::string_view name, std::string_view ending) {
+    return name.ends_with(ending) ? name.substr(0, name.size() - ending.size()) : name;
+}
+
 const vocabulary &vocabulary_named(const std::string &name) {
     if (const vocabulary *found = find_vocabulary(name)) {
         return *found;
@@ -80,6 +84,7 @@ const vocabulary &vocabulary_named(const std::string &name) {
 
 const vocabulary *find_vocabulary(std::string_view name) {
     const auto all = all_vocabularies();
+    name = without_ending(without_ending(name, "_str"), "_to");
     const auto is_meant = [name](const vocabulary *words) { return words->name.substr(prefix_length) == name; };
     const bool one = std::count_if(all.begin(), all.end(), is_meant) == 1;
     return one ? *std::find_if(all.begin(), all.end(), is_meant) : vocabulary_of(name);

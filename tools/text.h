@@ -25,7 +25,8 @@ struct value_text {
 
 int run_text(const text_options &options);
 
-/// The vocabulary of that name, which may leave "rib_" or "fib_" out where only one is meant; null where there is none.
+/// The vocabulary of that name; null where there is none. "rib_" or "fib_" may be left out where only one is meant, and
+/// the name may be that of the converter, with "_to_str".
 const vocabulary *find_vocabulary(std::string_view name);
 
 /// The same for a program.

@@ -1,5 +1,6 @@
-// Texts as JSON. Keys keep the order in which they are written here.
+// Texts and displays as JSON. Keys keep the order in which they are written here.
 #include "diag/catalogue.h"
+#include "tools/displays.h"
 #include "tools/text.h"
 
 #include <cstdio>
@@ -34,6 +35,14 @@ void print_json(const std::vector<const vocabulary *> &listed) {
         }
         const json other = words->fallback == nullptr ? json(nullptr) : json(words->fallback);
         document.push_back({{"vocabulary", words->name}, {"texts", entries}, {"other", other}});
+    }
+    print(document);
+}
+
+void print_json(std::span<const display> listed) {
+    json document = json::array();
+    for (const display &kind : listed) {
+        document.push_back({{"kind", kind.short_name()}, {"display", kind.name}, {"record", kind.what}});
     }
     print(document);
 }

@@ -67,6 +67,11 @@ TEST(text_command, a_prefix_may_be_left_out_where_one_is_meant) {
     EXPECT_EQ(find_vocabulary("iod_mode"), vocabulary_of("fib_iod_mode"));
     EXPECT_EQ(find_vocabulary("rib_oper"), vocabulary_of("rib_oper"));
     EXPECT_EQ(find_vocabulary("oper"), nullptr);
+    EXPECT_EQ(find_vocabulary("rib_uuid_to_str"), vocabulary_of("rib_uuid"));
+    EXPECT_EQ(find_vocabulary("rib_uuid_to_uc_str"), vocabulary_of("rib_uuid_to_uc"));
+    EXPECT_EQ(find_vocabulary("iod_mode_to_str"), vocabulary_of("fib_iod_mode"));
+    EXPECT_EQ(find_vocabulary("rib_uuid_to_str_"), nullptr);
+    EXPECT_EQ(find_vocabulary("_to_str"), nullptr);
     EXPECT_EQ(find_vocabulary("rib_"), nullptr);
     EXPECT_EQ(find_vocabulary(""), nullptr);
 }
@@ -84,7 +89,8 @@ TEST(text_command, mistakes_are_one_line_and_exit_2) {
     }
     EXPECT_EQ(complaint("text rib_uuid"),
               "ribkit text: either a VOCABULARY with a VALUE, or --list (see ribkit text --help)\n");
-    for (const char *arguments : {"", "--json", "--list rib_uuid 12", "rib_uuid -1", "--lost"}) {
+    EXPECT_EQ(complaint("text '' 12"), complaint("text rib_uuid"));
+    for (const char *arguments : {"", "--json", "''", "--list rib_uuid 12", "rib_uuid -1", "--lost"}) {
         complaint(std::string("text ") + arguments);
     }
     EXPECT_EQ(run_command("text --help").exit_code, 0);
