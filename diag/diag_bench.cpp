@@ -96,6 +96,7 @@ void compare_texts() {
     print("client name, random", text_figures(mixed));
     print("client name, in turn", text_figures(in_turn));
     std::vector<std::pair<figures, uint32_t>> constant;
+    constant.reserve(clients.size());
     for (const uint32_t client : clients) {
         constant.emplace_back(text_figures(std::vector<uint32_t>(4096, client)), client);
     }
