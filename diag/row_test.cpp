@@ -1,11 +1,13 @@
 // Rows beside printf: the same format, the same characters.
 #include "diag/print.h"
+#include "testing/capture.h"
 
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
 
 using namespace ribkit;
+using ribkit::testing::printed_by;
 
 namespace {
 
@@ -65,13 +67,11 @@ TEST(Row, TextsAreCutAndPaddedInTheirPlace) {
     EXPECT_EQ(row<"<%s%s>">(text(rib_uuid_to_str, 10U, 4), text(rib_uuid_to_str, 12U, 0)), "<rib >");
 }
 
-TEST(Row, TheLongestTextHasItsRoom) {
-    const auto longest = [](int /*value*/, char *str) {
-        std::memset(str, 'x', value_room - 1);
-        str[value_room - 1] = '\0';
-    };
-    void (*convert)(int, char *) = longest;
-    const std::string x(value_room - 1, 'x');
-    EXPECT_EQ(row<"%s">(text(convert, 0)), x);
-    EXPECT_EQ(row<"%s %s">(text(convert, 0), text(convert, 0)), x + " " + x);
+TEST(Row, InterfaceNamesMayHave127Characters) {
+    static_assert(value_room == 127 + 1);
+    const std::string name(127, 'x');
+    const auto longest = [](const std::string *value, char *str) { std::strcpy(str, value->c_str()); };
+    void (*convert)(const std::string *, char *) = longest;
+    EXPECT_EQ(printed_by([&] { print_row<"%s">(text(convert, &name)); }), name);
+    EXPECT_EQ(printed_by([&] { print_row<"%s %s">(text(convert, &name), text(convert, &name)); }), name + " " + name);
 }
