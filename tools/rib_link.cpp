@@ -16,7 +16,11 @@ namespace {
 constexpr qip_addr notifications{0xfe000000, 0};
 constexpr uint32_t notifications_bound = 64;
 constexpr uint32_t errno_bits = 0xfff;
-constexpr uint32_t closed = RIB_PLATFORM_FAILURE | ECANCELED;
+
+// Of the service: the handle is gone, before the call or during it.
+bool is_closed(uint32_t reason) { return reason == ECANCELED || reason == EBADF; }
+
+bool is_platform_failure(uint32_t result) { return (result & ~errno_bits) == RIB_PLATFORM_FAILURE; }
 
 qip_recv_opts incoming_within(std::chrono::milliseconds limit) {
     const auto count = static_cast<uint32_t>(limit.count());
@@ -26,7 +30,7 @@ qip_recv_opts incoming_within(std::chrono::milliseconds limit) {
 } // namespace
 
 std::string result_text(uint32_t result) {
-    if ((result & ~errno_bits) == RIB_PLATFORM_FAILURE) {
+    if (is_platform_failure(result)) {
         const auto reason = static_cast<int>(result & errno_bits);
         return reason == ENOTCONN ? "nobody listens" : std::strerror(reason);
     }
@@ -51,7 +55,7 @@ std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) 
     asked.payload_size = static_cast<uint32_t>(request.size());
     const auto wrapper = envelopes_ ? rib_wrap_cmi_req_rsp : rib_wrap_qip_req_rsp;
     const uint32_t result = wrapper(handle_.number(), &asked, &answer);
-    if (result == closed) {
+    if (is_platform_failure(result) && is_closed(result & errno_bits)) {
         throw link_closed();
     }
     std::vector<uint8_t> bytes;
@@ -79,7 +83,7 @@ bool rib_link::heard_of_start(std::chrono::milliseconds limit) {
         rib_wrap_qip_drop(uuid_, handle_.number(), &note);
         opts = incoming_within({}); // those that wait already
     }
-    if (errno == ECANCELED || errno == EBADF) {
+    if (is_closed(static_cast<uint32_t>(errno))) {
         throw link_closed();
     }
     return heard;

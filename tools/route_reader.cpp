@@ -30,10 +30,10 @@ fcurt_update ask(rib_link &link, const route_reading &wanted, const route_key &f
 held_routes read_routes(rib_link &link, const route_reading &wanted) {
     held_routes all;
     route_key from{wanted.vsan.value_or(0), {}};
-    for (;;) {
+    while (from.vsan == wanted.vsan.value_or(from.vsan)) {
         const fcurt_update part = ask(link, wanted, from);
         if (part.changes.empty()) {
-            return all;
+            break;
         }
         for (const route_change &one : part.changes) {
             const route_key key{part.vsan, one.to};
@@ -41,9 +41,10 @@ held_routes read_routes(rib_link &link, const route_reading &wanted) {
                 throw no_answer("what came is not what was asked for");
             }
             all.emplace_hint(all.end(), key, held_route{part.uuid, one.what});
-            from = {key.vsan, {key.to.fcid, key.to.mask + 1}};
+            from = key_after(key);
         }
     }
+    return all;
 }
 
 } // namespace ribkit

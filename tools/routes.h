@@ -42,6 +42,15 @@ struct route_key {
     bool operator<(const route_key &other) const { return std::tie(vsan, to) < std::tie(other.vsan, other.to); }
 };
 
+/// The next key that a route can have.
+constexpr route_key key_after(const route_key &key) {
+    const auto &[vsan, to] = key;
+    if (to.mask != UINT32_MAX) {
+        return {vsan, {to.fcid, to.mask + 1}};
+    }
+    return to.fcid != UINT32_MAX ? route_key{vsan, {to.fcid + 1, 0}} : route_key{vsan + 1, {0, 0}};
+}
+
 struct held_route {
     uint32_t uuid; ///< the client that added it
     route what;
