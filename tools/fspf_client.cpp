@@ -91,31 +91,36 @@ void fspf_client::bring_all(const vsan_routes &wanted) {
         try {
             bring(next->first, next->second);
             trying = pauses(options_.link.patience);
-            next = std::next(next) == wanted.end() && rib_started({}) ? wanted.begin() : std::next(next);
+            ++next;
         } catch (const no_answer &why) {
             unsure_.insert(next->first);
-            const auto pause = trying.next();
-            if (!pause) {
+            std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
+            if (!link_.await(trying)) {
                 throw;
             }
-            if (trying.first()) {
-                std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
-            }
-            next = rib_started(*pause) ? wanted.begin() : next;
+        }
+        next = rib_started({}) ? wanted.begin() : next;
+    }
+}
+
+// Where somebody else has changed this client's routes meanwhile, what to send is found anew.
+void fspf_client::bring(uint32_t vsan, const route_table &wanted) {
+    constexpr int most_rounds = 8;
+    for (int round = 1; round <= most_rounds; round++) {
+        if (unsure_.contains(vsan)) {
+            read(vsan);
+        }
+        const auto changes = changes_between(accepted_[vsan], wanted);
+        to_send_ += changes.size();
+        send(vsan, changes, round == most_rounds);
+        if (!unsure_.contains(vsan)) {
+            return;
         }
     }
 }
 
-void fspf_client::bring(uint32_t vsan, const route_table &wanted) {
-    if (unsure_.contains(vsan)) {
-        read(vsan);
-    }
-    const auto changes = changes_between(accepted_[vsan], wanted);
-    to_send_ += changes.size();
-    send(vsan, changes);
-}
-
 void fspf_client::read(uint32_t vsan) {
+    unsure_.insert(vsan);
     route_table &mine = accepted_[vsan];
     mine.clear();
     for (const auto &[key, held] : read_routes(link_, {RIB_CLIENT_FSPF, vsan, options_.trace})) {
@@ -126,7 +131,7 @@ void fspf_client::read(uint32_t vsan) {
     unsure_.erase(vsan);
 }
 
-void fspf_client::send(uint32_t vsan, const std::vector<route_change> &changes) {
+void fspf_client::send(uint32_t vsan, const std::vector<route_change> &changes, bool last_round) {
     const uint32_t oper = options_.link.envelopes ? RIB_OPER_UPDATE_CMI : RIB_OPER_UPDATE_RSP;
     std::span<const route_change> left = changes;
     for (auto &[bytes, size] : encode(fcurt_update{RIB_CLIENT_FSPF, vsan, oper, changes}, options_.message_limit)) {
@@ -143,6 +148,10 @@ void fspf_client::send(uint32_t vsan, const std::vector<route_change> &changes) 
                 apply_change(accepted_[vsan], change);
             }
         }
+        if (response.result == RIB_NO_ENTRY && !last_round) {
+            unsure_.insert(vsan);
+            return;
+        }
         if (response.result != RIB_OK) {
             find_refused(response, vsan, left.first(size));
         }
@@ -153,7 +162,6 @@ void fspf_client::send(uint32_t vsan, const std::vector<route_change> &changes) 
 
 // The answer counts what took effect without naming it, so the RIB is asked what it has.
 void fspf_client::find_refused(const fcurt_response &response, uint32_t vsan, std::span<const route_change> changes) {
-    unsure_.insert(vsan);
     read(vsan);
     const auto refused = std::count_if(changes.begin(), changes.end(), [&](const route_change &change) {
         return !has_effect(accepted_[vsan], change);

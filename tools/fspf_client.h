@@ -64,7 +64,7 @@ class fspf_client {
 
     void bring_all(const vsan_routes &wanted);
     void bring(uint32_t vsan, const route_table &wanted);
-    void send(uint32_t vsan, const std::vector<route_change> &changes);
+    void send(uint32_t vsan, const std::vector<route_change> &changes, bool last_round);
     void find_refused(const fcurt_response &response, uint32_t vsan, std::span<const route_change> changes);
     void read(uint32_t vsan);
     void count(uint32_t vsan, const route_change &change);

@@ -4,9 +4,9 @@
 #include "tools/fabric_file.h"
 #include "tools/input_error.h"
 #include "tools/json_output.h"
+#include "tools/rib_link.h"
 #include "tools/rib_state.h"
 #include "tools/route_display.h"
-#include "tools/route_reader.h"
 #include "tools/run_json.h"
 #include "tools/run_text.h"
 #include "tools/stop_signals.h"
@@ -22,13 +22,10 @@ constexpr uint32_t usual_vsans = 64;
 
 // Over a server two could listen at one address: each would be asked, and the first answer taken.
 void refuse_second_rib(const rib_command_options &options) {
-    rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {false, options.bus.patience()});
-    try {
-        read_routes(link, {RIB_CLIENT_OPERATOR, {}});
-    } catch (const no_answer &) {
-        return;
+    rib_link link(options.bus.url, RIB_CLIENT_RIB, {false, options.bus.patience()});
+    if (link.is_answered()) {
+        throw std::runtime_error(joined("another RIB answers at ", shown_url(options.bus.url)));
     }
-    throw std::runtime_error(joined("another RIB answers at ", shown_url(options.bus.url)));
 }
 
 } // namespace

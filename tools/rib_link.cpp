@@ -74,19 +74,48 @@ std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) 
     return bytes;
 }
 
+bool rib_link::is_answered() {
+    qip_ref ref{};
+    bool answered = qip_send(handle_.number(), &rib_address, 0, nullptr, 0, &ref, nullptr, nullptr) == 0;
+    if (answered) {
+        const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 1, qip_rr_token_get(&ref)}};
+        qip_drop(handle_.number(), &ref);
+        answered = qip_recv(handle_.number(), &ref, &opts) == 0;
+    }
+    if (answered) {
+        qip_drop(handle_.number(), &ref);
+    } else if (is_closed(static_cast<uint32_t>(errno))) {
+        throw link_closed();
+    }
+    return answered;
+}
+
 bool rib_link::heard_of_start(std::chrono::milliseconds limit) {
-    bool heard = false;
+    listen(started_ ? std::chrono::milliseconds{} : limit);
+    return std::exchange(started_, false);
+}
+
+bool rib_link::await(pauses &trying) {
+    while (const auto pause = trying.next()) {
+        listen(*pause);
+        if (is_answered()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void rib_link::listen(std::chrono::milliseconds limit) {
     qip_recv_opts opts = incoming_within(limit);
     qip_ref note{};
     while (qip_recv(handle_.number(), &note, &opts) == 0) {
-        heard = heard || qip_opcode_get(&note) == rib_started_opcode;
+        started_ = started_ || qip_opcode_get(&note) == rib_started_opcode;
         rib_wrap_qip_drop(uuid_, handle_.number(), &note);
         opts = incoming_within({}); // those that wait already
     }
     if (is_closed(static_cast<uint32_t>(errno))) {
         throw link_closed();
     }
-    return heard;
 }
 
 } // namespace ribkit

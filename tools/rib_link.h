@@ -2,6 +2,7 @@
 // started.
 #pragma once
 
+#include "tools/pauses.h"
 #include "tools/service_handle.h"
 
 #include <chrono>
@@ -42,6 +43,9 @@ struct link_options {
     std::chrono::milliseconds patience{0};
 };
 
+/// Where the RIB listens.
+inline constexpr qip_addr rib_address{0xfe000001, 25};
+
 class rib_link {
   public:
     /// Opens the bus as service_handle does, and listens for notifications.
@@ -50,8 +54,14 @@ class rib_link {
     /// @return the answer's payload. Throws no_answer, or link_closed.
     std::vector<uint8_t> ask(uint32_t opcode, std::span<uint8_t> request);
 
+    /// Whether the RIB answers anything at all, within a second. Prints nothing. Throws link_closed.
+    bool is_answered();
+
     /// Whether the RIB has started since the last call, waiting for that so long; 0 does not wait. Throws link_closed.
-    bool heard_of_start(std::chrono::milliseconds limit);
+    bool heard_of_start(std::chrono::milliseconds limit = {});
+
+    /// Pauses until the RIB answers, for as long as patience lasts. @return whether it does. Throws link_closed.
+    bool await(pauses &trying);
 
     /// Since the last call.
     link_traffic take_traffic() { return std::exchange(traffic_, {}); }
@@ -60,9 +70,12 @@ class rib_link {
     void close() { handle_.close(); }
 
   private:
+    void listen(std::chrono::milliseconds limit);
+
     service_handle handle_;
     uint32_t uuid_;
     bool envelopes_;
+    bool started_ = false; ///< heard of it, told nobody yet
     link_traffic traffic_;
 };
 

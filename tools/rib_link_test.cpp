@@ -118,10 +118,30 @@ TEST(rib_link, silence_has_a_reason) {
     EXPECT_EQ(result_text(RIB_PLATFORM_FAILURE | EACCES), "Permission denied");
 }
 
+TEST(rib_link, awaits_a_rib_without_a_word) {
+    const testing::fault_script script("clock virtual\n");
+    rib_link link(bus, RIB_CLIENT_FSPF);
+    const std::string printed = printed_by([&] {
+        pauses trying(1min);
+        EXPECT_FALSE(link.is_answered());
+        EXPECT_FALSE(link.await(trying));
+        EXPECT_EQ(trying.next(), std::nullopt);
+        const rib_service rib(bus);
+        trying = pauses(1min);
+        EXPECT_TRUE(link.await(trying));
+        EXPECT_EQ(trying.next(), 100ms); // after one pause
+        EXPECT_TRUE(link.heard_of_start());
+        EXPECT_FALSE(link.heard_of_start());
+    });
+    EXPECT_EQ(printed, "");
+    EXPECT_EQ(qip_refs_held(), 0U);
+}
+
 TEST(rib_link, a_closed_one_ends_waits) {
     rib_link link(bus, RIB_CLIENT_FSPF);
     link.close();
     EXPECT_THROW(link.heard_of_start(1h), link_closed);
+    EXPECT_THROW(link.is_answered(), link_closed);
     printed_by([&] { EXPECT_THROW(link.ask(1, {}), link_closed); });
 }
 

@@ -16,7 +16,6 @@ namespace ribkit {
 
 namespace {
 
-constexpr qip_addr rib_address{0xfe000001, 25};
 constexpr uint32_t queue_bound = 64;
 
 void report(const rib_check_report &why) {

@@ -140,18 +140,5 @@ TEST(rib_service, a_second_rib_on_the_bus_and_an_unknown_bus_are_errors) {
     EXPECT_THROW(rib_service{"pigeon:"}, input_error);
 }
 
-TEST(rib_service, a_client_without_a_rib_says_so) {
-    fspf_client client(bus, {});
-    std::string what;
-    testing::printed_by([&] {
-        try {
-            client.converge(generated(5, fabric_shape::ring));
-        } catch (const std::runtime_error &error) {
-            what = error.what();
-        }
-    });
-    EXPECT_EQ(what.substr(0, 22), "no answer from the RIB");
-}
-
 } // namespace
 } // namespace ribkit

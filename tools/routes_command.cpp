@@ -19,11 +19,9 @@ held_routes read_patiently(rib_link &link, const route_reading &wanted, std::chr
         try {
             return read_routes(link, wanted);
         } catch (const no_answer &) {
-            const auto pause = trying.next();
-            if (!pause) {
+            if (!link.await(trying)) {
                 throw;
             }
-            link.heard_of_start(*pause);
         }
     }
 }
