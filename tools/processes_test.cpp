@@ -5,13 +5,11 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <list>
 #include <memory>
-#include <regex>
 #include <spawn.h>
-#include <sstream>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace ribkit {
 namespace {
@@ -135,12 +133,12 @@ TEST_F(processes, start_in_any_order) {
 
 TEST_F(processes, several_clients_of_one_fabric_end_with_its_tables) {
     background rib(command("rib"));
-    std::vector<std::unique_ptr<background>> clients;
+    std::list<background> clients;
     for (int i = 0; i < 5; i++) {
-        clients.push_back(std::make_unique<background>(command("client", small)));
+        clients.emplace_back(command("client", small));
     }
-    for (const auto &client : clients) {
-        const outcome run = client->ended();
+    for (background &client : clients) {
+        const outcome run = client.ended();
         EXPECT_EQ(run.exit_code, 0) << run.output;
     }
     EXPECT_TRUE(holds_lab_tables());

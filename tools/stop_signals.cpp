@@ -15,7 +15,7 @@ stop_signals::stop_signals() {
 stop_signals::~stop_signals() {
     ended_ = true;
     if (waiting_.joinable()) {
-        pthread_kill(waiting_.native_handle(), SIGTERM);
+        pthread_kill(waiting_.native_handle(), SIGINT);
         waiting_.join();
     }
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
