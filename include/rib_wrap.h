@@ -70,10 +70,12 @@ int32_t rib_wrap_qip_note(uint32_t handle, uint32_t opcode, const void *payload,
 /*
  * The CMI envelope, big-endian words: type at 0, length at 4, 0 at 8, the sender's name (zero-padded) at 12 to 111. A
  * request's type is 3 (no answer awaited) or 2, its opcode stands at 112, its payload from 116, and its length is the
- * payload's + 4. An answer's type is 0, its payload starts at 112 and its length is the payload's. Requests travel with
- * the outer opcode 545. All functions return RIB_OUT_OF_MEMORY, and send nothing, where the envelope cannot be
- * allocated.
+ * payload's + 4. An answer's type is 0, its payload starts at 112 and its length is the payload's. All functions return
+ * RIB_OUT_OF_MEMORY, and send nothing, where the envelope cannot be allocated.
  */
+
+/** The opcode that every request's envelope travels with. */
+#define RIB_CMI_OPCODE UINT32_C(545)
 
 /** Sends a message to the RIB in an envelope; its answer cannot be awaited. @return result code */
 uint32_t rib_wrap_cmi_send(uint32_t handle, const struct rib_wrap_msg *req);

@@ -77,6 +77,12 @@ uint32_t qip_refs_held(void);
  */
 int qip_faults_load(const char *file, char *error, uint32_t error_size);
 
+/**
+ * For a thread that has used the service and is about to wait for something else than the service, such as another
+ * thread's start or end: under a virtual clock the others run, and the time passes, without it until its next call.
+ */
+void qip_step_aside(void);
+
 /*
  * The debug history behind yelk.h: the latest events of this process, at most 1024. Every event is recorded unless its
  * id and subtype were switched off.

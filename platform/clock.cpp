@@ -194,6 +194,12 @@ void take_turn() {
     clock.await_turn(locked, &own_turn);
 }
 
+void step_aside() {
+    if (is_virtual.load(std::memory_order_relaxed)) {
+        virtual_time().leave(&own_turn);
+    }
+}
+
 void do_later(std::chrono::milliseconds delay, std::function<void()> action) {
     if (!is_virtual.load(std::memory_order_relaxed)) {
         delays().add(delay, std::move(action));

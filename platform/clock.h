@@ -22,6 +22,9 @@ void set_virtual_clock(bool on);
 /// At every call of the service: under the virtual clock the calling thread waits for its turn, and from now on counts.
 void take_turn();
 
+/// Under the virtual clock the calling thread gives up its turn, and does not count until its next call.
+void step_aside();
+
 /// Does something later: under the virtual clock on the thread that makes the time jump, else on a thread of its own.
 void do_later(std::chrono::milliseconds delay, std::function<void()> action);
 

@@ -23,13 +23,28 @@ constexpr std::array calls{named{"open", service_call::open}, named{"listen", se
                            named{"send", service_call::send}, named{"recv", service_call::recv},
                            named{"drop", service_call::drop}};
 
-constexpr std::array errnos{named{"EACCES", EACCES},       named{"EADDRINUSE", EADDRINUSE},
-                            named{"EAGAIN", EAGAIN},       named{"EBADF", EBADF},
-                            named{"ECANCELED", ECANCELED}, named{"ECONNRESET", ECONNRESET},
-                            named{"EINVAL", EINVAL},       named{"EIO", EIO},
-                            named{"EMSGSIZE", EMSGSIZE},   named{"ENOBUFS", ENOBUFS},
-                            named{"ENOMEM", ENOMEM},       named{"ENOTCONN", ENOTCONN},
-                            named{"EPIPE", EPIPE},         named{"ETIMEDOUT", ETIMEDOUT}};
+constexpr std::array errnos{named{"EACCES", EACCES},
+                            named{"EADDRINUSE", EADDRINUSE},
+                            named{"EAGAIN", EAGAIN},
+                            named{"EBADF", EBADF},
+                            named{"EBADMSG", EBADMSG},
+                            named{"ECANCELED", ECANCELED},
+                            named{"ECONNREFUSED", ECONNREFUSED},
+                            named{"ECONNRESET", ECONNRESET},
+                            named{"EHOSTUNREACH", EHOSTUNREACH},
+                            named{"EINTR", EINTR},
+                            named{"EINVAL", EINVAL},
+                            named{"EIO", EIO},
+                            named{"EMSGSIZE", EMSGSIZE},
+                            named{"ENETDOWN", ENETDOWN},
+                            named{"ENOBUFS", ENOBUFS},
+                            named{"ENOMEM", ENOMEM},
+                            named{"ENOTCONN", ENOTCONN},
+                            named{"ENOTSUP", ENOTSUP},
+                            named{"EPERM", EPERM},
+                            named{"EPIPE", EPIPE},
+                            named{"EPROTO", EPROTO},
+                            named{"ETIMEDOUT", ETIMEDOUT}};
 
 template <typename Table> auto find_named(const Table &table, const std::string &name) {
     return std::find_if(table.begin(), table.end(), [&](const auto &row) { return name == row.name; });

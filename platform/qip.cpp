@@ -187,6 +187,8 @@ uint32_t qip_opcode_get(const struct qip_ref *ref) {
 
 uint32_t qip_refs_held(void) { return references_held(); }
 
+void qip_step_aside(void) { step_aside(); }
+
 int qip_faults_load(const char *file, char *error, uint32_t error_size) {
     return answered_by([&] {
         if (file == nullptr) {

@@ -60,6 +60,15 @@ void fabric::set_spaces(std::optional<uint32_t> positions, std::optional<uint32_
     path_units_ = path_units;
 }
 
+bool fabric::has_vsan(uint32_t id) const {
+    return std::any_of(vsans_.begin(), vsans_.end(), [&](const fabric_vsan &vsan) { return vsan.id == id; });
+}
+
+void fabric::keep_vsans(const std::vector<uint32_t> &ids) {
+    std::erase_if(vsans_,
+                  [&](const fabric_vsan &vsan) { return std::find(ids.begin(), ids.end(), vsan.id) == ids.end(); });
+}
+
 rib_spaces fabric::spaces() const {
     rib_spaces spaces = rib_spaces::for_vsans(static_cast<uint32_t>(vsans_.size()));
     spaces.positions = positions_.value_or(spaces.positions);

@@ -81,6 +81,11 @@ class fabric {
     /// After the VSANs; what is not given is what they can need at most.
     void set_spaces(std::optional<uint32_t> positions, std::optional<uint32_t> path_units, uint32_t line);
 
+    [[nodiscard]] bool has_vsan(uint32_t id) const;
+
+    /// Forgets all other VSANs.
+    void keep_vsans(const std::vector<uint32_t> &ids);
+
     [[nodiscard]] rib_spaces spaces() const;
     [[nodiscard]] const std::vector<fabric_vsan> &vsans() const { return vsans_; }
     [[nodiscard]] const std::vector<fabric_switch> &switches() const { return switches_; }

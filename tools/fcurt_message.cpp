@@ -77,6 +77,8 @@ route_change decode_record(const uint8_t *record) {
 
 } // namespace
 
+std::vector<uint8_t> encode_whole(const fcurt_update &update) { return encode_one(update, update.changes); }
+
 std::vector<fcurt_update_message> encode(const fcurt_update &update, size_t limit) {
     std::vector<fcurt_update_message> messages;
     std::span<const route_change> left = update.changes;

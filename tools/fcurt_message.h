@@ -33,6 +33,9 @@ struct fcurt_update_message {
     size_t changes; ///< how many of the update's are in here
 };
 
+/// The update as one message.
+std::vector<uint8_t> encode_whole(const fcurt_update &update);
+
 /// The update as messages of at most `limit` bytes each (or one route); none where nothing changes.
 std::vector<fcurt_update_message> encode(const fcurt_update &update, size_t limit);
 

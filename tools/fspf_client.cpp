@@ -4,14 +4,14 @@
 #include "rib_check.h"
 #include "rib_codec.h"
 #include "rib_codes.h"
-#include "rib_text.h"
 #include "rib_trace.h"
-#include "rib_wrap.h"
 #include "tools/fspf.h"
+#include "tools/pauses.h"
+#include "tools/route_reader.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
-#include <stdexcept>
+#include <iterator>
 
 namespace ribkit {
 
@@ -19,15 +19,14 @@ namespace {
 
 using steady = std::chrono::steady_clock;
 
-std::string result_text(uint32_t result) {
-    std::array<char, 64> text{};
-    rib_rtn_to_str(result, text.data());
-    return text.data();
-}
-
 void report(const fcurt_response &response) {
     std::fprintf(stderr, "ribkit: the RIB's answer for vsan %u is \"%s\": %u routes accepted\n", response.vsan,
                  result_text(response.result).c_str(), response.accepted);
+}
+
+// What this client sends is sound, so that a message of which nothing could be used did not arrive as it was sent.
+bool is_damage_report(const fcurt_response &response) {
+    return response.accepted == 0 && (response.result == RIB_BAD_PARAMETERS || response.result == RIB_EXCESS_DATA);
 }
 
 } // namespace
@@ -45,96 +44,140 @@ client_traffic &client_traffic::operator+=(const client_traffic &more) {
     return *this;
 }
 
-fspf_client::fspf_client(const std::string &url, client_options options) : handle_(url), options_(std::move(options)) {}
+fspf_client::fspf_client(const std::string &url, client_options options)
+    : link_(url, RIB_CLIENT_FSPF, options.link), options_(std::move(options)) {}
+
+void fspf_client::start_over(const fabric &f) {
+    for (const fabric_vsan &vsan : f.vsans()) {
+        unsure_.insert(vsan.id);
+    }
+}
+
+bool fspf_client::rib_started(std::chrono::milliseconds limit) {
+    const bool started = link_.heard_of_start(limit);
+    if (started) {
+        for (const auto &[vsan, routes] : accepted_) {
+            unsure_.insert(vsan);
+        }
+    }
+    return started;
+}
 
 client_traffic fspf_client::converge(const fabric &f) {
     traffic_ = {};
+    to_send_ = 0;
     const auto start = steady::now();
-    vsan_changes changes = changes_for(f);
-    const auto computed = steady::now();
-    for (auto &[vsan, list] : changes) {
-        send(vsan, std::move(list));
+    vsan_routes wanted;
+    for (const fabric_vsan &vsan : f.vsans()) {
+        options_.progress("VSANs computed", wanted.size(), f.vsans().size());
+        wanted.emplace(vsan.id, fspf_routes(f, vsan.id));
     }
+    const auto computed = steady::now();
+    rib_started({});
+    bring_all(wanted);
     traffic_.computing = computed - start;
     traffic_.exchanging = steady::now() - computed;
+    const link_traffic carried = link_.take_traffic();
+    traffic_.messages = carried.messages;
+    traffic_.bytes_sent = carried.bytes_sent;
+    traffic_.bytes_received = carried.bytes_received;
     return traffic_;
 }
 
-fspf_client::vsan_changes fspf_client::changes_for(const fabric &f) {
-    vsan_changes changes;
-    to_send_ = 0;
-    for (const fabric_vsan &vsan : f.vsans()) {
-        options_.progress("VSANs computed", changes.size(), f.vsans().size());
-        changes[vsan.id] = changes_between(accepted_[vsan.id], fspf_routes(f, vsan.id));
-        to_send_ += changes[vsan.id].size();
+// A RIB that starts while this goes on has lost what it was sent before: all VSANs have their turn again.
+void fspf_client::bring_all(const vsan_routes &wanted) {
+    pauses trying(options_.link.patience);
+    for (auto next = wanted.begin(); next != wanted.end();) {
+        try {
+            bring(next->first, next->second);
+            trying = pauses(options_.link.patience);
+            ++next;
+        } catch (const no_answer &why) {
+            unsure_.insert(next->first);
+            std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
+            if (!link_.await(trying)) {
+                throw;
+            }
+        }
+        next = rib_started({}) ? wanted.begin() : next;
     }
-    return changes;
 }
 
-void fspf_client::send(uint32_t vsan, std::vector<route_change> changes) {
-    const fcurt_update update{RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, std::move(changes)};
-    std::span<const route_change> left = update.changes;
-    for (auto &[bytes, size] : encode(update, options_.message_limit)) {
+// Where somebody else has changed this client's routes meanwhile, what to send is found anew.
+void fspf_client::bring(uint32_t vsan, const route_table &wanted) {
+    constexpr int most_rounds = 8;
+    for (int round = 1; round <= most_rounds; round++) {
+        if (unsure_.contains(vsan)) {
+            read(vsan);
+        }
+        const auto changes = changes_between(accepted_[vsan], wanted);
+        to_send_ += changes.size();
+        send(vsan, changes, round == most_rounds);
+        if (!unsure_.contains(vsan)) {
+            return;
+        }
+    }
+}
+
+void fspf_client::read(uint32_t vsan) {
+    unsure_.insert(vsan);
+    route_table &mine = accepted_[vsan];
+    mine.clear();
+    for (const auto &[key, held] : read_routes(link_, {RIB_CLIENT_FSPF, vsan, options_.trace})) {
+        if (held.uuid == RIB_CLIENT_FSPF) {
+            mine.emplace_hint(mine.end(), key.to, held.what);
+        }
+    }
+    unsure_.erase(vsan);
+}
+
+void fspf_client::send(uint32_t vsan, const std::vector<route_change> &changes, bool last_round) {
+    const uint32_t oper = options_.link.envelopes ? RIB_OPER_UPDATE_CMI : RIB_OPER_UPDATE_RSP;
+    std::span<const route_change> left = changes;
+    for (auto &[bytes, size] : encode(fcurt_update{RIB_CLIENT_FSPF, vsan, oper, changes}, options_.message_limit)) {
         if (options_.trace) {
             trace(bytes);
         }
         const fcurt_response response = exchange(bytes);
+        if (is_damage_report(response)) {
+            throw no_answer(result_text(response.result));
+        }
         for (const route_change &change : left.first(size)) {
             count(vsan, change);
             if (response.result == RIB_OK) {
                 apply_change(accepted_[vsan], change);
             }
         }
-        if (response.result != RIB_OK && response.accepted > 0) {
-            find_accepted(vsan, left.first(size));
+        if (response.result == RIB_NO_ENTRY && !last_round) {
+            unsure_.insert(vsan);
+            return;
         }
-        traffic_.refused += size - response.accepted;
+        if (response.result != RIB_OK) {
+            find_refused(response, vsan, left.first(size));
+        }
         left = left.subspan(size);
         options_.progress("routes sent", traffic_.sent(), to_send_);
     }
 }
 
-// The answer counts what took effect without naming it. What is deleted is gone in any case; the others are sent again,
-// one by one: those that the RIB has are replaced by themselves.
-void fspf_client::find_accepted(uint32_t vsan, std::span<const route_change> changes) {
-    for (const route_change &change : changes) {
-        fcurt_update single{RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, {change}};
-        const bool gone = change.action == RIB_ACTION_DELETE;
-        if (gone || ask(encode(single, options_.message_limit).front().bytes).result == RIB_OK) {
-            apply_change(accepted_[vsan], change);
-        }
+// The answer counts what took effect without naming it, so the RIB is asked what it has.
+void fspf_client::find_refused(const fcurt_response &response, uint32_t vsan, std::span<const route_change> changes) {
+    read(vsan);
+    const auto refused = std::count_if(changes.begin(), changes.end(), [&](const route_change &change) {
+        return !has_effect(accepted_[vsan], change);
+    });
+    if (refused > 0) {
+        traffic_.refused += static_cast<size_t>(refused);
+        report(response);
     }
 }
 
 fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
-    const fcurt_response response = ask(update);
-    if (response.result != RIB_OK) {
-        report(response);
+    const auto answer = link_.ask(fcurt_update_opcode, update);
+    if (rib_check_fcurt_rsp(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
+        throw no_answer(result_text(RIB_MISSING_RESPONSE));
     }
-    return response;
-}
-
-fcurt_response fspf_client::ask(std::span<uint8_t> update) {
-    rib_wrap_msg request{};
-    rib_wrap_msg answer{};
-    request.uuid = RIB_CLIENT_FSPF;
-    request.opcode = fcurt_update_opcode;
-    request.payload = update.data();
-    request.payload_size = static_cast<uint32_t>(update.size());
-    const uint32_t result = rib_wrap_qip_req_rsp(handle_.number(), &request, &answer);
-    if (result != RIB_OK) {
-        throw std::runtime_error("no answer from the RIB: " + result_text(result));
-    }
-    traffic_.messages++;
-    traffic_.bytes_sent += update.size();
-    traffic_.bytes_received += answer.payload_size;
-    fcurt_response response{RIB_MISSING_RESPONSE, 0, 0, 0, 0};
-    if (rib_check_fcurt_rsp(answer.payload, answer.payload_size, nullptr) == RIB_OK) {
-        response =
-            decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.payload, fcurt_response_size));
-    }
-    rib_wrap_qip_drop(RIB_CLIENT_FSPF, handle_.number(), &answer.ref);
-    return response;
+    return decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.data(), fcurt_response_size));
 }
 
 void fspf_client::count(uint32_t vsan, const route_change &change) {

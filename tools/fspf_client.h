@@ -1,16 +1,18 @@
-// FSPF as a client of the RIB: it keeps what the RIB has accepted, and sends what changed since.
+// FSPF as a client of the RIB: it keeps what the RIB has accepted, and sends what changed since. Where it is not known
+// what the RIB has, because an answer is missing or the RIB has started anew, the client reads it.
 #pragma once
 
 #include "tools/fabric.h"
 #include "tools/fcurt_message.h"
+#include "tools/rib_link.h"
 #include "tools/routes.h"
-#include "tools/service_handle.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <span>
 #include <string>
 
@@ -19,6 +21,7 @@ namespace ribkit {
 struct client_options {
     bool trace = false;
     size_t message_limit = size_t{64} * 1024; ///< bytes; at least smallest_message_limit
+    link_options link{};
     /// Called as work goes on: what is done, how much of it, and how much there is.
     std::function<void(const char *what, size_t done, size_t total)> progress = [](const char *, size_t, size_t) {};
 };
@@ -26,7 +29,7 @@ struct client_options {
 /// What went over the bus, counted in route records.
 struct client_traffic {
     size_t added = 0, deleted = 0, changed = 0;
-    size_t refused = 0; ///< of those sent, not accepted
+    size_t refused = 0; ///< of those sent, not in the RIB as they were meant to be
     size_t messages = 0;
     size_t bytes_sent = 0, bytes_received = 0;
     std::chrono::duration<double> computing{}, exchanging{};
@@ -39,26 +42,39 @@ class fspf_client {
   public:
     fspf_client(const std::string &url, client_options options);
 
-    /// Computes the routes of every VSAN and brings the RIB up to date. Throws std::runtime_error where it does not
-    /// answer; what it refuses is reported on standard error and sent again the next time.
+    /// Has what the RIB holds of this client read before anything is sent.
+    void start_over(const fabric &f);
+
+    /// Computes the routes of every VSAN and brings the RIB up to date. What the RIB refuses is reported on standard
+    /// error and sent again the next time. Where it does not answer, it is asked again for as long as the link's
+    /// patience; throws no_answer after that, and link_closed.
     client_traffic converge(const fabric &f);
 
-    /// Sends one update and awaits the answer, whose result is reported where it is no success.
+    /// Sends one update and awaits the answer. Throws no_answer and link_closed.
     fcurt_response exchange(std::span<uint8_t> update);
 
+    /// Whether the RIB has started anew, so that its routes are gone; waits for that so long. Throws link_closed.
+    bool rib_started(std::chrono::milliseconds limit);
+
+    /// Ends whatever another thread waits for here.
+    void close() { link_.close(); }
+
   private:
-    using vsan_changes = std::map<uint32_t, std::vector<route_change>>;
-    vsan_changes changes_for(const fabric &f);
-    void send(uint32_t vsan, std::vector<route_change> changes);
-    void find_accepted(uint32_t vsan, std::span<const route_change> changes);
-    fcurt_response ask(std::span<uint8_t> update);
+    using vsan_routes = std::map<uint32_t, route_table>;
+
+    void bring_all(const vsan_routes &wanted);
+    void bring(uint32_t vsan, const route_table &wanted);
+    void send(uint32_t vsan, const std::vector<route_change> &changes, bool last_round);
+    void find_refused(const fcurt_response &response, uint32_t vsan, std::span<const route_change> changes);
+    void read(uint32_t vsan);
     void count(uint32_t vsan, const route_change &change);
     static void trace(std::span<const uint8_t> update);
 
-    service_handle handle_;
+    rib_link link_;
     client_options options_;
-    std::map<uint32_t, route_table> accepted_; ///< by VSAN
-    client_traffic traffic_;                   ///< of the current call
+    vsan_routes accepted_;      ///< by VSAN
+    std::set<uint32_t> unsure_; ///< VSANs of which it is not known what the RIB has
+    client_traffic traffic_;    ///< of the current call
     size_t to_send_ = 0;
 };
 

@@ -132,7 +132,52 @@ TEST(lab, every_route_of_the_largest_fabric_arrives) {
     EXPECT_NE(run.output.find("3808 sent: 3808 added, 0 deleted, 0 changed; the RIB holds 3808\n"), std::string::npos);
 }
 
+TEST(lab, envelopes_and_a_bus_with_a_name_change_nothing) {
+    const std::string plain = steady(run_command(std::string("lab ") + small).output);
+    EXPECT_EQ(steady(run_command(std::string("lab --envelopes --bus local:named ") + small).output), plain);
+    EXPECT_NE(
+        run_command(std::string("lab --envelopes --trace ") + small).output.find("FSPF sent RIB update using cmi"),
+        std::string::npos);
+}
+
+TEST(lab, a_rough_bus_gives_the_same_transcript_every_time_and_a_quiet_ones_tables) {
+    const auto rough = [] {
+        return run_command(std::string("lab --trace --faults examples/faults/rough.txt ") + small + " 2>&1");
+    };
+    const outcome run = rough();
+    EXPECT_EQ(run.exit_code, 0);
+    testing::expect_golden("tools/golden/lab_rough_trace.txt", steady(run.output));
+    for (int again = 0; again < 5; again++) {
+        EXPECT_EQ(steady(rough().output), steady(run.output));
+    }
+    const auto tables = [](const std::string &text) {
+        const size_t at = text.find("\nD:direct");
+        return text.substr(at, text.find("\nSummary") - at);
+    };
+    EXPECT_EQ(tables(run.output), tables(run_command(std::string("lab ") + small).output));
+}
+
+TEST(lab, a_rib_that_cannot_listen_and_one_that_is_never_heard_are_reported) {
+    const testing::input_file deaf("fail listen 1 EACCES\n");
+    const outcome run = run_command("lab --faults " + deaf.path() + " " + small + " 2>&1");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_EQ(run.output, "ribkit: the RIB cannot listen on local:: Permission denied\n");
+    std::ofstream(deaf.path()) << "clock virtual\ndrop every 1\n";
+    const outcome silent = run_command("lab --wait 5 --faults " + deaf.path() + " " + small + " 2>&1");
+    EXPECT_EQ(silent.exit_code, 1);
+    EXPECT_NE(silent.output.find("ribkit: no answer from the RIB: Connection timed out\n"), std::string::npos);
+}
+
 TEST(lab, mistakes_are_one_line_and_exit_2) {
+    EXPECT_EQ(complaint(std::string("lab --bus pigeon: ") + small).substr(0, 26), "pigeon:: no such transport");
+    EXPECT_EQ(complaint(std::string("lab --faults nowhere ") + small), "nowhere: cannot be read\n");
+    EXPECT_EQ(complaint(std::string("lab --faults CMakeLists.txt ") + small).substr(0, 15), "CMakeLists.txt:");
+    EXPECT_EQ(complaint(std::string("client --vsan 7 ") + small), "--vsan 7: the fabric has no VSAN 7\n");
+    EXPECT_EQ(complaint("rib --memory --json -"), "--json - leaves no room for --memory on standard output\n");
+    EXPECT_EQ(complaint("rib --tables some"), "--tables some: \"auto\", \"all\", \"none\" or the number of a VSAN\n");
+    EXPECT_EQ(complaint("client"), "ribkit client: FABRIC is required (see ribkit client --help)\n");
+    EXPECT_EQ(complaint("routes --bus nats:"),
+              "nats:: malformed URL; local:[NAME], nats://HOST[:PORT][/FABRIC] or tls://...\n");
     EXPECT_EQ(complaint("lab nowhere.toml"), "nowhere.toml: cannot be read: No such file or directory\n");
     EXPECT_EQ(complaint("lab - < CMakeLists.txt").substr(0, 17), "standard input:1:");
     EXPECT_EQ(complaint(std::string("lab --tables 7 ") + small), "--tables 7: the fabric has no VSAN 7\n");

@@ -1,8 +1,11 @@
 // The ribkit command: a row for each of its commands, and the one place that knows how options are parsed.
+#include "tools/client_command.h"
 #include "tools/fabric.h"
 #include "tools/fabric_generator.h"
 #include "tools/input_error.h"
 #include "tools/lab.h"
+#include "tools/rib_command.h"
+#include "tools/routes_command.h"
 #include "tools/show.h"
 #include "tools/text.h"
 
@@ -12,9 +15,11 @@
 #include <cstring>
 #include <exception>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ribkit {
@@ -24,29 +29,104 @@ constexpr int wrong_input = 2;
 
 using action = std::function<int()>;
 
-action declare_lab(CLI::App &app) {
-    const auto options = std::make_shared<lab_options>();
-    app.add_option("FABRIC", options->fabric_file, "fabric file, - for standard input")->required();
-    app.add_flag("--trace", options->trace, "print every message sent to the RIB");
-    app.add_flag("--memory", options->memory, "display at the end what the RIB's tables are made of");
-    app.add_option("--tables", options->tables,
+void add_bus(CLI::App &app, bus_options &bus, const char *url) {
+    bus.url = url;
+    app.add_option("--bus", bus.url,
+                   "local:[NAME] in this process, nats://HOST[:PORT][/FABRIC] or tls://... over a server")
+        ->type_name("URL")
+        ->capture_default_str();
+    app.add_option("--faults", bus.faults_file, "script of what goes wrong on the bus")->type_name("FILE");
+    app.add_option("--wait", bus.wait, "how long a server or the RIB's answer is waited for")
+        ->check(CLI::Range(0U, 86400U))
+        ->type_name("SECONDS")
+        ->capture_default_str();
+}
+
+void add_tables(CLI::App &app, std::string &tables) {
+    app.add_option("--tables", tables,
                    "display the RIB's tables at the end: all, none, or those of one VSAN (auto: all up to 64 routes)")
         ->type_name("WHICH")
         ->capture_default_str();
-    app.add_option("--json", options->json_file, "write the run for a program, - for standard output and nothing else")
+}
+
+void add_json(CLI::App &app, std::string &file) {
+    app.add_option("--json", file, "write the outcome for a program, - for standard output and nothing else")
         ->type_name("FILE");
-    app.add_option("--message-size", options->message_limit, "longest update message in bytes")
+}
+
+void add_envelopes(CLI::App &app, bool &envelopes) {
+    app.add_flag("--envelopes", envelopes, "send every request in a CMI envelope");
+}
+
+// What is the same for the client of the lab and the one by itself.
+void add_run(CLI::App &app, run_options &options) {
+    app.add_option("FABRIC", options.fabric_file, "fabric file, - for standard input")->required();
+    app.add_flag("--trace", options.trace, "print every message sent to the RIB");
+    add_json(app, options.json_file);
+    app.add_option("--message-size", options.message_limit, "longest update message in bytes")
         ->check(CLI::Range(smallest_message_limit, size_t{1} << 20))
         ->type_name("BYTES")
         ->capture_default_str();
-    app.add_flag("--real-time", options->real_time, "wait until an event is due");
-    return [options] {
-        if (options->json_file == "-" && (options->trace || options->memory)) {
-            throw input_error(
-                joined("--json - leaves no room for ", options->trace ? "--trace" : "--memory", " on standard output"));
+    app.add_flag("--real-time", options.real_time, "wait until an event is due");
+    add_envelopes(app, options.envelopes);
+}
+
+/// JSON on standard output has it for itself.
+void refuse_beside_json(const std::string &json_file, std::initializer_list<std::pair<bool, const char *>> printing) {
+    for (const auto &[wanted, option] : printing) {
+        if (json_file == "-" && wanted) {
+            throw input_error(joined("--json - leaves no room for ", option, " on standard output"));
         }
+    }
+}
+
+action declare_lab(CLI::App &app) {
+    const auto options = std::make_shared<lab_options>();
+    add_run(app, *options);
+    add_bus(app, options->bus, "local:");
+    add_tables(app, options->tables);
+    app.add_flag("--memory", options->memory, "display at the end what the RIB's tables are made of");
+    return [options] {
+        refuse_beside_json(options->json_file, {{options->trace, "--trace"}, {options->memory, "--memory"}});
         return run_lab(*options);
     };
+}
+
+constexpr const char *server_here = "nats://127.0.0.1:4222";
+
+action declare_rib(CLI::App &app) {
+    const auto options = std::make_shared<rib_command_options>();
+    app.add_option("FABRIC", options->fabric_file, "fabric file that gives the tables their sizes (64 VSANs without)");
+    app.add_flag("--trace", options->trace, "print every route that moves in the hardware");
+    add_bus(app, options->bus, server_here);
+    add_tables(app, options->tables);
+    add_json(app, options->json_file);
+    app.add_flag("--memory", options->memory, "display at the end what the tables are made of");
+    return [options] {
+        refuse_beside_json(options->json_file, {{options->trace, "--trace"}, {options->memory, "--memory"}});
+        return run_rib(*options);
+    };
+}
+
+action declare_client(CLI::App &app) {
+    const auto options = std::make_shared<client_command_options>();
+    add_run(app, *options);
+    add_bus(app, options->bus, server_here);
+    app.add_option("--vsan", options->vsans, "serve these VSANs only")->type_name("VSAN");
+    app.add_flag("--stay", options->stay, "go on after the last event, and bring a RIB that starts anew up to date");
+    return [options] {
+        refuse_beside_json(options->json_file, {{options->trace, "--trace"}});
+        return run_client(*options);
+    };
+}
+
+action declare_routes(CLI::App &app) {
+    const auto options = std::make_shared<routes_command_options>();
+    add_bus(app, options->bus, server_here);
+    app.add_option("--vsan", options->vsan, "routes of this VSAN only")->type_name("VSAN");
+    add_json(app, options->json_file);
+    add_envelopes(app, options->envelopes);
+    return [options] { return run_routes(*options); };
 }
 
 int write_fabric(const fabric_plan &plan, const std::string &path) {
@@ -133,6 +213,10 @@ struct command {
 
 constexpr command commands[] = {
     {"lab", "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date", declare_lab},
+    {"rib", "Runs the RIB by itself, for clients in other processes", declare_rib},
+    {"client", "Runs a route client by itself: FSPF computes routes and keeps a RIB elsewhere up to date",
+     declare_client},
+    {"routes", "Displays the routes of a RIB that runs", declare_routes},
     {"fabric", "Generates a fabric file", declare_fabric},
     {"show", "Displays records of a file of network bytes, each checked before it is shown", declare_show},
     {"text", "Prints what numbers are called", declare_text},

@@ -12,6 +12,7 @@ namespace ribkit {
 
 namespace {
 
+constexpr size_t answer_limit = size_t{64} * 1024;
 constexpr uint32_t any_change = RIB_ACTION_CHANGE_FLAG | RIB_ACTION_CHANGE_METRIC;
 
 bool is_known_action(const route_change &change) {
@@ -20,7 +21,7 @@ bool is_known_action(const route_change &change) {
 }
 
 uint32_t judge(const fcurt_update &update) {
-    if (update.oper != RIB_OPER_UPDATE && update.oper != RIB_OPER_UPDATE_RSP) {
+    if (update.oper != RIB_OPER_UPDATE && update.oper != RIB_OPER_UPDATE_RSP && update.oper != RIB_OPER_UPDATE_CMI) {
         return RIB_NOT_SUPPORTED;
     }
     const bool sound = update.vsan >= 1 && update.vsan <= last_vsan &&
@@ -65,11 +66,33 @@ uint32_t rib_tables::held(uint32_t vsan) const {
 held_routes rib_tables::routes() const {
     held_routes all;
     for (const auto &[key, record] : index_) {
-        const auto hops = store_.hops(*record);
-        all.emplace_hint(all.end(), key,
-                         held_route{record->uuid, {record->metric, record->flag, {hops.begin(), hops.end()}}});
+        all.emplace_hint(all.end(), key, held_route{record->uuid, read(*record)});
     }
     return all;
+}
+
+route rib_tables::read(const route_record &record) const {
+    const auto hops = store_.hops(record);
+    return {record.metric, record.flag, {hops.begin(), hops.end()}};
+}
+
+fcurt_update rib_tables::answer(const fcurt_query &query) const {
+    fcurt_update routes{0, query.vsan, RIB_OPER_UPDATE, {}};
+    size_t size = fcurt_update_header_size;
+    for (auto next = index_.lower_bound({query.vsan, {query.fcid, query.mask}}); next != index_.end(); ++next) {
+        const auto &[key, record] = *next;
+        size += fcurt_record_size(record->hops);
+        if (routes.changes.empty() && query.type == fcurt_query_all) {
+            routes.vsan = key.vsan;
+        }
+        routes.uuid = routes.changes.empty() ? record->uuid : routes.uuid;
+        if (key.vsan != routes.vsan || record->uuid != routes.uuid || routes.changes.size() == query.count ||
+            size > answer_limit) {
+            break;
+        }
+        routes.changes.push_back({RIB_ACTION_ADD, key.to, read(*record)});
+    }
+    return routes;
 }
 
 fcurt_response rib_tables::take_update(std::span<const uint8_t> message, rib_check_report *why) {

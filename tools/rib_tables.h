@@ -3,6 +3,7 @@
 
 #include "rib_check.h"
 #include "tools/fcurt_message.h"
+#include "tools/fcurt_query.h"
 #include "tools/rib_spaces.h"
 #include "tools/route_store.h"
 #include "tools/routes.h"
@@ -14,20 +15,6 @@
 #include <vector>
 
 namespace ribkit {
-
-struct route_key {
-    uint32_t vsan;
-    destination to;
-
-    bool operator<(const route_key &other) const { return std::tie(vsan, to) < std::tie(other.vsan, other.to); }
-};
-
-struct held_route {
-    uint32_t uuid; ///< the client that added it
-    route what;
-};
-
-using held_routes = std::map<route_key, held_route>;
 
 class rib_tables {
   public:
@@ -41,12 +28,17 @@ class rib_tables {
     /// @param why null, or filled where the message's size and its counts disagree
     fcurt_response take_update(std::span<const uint8_t> message, rib_check_report *why = nullptr);
 
+    /// Routes from the query's key on, as many as it wants and as fit into a message: all of one VSAN and one client.
+    /// None where the query is at the end of the tables, or of its VSAN's.
+    [[nodiscard]] fcurt_update answer(const fcurt_query &query) const;
+
     [[nodiscard]] held_routes routes() const;
     [[nodiscard]] uint32_t held(uint32_t vsan) const;
     [[nodiscard]] const route_store &store() const { return store_; }
 
   private:
     uint32_t take(const fcurt_update &update, const route_change &change);
+    [[nodiscard]] route read(const route_record &record) const;
 
     route_store store_;
     std::map<route_key, route_record *> index_;

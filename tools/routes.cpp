@@ -48,4 +48,10 @@ void apply_change(route_table &table, const route_change &change) {
     }
 }
 
+bool has_effect(const route_table &table, const route_change &change) {
+    const auto found = table.find(change.to);
+    return change.action == RIB_ACTION_DELETE ? found == table.end()
+                                              : found != table.end() && found->second == change.what;
+}
+
 } // namespace ribkit

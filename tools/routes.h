@@ -34,6 +34,33 @@ struct destination {
 
 using route_table = std::map<destination, route>;
 
+struct route_key {
+    uint32_t vsan;
+    destination to;
+
+    bool operator==(const route_key &) const = default;
+    bool operator<(const route_key &other) const { return std::tie(vsan, to) < std::tie(other.vsan, other.to); }
+};
+
+/// The next key that a route can have.
+constexpr route_key key_after(const route_key &key) {
+    const auto &[vsan, to] = key;
+    if (to.mask != UINT32_MAX) {
+        return {vsan, {to.fcid, to.mask + 1}};
+    }
+    return to.fcid != UINT32_MAX ? route_key{vsan, {to.fcid + 1, 0}} : route_key{vsan + 1, {0, 0}};
+}
+
+struct held_route {
+    uint32_t uuid; ///< the client that added it
+    route what;
+
+    bool operator==(const held_route &) const = default;
+};
+
+/// The routes of the RIB.
+using held_routes = std::map<route_key, held_route>;
+
 /// The four bytes of an FC ID as records carry them: a zero byte, then domain, area and port.
 std::array<uint8_t, 4> fcid_bytes(uint32_t fcid);
 
@@ -52,5 +79,8 @@ std::vector<route_change> changes_between(const route_table &before, const route
 
 /// Brings a table up to date with a change that took effect.
 void apply_change(route_table &table, const route_change &change);
+
+/// Whether the table is as the change would leave it.
+bool has_effect(const route_table &table, const route_change &change);
 
 } // namespace ribkit

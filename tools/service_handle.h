@@ -3,37 +3,33 @@
 
 #include "ribkit_platform.h"
 
-#include <cerrno>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <string>
-#include <system_error>
 
 namespace ribkit {
 
+/// The bus as it may be printed: without user, password or token.
+std::string shown_url(const std::string &url);
+
 class service_handle {
   public:
-    explicit service_handle(const std::string &url) {
-        if (qip_open(url.c_str(), &number_) != 0) {
-            throw std::system_error(errno, std::generic_category(), "cannot open " + url);
-        }
-    }
+    /// Opens the bus. Where no server is there, tries again for as long as `patience`, and says so on standard error.
+    /// Throws an input_error where the URL is none of a bus, and std::system_error where it cannot be opened.
+    explicit service_handle(const std::string &url, std::chrono::milliseconds patience = {});
     service_handle(const service_handle &) = delete;
     service_handle &operator=(const service_handle &) = delete;
     ~service_handle() { close(); }
 
     /// Ends what waits on the handle; harmless when it is closed already.
-    void close() {
-        if (open_) {
-            open_ = false;
-            qip_close(number_);
-        }
-    }
+    void close();
 
     [[nodiscard]] uint32_t number() const { return number_; }
 
   private:
     uint32_t number_ = 0;
-    bool open_ = true;
+    std::atomic<bool> open_{true};
 };
 
 } // namespace ribkit

@@ -51,7 +51,7 @@ uint8_t *request_envelope(uint32_t type, const rib_wrap_msg &req) {
 
 int send_request(uint32_t handle, const uint8_t *envelope, const rib_wrap_msg &req, qip_ref *ref_out) {
     const qip_addr to = to_rib;
-    return qip_send(handle, &to, cmi_outer_opcode, envelope, cmi_payload_at + req.payload_size, ref_out, nullptr,
+    return qip_send(handle, &to, RIB_CMI_OPCODE, envelope, cmi_payload_at + req.payload_size, ref_out, nullptr,
                     nullptr);
 }
 

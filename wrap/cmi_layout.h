@@ -15,6 +15,4 @@ inline constexpr uint32_t cmi_answer = 0;
 inline constexpr uint32_t cmi_request = 2;
 inline constexpr uint32_t cmi_one_way = 3;
 
-inline constexpr uint32_t cmi_outer_opcode = 545;
-
 } // namespace ribkit::wrap

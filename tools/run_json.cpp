@@ -1,8 +1,9 @@
-// A run as JSON: what the lab prints, and every route. Keys keep the order in which they are written here.
+// What the commands print, and every route. Keys keep the order in which they are written here.
+#include "tools/run_json.h"
+
 #include "rib_codes.h"
 #include "rib_text.h"
 #include "tools/input_error.h"
-#include "tools/lab.h"
 
 #include <array>
 #include <cmath>
@@ -49,7 +50,7 @@ json event_json(const fabric &f, const fabric_event &event) {
     return value;
 }
 
-json step_json(const fabric &f, const lab_step &step) {
+json step_json(const fabric &f, const run_step &step) {
     json events = json::array();
     for (const fabric_event &event : step.events) {
         events.push_back(event_json(f, event));
@@ -81,31 +82,61 @@ json route_json(const route_key &key, const held_route &held) {
             {"hops", hops}};
 }
 
-json summary_json(const lab_run &run) {
-    json value = traffic_json(run.total);
-    value["routes_held"] = run.routes.size();
-    value["path_units"] = run.memory.path_units;
-    value["positions"] = run.memory.positions;
-    value["seconds"] = rounded(run.seconds());
-    value["seconds_computing"] = rounded(run.total.computing.count());
-    value["seconds_exchanging"] = rounded(run.total.exchanging.count());
-    value["routes_per_second"] = std::llround(run.routes_per_second());
-    return value;
+json list_of(const held_routes &routes) {
+    json list = json::array();
+    for (const auto &[key, held] : routes) {
+        list.push_back(route_json(key, held));
+    }
+    return list;
 }
+
+json run_json(const fabric_run &run) {
+    json steps = json::array();
+    for (const run_step &step : run.record().steps) {
+        steps.push_back(step_json(run.now(), step));
+    }
+    return {{"fabric", fabric_json(run.now())}, {"steps", steps}};
+}
+
+json held_json(const rib_state &rib) {
+    return {
+        {"routes_held", rib.routes.size()}, {"path_units", rib.memory.path_units}, {"positions", rib.memory.positions}};
+}
+
+json times_json(const run_record &run) {
+    return {{"seconds", rounded(run.seconds())},
+            {"seconds_computing", rounded(run.total.computing.count())},
+            {"seconds_exchanging", rounded(run.total.exchanging.count())},
+            {"routes_per_second", std::llround(run.routes_per_second())}};
+}
+
+std::string text_of(const json &value) { return value.dump(2) + "\n"; }
 
 } // namespace
 
-std::string lab_json(const fabric &f, const lab_run &run) {
-    json steps = json::array();
-    for (const lab_step &step : run.steps) {
-        steps.push_back(step_json(f, step));
-    }
-    json routes = json::array();
-    for (const auto &[key, held] : run.routes) {
-        routes.push_back(route_json(key, held));
-    }
-    const json value{{"fabric", fabric_json(f)}, {"steps", steps}, {"routes", routes}, {"summary", summary_json(run)}};
-    return value.dump(2) + "\n";
+std::string lab_json(const fabric_run &run, const rib_state &rib) {
+    json value = run_json(run);
+    value["routes"] = list_of(rib.routes);
+    json summary = traffic_json(run.record().total);
+    summary.update(held_json(rib));
+    summary.update(times_json(run.record()));
+    value["summary"] = summary;
+    return text_of(value);
 }
+
+std::string client_json(const fabric_run &run) {
+    json value = run_json(run);
+    value["summary"] = traffic_json(run.record().total);
+    value["summary"].update(times_json(run.record()));
+    return text_of(value);
+}
+
+std::string rib_json(const rib_state &rib) {
+    json summary{{"messages_answered", rib.answered}};
+    summary.update(held_json(rib));
+    return text_of({{"routes", list_of(rib.routes)}, {"summary", summary}});
+}
+
+std::string routes_json(const held_routes &routes) { return text_of(list_of(routes)); }
 
 } // namespace ribkit

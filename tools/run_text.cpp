@@ -1,5 +1,5 @@
 // Short lines, made of counts with their nouns.
-#include "tools/lab_text.h"
+#include "tools/run_text.h"
 
 #include "tools/input_error.h"
 
@@ -62,15 +62,20 @@ std::string traffic_text(const client_traffic &traffic) {
     return text.empty() ? "no route changed" : joined(text, ", in ", counted(traffic.messages, "message"));
 }
 
-std::string summary_text(const lab_run &run) {
+std::string summary_text(const run_record &run, const rib_state *rib) {
     const client_traffic &t = run.total;
     return joined("Summary\n  routes    ", t.sent(), " sent: ", t.added, " added, ", t.deleted, " deleted, ", t.changed,
-                  " changed; the RIB holds ", run.routes.size(),
+                  " changed", rib == nullptr ? "" : joined("; the RIB holds ", rib->routes.size()),
                   t.refused == 0 ? "" : joined("\n  refused   ", t.refused, " of the routes sent"), "\n  messages  ",
-                  t.messages, " sent and answered: ", t.bytes_sent, " bytes there, ", t.bytes_received,
-                  " back\n  memory    ", memory_text(run.memory), "\n  seconds   ", seconds_text(run.seconds()), ": ",
-                  seconds_text(t.computing.count()), " computing paths, ", seconds_text(t.exchanging.count()),
-                  " exchanging messages\n  rate      ", std::llround(run.routes_per_second()), " routes a second");
+                  t.messages, " sent and answered: ", t.bytes_sent, " bytes there, ", t.bytes_received, " back",
+                  rib == nullptr ? "" : joined("\n  memory    ", memory_text(rib->memory)), "\n  seconds   ",
+                  seconds_text(run.seconds()), ": ", seconds_text(t.computing.count()), " computing paths, ",
+                  seconds_text(t.exchanging.count()), " exchanging messages\n  rate      ",
+                  std::llround(run.routes_per_second()), " routes a second");
+}
+
+std::string summary_text(const rib_state &rib) {
+    return joined("Summary\n  messages  ", rib.answered, " answered\n  memory    ", memory_text(rib.memory));
 }
 
 } // namespace ribkit

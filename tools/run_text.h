@@ -1,7 +1,8 @@
-// What the lab prints beside the traces and displays: where it runs, what happens, what it came to.
+// What a run prints beside the traces and displays: where it runs, what happens, what it came to.
 #pragma once
 
-#include "tools/lab.h"
+#include "tools/fabric_run.h"
+#include "tools/rib_state.h"
 
 #include <string>
 
@@ -17,6 +18,10 @@ std::string event_text(const fabric &f, const fabric_event &event);
 std::string traffic_text(const client_traffic &traffic);
 
 /// The figures of a whole run, in lines; the last one has no newline.
-std::string summary_text(const lab_run &run);
+/// @param rib null where the RIB is elsewhere
+std::string summary_text(const run_record &run, const rib_state *rib);
+
+/// The figures of a RIB at its end, likewise.
+std::string summary_text(const rib_state &rib);
 
 } // namespace ribkit

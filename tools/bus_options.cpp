@@ -1,0 +1,17 @@
+#include "tools/bus_options.h"
+
+#include "ribkit_platform.h"
+#include "tools/input_error.h"
+
+#include <array>
+
+namespace ribkit {
+
+void load_faults(const bus_options &bus) {
+    std::array<char, 512> error{};
+    if (!bus.faults_file.empty() && qip_faults_load(bus.faults_file.c_str(), error.data(), error.size()) != 0) {
+        throw input_error(error.data());
+    }
+}
+
+} // namespace ribkit

@@ -1,0 +1,70 @@
+#include "tools/client_command.h"
+
+#include "tools/fabric_file.h"
+#include "tools/fabric_run.h"
+#include "tools/input_error.h"
+#include "tools/json_output.h"
+#include "tools/run_json.h"
+#include "tools/run_text.h"
+#include "tools/stop_signals.h"
+
+#include <cstdio>
+
+namespace ribkit {
+
+namespace {
+
+fabric read_fabric(const client_command_options &options) {
+    fabric f = read_fabric_file(options.fabric_file);
+    for (const uint32_t vsan : options.vsans) {
+        if (!f.has_vsan(vsan)) {
+            throw input_error(joined("--vsan ", vsan, ": the fabric has no VSAN ", vsan));
+        }
+    }
+    if (!options.vsans.empty()) {
+        f.keep_vsans(options.vsans);
+    }
+    return f;
+}
+
+// Whether it came to its end.
+bool play(fabric_run &run, bool stay) {
+    bool played = false;
+    try {
+        run.play();
+        played = true;
+        if (stay) {
+            run.stay();
+        }
+    } catch (const link_closed &) {
+        std::fputs("ribkit: stopped\n", stderr);
+    }
+    return played;
+}
+
+} // namespace
+
+int run_client(const client_command_options &options) {
+    const fabric f = read_fabric(options);
+    load_faults(options.bus);
+    const json_output json(options.json_file);
+    progress_line progress;
+    stop_signals signals;
+    fspf_client client(options.bus.url, options.client(progress));
+    signals.call([&client] { client.close(); });
+    client.start_over(f);
+    fabric_run run(f, client, progress, options.real_time, json.alone());
+    if (!json.alone()) {
+        std::puts((head_text(f, options.fabric_file) + '\n').c_str());
+    }
+    const bool played = play(run, options.stay);
+    if (!json.alone()) {
+        std::puts(('\n' + summary_text(run.record(), nullptr)).c_str());
+    }
+    if (json.wanted()) {
+        json.write(client_json(run));
+    }
+    return played && run.record().total.refused == 0 ? 0 : 1;
+}
+
+} // namespace ribkit

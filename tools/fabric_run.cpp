@@ -1,0 +1,87 @@
+#include "tools/fabric_run.h"
+
+#include "tools/duration.h"
+#include "tools/input_error.h"
+#include "tools/run_text.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace ribkit {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+} // namespace
+
+double run_record::routes_per_second() const {
+    return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
+}
+
+fabric_run::fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, bool quiet)
+    : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), quiet_(quiet) {}
+
+void fabric_run::play() {
+    start_ = steady_clock::now();
+    say("at 0s: the fabric starts");
+    step({});
+    const auto events = fabric_.events();
+    for (auto next = events.begin(); next != events.end();) {
+        const auto later = std::find_if(next, events.end(), [&](const auto &event) { return event.at != next->at; });
+        happen(next->at, {next, later});
+        next = later;
+    }
+}
+
+void fabric_run::stay() {
+    for (;;) {
+        std::fflush(stdout);
+        if (client_.rib_started(std::chrono::hours(1))) {
+            start_anew();
+        }
+    }
+}
+
+// The RIB may start anew meanwhile.
+void fabric_run::wait_until(milliseconds at) {
+    std::fflush(stdout);
+    for (auto now = steady_clock::now(); real_time_ && now < start_ + at; now = steady_clock::now()) {
+        const auto left = std::chrono::ceil<milliseconds>(start_ + at - now);
+        if (client_.rib_started(left)) {
+            start_anew();
+        }
+    }
+}
+
+void fabric_run::start_anew() {
+    const auto at = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start_);
+    say(joined("at ", duration_text(at), ": the RIB starts anew"));
+    step({at, {}, {}});
+}
+
+void fabric_run::happen(milliseconds at, std::vector<fabric_event> events) {
+    wait_until(at);
+    for (const fabric_event &event : events) {
+        fabric_.apply(event);
+        say(joined("at ", duration_text(at), ": ", event_text(fabric_, event)));
+    }
+    step({at, std::move(events), {}});
+}
+
+void fabric_run::step(run_step next) {
+    next.traffic = client_.converge(fabric_);
+    progress_.clear();
+    say(joined("  ", traffic_text(next.traffic)));
+    record_.total += next.traffic;
+    record_.steps.push_back(std::move(next));
+}
+
+void fabric_run::say(const std::string &line) const {
+    if (!quiet_) {
+        std::puts(line.c_str());
+    }
+}
+
+} // namespace ribkit

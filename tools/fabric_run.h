@@ -1,0 +1,62 @@
+// A client that follows a fabric through its events.
+#pragma once
+
+#include "tools/fabric.h"
+#include "tools/fspf_client.h"
+#include "tools/progress.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace ribkit {
+
+/// One moment of a run: its events (none at the start, nor where the RIB has started anew), and the traffic that they
+/// caused.
+struct run_step {
+    std::chrono::milliseconds at;
+    std::vector<fabric_event> events;
+    client_traffic traffic;
+};
+
+struct run_record {
+    std::vector<run_step> steps;
+    client_traffic total;
+
+    [[nodiscard]] double seconds() const { return (total.computing + total.exchanging).count(); }
+    [[nodiscard]] double routes_per_second() const;
+};
+
+class fabric_run {
+  public:
+    /// @param progress is cleared before something is said
+    /// @param real_time wait until an event is due
+    /// @param quiet say nothing of what happens
+    fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, bool quiet);
+
+    /// All events, one moment after the other. Throws as the client does; what was done until then is on record.
+    void play();
+
+    /// Brings the RIB up to date whenever it starts anew, until the client is closed (link_closed).
+    [[noreturn]] void stay();
+
+    [[nodiscard]] const fabric &now() const { return fabric_; }
+    [[nodiscard]] const run_record &record() const { return record_; }
+
+  private:
+    void wait_until(std::chrono::milliseconds at);
+    void happen(std::chrono::milliseconds at, std::vector<fabric_event> events);
+    void start_anew();
+    void step(run_step next);
+    void say(const std::string &line) const;
+
+    fabric fabric_;
+    fspf_client &client_;
+    progress_line &progress_;
+    bool real_time_;
+    bool quiet_;
+    run_record record_;
+    std::chrono::steady_clock::time_point start_;
+};
+
+} // namespace ribkit

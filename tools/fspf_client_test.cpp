@@ -1,0 +1,190 @@
+// The client beside a RIB that is late, starts anew, or cannot be heard.
+#include "tools/fspf_client.h"
+
+#include "rib_codes.h"
+#include "testing/capture.h"
+#include "tools/fabric_file.h"
+#include "tools/fabric_generator.h"
+#include "tools/fault_script.h"
+#include "tools/fspf.h"
+#include "tools/rib_service.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <sstream>
+
+namespace ribkit {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::printed_by;
+
+constexpr const char *bus = "local:fspf_client_test";
+constexpr link_options patient{.patience = 1h};
+
+fabric generated() { return parse_fabric(generate_fabric({12, 3, fabric_shape::ring, 1, 6}), "generated"); }
+
+held_routes routes_of(const fabric &f) {
+    held_routes all;
+    for (const fabric_vsan &vsan : f.vsans()) {
+        for (const auto &[to, what] : fspf_routes(f, vsan.id)) {
+            all[{vsan.id, to}] = {RIB_CLIENT_FSPF, what};
+        }
+    }
+    return all;
+}
+
+held_routes held_by(rib_service &rib) {
+    rib.stop();
+    return rib.tables().routes();
+}
+
+/// Runs it with what it says on both outputs thrown away.
+template <typename Action> void silently(const Action &action) {
+    std::string thrown;
+    ::testing::internal::CaptureStderr();
+    printed_by([&] {
+        try {
+            action();
+        } catch (const std::exception &error) {
+            thrown = error.what();
+        }
+    });
+    ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(thrown, "");
+}
+
+TEST(fspf_client, waits_for_a_rib_that_starts_later) {
+    const fabric f = generated();
+    fspf_client client(bus, {.link = patient});
+    std::unique_ptr<rib_service> rib;
+    std::thread late([&] {
+        std::this_thread::sleep_for(20ms);
+        rib = std::make_unique<rib_service>(bus);
+    });
+    silently([&] { EXPECT_EQ(client.converge(f).added, 3U * 11U); });
+    late.join();
+    EXPECT_EQ(held_by(*rib), routes_of(f));
+}
+
+TEST(fspf_client, gives_up_when_patience_ends) {
+    const testing::fault_script script("clock virtual\n");
+    fspf_client client(bus, {.link = {.patience = 10min}});
+    ::testing::internal::CaptureStderr();
+    const std::string printed = printed_by([&] { EXPECT_THROW(client.converge(generated()), no_answer); });
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ribkit: no answer from the RIB: nobody listens; asking again\n");
+    EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 1) << printed; // waiting is quiet
+}
+
+TEST(fspf_client, a_rib_that_starts_anew_is_told_everything) {
+    fabric f = generated();
+    auto rib = std::make_unique<rib_service>(bus);
+    fspf_client client(bus, {.link = patient});
+    EXPECT_EQ(client.converge(f).added, 3U * 11U);
+    EXPECT_FALSE(client.rib_started(0ms));
+    rib.reset();
+    rib = std::make_unique<rib_service>(bus);
+    EXPECT_EQ(client.converge(f).added, 3U * 11U);
+    rib.reset();
+    rib = std::make_unique<rib_service>(bus);
+    EXPECT_TRUE(client.rib_started(0ms));
+    f.apply(f.events()[0]);
+    EXPECT_EQ(client.converge(f).added, 3U * 11U);
+    EXPECT_EQ(held_by(*rib), routes_of(f));
+}
+
+TEST(fspf_client, takes_over_what_another_run_has_left) {
+    fabric f = generated();
+    rib_service rib(bus);
+    fspf_client(bus, {}).converge(f);
+    f.apply(f.events()[0]);
+    fspf_client client(bus, {});
+    client.start_over(f);
+    const client_traffic traffic = client.converge(f);
+    EXPECT_EQ(traffic.added, 0U);
+    EXPECT_GT(traffic.changed, 0U);
+    EXPECT_LT(traffic.changed, 3U * 11U);
+    EXPECT_EQ(traffic.refused, 0U);
+    EXPECT_EQ(held_by(rib), routes_of(f));
+}
+
+TEST(fspf_client, routes_of_other_clients_are_not_its_own) {
+    const fabric f = generated();
+    rib_service rib(bus);
+    rib_link other(bus, RIB_CLIENT_MCAST);
+    const route_table theirs{{{0xfffffa, 0xffffff}, {7, RIB_FLAG_ACTIVE, {}}}};
+    auto update = encode_whole({RIB_CLIENT_MCAST, 1, RIB_OPER_UPDATE, changes_between({}, theirs)});
+    other.ask(fcurt_update_opcode, update);
+    fspf_client client(bus, {});
+    client.start_over(f);
+    EXPECT_EQ(client.converge(f).deleted, 0U);
+    held_routes expected = routes_of(f);
+    expected[{1, {0xfffffa, 0xffffff}}] = {RIB_CLIENT_MCAST, {7, RIB_FLAG_ACTIVE, {}}};
+    EXPECT_EQ(held_by(rib), expected);
+}
+
+TEST(fspf_client, what_somebody_else_has_done_already_is_not_refused) {
+    fabric f = generated();
+    rib_service rib(bus);
+    fspf_client first(bus, {});
+    fspf_client second(bus, {});
+    first.converge(f);
+    second.converge(f);
+    for (size_t link = 0; link < f.links().size(); link++) {
+        f.apply({{}, link, false, {}});
+    }
+    EXPECT_EQ(first.converge(f).refused, 0U);
+    const client_traffic again = second.converge(f);
+    EXPECT_EQ(again.deleted, 3U * 11U);
+    EXPECT_EQ(again.refused, 0U);
+    EXPECT_TRUE(held_by(rib).empty());
+}
+
+TEST(fspf_client, envelopes_leave_the_same_tables) {
+    fabric f = generated();
+    rib_service rib(bus);
+    fspf_client client(bus, {.link = {.envelopes = true}});
+    EXPECT_EQ(client.converge(f).added, 3U * 11U);
+    f.apply(f.events()[0]);
+    EXPECT_EQ(client.converge(f).refused, 0U);
+    EXPECT_EQ(held_by(rib), routes_of(f));
+    EXPECT_EQ(qip_refs_held(), 0U);
+}
+
+// Messages are not disturbed so that an old one can come after newer ones: nothing on the way numbers them.
+std::string random_script(std::mt19937 &random) {
+    std::ostringstream text;
+    const auto one_in = [&] { return 5 + random() % 12; };
+    text << "clock virtual\nseed " << random() << "\ndrop one-in " << one_in() << "\nduplicate one-in " << one_in()
+         << "\ntruncate one-in " << one_in() << ' ' << random() % 1200 << "\ndelay one-in " << one_in()
+         << " 500\nfail send one-in " << one_in() << " EIO\nfail recv one-in " << one_in()
+         << " ENOMEM\nfail drop one-in " << one_in() << " EIO\n";
+    return text.str();
+}
+
+TEST(fspf_client, whatever_is_disturbed_the_tables_are_right_in_the_end) {
+    std::mt19937 random(31);
+    for (int round = 0; round < 60; round++) {
+        const std::string text = random_script(random);
+        SCOPED_TRACE(text);
+        fabric f = generated();
+        silently([&] {
+            const testing::fault_script script(text);
+            fspf_client client(bus, {.message_limit = smallest_message_limit + random() % 2000,
+                                     .link = {.envelopes = round % 2 == 0, .patience = 24h}});
+            rib_service rib(bus);
+            EXPECT_EQ(client.converge(f).refused, 0U);
+            for (const fabric_event &event : f.events()) {
+                f.apply(event);
+                EXPECT_EQ(client.converge(f).refused, 0U);
+            }
+            EXPECT_TRUE(held_by(rib) == routes_of(f));
+        });
+        EXPECT_EQ(qip_refs_held(), 0U);
+    }
+}
+
+} // namespace
+} // namespace ribkit

@@ -1,0 +1,220 @@
+// RIB and clients as processes of their own, over a server that the test starts.
+#include "platform/nats_server.h"
+#include "tools/run_command.h"
+
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <list>
+#include <memory>
+#include <spawn.h>
+#include <thread>
+#include <unistd.h>
+
+namespace ribkit {
+namespace {
+
+using platform::nats_server;
+using testing::outcome;
+using testing::run_command;
+
+constexpr const char *small = "examples/fabrics/small.toml";
+
+std::string content(const std::string &path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// `ribkit ARGUMENTS` in the root of the tree while the test goes on; both outputs are kept.
+class background {
+  public:
+    explicit background(const std::string &arguments) : output_(::testing::TempDir() + "background" + next_number()) {
+        const std::string line = "cd " RIBKIT_SOURCE_DIR " && exec " RIBKIT_COMMAND " " + arguments;
+        const char *words[] = {"/bin/sh", "-c", line.c_str(), nullptr};
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+        posix_spawn(&process_, words[0], &actions, nullptr, const_cast<char *const *>(words), environ);
+        posix_spawn_file_actions_destroy(&actions);
+    }
+    background(const background &) = delete;
+    background &operator=(const background &) = delete;
+    ~background() {
+        if (process_ > 0) {
+            kill(process_, SIGKILL);
+            waitpid(process_, nullptr, 0);
+        }
+        std::remove(output_.c_str());
+    }
+
+    outcome ended() {
+        int status = 0;
+        waitpid(process_, &status, 0);
+        process_ = 0;
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, content(output_)};
+    }
+
+    outcome stopped(int signal) {
+        kill(process_, signal);
+        return ended();
+    }
+
+    [[nodiscard]] std::string so_far() const { return content(output_); }
+
+  private:
+    static std::string next_number() {
+        static int number = 0;
+        return std::to_string(getpid()) + "-" + std::to_string(++number);
+    }
+
+    std::string output_;
+    pid_t process_ = 0;
+};
+
+/// Whether it comes true before a minute is over.
+template <typename Condition> bool in_time(const Condition &condition) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > limit) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+/// The displayed routes, from the heading on.
+std::string tables(const std::string &output) {
+    const size_t start = output.find("\nD:direct");
+    return start == std::string::npos ? ""
+                                      : output.substr(start, output.find("\n\n", output.find("----------")) - start);
+}
+
+class processes : public ::testing::Test {
+  protected:
+    [[nodiscard]] std::string command(const std::string &name, const std::string &arguments = "") const {
+        return name + " --bus " + server.url() + " " + arguments;
+    }
+
+    [[nodiscard]] bool holds_lab_tables() const {
+        return in_time([this] { return tables(run_command(command("routes") + " 2>&1").output) == wanted; });
+    }
+
+    nats_server server;
+    std::string wanted = tables(run_command(std::string("lab --tables all ") + small).output);
+};
+
+TEST_F(processes, start_in_any_order) {
+    ASSERT_NE(wanted, "");
+    server.stop();
+    background production(command("client --vsan 1", small));
+    background backup(command("client --envelopes --vsan 20", small));
+    ASSERT_TRUE(in_time([&] { return !production.so_far().empty() && !backup.so_far().empty(); }));
+    server.start();
+    ASSERT_TRUE(in_time([&] { return backup.so_far().find("asking again") != std::string::npos; }));
+    background rib(command("rib", small));
+    const outcome first = production.ended();
+    const outcome second = backup.ended();
+    EXPECT_EQ(first.exit_code, 0) << first.output;
+    EXPECT_EQ(second.exit_code, 0) << second.output;
+    EXPECT_NE(first.output.find("ribkit: waiting for a server at " + server.url() + "\n"), std::string::npos);
+    EXPECT_NE(first.output.find("11 sent: 4 added, 0 deleted, 7 changed\n"), std::string::npos) << first.output;
+    EXPECT_NE(second.output.find("16 sent: 8 added, 4 deleted, 4 changed\n"), std::string::npos) << second.output;
+    const outcome routes = run_command(command("routes"));
+    EXPECT_EQ(tables(routes.output), wanted);
+    EXPECT_NE(routes.output.find("\n\n8 routes\n"), std::string::npos);
+    const outcome last = rib.stopped(SIGINT);
+    EXPECT_EQ(last.exit_code, 0);
+    EXPECT_EQ(tables(last.output), wanted);
+    EXPECT_EQ(last.output.substr(0, last.output.find('\n')), "the RIB answers at " + server.url());
+    EXPECT_NE(last.output.find("8 routes, 10 of 8192 path units, 8 of 512 hardware positions"), std::string::npos);
+}
+
+TEST_F(processes, several_clients_of_one_fabric_end_with_its_tables) {
+    background rib(command("rib"));
+    std::list<background> clients;
+    for (int i = 0; i < 5; i++) {
+        clients.emplace_back(command("client", small));
+    }
+    for (background &client : clients) {
+        const outcome run = client.ended();
+        EXPECT_EQ(run.exit_code, 0) << run.output;
+    }
+    EXPECT_TRUE(holds_lab_tables());
+}
+
+TEST_F(processes, a_client_that_stays_tells_a_new_rib_and_outlives_the_server) {
+    auto rib = std::make_unique<background>(command("rib"));
+    background client(command("client --stay", small));
+    EXPECT_TRUE(holds_lab_tables());
+    rib->stopped(SIGTERM);
+    rib = std::make_unique<background>(command("rib"));
+    EXPECT_TRUE(holds_lab_tables());
+    server.stop();
+    server.start();
+    EXPECT_TRUE(holds_lab_tables());
+    const outcome run = client.stopped(SIGINT);
+    EXPECT_EQ(run.exit_code, 0) << run.output;
+    EXPECT_NE(run.output.find(": the RIB starts anew\n  8 routes added, in "), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("ribkit: stopped\n"), std::string::npos) << run.output;
+    EXPECT_EQ(rib->stopped(SIGINT).exit_code, 0);
+}
+
+TEST_F(processes, a_client_without_a_rib_gives_up_or_is_stopped) {
+    const outcome tired = run_command(command("client --wait 1", small) + " 2>&1");
+    EXPECT_EQ(tired.exit_code, 1);
+    EXPECT_NE(tired.output.find("ribkit: no answer from the RIB: nobody listens\n"), std::string::npos) << tired.output;
+    background client(command("client", small));
+    ASSERT_TRUE(in_time([&] { return client.so_far().find("asking again") != std::string::npos; }));
+    const outcome stopped = client.stopped(SIGTERM);
+    EXPECT_EQ(stopped.exit_code, 1);
+    EXPECT_NE(stopped.output.find("0 sent: 0 added, 0 deleted, 0 changed\n"), std::string::npos) << stopped.output;
+    EXPECT_EQ(run_command(command("routes --wait 0") + " 2>&1").output,
+              "ribkit: no answer from the RIB: nobody listens\nNo response from RIB!\n");
+}
+
+TEST_F(processes, a_second_rib_is_refused_unless_its_fabric_is_another) {
+    background rib(command("rib"));
+    ASSERT_TRUE(in_time([&] { return !rib.so_far().empty(); }));
+    const outcome second = run_command(command("rib") + " 2>&1");
+    EXPECT_EQ(second.exit_code, 1);
+    EXPECT_EQ(second.output, "ribkit: another RIB answers at " + server.url() + "\n");
+    background elsewhere("rib --bus " + server.url() + "/elsewhere");
+    ASSERT_TRUE(in_time([&] { return !elsewhere.so_far().empty(); }));
+    EXPECT_EQ(elsewhere.stopped(SIGINT).exit_code, 0);
+}
+
+TEST_F(processes, the_lab_runs_over_the_server_as_it_does_alone) {
+    const auto steady = [](const outcome &run) {
+        EXPECT_EQ(run.exit_code, 0);
+        return run.output.substr(0, run.output.find("  seconds "));
+    };
+    EXPECT_EQ(steady(run_command(command("lab", small))), steady(run_command(std::string("lab ") + small)));
+}
+
+TEST_F(processes, outcomes_for_programs) {
+    background rib(command("rib --json -"));
+    const outcome client = run_command(command("client --json -", small));
+    EXPECT_EQ(client.exit_code, 0);
+    EXPECT_EQ(client.output.substr(0, 15), "{\n  \"fabric\": {");
+    EXPECT_NE(client.output.find("\"routes_sent\": 27,"), std::string::npos);
+    const outcome routes = run_command(command("routes --vsan 20 --json -"));
+    EXPECT_EQ(routes.output.substr(0, 24), "[\n  {\n    \"vsan\": 20,\n  ");
+    const std::string last = rib.stopped(SIGINT).output;
+    EXPECT_NE(last.find("{\n  \"routes\": [\n"), std::string::npos) << last;
+    EXPECT_NE(last.find("\"messages_answered\": "), std::string::npos) << last;
+}
+
+TEST(secrets, are_not_printed) {
+    const nats_server server("authorization { user: me, password: secret-word }");
+    background rib("rib --bus " + server.url("me:secret-word"));
+    ASSERT_TRUE(in_time([&] { return !rib.so_far().empty(); }));
+    EXPECT_EQ(rib.stopped(SIGINT).output.find("secret-word"), std::string::npos);
+    const outcome refused = run_command("rib --bus " + server.url("me:other-word") + " 2>&1");
+    EXPECT_EQ(refused.exit_code, 1);
+    EXPECT_EQ(refused.output, "ribkit: cannot open " + server.url() + ": Permission denied\n");
+}
+
+} // namespace
+} // namespace ribkit

@@ -1,0 +1,23 @@
+// The RIB by itself, for clients elsewhere on the bus.
+#pragma once
+
+#include "tools/bus_options.h"
+
+#include <string>
+
+namespace ribkit {
+
+struct rib_command_options {
+    bus_options bus;
+    std::string fabric_file;    ///< gives the tables their sizes; empty: 64 VSANs
+    std::string tables{"auto"}; ///< as table_choice
+    std::string json_file;      ///< as json_output
+    bool memory = false;        ///< display what the tables are made of, at the end
+    bool trace = false;
+};
+
+/// Answers until SIGINT or SIGTERM, then displays its tables. @return the command's exit code. Throws an input_error
+/// where the options or a file are wrong.
+int run_rib(const rib_command_options &options);
+
+} // namespace ribkit

@@ -1,0 +1,41 @@
+#include "tools/route_display.h"
+
+#include "rib_show.h"
+#include "tools/input_error.h"
+#include "tools/rib_tables.h"
+
+#include <charconv>
+#include <cstdio>
+
+namespace ribkit {
+
+static constexpr size_t few_routes = 64;
+
+table_choice::table_choice(const std::string &text) : text_(text) {
+    if (text == "auto" || text == "all" || text == "none") {
+        return;
+    }
+    uint32_t id = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        throw input_error(joined("--tables ", text, ": \"auto\", \"all\", \"none\" or the number of a VSAN"));
+    }
+    vsan_ = id;
+}
+
+void table_choice::display(const held_routes &routes) const {
+    const bool many = routes.size() > few_routes;
+    const bool all = text_ == "all" || (text_ == "auto" && !many);
+    uint32_t header = 1;
+    for (const auto &[key, held] : routes) {
+        if (all || key.vsan == vsan_) {
+            rib_show_fcu(header, ucast_entry(key, held).data());
+            header = 0;
+        }
+    }
+    if (text_ == "auto" && many) {
+        std::puts("\nThe tables are long: --tables all displays them, --tables VSAN those of one VSAN.");
+    }
+}
+
+} // namespace ribkit

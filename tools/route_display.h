@@ -1,0 +1,28 @@
+// The RIB's routes on standard output, as the switch displays them.
+#pragma once
+
+#include "tools/routes.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace ribkit {
+
+/// Which routes are displayed.
+class table_choice {
+  public:
+    /// @param text "auto" (all where there are few), "all", "none", or the number of a VSAN; throws an input_error
+    explicit table_choice(const std::string &text);
+
+    /// The one VSAN that is displayed, if any.
+    [[nodiscard]] std::optional<uint32_t> vsan() const { return vsan_; }
+
+    void display(const held_routes &routes) const;
+
+  private:
+    std::string text_;
+    std::optional<uint32_t> vsan_;
+};
+
+} // namespace ribkit

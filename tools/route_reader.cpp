@@ -1,0 +1,50 @@
+#include "tools/route_reader.h"
+
+#include "rib_check.h"
+#include "rib_codes.h"
+#include "rib_trace.h"
+#include "tools/fcurt_message.h"
+#include "tools/fcurt_query.h"
+
+namespace ribkit {
+
+namespace {
+
+constexpr uint32_t routes_a_query = 1000;
+
+fcurt_update ask(rib_link &link, const route_reading &wanted, const route_key &from) {
+    auto query = encode({wanted.uuid, wanted.vsan ? fcurt_query_vsan : fcurt_query_all, routes_a_query, from.vsan,
+                         from.to.fcid, from.to.mask});
+    if (wanted.trace) {
+        rib_printf_fcu_query(query.data());
+    }
+    const auto answer = link.ask(fcurt_query_opcode, query);
+    if (rib_check_fcurt_update(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
+        throw no_answer("what came is damaged");
+    }
+    return decode_fcurt_update(answer);
+}
+
+} // namespace
+
+held_routes read_routes(rib_link &link, const route_reading &wanted) {
+    held_routes all;
+    route_key from{wanted.vsan.value_or(0), {}};
+    while (from.vsan == wanted.vsan.value_or(from.vsan)) {
+        const fcurt_update part = ask(link, wanted, from);
+        if (part.changes.empty()) {
+            break;
+        }
+        for (const route_change &one : part.changes) {
+            const route_key key{part.vsan, one.to};
+            if (key < from) {
+                throw no_answer("what came is not what was asked for");
+            }
+            all.emplace_hint(all.end(), key, held_route{part.uuid, one.what});
+            from = key_after(key);
+        }
+    }
+    return all;
+}
+
+} // namespace ribkit

@@ -1,0 +1,170 @@
+// The RIB's routes as a client reads them, compared with what the RIB holds.
+#include "tools/route_reader.h"
+
+#include "rib_codes.h"
+#include "testing/capture.h"
+#include "tools/fault_script.h"
+#include "tools/fcurt_message.h"
+#include "tools/fcurt_query.h"
+#include "tools/random_routes.h"
+#include "tools/rib_service.h"
+
+#include <gtest/gtest.h>
+
+namespace ribkit {
+namespace {
+
+constexpr const char *bus = "local:route_reader_test";
+
+void add(rib_link &link, uint32_t uuid, uint32_t vsan, const route_table &table) {
+    for (auto &[bytes, size] : encode({uuid, vsan, RIB_OPER_UPDATE, changes_between({}, table)}, SIZE_MAX)) {
+        link.ask(fcurt_update_opcode, bytes);
+    }
+}
+
+std::array<uint8_t, fcurt_query_size> query_bytes(uint32_t type, uint32_t count, const route_key &from) {
+    return encode({RIB_CLIENT_TEST, type, count, from.vsan, from.to.fcid, from.to.mask});
+}
+
+fcurt_update asked(rib_link &link, uint32_t type, uint32_t count, const route_key &from) {
+    auto query = query_bytes(type, count, from);
+    return decode_fcurt_update(link.ask(fcurt_query_opcode, query));
+}
+
+route_table table_of(size_t routes, size_t hops) {
+    route_table table;
+    for (uint32_t i = 0; i < routes; i++) {
+        table[{i << 8, 0xffff00}] = {i, RIB_FLAG_ACTIVE, std::vector<next_hop>(hops, {0x01010000, 1})};
+    }
+    return table;
+}
+
+TEST(fcurt_query, six_words) {
+    const auto bytes = encode({12, 0x100, 1000, 4094, 0xfffffe, 0xff0000});
+    const std::array<uint8_t, 24> expected{0, 0, 0,    12,   0, 0,    1,    0,    0, 0,    3, 0xe8,
+                                           0, 0, 0x0f, 0xfe, 0, 0xff, 0xff, 0xfe, 0, 0xff, 0, 0};
+    EXPECT_EQ(bytes, expected);
+    EXPECT_EQ(decode_fcurt_query(bytes), (fcurt_query{12, 0x100, 1000, 4094, 0xfffffe, 0xff0000}));
+}
+
+TEST(route_key, the_next_one) {
+    EXPECT_EQ(key_after({1, {2, 3}}), (route_key{1, {2, 4}}));
+    EXPECT_EQ(key_after({1, {2, UINT32_MAX}}), (route_key{1, {3, 0}}));
+    EXPECT_EQ(key_after({1, {UINT32_MAX, UINT32_MAX}}), (route_key{2, {0, 0}}));
+}
+
+TEST(route_reader, reads_what_the_rib_holds) {
+    std::mt19937 random(20);
+    for (int round = 0; round < 40; round++) {
+        rib_service rib(bus);
+        rib_link link(bus, RIB_CLIENT_TEST, {.envelopes = round % 2 == 0});
+        for (uint32_t vsan = 1; vsan <= 4; vsan++) {
+            add(link, RIB_CLIENT_FSPF, vsan, testing::random_table(random));
+            add(link, RIB_CLIENT_MCAST, vsan, testing::random_table(random));
+        }
+        add(link, RIB_CLIENT_FSPF, 2, {{{0, 0}, {}}, {{5, UINT32_MAX}, {}}, {{UINT32_MAX, UINT32_MAX}, {}}});
+        const held_routes all = read_routes(link, {RIB_CLIENT_TEST, {}});
+        held_routes by_vsan;
+        for (uint32_t vsan = 0; vsan <= 5; vsan++) {
+            by_vsan.merge(read_routes(link, {RIB_CLIENT_TEST, vsan}));
+        }
+        rib.stop();
+        EXPECT_EQ(all, rib.tables().routes());
+        EXPECT_EQ(by_vsan, all);
+    }
+    EXPECT_EQ(qip_refs_held(), 0U);
+}
+
+TEST(route_reader, an_answer_is_of_one_vsan_and_one_client) {
+    rib_service rib(bus);
+    rib_link link(bus, RIB_CLIENT_TEST);
+    EXPECT_TRUE(asked(link, fcurt_query_all, 10, {}).changes.empty());
+    add(link, RIB_CLIENT_FSPF, 3, table_of(2, 1));
+    add(link, RIB_CLIENT_MCAST, 3, {{{0x100, 0xffffff}, {}}});
+    add(link, RIB_CLIENT_FSPF, 4, table_of(5, 1));
+    const fcurt_update first = asked(link, fcurt_query_all, 10, {1, {}});
+    EXPECT_EQ(first.vsan, 3U);
+    EXPECT_EQ(first.uuid, RIB_CLIENT_FSPF);
+    EXPECT_EQ(first.oper, RIB_OPER_UPDATE);
+    EXPECT_EQ(first.changes, changes_between({}, table_of(2, 1)));
+    const fcurt_update second = asked(link, fcurt_query_all, 10, {3, {0x101, 0}});
+    EXPECT_EQ(second.vsan, 4U);
+    EXPECT_EQ(second.changes.size(), 5U);
+    EXPECT_EQ(asked(link, fcurt_query_all, 10, {3, {0x100, 0xffffff}}).uuid, RIB_CLIENT_MCAST);
+    EXPECT_EQ(asked(link, fcurt_query_all, 3, {4, {}}).changes.size(), 3U);
+    EXPECT_TRUE(asked(link, fcurt_query_all, 0, {4, {}}).changes.empty());
+    EXPECT_TRUE(asked(link, fcurt_query_vsan, 10, {1, {}}).changes.empty());
+    EXPECT_EQ(asked(link, fcurt_query_vsan, 10, {4, {0x300, 0}}).changes.size(), 2U);
+    EXPECT_TRUE(asked(link, fcurt_query_vsan, 10, {3, {0x101, 0}}).changes.empty());
+}
+
+TEST(route_reader, an_answer_is_64_kib_at_most) {
+    rib_service rib(bus, {.spaces = {1, 512, 16384}});
+    rib_link link(bus, RIB_CLIENT_TEST);
+    const size_t fit = (65536 - fcurt_update_header_size) / fcurt_record_size(16);
+    add(link, RIB_CLIENT_FSPF, 1, table_of(fit + 1, 16));
+    link.take_traffic();
+    EXPECT_EQ(asked(link, fcurt_query_all, 1000, {}).changes.size(), fit);
+    const link_traffic carried = link.take_traffic();
+    EXPECT_EQ(carried.messages, 1U);
+    EXPECT_EQ(carried.bytes_sent, fcurt_query_size);
+    EXPECT_EQ(carried.bytes_received, fcurt_update_header_size + fit * fcurt_record_size(16));
+    EXPECT_EQ(read_routes(link, {RIB_CLIENT_TEST, 1}).size(), fit + 1);
+}
+
+TEST(route_reader, a_query_that_cannot_be_used_is_refused) {
+    rib_service rib(bus);
+    rib_link link(bus, RIB_CLIENT_TEST);
+    const auto result_of = [&](std::span<uint8_t> query) {
+        const auto answer = link.ask(fcurt_query_opcode, query);
+        EXPECT_EQ(answer.size(), fcurt_response_size);
+        return decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer)).result;
+    };
+    auto versions = query_bytes(2, 10, {});
+    EXPECT_EQ(result_of(versions), RIB_NOT_SUPPORTED);
+    auto query = query_bytes(fcurt_query_all, 10, {});
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(result_of(std::span(query).first(23)), RIB_BAD_PARAMETERS);
+    EXPECT_NE(::testing::internal::GetCapturedStderr().find("ribkit: the RIB refuses a message: rib_fcurt_query: "),
+              std::string::npos);
+}
+
+TEST(route_reader, damaged_answers_are_no_answers) {
+    const testing::fault_script script("clock virtual\ntruncate 4 978\ntruncate 6 20\n");
+    rib_service rib(bus);
+    rib_link link(bus, RIB_CLIENT_TEST);
+    add(link, RIB_CLIENT_FSPF, 1, table_of(1, 1)); // messages 1 and 2
+    EXPECT_THROW(read_routes(link, {RIB_CLIENT_TEST, 1}), no_answer);
+    EXPECT_THROW(read_routes(link, {RIB_CLIENT_TEST, 1}), no_answer);
+    EXPECT_EQ(read_routes(link, {RIB_CLIENT_TEST, 1}).size(), 1U);
+}
+
+/// Answers every query with the same routes, whatever was asked for.
+TEST(route_reader, routes_that_were_not_asked_for_end_the_reading) {
+    uint32_t rib = 0;
+    static constexpr qip_addr address{0xfe000001, 25};
+    ASSERT_EQ(qip_open(bus, &rib), 0);
+    ASSERT_EQ(qip_listen(rib, &address, 4), 0);
+    std::thread serving([rib] {
+        const auto bytes = encode_whole({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, changes_between({}, table_of(2, 1))});
+        qip_ref asked{};
+        while (qip_recv(rib, &asked, nullptr) == 0) {
+            qip_send(rib, &address, 0, bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr, &asked, nullptr);
+            qip_drop(rib, &asked);
+        }
+    });
+    rib_link link(bus, RIB_CLIENT_TEST);
+    EXPECT_THROW(read_routes(link, {RIB_CLIENT_TEST, {}}), no_answer);
+    qip_close(rib);
+    serving.join();
+}
+
+TEST(route_reader, queries_are_traced_on_request) {
+    rib_service rib(bus);
+    rib_link link(bus, RIB_CLIENT_TEST);
+    const std::string text = testing::printed_by([&] { read_routes(link, {RIB_CLIENT_FSPF, 7, true}); });
+    EXPECT_EQ(text.substr(8), " Sent RIB uuid 12 query vsan all 1000 ucast (size 24)\n");
+}
+
+} // namespace
+} // namespace ribkit

@@ -1,0 +1,46 @@
+#include "tools/routes_command.h"
+
+#include "rib_codes.h"
+#include "tools/json_output.h"
+#include "tools/pauses.h"
+#include "tools/route_display.h"
+#include "tools/route_reader.h"
+#include "tools/run_json.h"
+
+#include <cstdio>
+#include <thread>
+
+namespace ribkit {
+
+namespace {
+
+held_routes read_patiently(rib_link &link, const route_reading &wanted, std::chrono::milliseconds patience) {
+    for (pauses trying(patience);;) {
+        try {
+            return read_routes(link, wanted);
+        } catch (const no_answer &) {
+            if (!link.await(trying)) {
+                throw;
+            }
+        }
+    }
+}
+
+} // namespace
+
+int run_routes(const routes_command_options &options) {
+    load_faults(options.bus);
+    const json_output json(options.json_file);
+    rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
+    const auto routes = read_patiently(link, {RIB_CLIENT_OPERATOR, options.vsan}, options.bus.patience());
+    if (!json.alone()) {
+        table_choice("all").display(routes);
+        std::printf("\n%zu route%s\n", routes.size(), routes.size() == 1 ? "" : "s");
+    }
+    if (json.wanted()) {
+        json.write(routes_json(routes));
+    }
+    return 0;
+}
+
+} // namespace ribkit

@@ -1,0 +1,23 @@
+// The routes of a RIB that runs elsewhere on the bus.
+#pragma once
+
+#include "tools/bus_options.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace ribkit {
+
+struct routes_command_options {
+    bus_options bus;
+    std::optional<uint32_t> vsan; ///< none: all
+    std::string json_file;        ///< as json_output
+    bool envelopes = false;
+};
+
+/// Reads the routes and displays them. @return the command's exit code. Throws an input_error where the options are
+/// wrong, no_answer where the RIB does not answer.
+int run_routes(const routes_command_options &options);
+
+} // namespace ribkit
