@@ -35,7 +35,8 @@ json_output::json_output(std::string path) : path_(std::move(path)), file_(opene
 
 void json_output::write(const std::string &text) const {
     if (std::fputs(text.c_str(), file_.get()) < 0 || std::fflush(file_.get()) != 0) {
-        throw std::runtime_error(joined(path_, ": cannot be written: ", std::strerror(errno)));
+        throw std::runtime_error(
+            joined(alone() ? "standard output" : path_, ": cannot be written: ", std::strerror(errno)));
     }
 }
 
