@@ -10,8 +10,9 @@ inline uint32_t block_size(bud_chunk chunk, uint32_t unit) {
     return 1 + static_cast<uint32_t>(std::countr_zero((chunk.starts | 1U << chunk_units) >> (unit + 1)));
 }
 
+inline uint32_t free_starts(bud_chunk chunk) { return chunk.starts & ~static_cast<uint32_t>(chunk.used); }
 inline bool block_starts(bud_chunk chunk, uint32_t unit) { return (chunk.starts >> unit & 1) != 0; }
-inline bool is_free(bud_chunk chunk, uint32_t unit) { return ((chunk.starts & ~chunk.used) >> unit & 1) != 0; }
+inline bool is_free(bud_chunk chunk, uint32_t unit) { return (free_starts(chunk) >> unit & 1) != 0; }
 
 inline uint32_t chunks_below(uint32_t carve_mark) {
     return carve_mark / chunk_units + (carve_mark % chunk_units != 0 ? 1 : 0);
