@@ -40,18 +40,15 @@ void drop_free(struct bud &bud, uint32_t number, uint32_t size) {
     }
 }
 
-// The unit at which the block in front of this one starts; the unit is a start, and not the first.
-uint32_t start_before(bud_chunk chunk, uint32_t unit) {
-    return 31 - static_cast<uint32_t>(std::countl_zero(chunk.starts & ((1U << unit) - 1)));
+// The size of the free block that ends at this unit, where a block starts; 0 where there is none.
+uint32_t free_before(bud_chunk chunk, uint32_t unit) {
+    const uint32_t below = chunk.starts & (bit(unit) - 1U);
+    const uint32_t start = 31 - static_cast<uint32_t>(std::countl_zero(below | 1)); // in front of unit 0 are 0 units
+    return is_free(chunk, start) ? unit - start : 0;
 }
 
-bool left_is_free(bud_chunk chunk, uint32_t unit) {
-    return unit != 0 && block_starts(chunk, unit) && is_free(chunk, start_before(chunk, unit));
-}
-
-bool right_is_free(bud_chunk chunk, uint32_t unit, uint32_t size) {
-    return unit + size < chunk_units && is_free(chunk, unit + size);
-}
+// The size of the free block that starts at this unit, which may be beyond the chunk; 0 where there is none.
+uint32_t free_from(bud_chunk chunk, uint32_t unit) { return is_free(chunk, unit) ? block_size(chunk, unit) : 0; }
 
 void copy_chunks(bud_chunks &to, const bud_chunks &from, uint32_t count) {
     for (uint32_t number = 0; number < count; number++) {
@@ -167,16 +164,17 @@ freeing judge_free(const struct bud &bud, uint32_t size, uint32_t index) {
     if (block_starts(chunk, unit) && !is_free(chunk, unit) && block_size(chunk, unit) == size) {
         return freeing::sound;
     }
-    const bool left = left_is_free(chunk, unit) && unit - start_before(chunk, unit) <= chunk_units - size;
-    return left || right_is_free(chunk, unit, size) ? freeing::unsound : freeing::nothing;
+    const uint32_t left = block_starts(chunk, unit) ? free_before(chunk, unit) : 0;
+    const bool fits = left != 0 && left <= chunk_units - size;
+    return fits || free_from(chunk, unit + size) != 0 ? freeing::unsound : freeing::nothing;
 }
 
 void free_in_chunks(struct bud &bud, uint32_t size, uint32_t index) {
     const uint32_t number = index / chunk_units;
     const uint32_t unit = index % chunk_units;
     bud_chunk &chunk = bud.chunks.chunk[number];
-    const uint32_t left = left_is_free(chunk, unit) ? unit - start_before(chunk, unit) : 0;
-    const uint32_t right = right_is_free(chunk, unit, size) ? block_size(chunk, unit + size) : 0;
+    const uint32_t left = free_before(chunk, unit);
+    const uint32_t right = free_from(chunk, unit + size);
     chunk.used &= static_cast<uint16_t>(~bit(unit));
     if (right != 0) {
         chunk.starts &= static_cast<uint16_t>(~bit(unit + size));
