@@ -17,14 +17,14 @@ tree_word *set_of(const bud_chunks &chunks, uint32_t size) {
     return chunks.sets + static_cast<size_t>(size - 1) * chunks.shape.words;
 }
 
-// The unit of the chunk's lowest free block of a size; beyond the chunk where there is none.
+// The unit of the chunk's lowest free block of a size; chunk_units where there is none.
 uint32_t lowest_free(bud_chunk chunk, uint32_t size) {
     uint32_t free =
         free_starts(chunk) & (chunk.starts | 1U << chunk_units) >> size; // and a block starts where it may end
-    while (free != 0 && block_size(chunk, static_cast<uint32_t>(std::countr_zero(free))) != size) {
+    while (free != 0 && block_size(chunk, lowest_unit(free)) != size) {
         free &= free - 1;
     }
-    return static_cast<uint32_t>(std::countr_zero(free));
+    return free != 0 ? lowest_unit(free) : chunk_units;
 }
 
 void add_free(struct bud &bud, uint32_t number, uint32_t size) {
@@ -35,7 +35,7 @@ void add_free(struct bud &bud, uint32_t number, uint32_t size) {
 // The block has gone from its chunk; another of its size may be there.
 void drop_free(struct bud &bud, uint32_t number, uint32_t size) {
     count_block(bud, free_block, size, ~0U);
-    if (lowest_free(bud.chunks.chunk[number], size) >= chunk_units) {
+    if (lowest_free(bud.chunks.chunk[number], size) == chunk_units) {
         tree_erase(set_of(bud.chunks, size), bud.chunks.shape, number);
     }
 }
@@ -54,8 +54,7 @@ void copy_chunks(bud_chunks &to, const bud_chunks &from, uint32_t count) {
     for (uint32_t number = 0; number < count; number++) {
         const bud_chunk chunk = to.chunk[number] = from.chunk[number];
         for (uint32_t free = free_starts(chunk); free != 0; free &= free - 1) {
-            const auto unit = static_cast<uint32_t>(std::countr_zero(free));
-            tree_insert(set_of(to, block_size(chunk, unit)), to.shape, number);
+            tree_insert(set_of(to, block_size(chunk, lowest_unit(free))), to.shape, number);
         }
     }
 }

@@ -5,9 +5,12 @@
 
 namespace ribkit {
 
+/// The lowest of a set of units that is not empty.
+inline uint32_t lowest_unit(uint32_t units) { return static_cast<uint32_t>(__builtin_ctz(units)); }
+
 /// The size of the block that starts at this unit of the chunk.
 inline uint32_t block_size(bud_chunk chunk, uint32_t unit) {
-    return 1 + static_cast<uint32_t>(std::countr_zero((chunk.starts | 1U << chunk_units) >> (unit + 1)));
+    return 1 + lowest_unit((chunk.starts | 1U << chunk_units) >> (unit + 1));
 }
 
 inline uint32_t free_starts(bud_chunk chunk) { return chunk.starts & ~static_cast<uint32_t>(chunk.used); }

@@ -78,7 +78,7 @@ struct image_head {
     uint32_t carve_mark;
     uint32_t count[block_kinds][bud_sizes];
 };
-static_assert(sizeof(image_head) == BUD_IMAGE_FIXED_SIZE && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
+static_assert(sizeof(image_head) == fixed_words * word_bytes && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
 
 // Whether chunks can hold the image's blocks, as far as its head tells: all carved units once, and no carving from
 // within a chunk.
