@@ -19,8 +19,8 @@ tree_word *set_of(const bud_chunks &chunks, uint32_t size) {
 
 // The unit of the chunk's lowest free block of a size; chunk_units where there is none.
 uint32_t lowest_free(bud_chunk chunk, uint32_t size) {
-    uint32_t free =
-        free_starts(chunk) & (chunk.starts | 1U << chunk_units) >> size; // and a block starts where it may end
+    const uint32_t ends = chunk.starts | 1U << chunk_units;
+    uint32_t free = free_starts(chunk) & ends >> size; // of that size, or cut into smaller ones that end there
     while (free != 0 && block_size(chunk, lowest_unit(free)) != size) {
         free &= free - 1;
     }
@@ -61,14 +61,16 @@ void copy_chunks(bud_chunks &to, const bud_chunks &from, uint32_t count) {
 
 } // namespace
 
-bool obtain_chunks(bud_chunks &chunks, uint32_t capacity) {
+bud_chunks obtain_chunks(uint32_t capacity) {
     capacity = std::max(capacity, 1U);
-    chunks.shape = tree_shape(capacity);
-    chunks.capacity = capacity;
-    const size_t sets = size_t{bud_sizes} * chunks.shape.words * sizeof(tree_word);
-    chunks.sets = static_cast<tree_word *>(std::calloc(1, sets + size_t{capacity} * sizeof(bud_chunk)));
-    chunks.chunk = reinterpret_cast<bud_chunk *>(chunks.sets + size_t{bud_sizes} * chunks.shape.words);
-    return chunks.sets != nullptr;
+    bud_chunks chunks{tree_shape(capacity), capacity, nullptr, nullptr};
+    const size_t set_words = size_t{bud_sizes} * chunks.shape.words;
+    void *block = std::calloc(1, set_words * sizeof(tree_word) + size_t{capacity} * sizeof(bud_chunk));
+    if (block != nullptr) {
+        chunks.sets = static_cast<tree_word *>(block);
+        chunks.chunk = reinterpret_cast<bud_chunk *>(chunks.sets + set_words);
+    }
+    return chunks;
 }
 
 void give_back(bud_chunks &chunks) {
@@ -123,8 +125,11 @@ bool reserve_chunk(struct bud &bud) {
     }
     const uint32_t most = chunks_below(bud.total);
     const uint32_t wanted = std::min(most, std::max(first_capacity, carved > most / 2 ? most : 2 * carved));
-    bud_chunks larger{tree_shape(0), 0, nullptr, nullptr};
-    if (!reserve_nodes(bud.lists, uint64_t{wanted} * chunk_units) || !obtain_chunks(larger, wanted)) {
+    if (!reserve_nodes(bud.lists, uint64_t{wanted} * chunk_units)) {
+        return false;
+    }
+    bud_chunks larger = obtain_chunks(wanted);
+    if (larger.sets == nullptr) {
         return false;
     }
     copy_chunks(larger, bud.chunks, carved);

@@ -28,8 +28,8 @@ inline uint32_t listed_starts(const struct bud &bud, uint32_t number) {
                                : bud.chunks.chunk[number].starts;
 }
 
-/// Chunks for a carved area, all empty. False when memory fails.
-bool obtain_chunks(bud_chunks &chunks, uint32_t capacity);
+/// Chunks for a carved area, all empty; without sets when memory fails.
+bud_chunks obtain_chunks(uint32_t capacity);
 void give_back(bud_chunks &chunks);
 
 /// Enters a block, in a chunk that is being filled. False where one starts there already.

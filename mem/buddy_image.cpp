@@ -78,7 +78,7 @@ struct image_head {
     uint32_t carve_mark;
     uint32_t count[block_kinds][bud_sizes];
 };
-static_assert(sizeof(image_head) == fixed_words * word_bytes && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
+static_assert(fixed_words * word_bytes == BUD_IMAGE_FIXED_SIZE && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
 
 // Whether chunks can hold the image's blocks, as far as its head tells: all carved units once, and no carving from
 // within a chunk.
@@ -145,8 +145,11 @@ bool fill_chunks(bud_chunks &chunks, const uint8_t *image, const image_head &hea
 }
 
 bool restore_chunks(struct bud &bud, const uint8_t *image, const image_head &head) {
-    bud_chunks chunks{tree_shape(0), 0, nullptr, nullptr};
-    if (!may_be_chunks(head) || !obtain_chunks(chunks, chunks_below(head.carve_mark))) {
+    if (!may_be_chunks(head)) {
+        return false;
+    }
+    bud_chunks chunks = obtain_chunks(chunks_below(head.carve_mark));
+    if (chunks.sets == nullptr) {
         return false;
     }
     if (!fill_chunks(chunks, image, head)) {
