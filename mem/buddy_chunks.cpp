@@ -24,7 +24,7 @@ uint32_t lowest_free(bud_chunk chunk, uint32_t size) {
     while (free != 0 && block_size(chunk, lowest_unit(free)) != size) {
         free &= free - 1;
     }
-    return free != 0 ? lowest_unit(free) : chunk_units;
+    return lowest_unit(free | 1U << chunk_units);
 }
 
 void add_free(struct bud &bud, uint32_t number, uint32_t size) {

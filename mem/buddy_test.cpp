@@ -92,6 +92,17 @@ TEST(buddy, a_carve_mark_beyond_the_space_is_a_bug) {
     twins.expect_same();
 }
 
+TEST(buddy, a_mark_inside_a_chunk_is_carved_from_as_it_stands) {
+    twin_buddies twins(64);
+    twins.restore(image_of(64, 44, 20, {}, {{4, 16}, {16, 0}}));
+    for (const uint32_t size : {16U, 3U, 13U, 1U}) {
+        twins.alloc(size);
+        twins.expect_same();
+    }
+    twins.free(16, 20);
+    twins.expect_same();
+}
+
 TEST(buddy, the_largest_space_costs_nothing) {
     struct bud *bud = bud_create(0xffffffff);
     ASSERT_NE(bud, nullptr);
@@ -218,6 +229,17 @@ TEST(buddy, freeing_what_was_never_allocated_changes_its_free_neighbours) {
     twins.free(1, 3); // in front of a free one: that one goes
     EXPECT_EQ(saved_by(twins.product()), image_of(64, 48, 16, {}, {{4, 0}, {4, 8}}));
     twins.expect_same();
+}
+
+TEST(buddy, freeing_what_has_no_neighbour_that_fits_needs_no_lists) {
+    twin_buddies twins(64);
+    twins.alloc(12);
+    twins.alloc(4);
+    twins.free(12, 0);
+    twins.free(8, 12); // the free block in front fits, but not into the chunk with so large a one
+    twins.free(1, 2);  // inside a free block
+    twins.expect_same();
+    EXPECT_FALSE(twins.product()->walked);
 }
 
 TEST(buddy, a_failing_free_of_a_chunk_still_releases_the_top) {

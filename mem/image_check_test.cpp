@@ -166,7 +166,7 @@ TEST(image_check, accepted_images_are_safe) {
         bytes image(140 + size_t{random() % 20} * 4);
         for (size_t i = 140; i < image.size(); i += 4) {
             put(image, i, random() % 4 == 0 ? random() : random() % 100);
-            image[12 + random() % 32 * 4 + 3]++;
+            image[12 + size_t{random() % 32} * 4 + 3]++;
         }
         put(image, random() % 3 * 4, random() % 2 != 0 ? random() : random() % 100);
         const guarded exact(image);

@@ -103,6 +103,20 @@ TEST(pool, a_freed_item_is_cleared_and_handed_out_first) {
     pool_destroy(pool);
 }
 
+TEST(pool, chunks_that_come_and_go_take_no_room_in_the_index) {
+    struct pool *pool = pool_create(1, 8);
+    const uint32_t capacity = pool->index.capacity;
+    for (uint32_t live = 0; live < capacity / 2; live++) {
+        pool_alloc(pool);
+    }
+    for (uint32_t i = 0; i < 10 * capacity; i++) {
+        EXPECT_EQ(pool_free(pool, pool_alloc(pool)), RIB_OK);
+    }
+    EXPECT_EQ(pool->index.capacity, capacity);
+    EXPECT_EQ(counted(pool), capacity / 2);
+    pool_destroy(pool);
+}
+
 TEST(pool, double_free_is_only_traced) {
     struct pool *pool = pool_create(4, 24);
     auto *item = static_cast<uint8_t *>(pool_alloc(pool));
