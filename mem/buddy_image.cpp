@@ -91,14 +91,13 @@ bool may_be_chunks(const image_head &head) {
     return units == head.carve_mark && (head.carve_mark % chunk_units == 0 || !carves);
 }
 
-// One list: ascending, starting in the carved area, inside chunks.
+// One list: ascending, and starting in the carved area.
 bool enter_list(bud_chunks &chunks, const uint8_t *indices, uint32_t count, block_kind kind, uint32_t size,
                 uint32_t carve_mark) {
     uint64_t least = 0;
     for (uint32_t i = 0; i < count; i++) {
         const uint32_t index = load_word(indices, i);
-        if (index < least || index >= carve_mark || index % chunk_units + size > chunk_units ||
-            !enter_block(chunks, kind, size, index)) {
+        if (index < least || index >= carve_mark || !enter_block(chunks, kind, size, index)) {
             return false;
         }
         least = uint64_t{index} + size;
