@@ -168,7 +168,7 @@ TEST(image_check, accepted_images_are_safe) {
             put(image, i, random() % 4 == 0 ? random() : random() % 100);
             image[12 + size_t{random() % 32} * 4 + 3]++;
         }
-        put(image, random() % 3 * 4, random() % 2 != 0 ? random() : random() % 100);
+        put(image, size_t{4} * (random() % 3), random() % 2 != 0 ? random() : random() % 100);
         const guarded exact(image);
         ASSERT_EQ(bud_check_image(exact.data(), static_cast<uint32_t>(image.size()), nullptr), RIB_OK);
         ASSERT_EQ(bud_image_ntoh(exact.data(), exact.data()), image.size());
