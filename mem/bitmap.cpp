@@ -1,9 +1,11 @@
-// Sets of small integers over the caller's bytes. Words at a time wherever more than one byte is looked at; loops that
-// only combine bytes are left to the compiler, which turns them into vectors.
+// Sets of small integers over the caller's bytes. Words at a time wherever more than one byte is looked at; the loops
+// over whole maps are plain code that the compiler turns into vectors. It unrolls them only when asked to, without
+// which their speed depends on where the linker puts them.
 #include "rib_codes.h"
 #include "rib_mem.h"
 #include "rib_trace.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <cstring>
@@ -14,7 +16,7 @@ constexpr int label_width = 15;
 constexpr uint32_t bytes_a_line = 16;
 constexpr size_t word_size = sizeof(uint64_t);
 constexpr size_t stride = 4 * word_size;
-constexpr size_t lane_size = 4 * word_size;
+constexpr size_t lane_size = 8 * word_size;
 constexpr size_t block_size = 7 * lane_size;
 
 uint64_t load(const uint8_t *from) {
@@ -61,18 +63,26 @@ uint32_t skip_idle(const uint8_t *map, uint32_t length, uint32_t at, uint64_t id
     return at;
 }
 
-// Finds the lowest bit at or after `start` that differs from `idle`'s.
+// Finds the lowest bit at or after `start` that differs from `idle`'s. In a dense map that is often the very first one:
+// asked by itself, it lets the processor guess and go on.
 inline uint32_t find(const uint8_t *map, uint32_t length, uint32_t start, uint64_t idle, uint32_t *position) {
     uint32_t at = start >> 3;
-    uint64_t wanted = ~UINT64_C(0) << (start & 7);
-    while (at < length) {
-        const uint64_t hits = window(map, length, at, idle) & wanted;
+    const uint32_t first = at < length ? static_cast<uint8_t>(map[at] ^ idle) >> (start & 7) : 0U;
+    if ((first & 1) != 0) {
+        *position = start;
+        return RIB_OK;
+    }
+    if (first != 0) {
+        *position = start + static_cast<uint32_t>(std::countr_zero(first));
+        return RIB_OK;
+    }
+    for (at++; at < length; at = skip_idle(map, length, at, idle)) {
+        const uint64_t hits = window(map, length, at, idle);
         if (hits != 0) {
             *position = at * 8 + static_cast<uint32_t>(std::countr_zero(hits));
             return RIB_OK;
         }
-        at = length - at > word_size ? skip_idle(map, length, at + word_size, idle) : length;
-        wanted = ~UINT64_C(0);
+        at += std::min<uint32_t>(word_size, length - at);
     }
     *position = 0;
     return RIB_FAILED;
@@ -90,10 +100,13 @@ uint64_t halves_to_bytes(uint64_t word) {
 
 uint64_t ones_per_byte(uint64_t word) { return halves_to_bytes(ones_per_half(word)); }
 
-uint32_t sum_of_bytes(uint64_t word) {
-    word = (word & UINT64_C(0x00ff00ff00ff00ff)) + (word >> 8 & UINT64_C(0x00ff00ff00ff00ff));
-    return static_cast<uint32_t>(word * UINT64_C(0x0001000100010001) >> 48);
+uint64_t bytes_to_shorts(uint64_t word) {
+    return (word & UINT64_C(0x00ff00ff00ff00ff)) + (word >> 8 & UINT64_C(0x00ff00ff00ff00ff));
 }
+
+uint32_t sum_of_shorts(uint64_t word) { return static_cast<uint32_t>(word * UINT64_C(0x0001000100010001) >> 48); }
+
+uint32_t sum_of_bytes(uint64_t word) { return sum_of_shorts(bytes_to_shorts(word)); }
 
 // Three words to two: each bit of `sum`, and twice each bit of `carry`.
 struct added {
@@ -113,13 +126,21 @@ uint64_t ones_of_seven(const uint8_t *from) {
     return halves_to_bytes(low_halves) + 4 * ones_per_byte(twos.carry);
 }
 
-// Words of the same lane are a lane's width apart, so that neighbouring lanes fill a vector.
+// A column of seven words stands a lane's width apart, so that neighbouring columns fill vectors; with fewer than eight
+// of them the compiler writes them all out instead.
 uint32_t ones_of_block(const uint8_t *block) {
     uint64_t sum = 0;
     for (size_t lane = 0; lane < lane_size; lane += word_size) {
-        sum += ones_of_seven(block + lane);
+        sum += bytes_to_shorts(ones_of_seven(block + lane));
     }
-    return sum_of_bytes(sum);
+    return sum_of_shorts(sum);
+}
+
+template <typename Bits> void combine(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out, Bits bits) {
+#pragma GCC unroll 4
+    for (size_t i = 0; i < length; i++) {
+        out[i] = bits(a[i], b[i]);
+    }
 }
 
 } // namespace
@@ -194,16 +215,12 @@ uint32_t bmap_is_same(const uint8_t *a, const uint8_t *b, uint32_t length) {
 }
 
 uint32_t bmap_or(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out) {
-    for (size_t i = 0; i < length; i++) {
-        out[i] = static_cast<uint8_t>(a[i] | b[i]);
-    }
+    combine(a, b, length, out, [](uint8_t left, uint8_t right) { return static_cast<uint8_t>(left | right); });
     return RIB_OK;
 }
 
 uint32_t bmap_to_set(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out) {
-    for (size_t i = 0; i < length; i++) {
-        out[i] = static_cast<uint8_t>(b[i] & ~a[i]);
-    }
+    combine(a, b, length, out, [](uint8_t before, uint8_t after) { return static_cast<uint8_t>(after & ~before); });
     return RIB_OK;
 }
 

@@ -22,7 +22,6 @@ inline constexpr uint32_t block_kinds = 2;
 struct bud_chunk {
     uint16_t starts; ///< bit u: a block starts at unit u
     uint16_t used;   ///< bit u: and it is used
-    uint16_t sizes;  ///< bit s: there is a free block of size s + 1
 };
 
 /// The chunks and the sets over them, in one piece of memory.
@@ -62,10 +61,10 @@ struct bud {
 namespace ribkit {
 
 inline void count_block(struct bud &bud, block_kind kind, uint32_t size, uint32_t more) {
-    uint32_t &count = bud.count[kind][size - 1];
-    count += more;
+    const uint32_t count = bud.count[kind][size - 1] += more;
     if (kind == free_block) {
-        bud.free_sizes = (bud.free_sizes & ~(1U << (size - 1))) | (count != 0 ? 1U : 0U) << (size - 1);
+        const uint32_t bit = 1U << (size - 1);
+        bud.free_sizes = count != 0 ? bud.free_sizes | bit : bud.free_sizes & ~bit;
     }
 }
 

@@ -36,7 +36,7 @@ struct naive_buddy {
     void free(uint32_t size, uint32_t index) { buddy.free(size, index); }
 
     [[nodiscard]] uint8_t *image() const {
-        auto *words = static_cast<uint32_t *>(std::malloc(buddy.image_words() * 4));
+        auto *words = static_cast<uint32_t *>(std::malloc(size_t{4} * buddy.image_words()));
         buddy.save(words);
         return reinterpret_cast<uint8_t *>(words);
     }

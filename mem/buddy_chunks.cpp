@@ -17,68 +17,60 @@ tree_word *set_of(const bud_chunks &chunks, uint32_t size) {
     return chunks.sets + static_cast<size_t>(size - 1) * chunks.shape.words;
 }
 
-// Bit size - 1: the chunk has a free block of that size.
-uint32_t sizes_free(bud_chunk chunk) {
-    uint32_t sizes = 0;
-    for (uint32_t free = chunk.starts & ~static_cast<uint32_t>(chunk.used); free != 0; free &= free - 1) {
-        sizes |= 1U << (block_size(chunk, static_cast<uint32_t>(std::countr_zero(free))) - 1);
-    }
-    return sizes;
-}
-
-// Stores a chunk, and takes it into and out of the sets whose answer has changed.
-void put_chunk(bud_chunks &chunks, uint32_t number, bud_chunk changed) {
-    const uint32_t before = chunks.chunk[number].sizes;
-    const uint32_t after = sizes_free(changed);
-    changed.sizes = static_cast<uint16_t>(after);
-    chunks.chunk[number] = changed;
-    for (uint32_t differ = before ^ after; differ != 0; differ &= differ - 1) {
-        const auto size = static_cast<uint32_t>(std::countr_zero(differ)) + 1;
-        if ((after >> (size - 1) & 1) != 0) {
-            tree_insert(set_of(chunks, size), chunks.shape, number);
-        } else {
-            tree_erase(set_of(chunks, size), chunks.shape, number);
-        }
-    }
-}
-
+// The unit of the chunk's lowest free block of a size; chunk_units where there is none.
 uint32_t lowest_free(bud_chunk chunk, uint32_t size) {
-    uint32_t free = chunk.starts & ~static_cast<uint32_t>(chunk.used);
-    while (block_size(chunk, static_cast<uint32_t>(std::countr_zero(free))) != size) {
+    const uint32_t ends = chunk.starts | 1U << chunk_units;
+    uint32_t free = free_starts(chunk) & ends >> size; // of that size, or cut into smaller ones that end there
+    while (free != 0 && block_size(chunk, lowest_unit(free)) != size) {
         free &= free - 1;
     }
-    return static_cast<uint32_t>(std::countr_zero(free));
+    return lowest_unit(free | 1U << chunk_units);
 }
 
-// The unit at which the block in front of this one starts; the unit is a start, and not the first.
-uint32_t start_before(bud_chunk chunk, uint32_t unit) {
-    return 31 - static_cast<uint32_t>(std::countl_zero(chunk.starts & ((1U << unit) - 1)));
+void add_free(struct bud &bud, uint32_t number, uint32_t size) {
+    count_block(bud, free_block, size, 1);
+    tree_insert(set_of(bud.chunks, size), bud.chunks.shape, number);
 }
 
-bool left_is_free(bud_chunk chunk, uint32_t unit) {
-    return unit != 0 && block_starts(chunk, unit) && is_free(chunk, start_before(chunk, unit));
+// The block has gone from its chunk; another of its size may be there.
+void drop_free(struct bud &bud, uint32_t number, uint32_t size) {
+    count_block(bud, free_block, size, ~0U);
+    if (lowest_free(bud.chunks.chunk[number], size) == chunk_units) {
+        tree_erase(set_of(bud.chunks, size), bud.chunks.shape, number);
+    }
 }
 
-bool right_is_free(bud_chunk chunk, uint32_t unit, uint32_t size) {
-    return unit + size < chunk_units && is_free(chunk, unit + size);
+// The size of the free block that ends at this unit, where a block starts; 0 where there is none.
+uint32_t free_before(bud_chunk chunk, uint32_t unit) {
+    const uint32_t below = chunk.starts & (bit(unit) - 1U);
+    const uint32_t start = 31 - static_cast<uint32_t>(std::countl_zero(below | 1)); // in front of unit 0 are 0 units
+    return is_free(chunk, start) ? unit - start : 0;
 }
+
+// The size of the free block that starts at this unit, which may be beyond the chunk; 0 where there is none.
+uint32_t free_from(bud_chunk chunk, uint32_t unit) { return is_free(chunk, unit) ? block_size(chunk, unit) : 0; }
 
 void copy_chunks(bud_chunks &to, const bud_chunks &from, uint32_t count) {
     for (uint32_t number = 0; number < count; number++) {
-        put_chunk(to, number, from.chunk[number]); // what `to` holds there is empty
+        const bud_chunk chunk = to.chunk[number] = from.chunk[number];
+        for (uint32_t free = free_starts(chunk); free != 0; free &= free - 1) {
+            tree_insert(set_of(to, block_size(chunk, lowest_unit(free))), to.shape, number);
+        }
     }
 }
 
 } // namespace
 
-bool obtain_chunks(bud_chunks &chunks, uint32_t capacity) {
+bud_chunks obtain_chunks(uint32_t capacity) {
     capacity = std::max(capacity, 1U);
-    chunks.shape = tree_shape(capacity);
-    chunks.capacity = capacity;
-    const size_t sets = size_t{bud_sizes} * chunks.shape.words * sizeof(tree_word);
-    chunks.sets = static_cast<tree_word *>(std::calloc(1, sets + size_t{capacity} * sizeof(bud_chunk)));
-    chunks.chunk = reinterpret_cast<bud_chunk *>(chunks.sets + size_t{bud_sizes} * chunks.shape.words);
-    return chunks.sets != nullptr;
+    bud_chunks chunks{tree_shape(capacity), capacity, nullptr, nullptr};
+    const size_t set_words = size_t{bud_sizes} * chunks.shape.words;
+    void *block = std::calloc(1, set_words * sizeof(tree_word) + size_t{capacity} * sizeof(bud_chunk));
+    if (block != nullptr) {
+        chunks.sets = static_cast<tree_word *>(block);
+        chunks.chunk = reinterpret_cast<bud_chunk *>(chunks.sets + set_words);
+    }
+    return chunks;
 }
 
 void give_back(bud_chunks &chunks) {
@@ -98,7 +90,6 @@ bool enter_block(bud_chunks &chunks, block_kind kind, uint32_t size, uint32_t in
     if (kind == used_block) {
         chunk.used |= start;
     } else {
-        chunk.sizes |= bit(size - 1);
         tree_insert(set_of(chunks, size), chunks.shape, number);
     }
     return true;
@@ -134,8 +125,11 @@ bool reserve_chunk(struct bud &bud) {
     }
     const uint32_t most = chunks_below(bud.total);
     const uint32_t wanted = std::min(most, std::max(first_capacity, carved > most / 2 ? most : 2 * carved));
-    bud_chunks larger{tree_shape(0), 0, nullptr, nullptr};
-    if (!reserve_nodes(bud.lists, uint64_t{wanted} * chunk_units) || !obtain_chunks(larger, wanted)) {
+    if (!reserve_nodes(bud.lists, uint64_t{wanted} * chunk_units)) {
+        return false;
+    }
+    bud_chunks larger = obtain_chunks(wanted);
+    if (larger.sets == nullptr) {
         return false;
     }
     copy_chunks(larger, bud.chunks, carved);
@@ -147,27 +141,24 @@ bool reserve_chunk(struct bud &bud) {
 // Takes the lowest block of the smallest size that fits; `larger` is that size less the size wanted.
 uint32_t take_from_chunks(struct bud &bud, uint32_t size, uint32_t larger) {
     const uint32_t number = tree_lowest(set_of(bud.chunks, size + larger), bud.chunks.shape);
-    bud_chunk chunk = bud.chunks.chunk[number];
+    bud_chunk &chunk = bud.chunks.chunk[number];
     const uint32_t unit = lowest_free(chunk, size + larger);
     chunk.used |= bit(unit);
-    count_block(bud, free_block, size + larger, ~0U);
-    count_block(bud, used_block, size, 1);
     if (larger != 0) {
         chunk.starts |= bit(unit + size);
-        count_block(bud, free_block, larger, 1);
+        add_free(bud, number, larger);
     }
-    put_chunk(bud.chunks, number, chunk);
+    drop_free(bud, number, size + larger);
+    count_block(bud, used_block, size, 1);
     return number * chunk_units + unit;
 }
 
 void carve_chunk(struct bud &bud, uint32_t size) {
-    const auto starts = static_cast<uint16_t>(1U | 1U << size); // beyond the chunk when the block fills it
     const uint32_t number = bud.carve_mark / chunk_units;
-    bud.chunks.chunk[number] = {};
-    put_chunk(bud.chunks, number, {starts, 1, 0});
+    bud.chunks.chunk[number] = {static_cast<uint16_t>(1U | 1U << size), 1}; // the rest is beyond where there is none
     count_block(bud, used_block, size, 1);
     if (size != chunk_units) {
-        count_block(bud, free_block, chunk_units - size, 1);
+        add_free(bud, number, chunk_units - size);
     }
 }
 
@@ -177,33 +168,29 @@ freeing judge_free(const struct bud &bud, uint32_t size, uint32_t index) {
     if (block_starts(chunk, unit) && !is_free(chunk, unit) && block_size(chunk, unit) == size) {
         return freeing::sound;
     }
-    const bool left = left_is_free(chunk, unit) && unit - start_before(chunk, unit) <= chunk_units - size;
-    return left || right_is_free(chunk, unit, size) ? freeing::unsound : freeing::nothing;
+    const uint32_t left = block_starts(chunk, unit) ? free_before(chunk, unit) : 0;
+    const bool fits = left != 0 && left <= chunk_units - size;
+    return fits || free_from(chunk, unit + size) != 0 ? freeing::unsound : freeing::nothing;
 }
 
 void free_in_chunks(struct bud &bud, uint32_t size, uint32_t index) {
     const uint32_t number = index / chunk_units;
     const uint32_t unit = index % chunk_units;
-    bud_chunk chunk = bud.chunks.chunk[number];
-    uint32_t merged = size;
-    count_block(bud, used_block, size, ~0U);
-    const bool left = left_is_free(chunk, unit);
-    if (right_is_free(chunk, unit, size)) {
-        const uint32_t right = block_size(chunk, unit + size);
-        count_block(bud, free_block, right, ~0U);
-        chunk.starts &= static_cast<uint16_t>(~bit(unit + size));
-        merged += right;
-    }
+    bud_chunk &chunk = bud.chunks.chunk[number];
+    const uint32_t left = free_before(chunk, unit);
+    const uint32_t right = free_from(chunk, unit + size);
     chunk.used &= static_cast<uint16_t>(~bit(unit));
-    if (left) {
-        const uint32_t before = unit - start_before(chunk, unit);
-        count_block(bud, free_block, before, ~0U);
-        chunk.starts &= static_cast<uint16_t>(~bit(unit));
-        merged += before;
+    if (right != 0) {
+        chunk.starts &= static_cast<uint16_t>(~bit(unit + size));
+        drop_free(bud, number, right);
     }
-    count_block(bud, free_block, merged, 1);
-    put_chunk(bud.chunks, number, chunk);
-    if (merged == chunk_units) {
+    if (left != 0) {
+        chunk.starts &= static_cast<uint16_t>(~bit(unit));
+        drop_free(bud, number, left);
+    }
+    count_block(bud, used_block, size, ~0U);
+    add_free(bud, number, left + size + right);
+    if (left + size + right == chunk_units) {
         release_top_chunks(bud);
     }
 }
@@ -215,8 +202,8 @@ void release_top_chunks(struct bud &bud) {
         if (chunk.starts != 1 || chunk.used != 0) {
             return;
         }
-        put_chunk(bud.chunks, top, {});
-        count_block(bud, free_block, chunk_units, ~0U);
+        bud.chunks.chunk[top] = {};
+        drop_free(bud, top, chunk_units);
         bud.free_space += chunk_units;
         bud.carve_mark -= chunk_units;
     }

@@ -5,13 +5,17 @@
 
 namespace ribkit {
 
+/// The lowest of a set of units that is not empty.
+inline uint32_t lowest_unit(uint32_t units) { return static_cast<uint32_t>(__builtin_ctz(units)); }
+
 /// The size of the block that starts at this unit of the chunk.
 inline uint32_t block_size(bud_chunk chunk, uint32_t unit) {
-    return 1 + static_cast<uint32_t>(std::countr_zero((chunk.starts | 1U << chunk_units) >> (unit + 1)));
+    return 1 + lowest_unit((chunk.starts | 1U << chunk_units) >> (unit + 1));
 }
 
+inline uint32_t free_starts(bud_chunk chunk) { return chunk.starts & ~static_cast<uint32_t>(chunk.used); }
 inline bool block_starts(bud_chunk chunk, uint32_t unit) { return (chunk.starts >> unit & 1) != 0; }
-inline bool is_free(bud_chunk chunk, uint32_t unit) { return ((chunk.starts & ~chunk.used) >> unit & 1) != 0; }
+inline bool is_free(bud_chunk chunk, uint32_t unit) { return (free_starts(chunk) >> unit & 1) != 0; }
 
 inline uint32_t chunks_below(uint32_t carve_mark) {
     return carve_mark / chunk_units + (carve_mark % chunk_units != 0 ? 1 : 0);
@@ -24,8 +28,8 @@ inline uint32_t listed_starts(const struct bud &bud, uint32_t number) {
                                : bud.chunks.chunk[number].starts;
 }
 
-/// Chunks for a carved area, all empty. False when memory fails.
-bool obtain_chunks(bud_chunks &chunks, uint32_t capacity);
+/// Chunks for a carved area, all empty; without sets when memory fails.
+bud_chunks obtain_chunks(uint32_t capacity);
 void give_back(bud_chunks &chunks);
 
 /// Enters a block, in a chunk that is being filled. False where one starts there already.

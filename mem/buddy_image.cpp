@@ -37,32 +37,25 @@ struct group {
     uint64_t starts = 0;
     uint64_t used = 0;
 
-    group(const struct bud &bud, uint32_t first) {
-        const uint32_t count = std::min(group_chunks, chunks_below(bud.carve_mark) - first);
+    group(const bud_chunk *chunk, uint32_t count) {
         for (uint32_t i = 0; i < count; i++) {
-            starts |= uint64_t{bud.chunks.chunk[first + i].starts} << i * chunk_units;
-            used |= uint64_t{bud.chunks.chunk[first + i].used} << i * chunk_units;
+            starts |= uint64_t{chunk[i].starts} << i * chunk_units;
+            used |= uint64_t{chunk[i].used} << i * chunk_units;
         }
-        if (count < group_chunks) {
-            starts |= uint64_t{1} << count * chunk_units;
-        }
-    }
-
-    // The end of the block that starts at this unit.
-    [[nodiscard]] uint32_t end(uint32_t unit) const {
-        const uint64_t later = starts & ~uint64_t{1} << unit;
-        return later != 0 ? static_cast<uint32_t>(std::countr_zero(later)) : group_units;
     }
 };
 
+// Each block ends where the next one starts; the last one with the group or the carved area.
 void save_chunks(const struct bud &bud, uint8_t *image, cursors at) {
     for (uint32_t base = 0; base < bud.carve_mark; base += group_units) {
-        const group blocks(bud, base / chunk_units);
-        const uint32_t units = bud.carve_mark - base;
-        uint64_t starts = units < group_units ? blocks.starts & ((uint64_t{1} << units) - 1) : blocks.starts;
-        for (; starts != 0; starts &= starts - 1) {
-            const auto unit = static_cast<uint32_t>(std::countr_zero(starts));
-            store_word(image, at.word[blocks.used >> unit & 1][blocks.end(unit) - unit - 1]++, base + unit);
+        const uint32_t end = std::min(group_units, bud.carve_mark - base);
+        const group blocks(bud.chunks.chunk + base / chunk_units, chunks_below(end));
+        uint64_t later = blocks.starts;
+        for (uint32_t unit = 0; unit < end;) {
+            later &= later - 1;
+            const uint32_t next = std::min(end, static_cast<uint32_t>(std::countr_zero(later)));
+            store_word(image, at.word[blocks.used >> unit & 1][next - unit - 1]++, base + unit);
+            unit = next;
         }
     }
 }
@@ -85,7 +78,7 @@ struct image_head {
     uint32_t carve_mark;
     uint32_t count[block_kinds][bud_sizes];
 };
-static_assert(sizeof(image_head) == BUD_IMAGE_FIXED_SIZE && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
+static_assert(fixed_words * word_bytes == BUD_IMAGE_FIXED_SIZE && sizeof(image_head) == BUD_IMAGE_FIXED_SIZE);
 
 // Whether chunks can hold the image's blocks, as far as its head tells: all carved units once, and no carving from
 // within a chunk.
@@ -98,14 +91,13 @@ bool may_be_chunks(const image_head &head) {
     return units == head.carve_mark && (head.carve_mark % chunk_units == 0 || !carves);
 }
 
-// One list: ascending, inside the carved area and inside chunks.
+// One list: ascending, and starting in the carved area.
 bool enter_list(bud_chunks &chunks, const uint8_t *indices, uint32_t count, block_kind kind, uint32_t size,
                 uint32_t carve_mark) {
     uint64_t least = 0;
     for (uint32_t i = 0; i < count; i++) {
         const uint32_t index = load_word(indices, i);
-        if (index < least || index >= carve_mark || size > carve_mark - index ||
-            index % chunk_units + size > chunk_units || !enter_block(chunks, kind, size, index)) {
+        if (index < least || index >= carve_mark || !enter_block(chunks, kind, size, index)) {
             return false;
         }
         least = uint64_t{index} + size;
@@ -152,8 +144,11 @@ bool fill_chunks(bud_chunks &chunks, const uint8_t *image, const image_head &hea
 }
 
 bool restore_chunks(struct bud &bud, const uint8_t *image, const image_head &head) {
-    bud_chunks chunks{tree_shape(0), 0, nullptr, nullptr};
-    if (!may_be_chunks(head) || !obtain_chunks(chunks, chunks_below(head.carve_mark))) {
+    if (!may_be_chunks(head)) {
+        return false;
+    }
+    bud_chunks chunks = obtain_chunks(chunks_below(head.carve_mark));
+    if (chunks.sets == nullptr) {
         return false;
     }
     if (!fill_chunks(chunks, image, head)) {

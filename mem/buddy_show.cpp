@@ -26,7 +26,7 @@ void show_chunks(const struct bud &bud, block_kind kind, uint32_t size) {
     for (uint32_t number = 0; number < chunks_below(bud.carve_mark); number++) {
         const bud_chunk chunk = bud.chunks.chunk[number];
         for (uint32_t starts = listed_starts(bud, number); starts != 0; starts &= starts - 1) {
-            const auto unit = static_cast<uint32_t>(std::countr_zero(starts));
+            const uint32_t unit = lowest_unit(starts);
             if (is_free(chunk, unit) == (kind == free_block) && block_size(chunk, unit) == size) {
                 print(number * chunk_units + unit);
             }

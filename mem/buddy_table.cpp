@@ -33,8 +33,11 @@ template <typename Add> uint32_t each_run(const uint32_t *table, uint32_t carve_
 }
 
 bool build_chunks(struct bud &bud, const uint32_t *table) {
-    bud_chunks chunks{tree_shape(0), 0, nullptr, nullptr};
-    if (!lists_nothing(bud) || !obtain_chunks(chunks, chunks_below(bud.carve_mark))) {
+    if (!lists_nothing(bud)) {
+        return false;
+    }
+    bud_chunks chunks = obtain_chunks(chunks_below(bud.carve_mark));
+    if (chunks.sets == nullptr) {
         return false;
     }
     uint32_t count[block_kinds][bud_sizes] = {};

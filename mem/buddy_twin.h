@@ -1,8 +1,10 @@
-// A buddy descriptor and its model, given the same calls; what each answers, counts, saves and shows is compared.
+// A buddy descriptor and its model, given the same calls; what each answers, counts, saves and shows is compared. And
+// what else the buddy's tests share.
 #pragma once
 
 #include "mem/buddy.h"
 #include "mem/naive_buddy.h"
+#include "mem/random_words.h"
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -10,6 +12,8 @@
 namespace ribkit::testing {
 
 using words = std::vector<uint32_t>;
+
+inline constexpr uint32_t none = 0xdeadbeef;
 
 words saved_by(const struct bud *bud);
 words saved_by(const naive::buddy &model);
@@ -48,5 +52,23 @@ class twin_buddies {
     struct bud *bud_;
     std::vector<block> live_;
 };
+
+/// An image from its lists, in the order given.
+words image_of(uint32_t total, uint32_t free_space, uint32_t carve_mark, const std::vector<twin_buddies::block> &free,
+               const std::vector<twin_buddies::block> &used);
+
+/// The index of a block that there is room for.
+uint32_t alloc(struct bud *bud, uint32_t size);
+
+struct walk_options {
+    uint32_t total;
+    uint32_t fill_percent; ///< of the units, about which the walk swings
+    uint32_t nonsense;     ///< per mille
+    uint32_t steps;
+    uint32_t every; ///< steps between two comparisons
+};
+
+void random_step(twin_buddies &twins, random_words &random, const walk_options &options, uint32_t &used);
+void random_walk(twin_buddies &twins, const walk_options &options);
 
 } // namespace ribkit::testing

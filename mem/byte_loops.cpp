@@ -10,16 +10,20 @@ void loop_init(uint8_t *map, uint32_t length) {
     }
 }
 
-void loop_set(uint8_t *map, uint32_t length, uint32_t position) {
-    if (position >> 3 <= length) {
-        map[position >> 3] |= static_cast<uint8_t>(1U << (position & 7));
+uint32_t loop_set(uint8_t *map, uint32_t length, uint32_t position) {
+    if (position >> 3 > length) {
+        return 1;
     }
+    map[position >> 3] |= static_cast<uint8_t>(1U << (position & 7));
+    return 0;
 }
 
-void loop_clr(uint8_t *map, uint32_t length, uint32_t position) {
-    if (position >> 3 <= length) {
-        map[position >> 3] &= static_cast<uint8_t>(~(1U << (position & 7)));
+uint32_t loop_clr(uint8_t *map, uint32_t length, uint32_t position) {
+    if (position >> 3 > length) {
+        return 1;
     }
+    map[position >> 3] &= static_cast<uint8_t>(~(1U << (position & 7)));
+    return 0;
 }
 
 uint32_t loop_is_set(const uint8_t *map, uint32_t length, uint32_t position) {

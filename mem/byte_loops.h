@@ -6,8 +6,8 @@
 namespace ribkit::bench {
 
 void loop_init(uint8_t *map, uint32_t length);
-void loop_set(uint8_t *map, uint32_t length, uint32_t position);
-void loop_clr(uint8_t *map, uint32_t length, uint32_t position);
+uint32_t loop_set(uint8_t *map, uint32_t length, uint32_t position);
+uint32_t loop_clr(uint8_t *map, uint32_t length, uint32_t position);
 uint32_t loop_is_set(const uint8_t *map, uint32_t length, uint32_t position);
 uint32_t loop_next_set(const uint8_t *map, uint32_t length, uint32_t start, uint32_t *position);
 uint32_t loop_next_clr(uint8_t *map, uint32_t length, uint32_t start, uint32_t *position);

@@ -57,7 +57,7 @@ struct cont *cont_create(const struct cont_config *config, const uint32_t *sizes
     if (made == nullptr) {
         return nullptr;
     }
-    made->segment = static_cast<segment *>(std::calloc(config->segments, sizeof(segment)));
+    made->segment = obtain_segments(config->segments);
     if (made->segment != nullptr && lay_out(made->segment, *config, sizes)) {
         made->total = config->total;
         made->block_size = config->block_size;

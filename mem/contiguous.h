@@ -3,6 +3,7 @@
 
 #include "rib_mem.h"
 #include <cstdint>
+#include <cstdlib>
 
 namespace ribkit {
 
@@ -36,6 +37,11 @@ inline uint32_t segment_count(const struct cont &cont) { return cont.segments < 
 
 inline bool has_segment(const struct cont *cont, uint32_t number) {
     return cont != nullptr && number < segment_count(*cont);
+}
+
+/// Records for this many segments, all zero; null when memory fails, and only then.
+inline segment *obtain_segments(uint32_t count) {
+    return static_cast<segment *>(std::calloc(count != 0 ? count : 1, sizeof(segment)));
 }
 
 /// A segment grows downwards (up: into what was its predecessor's) or upwards by blocks of its neighbour's.

@@ -8,8 +8,8 @@ using namespace ribkit;
 
 namespace {
 
-constexpr uint32_t header_size = 3 * word_bytes;
-static_assert(sizeof(segment) == 3 * word_bytes);
+constexpr size_t header_size = size_t{3} * word_bytes;
+static_assert(sizeof(segment) == header_size); // as many words as a record has
 
 } // namespace
 
@@ -46,7 +46,7 @@ uint32_t cont_deserialize(struct cont *cont, const uint8_t *buffer, uint32_t len
     }
     std::free(cont->segment);
     cont->held = 0;
-    cont->segment = static_cast<segment *>(std::calloc(cont->segments, sizeof(segment)));
+    cont->segment = obtain_segments(cont->segments);
     if (cont->segment == nullptr) {
         return RIB_OUT_OF_MEMORY;
     }

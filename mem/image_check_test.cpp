@@ -163,12 +163,12 @@ TEST(image_check, an_image_of_the_switch_loads_here) {
 TEST(image_check, accepted_images_are_safe) {
     ribkit::random_words random(47);
     for (uint32_t round = 0; round < RIBKIT_RANDOM_STEPS / 500; round++) {
-        bytes image(140 + random() % 20 * 4);
+        bytes image(140 + size_t{random() % 20} * 4);
         for (size_t i = 140; i < image.size(); i += 4) {
             put(image, i, random() % 4 == 0 ? random() : random() % 100);
-            image[12 + random() % 32 * 4 + 3]++;
+            image[12 + size_t{random() % 32} * 4 + 3]++;
         }
-        put(image, random() % 3 * 4, random() % 2 != 0 ? random() : random() % 100);
+        put(image, size_t{4} * (random() % 3), random() % 2 != 0 ? random() : random() % 100);
         const guarded exact(image);
         ASSERT_EQ(bud_check_image(exact.data(), static_cast<uint32_t>(image.size()), nullptr), RIB_OK);
         ASSERT_EQ(bud_image_ntoh(exact.data(), exact.data()), image.size());
@@ -187,7 +187,7 @@ TEST(image_check, accepted_segments_are_safe) {
     ribkit::random_words random(48);
     for (uint32_t round = 0; round < RIBKIT_RANDOM_STEPS / 2000; round++) {
         const uint32_t segments = random() % 5;
-        bytes image((segments + 1) * 12);
+        bytes image(size_t{12} * (segments + 1));
         for (size_t i = 0; i < image.size(); i += 4) {
             put(image, i, random() % 4 == 0 ? random() : random() % 10);
         }

@@ -34,23 +34,29 @@ void give_back(pool_chunk *chunk) {
     std::free(chunk);
 }
 
-// The pieces of a chunk that could not be completed are not given back.
+bool complete(const struct pool &pool, pool_chunk &made) {
+    made.bitmap = static_cast<uint8_t *>(std::malloc(pool.bitmap_size));
+    if (made.bitmap == nullptr) {
+        rib_printf_time("pool_new_chunk() no memory for new->bmap!\n");
+        return false;
+    }
+    bmap_init(made.bitmap, pool.bitmap_size);
+    made.data = static_cast<uint8_t *>(std::calloc(pool.chunk_size, pool.data_size));
+    if (made.data == nullptr) {
+        rib_printf_time("pool_new_chunk() no memory for new->chunk!\n");
+        return false;
+    }
+    return true;
+}
+
 pool_chunk *pool_new_chunk(struct pool &pool) {
     auto *made = index_reserve(pool) ? static_cast<pool_chunk *>(std::calloc(1, sizeof(pool_chunk))) : nullptr;
     if (made == nullptr) {
         rib_printf_time("pool_new_chunk() no memory for new!\n");
         return nullptr;
     }
-    made->bitmap = static_cast<uint8_t *>(std::malloc(pool.bitmap_size));
-    if (made->bitmap == nullptr) {
-        rib_printf_time("pool_new_chunk() no memory for new->bmap!\n"); // NOLINT(clang-analyzer-unix.Malloc): see above
-        return nullptr;
-    }
-    bmap_init(made->bitmap, pool.bitmap_size);
-    made->data = static_cast<uint8_t *>(std::calloc(pool.chunk_size, pool.data_size));
-    if (made->data == nullptr) {
-        rib_printf_time("pool_new_chunk() no memory for new->chunk!\n"); // NOLINT(clang-analyzer-unix.Malloc)
-        return nullptr;
+    if (!complete(pool, *made)) {
+        return nullptr; // NOLINT(clang-analyzer-unix.Malloc): what was obtained is not given back
     }
     append(pool, made);
     return made;

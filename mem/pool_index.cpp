@@ -1,7 +1,6 @@
 #include "mem/pool.h"
 
 #include <cstdlib>
-#include <cstring>
 
 namespace ribkit {
 
@@ -51,22 +50,16 @@ void use_first_arrays(pool_index &index) {
     index.block = nullptr;
 }
 
-void add_slot(struct pool &pool, pool_chunk *chunk) {
-    pool_index &index = pool.index;
+void add_slot(pool_index &index, pool_chunk *chunk) {
     chunk->slot = index.next_slot++;
     index.slots[chunk->slot] = chunk;
-    if (chunk->used < pool.chunk_size) {
-        tree_insert(index.room, index.shape, chunk->slot);
-    }
 }
 
-// Numbers the chunks anew, without the gaps that removed ones left.
+// Numbers the chunks anew, without the gaps that removed ones left. None of them has room, or no chunk would be made.
 void close_gaps(struct pool &pool) {
-    pool_index &index = pool.index;
-    std::memset(index.room, 0, index.shape.words * sizeof *index.room);
-    index.next_slot = 0;
+    pool.index.next_slot = 0;
     for (pool_chunk *chunk = pool.first; chunk != nullptr; chunk = chunk->next) {
-        add_slot(pool, chunk);
+        add_slot(pool.index, chunk);
     }
 }
 
@@ -136,9 +129,13 @@ bool index_reserve(struct pool &pool) {
 }
 
 void index_add(struct pool &pool, pool_chunk *chunk) {
-    add_slot(pool, chunk);
-    file(pool.index, chunk);
-    pool.index.chunks++;
+    pool_index &index = pool.index;
+    add_slot(index, chunk);
+    if (chunk->used < pool.chunk_size) {
+        tree_insert(index.room, index.shape, chunk->slot);
+    }
+    file(index, chunk);
+    index.chunks++;
 }
 
 void index_remove(struct pool &pool, pool_chunk *chunk) {

@@ -42,9 +42,9 @@ struct pool_index {
 void index_start(struct pool &pool);
 void index_end(struct pool &pool);
 
-/// Makes sure of a slot for one more chunk. False when memory fails.
+/// Makes sure of a slot for one more chunk, where none has room. False when memory fails.
 bool index_reserve(struct pool &pool);
-/// Takes in a chunk with room, the last of the list.
+/// Takes in a fresh chunk, the last of the list.
 void index_add(struct pool &pool, pool_chunk *chunk);
 void index_remove(struct pool &pool, pool_chunk *chunk);
 
