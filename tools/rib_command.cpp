@@ -45,10 +45,7 @@ int run_rib(const rib_command_options &options) {
     rib.stop();
     const rib_state state(rib);
     if (!json.alone()) {
-        tables.display(state.routes);
-        if (options.memory) {
-            rib.tables().store().show();
-        }
+        tables.display(rib, options.memory);
         std::puts(('\n' + summary_text(state)).c_str());
     }
     if (json.wanted()) {

@@ -38,4 +38,11 @@ void table_choice::display(const held_routes &routes) const {
     }
 }
 
+void table_choice::display(const rib_service &stopped, bool memory) const {
+    display(stopped.tables().routes());
+    if (memory) {
+        stopped.tables().store().show();
+    }
+}
+
 } // namespace ribkit

@@ -1,6 +1,7 @@
 // The RIB's routes on standard output, as the switch displays them.
 #pragma once
 
+#include "tools/rib_service.h"
 #include "tools/routes.h"
 
 #include <cstdint>
@@ -19,6 +20,9 @@ class table_choice {
     [[nodiscard]] std::optional<uint32_t> vsan() const { return vsan_; }
 
     void display(const held_routes &routes) const;
+
+    /// The routes of a RIB that has stopped, and on request what its tables are made of.
+    void display(const rib_service &stopped, bool memory) const;
 
   private:
     std::string text_;
