@@ -39,6 +39,7 @@ struct virtual_clock {
     time_point now{};
     real_clock::time_point last_move{};
     uint64_t numbers = 0;
+    uint32_t claims_on_real_time = 0;
 
     void add(time_point when, occasion what, uint64_t &number) {
         number = ++numbers;
@@ -171,15 +172,32 @@ time_point clock_now() {
     return clock.now;
 }
 
-void set_virtual_clock(bool on) {
+bool set_virtual_clock(bool on) {
     virtual_clock &clock = virtual_time();
     const std::scoped_lock lock{clock.lock};
+    if (on && clock.claims_on_real_time != 0) {
+        return false;
+    }
     is_virtual = on;
     clock.now = {};
     clock.holder = nullptr;
     clock.ready.clear();
     std::erase_if(clock.ahead, [](const auto &one) { return one.second.wait == nullptr; });
     clock.handed_over.notify_all();
+    return true;
+}
+
+bool claim_real_time() {
+    virtual_clock &clock = virtual_time();
+    const std::scoped_lock lock{clock.lock};
+    clock.claims_on_real_time += is_virtual ? 0 : 1;
+    return !is_virtual;
+}
+
+void release_real_time() {
+    virtual_clock &clock = virtual_time();
+    const std::scoped_lock lock{clock.lock};
+    --clock.claims_on_real_time;
 }
 
 void take_turn() {

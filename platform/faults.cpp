@@ -11,9 +11,12 @@ std::atomic<fault_script *> in_force{nullptr};
 
 } // namespace
 
-void set_faults(std::unique_ptr<fault_script> script) {
-    set_virtual_clock(script != nullptr && script->wants_virtual_clock());
+bool set_faults(std::unique_ptr<fault_script> script) {
+    if (!set_virtual_clock(script != nullptr && script->virtual_clock_line() != 0)) {
+        return false;
+    }
     const std::unique_ptr<fault_script> before{in_force.exchange(script.release())};
+    return true;
 }
 
 fault_script *faults() { return in_force.load(std::memory_order_acquire); }

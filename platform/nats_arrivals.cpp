@@ -122,17 +122,10 @@ void nats_endpoint::reconnected(int64_t most) {
 
 void nats_endpoint::failed(natsStatus status) {
     record_event(std::string{"nats: "} + natsStatus_GetText(status));
-    const char *text = nullptr;
-    if (status != NATS_NOT_PERMITTED || natsConnection_GetLastError(connection_.get(), &text) != status ||
-        text == nullptr) {
+    const std::string subject = status == NATS_NOT_PERMITTED ? last_refused(nats_publishing) : "";
+    if (subject.empty()) {
         return;
     }
-    const char *start = std::strchr(text, '"');
-    const char *end = std::strrchr(text, '"');
-    if (start == nullptr || start == end || std::strstr(text, "Publish") == nullptr) {
-        return;
-    }
-    const std::string subject{start + 1, end};
     const std::scoped_lock lock{office_->lock};
     forbidden_.insert(subject);
     for (const auto &[token, asked] : asked_) {

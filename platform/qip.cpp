@@ -106,6 +106,22 @@ const message *received(const qip_ref *ref) {
     return letter != nullptr && letter->received ? letter : nullptr;
 }
 
+/// "" or what follows "FILE:".
+std::string load_faults(const char *file) {
+    std::ifstream stream{file};
+    const std::string text{std::istreambuf_iterator<char>{stream}, {}};
+    if (!stream.is_open() || stream.bad()) {
+        return " cannot be read";
+    }
+    auto script = std::make_unique<fault_script>();
+    std::string wrong = script->parse(text);
+    const uint32_t line = script->virtual_clock_line();
+    if (wrong.empty() && !set_faults(std::move(script))) {
+        wrong = std::to_string(line) + ": no virtual clock while a handle on a server is open";
+    }
+    return wrong;
+}
+
 } // namespace
 
 int qip_open(const char *url, uint32_t *handle) {
@@ -193,15 +209,11 @@ int qip_faults_load(const char *file, char *error, uint32_t error_size) {
             set_faults(nullptr);
             return 0;
         }
-        auto script = std::make_unique<fault_script>();
-        std::ifstream stream{file};
-        const std::string text{std::istreambuf_iterator<char>{stream}, {}};
-        const std::string wrong = stream.is_open() ? script->parse(text) : "cannot be read";
+        const std::string wrong = load_faults(file);
         if (!wrong.empty()) {
-            std::snprintf(error, error_size, "%s:%s%s", file, stream.is_open() ? "" : " ", wrong.c_str());
+            std::snprintf(error, error_size, "%s:%s", file, wrong.c_str());
             return EINVAL;
         }
-        set_faults(std::move(script));
         return 0;
     });
 }
