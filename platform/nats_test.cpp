@@ -1,4 +1,5 @@
 // The bus over a server that the tests start themselves.
+#include "platform/fault_fixture.h"
 #include "platform/nats_fixture.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
@@ -173,6 +174,38 @@ TEST_F(over_nats, several_threads_on_one_handle) {
     for (std::thread &one : asking) {
         one.join();
     }
+}
+
+// A server keeps real time.
+TEST_F(over_nats, no_virtual_clock_while_a_handle_is_open) {
+    ASSERT_EQ(load_script("fail send 1 EIO"), "");
+    EXPECT_EQ(load_script("seed 1\nclock virtual\n"), ":2: no virtual clock while a handle on a server is open");
+    EXPECT_EQ(send_text(client, "?"), EIO); // the script before stays in force
+    qip_close(client);
+    EXPECT_EQ(load_script("clock virtual"), ":1: no virtual clock while a handle on a server is open");
+    qip_close(rib_handle);
+    EXPECT_EQ(load_script("clock virtual"), "");
+    EXPECT_EQ(error_of_opening(server.url()), ENOTSUP);
+    EXPECT_EQ(error_of_opening("local:"), 0);
+    EXPECT_EQ(load_script(nullptr), "");
+    EXPECT_EQ(error_of_opening(server.url()), 0);
+}
+
+// A handle that could not be opened claims nothing.
+TEST(nats_servers, that_are_not_there_keep_no_time) {
+    EXPECT_EQ(error_of_opening("nats://127.0.0.1:1"), ECONNREFUSED);
+    EXPECT_EQ(load_script("clock virtual"), "");
+    EXPECT_EQ(load_script(nullptr), "");
+}
+
+// Faults are on our side of the server.
+TEST_F(over_nats, under_a_fault_script) {
+    ASSERT_EQ(load_script("drop 1\ntruncate 2 2\nfail recv 2 EIO"), "");
+    ASSERT_EQ(send_text(client, "lost"), 0);
+    ASSERT_EQ(send_text(client, "cut"), 0);
+    EXPECT_EQ(taken(rib_handle, within(60000)), "cu");
+    EXPECT_EQ(taken(rib_handle, within(60000)), refused(EIO));
+    EXPECT_EQ(load_script(nullptr), "");
 }
 
 TEST(nats_servers, that_are_not_there) {

@@ -11,8 +11,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <new>
 #include <string>
 
@@ -106,22 +104,6 @@ const message *received(const qip_ref *ref) {
     return letter != nullptr && letter->received ? letter : nullptr;
 }
 
-/// "" or what follows "FILE:".
-std::string load_faults(const char *file) {
-    std::ifstream stream{file};
-    const std::string text{std::istreambuf_iterator<char>{stream}, {}};
-    if (!stream.is_open() || stream.bad()) {
-        return " cannot be read";
-    }
-    auto script = std::make_unique<fault_script>();
-    std::string wrong = script->parse(text);
-    const uint32_t line = script->virtual_clock_line();
-    if (wrong.empty() && !set_faults(std::move(script))) {
-        wrong = std::to_string(line) + ": no virtual clock while a handle on a server is open";
-    }
-    return wrong;
-}
-
 } // namespace
 
 int qip_open(const char *url, uint32_t *handle) {
@@ -206,7 +188,7 @@ uint32_t qip_refs_held(void) { return references_held(); }
 int qip_faults_load(const char *file, char *error, uint32_t error_size) {
     return answered_by([&] {
         if (file == nullptr) {
-            set_faults(nullptr);
+            end_faults();
             return 0;
         }
         const std::string wrong = load_faults(file);
