@@ -4,8 +4,11 @@
 
 #include <atomic>
 #include <deque>
+#include <fstream>
 #include <map>
+#include <string>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace ribkit::platform {
@@ -15,14 +18,26 @@ using real_clock = std::chrono::steady_clock;
 static std::atomic<bool> is_virtual{false};
 
 struct thread_turn {
+    pid_t thread = gettid();
+
     thread_turn() = default;
     thread_turn(const thread_turn &) = delete;
     thread_turn &operator=(const thread_turn &) = delete;
     ~thread_turn();
 };
 
+// By the letter behind the name in "1234 (name) S ...".
+static bool sleeps(pid_t thread) {
+    std::ifstream stream{"/proc/self/task/" + std::to_string(thread) + "/stat"};
+    std::string text;
+    std::getline(stream, text);
+    const size_t name_end = text.rfind(')');
+    return name_end == std::string::npos || text.compare(name_end, 3, ") R") != 0;
+}
+
 struct virtual_clock {
     // A thread that holds the baton and waits for something else than the service must not stop the others for ever.
+    // One that wants to run, but is not let by a busy machine, keeps it: a run has to go the same way there.
     static constexpr std::chrono::milliseconds longest_standstill{250};
     static constexpr std::chrono::milliseconds look_around{50};
 
@@ -156,7 +171,7 @@ void virtual_clock::await_turn(std::unique_lock<std::mutex> &locked, thread_turn
             break;
         }
         handed_over.wait_for(locked, look_around);
-        if (holder != nullptr && real_clock::now() - last_move > longest_standstill) {
+        if (holder != nullptr && real_clock::now() - last_move > longest_standstill && sleeps(holder->thread)) {
             holder = nullptr;
         }
     }

@@ -116,9 +116,33 @@ TEST_F(faulty, a_late_message_arrives_in_its_turn) {
 
 TEST_F(faulty, a_late_message_on_the_real_clock) {
     load("delay 1 20\n");
+    const time_point before = clock_now();
     ASSERT_EQ(send_text(client, "late"), 0);
-    EXPECT_EQ(incoming(), refused(EAGAIN));
     EXPECT_EQ(taken(server, within(0)), "late");
+    EXPECT_GE(clock_now() - before, milliseconds{20});
+}
+
+TEST_F(faulty, who_is_at_work_keeps_its_turn) {
+    load("clock virtual");
+    const time_point end = std::chrono::steady_clock::now() + milliseconds{400};
+    ASSERT_EQ(send_text(client, "first"), 0);
+    std::thread other{[this] { EXPECT_EQ(send_text(client, "other's"), 0); }};
+    while (std::chrono::steady_clock::now() < end) {
+    }
+    ASSERT_EQ(send_text(client, "second"), 0);
+    other.join();
+    for (const char *text : {"first", "second", "other's"}) {
+        EXPECT_EQ(incoming(), text);
+    }
+}
+
+TEST_F(faulty, who_waits_for_something_else_stops_nobody) {
+    load("clock virtual");
+    ASSERT_EQ(send_text(client, "first"), 0);
+    std::thread other{[this] { EXPECT_EQ(send_text(client, "other's"), 0); }};
+    other.join();
+    EXPECT_EQ(incoming(), "first");
+    EXPECT_EQ(incoming(), "other's");
 }
 
 TEST_F(faulty, a_late_message_for_a_closed_handle_is_thrown_away) {

@@ -4,6 +4,8 @@
 #include "platform/nats_server.h"
 #include "platform/service_fixture.h"
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -81,5 +83,19 @@ class environment {
   private:
     const char *name_;
 };
+
+struct user_variables {
+    user_variables(const std::string &name, const std::string &password)
+        : first{"RIBKIT_NATS_USER", name}, second{"RIBKIT_NATS_PASSWORD", password} {}
+
+    environment first;
+    environment second;
+};
+
+/// The content of a file of the source tree.
+inline std::string in_the_tree(const std::string &file) {
+    std::ifstream stream{RIBKIT_SOURCE_DIR "/" + file};
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
 
 } // namespace ribkit::platform

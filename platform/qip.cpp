@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <new>
 #include <string>
+#include <system_error>
 
 using namespace ribkit::platform;
 
@@ -24,6 +25,8 @@ template <typename Action> int answered_by(const Action &action) {
         error = action();
     } catch (const std::bad_alloc &) {
         error = ENOMEM;
+    } catch (const std::system_error &failure) { // a thread that cannot be started
+        error = failure.code().value();
     }
     if (error == 0) {
         return 0;
