@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,13 @@ TEST(fault_script_text, is_accepted) {
     EXPECT_EQ(parsed("# comment\n\n  seed 7  # and another\nclock virtual\n"), "");
     EXPECT_EQ(parsed("fail send 3 ETIMEDOUT\nfail recv every 2 5\nfail drop one-in 10 EBADF"), "");
     EXPECT_EQ(parsed("drop 1\ndelay every 3 250\nduplicate 2\nreorder one-in 4\ntruncate 5 0"), "");
+}
+
+TEST(fault_script_text, of_the_example_is_accepted) {
+    std::ifstream stream{RIBKIT_SOURCE_DIR "/examples/faults/bad_day.faults"};
+    const std::string text{std::istreambuf_iterator<char>{stream}, {}};
+    EXPECT_NE(text, "");
+    EXPECT_EQ(parsed(text), "");
 }
 
 TEST(fault_script_text, is_refused_with_its_line) {

@@ -105,6 +105,7 @@ TEST(nats_tokens, in_url_and_environment) {
     }
     const environment token{"RIBKIT_NATS_TOKEN", "wrong"};
     EXPECT_EQ(error_of_opening(server.url()), EACCES);
+    EXPECT_EQ(error_of_opening(server.url("t0ken")), 0); // the URL goes first
 }
 
 } // namespace

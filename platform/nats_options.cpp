@@ -156,7 +156,7 @@ int errno_of(natsStatus status) {
     case NATS_INVALID_ARG:
         return EINVAL;
     case NATS_SSL_ERROR:
-    case NATS_PROTOCOL_ERROR: // also the end of the connection where an answer was due
+    case NATS_PROTOCOL_ERROR: // also an end where an answer was due
     case NATS_SECURE_CONNECTION_WANTED:
     case NATS_SECURE_CONNECTION_REQUIRED:
         return EPROTO;

@@ -5,10 +5,15 @@
 #include "rib_wrap.h"
 #include "testing/capture.h"
 
+#include <arpa/inet.h>
 #include <chrono>
 #include <cstdlib>
+#include <netinet/in.h>
 #include <set>
+#include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace ribkit::platform {
@@ -229,6 +234,45 @@ TEST_F(over_nats, under_a_fault_script) {
     EXPECT_EQ(taken(rib_handle, within(60000)), "cu");
     EXPECT_EQ(taken(rib_handle, within(60000)), refused(EIO));
     EXPECT_EQ(load_script(nullptr), "");
+}
+
+/// Says something to whoever connects first, and hangs up.
+class something_else {
+  public:
+    explicit something_else(std::string text) : text_(std::move(text)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr *>(&address), size), 0);
+        EXPECT_EQ(listen(socket_, 1), 0);
+        EXPECT_EQ(getsockname(socket_, reinterpret_cast<sockaddr *>(&address), &size), 0);
+        port_ = ntohs(address.sin_port);
+        thread_ = std::thread{[this] {
+            const int peer = accept(socket_, nullptr, nullptr);
+            EXPECT_EQ(send(peer, text_.data(), text_.size(), 0), static_cast<ssize_t>(text_.size()));
+            close(peer);
+        }};
+    }
+    something_else(const something_else &) = delete;
+    something_else &operator=(const something_else &) = delete;
+    ~something_else() {
+        thread_.join();
+        close(socket_);
+    }
+
+    [[nodiscard]] std::string url() const { return "nats://127.0.0.1:" + std::to_string(port_); }
+
+  private:
+    std::string text_;
+    int socket_ = socket(AF_INET, SOCK_STREAM, 0);
+    uint16_t port_ = 0;
+    std::thread thread_;
+};
+
+TEST(nats_servers, that_are_something_else) {
+    EXPECT_EQ(error_of_opening(something_else{"220 mail\r\n"}.url()), EPROTO);
+    EXPECT_EQ(error_of_opening(something_else{""}.url()), ECONNREFUSED);
 }
 
 TEST(nats_servers, that_are_not_there) {

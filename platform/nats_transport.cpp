@@ -37,8 +37,8 @@ int nats_endpoint::connect() {
     natsConnection *connected = nullptr;
     const natsStatus status = natsConnection_Connect(&connected, made);
     connection_.reset(connected);
-    if (status != NATS_OK) {
-        return status == NATS_IO_ERROR ? ECONNREFUSED : errno_of(status); // it hung up
+    if (const int error = errno_of(status); error != 0) {
+        return error == ENOTCONN ? ECONNREFUSED : error; // it hung up
     }
     static_cast<void>(target.release()); // the closed connection forgets it
     natsInbox *inbox = nullptr;
