@@ -168,7 +168,7 @@ class transcripts : public faulty {
             qip_faults_load(nullptr, nullptr, 0);
             qip_close(server);
         }
-        on_one_bus::TearDown();
+        TearDown();
         return text;
     }
 

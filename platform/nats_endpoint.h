@@ -87,7 +87,8 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     std::set<std::string> listening_;
     std::set<std::string> settled_;         // subjects that the server has let us publish to
     std::set<std::string> forbidden_;       // and those that it has not
-    std::map<uint32_t, std::string> asked_; // the subject that an awaited token's request went to
+    std::map<uint32_t, std::string> asked_; // the subject that a token's request went to
+    size_t most_asked_ = 64;                // then those that are awaited no more are forgotten
     uint32_t last_token_ = 0;
     int64_t most_ = 0; // bytes that the server takes in one message
 };

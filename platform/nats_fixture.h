@@ -61,6 +61,26 @@ class answering {
     std::thread thread_;
 };
 
+/// A server, a party that asks, and one that listens at the address of the RIB.
+class over_nats : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        client = opened(server.url());
+        rib_handle = opened(server.url());
+        ASSERT_EQ(error_of(qip_listen(rib_handle, &rib, 100)), 0);
+    }
+
+    void TearDown() override {
+        qip_close(client);
+        qip_close(rib_handle);
+        EXPECT_EQ(qip_refs_held(), 0U);
+    }
+
+    nats_server server{"max_payload: 65536"};
+    uint32_t client = 0;
+    uint32_t rib_handle = 0;
+};
+
 /// A request from one handle on this server to another and its answer.
 inline std::string exchanged(const std::string &url) {
     const uint32_t client = opened(url);

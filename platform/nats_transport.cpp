@@ -150,7 +150,10 @@ int nats_endpoint::expect(const std::string &subject, uint32_t &token) {
         ++last_token_;
     } while (last_token_ == 0 || box_->awaits(last_token_));
     token = last_token_;
-    std::erase_if(asked_, [this](const auto &one) { return !box_->awaits(one.first); });
+    if (asked_.size() >= most_asked_) {
+        std::erase_if(asked_, [this](const auto &one) { return !box_->awaits(one.first); });
+        most_asked_ = 2 * asked_.size() + 64;
+    }
     asked_[token] = subject;
     return box_->expect(token);
 }
