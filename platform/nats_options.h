@@ -11,7 +11,6 @@ inline constexpr int64_t server_limit = 5000; // milliseconds that a server may 
 
 struct nats_place {
     std::string server; ///< the URL for the client library; may hold a password, so it is never printed
-    std::string host;   ///< whom the server's certificate has to name
     std::string prefix; ///< of every subject: the fabric's name, "rib" without one
     std::string queue;  ///< of the ordinary addresses; empty where every listener is given every message
 };

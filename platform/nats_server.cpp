@@ -82,7 +82,7 @@ void nats_server::start() {
 
 void nats_server::stop() {
     if (process_ > 0) {
-        kill(process_, SIGTERM);
+        kill(process_, SIGKILL); // asked to end, it would wait for handshakes that nobody finishes
         waitpid(process_, nullptr, 0);
         process_ = 0;
     }

@@ -19,7 +19,7 @@ class nats_server {
 
     void stop();
 
-    /// Again, on the same port.
+    /// Again, on the same port. The server ends with the thread that starts it.
     void start();
 
     /// "nats://HOST:PORT", with "IDENTITY@" before the host where given.

@@ -89,6 +89,19 @@ TEST_F(over_nats, one_of_a_queue_is_asked) {
     }
 }
 
+TEST_F(over_nats, groups_know_no_queue) {
+    const qip_addr group{0xff000001, 0};
+    const uint32_t handles[] = {opened(server.url() + "?queue=ribs"), opened(server.url() + "?queue=ribs")};
+    for (const uint32_t handle : handles) {
+        ASSERT_EQ(error_of(qip_listen(handle, &group, 5)), 0);
+    }
+    ASSERT_EQ(send_text(client, "news", nullptr, group), 0);
+    for (const uint32_t handle : handles) {
+        EXPECT_EQ(taken(handle, within(60000)), "news");
+        qip_close(handle);
+    }
+}
+
 TEST_F(over_nats, a_full_queue_holds_messages_back) {
     const qip_addr small{2, 2};
     ASSERT_EQ(error_of(qip_listen(rib_handle, &small, 1)), 0);
