@@ -55,9 +55,8 @@ void on_disconnect(natsConnection * /*connection*/, void *target) {
     at(target, [](nats_endpoint &end, const callback_target &) { end.lost_connection(); });
 }
 
-void on_reconnect(natsConnection *connection, void *target) {
-    at(target,
-       [=](nats_endpoint &end, const callback_target &) { end.reconnected(natsConnection_GetMaxPayload(connection)); });
+void on_reconnect(natsConnection * /*connection*/, void *target) {
+    at(target, [](nats_endpoint &, const callback_target &) { record_event("nats: connected again"); });
 }
 
 void on_error(natsConnection * /*connection*/, natsSubscription * /*subscription*/, natsStatus status, void *target) {
@@ -110,14 +109,7 @@ void nats_endpoint::lost_connection() {
     record_event("nats: connection lost");
     const std::scoped_lock lock{office_->lock};
     settled_.clear();
-    forbidden_.clear();
     box_->fail_all(ECONNRESET);
-}
-
-void nats_endpoint::reconnected(int64_t most) {
-    record_event("nats: connected again");
-    const std::scoped_lock lock{office_->lock};
-    most_ = most;
 }
 
 void nats_endpoint::failed(natsStatus status) {
@@ -127,7 +119,7 @@ void nats_endpoint::failed(natsStatus status) {
         return;
     }
     const std::scoped_lock lock{office_->lock};
-    forbidden_.insert(subject);
+    settled_.erase(subject);
     for (const auto &[token, asked] : asked_) {
         if (asked == subject) {
             box_->fail(token, EACCES);

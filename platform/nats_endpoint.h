@@ -53,14 +53,13 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     int publish(const std::string &subject, const std::string &reply, const message &letter);
     void take_in(natsMsg &arrived, door *way_in);
     void lost_connection();
-    void reconnected(int64_t most);
     void failed(natsStatus status);
 
   private:
     int subscribe(const std::string &subject, bool one_of_many, door *way_in);
     bool is_settled(const std::string &subject);
     int publish_first(const std::string &subject, const std::string &reply, const message &letter);
-    int ready(const std::string &subject, size_t size);
+    int ready();
     int settle(const std::string &subject, const char *act);
     std::string last_refused(const char *act);
     int expect(const std::string &subject, uint32_t &token);
@@ -86,11 +85,9 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     std::vector<subscription_ptr> subscriptions_;
     std::set<std::string> listening_;
     std::set<std::string> settled_;         // subjects that the server has let us publish to
-    std::set<std::string> forbidden_;       // and those that it has not
     std::map<uint32_t, std::string> asked_; // the subject that a token's request went to
     size_t most_asked_ = 64;                // then those that are awaited no more are forgotten
     uint32_t last_token_ = 0;
-    int64_t most_ = 0; // bytes that the server takes in one message
 };
 
 /// The client library's callbacks; each is given a callback_target.

@@ -2,6 +2,10 @@
 #include "platform/nats_fixture.h"
 #include "rib_wrap.h"
 
+#include <chrono>
+#include <thread>
+#include <utility>
+
 namespace ribkit::platform {
 
 namespace {
@@ -93,6 +97,56 @@ TEST_F(nats_roles, know_users) {
     }
     const environment no_password{"RIBKIT_NATS_USER", "client"};
     EXPECT_EQ(error_of_opening(server.url()), EACCES);
+}
+
+std::string may_publish(const std::string &subject) {
+    return "authorization {timeout: 60, users: [{user: me, password: x, permissions: {subscribe: \">\", publish: "
+           "[\"_INBOX.>\", \"" +
+           subject + "\"]}}]}";
+}
+
+/// How the first send ends that ends otherwise than this one does.
+int send_after(int error, uint32_t handle) {
+    int next = error;
+    for (int attempt = 0; next == error && attempt < 6000; ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds{10});
+        next = send_text(handle, "?");
+    }
+    return next;
+}
+
+TEST(nats_permissions, are_asked_for_anew_after_a_loss) {
+    nats_server server{may_publish("rib.>")};
+    const uint32_t handle = opened(server.url("me:x"));
+    int before = send_text(handle, "?");
+    EXPECT_EQ(before, 0);
+    for (const auto &[subject, expected] : {std::pair{"other.>", EACCES}, std::pair{"rib.>", 0}}) {
+        server.stop();
+        EXPECT_EQ(send_after(before, handle), ENOTCONN);
+        server.configure(may_publish(subject));
+        server.start();
+        before = send_after(ENOTCONN, handle);
+        EXPECT_EQ(before, expected);
+    }
+    qip_close(handle);
+}
+
+TEST(nats_permissions, taken_away_end_the_wait_for_an_answer) {
+    const nats_server server{may_publish("rib.>")};
+    const uint32_t client = opened(server.url("me:x"));
+    const uint32_t listening = opened(server.url("me:x"));
+    ASSERT_EQ(error_of(qip_listen(listening, &rib, 10)), 0);
+    const answering serving{listening};
+    std::string answer = answer_to(client, "?");
+    EXPECT_EQ(answer, "?!");
+    server.configure(may_publish("other.>"));
+    for (int attempt = 0; answer == "?!" && attempt < 6000; ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds{10});
+        answer = answer_to(client, "?");
+    }
+    EXPECT_EQ(answer, refused(EACCES));
+    EXPECT_EQ(send_text(client, "?"), EACCES);
+    qip_close(client);
 }
 
 TEST(nats_tokens, in_url_and_environment) {

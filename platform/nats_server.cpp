@@ -37,8 +37,15 @@ std::string content_of(const std::string &file) {
 } // namespace
 
 nats_server::nats_server(const std::string &configuration) {
-    std::ofstream{home_.file("server.conf")} << configuration << "\n";
+    configure(configuration);
     start();
+}
+
+void nats_server::configure(const std::string &configuration) const {
+    std::ofstream{home_.file("server.conf")} << configuration << "\n";
+    if (process_ > 0) {
+        kill(process_, SIGHUP);
+    }
 }
 
 void nats_server::launch() {

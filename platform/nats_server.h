@@ -22,6 +22,9 @@ class nats_server {
     /// Again, on the same port. The server ends with the thread that starts it.
     void start();
 
+    /// Another configuration's text, for the next start, or taken over while it runs.
+    void configure(const std::string &configuration) const;
+
     /// "nats://HOST:PORT", with "IDENTITY@" before the host where given.
     [[nodiscard]] std::string url(const std::string &identity = "", const std::string &scheme = "nats") const;
 

@@ -45,7 +45,6 @@ int nats_endpoint::connect() {
     if (natsInbox_Create(&inbox) != NATS_OK) {
         return ENOMEM;
     }
-    most_ = natsConnection_GetMaxPayload(connection_.get());
     inbox_ = std::string{inbox} + ".";
     natsInbox_Destroy(inbox);
     return subscribe(inbox_ + "*", false, nullptr);
@@ -113,23 +112,17 @@ int nats_endpoint::listen(const qip_addr &address, uint32_t bound) {
     return error;
 }
 
-int nats_endpoint::ready(const std::string &subject, size_t size) {
+int nats_endpoint::ready() {
     const natsConnStatus status = natsConnection_Status(connection_.get());
     const std::scoped_lock lock{office_->lock};
     if (box_->closed()) {
         return ECANCELED;
     }
-    if (forbidden_.contains(subject)) {
-        return EACCES;
-    }
-    if (status != NATS_CONN_STATUS_CONNECTED) {
-        return ENOTCONN;
-    }
-    return static_cast<int64_t>(size + nats_head_size) > most_ ? EMSGSIZE : 0;
+    return status == NATS_CONN_STATUS_CONNECTED ? 0 : ENOTCONN;
 }
 
 int nats_endpoint::publish(const std::string &subject, const std::string &reply, const message &letter) {
-    if (const int error = ready(subject, letter.size); error != 0) {
+    if (const int error = ready(); error != 0) {
         return error;
     }
     const size_t size = nats_head_size + letter.size;
