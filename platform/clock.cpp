@@ -26,20 +26,21 @@ struct thread_turn {
     ~thread_turn();
 };
 
-// By the letter behind the name in "1234 (name) S ...".
+// By the letter behind the name in "1234 (name) S ..."; a thread that has ended sleeps, too.
 static bool sleeps(pid_t thread) {
     std::ifstream stream{"/proc/self/task/" + std::to_string(thread) + "/stat"};
     std::string text;
     std::getline(stream, text);
     const size_t name_end = text.rfind(')');
-    return name_end == std::string::npos || text.compare(name_end, 3, ") R") != 0;
+    return name_end == std::string::npos || text.compare(name_end, 3, ") S") == 0;
 }
 
 struct virtual_clock {
-    // A thread that holds the baton and waits for something else than the service must not stop the others for ever.
-    // One that wants to run, but is not let by a busy machine, keeps it: a run has to go the same way there.
-    static constexpr std::chrono::milliseconds longest_standstill{250};
+    // A thread that holds the baton and sleeps somewhere else than in the service must not stop the others for ever: it
+    // loses it after so many looks at it. One that wants to run, but is not let by a busy machine, keeps it: a run has
+    // to go the same way there.
     static constexpr std::chrono::milliseconds look_around{50};
+    static constexpr uint32_t most_looks = 5;
 
     struct occasion { // a wait that ends by its deadline, or an action
         timed_wait *wait;
@@ -52,7 +53,7 @@ struct virtual_clock {
     std::deque<thread_turn *> ready;
     thread_turn *holder = nullptr;
     time_point now{};
-    real_clock::time_point last_move{};
+    uint64_t moves = 0;
     uint64_t numbers = 0;
     uint32_t claims_on_real_time = 0;
 
@@ -78,7 +79,7 @@ struct virtual_clock {
             }
             holder = ready.front();
             ready.pop_front();
-            last_move = real_clock::now();
+            ++moves;
             handed_over.notify_all();
         }
     }
@@ -165,17 +166,19 @@ real_delays &delays() {
 thread_turn::~thread_turn() { virtual_time().leave(this); }
 
 void virtual_clock::await_turn(std::unique_lock<std::mutex> &locked, thread_turn *self) {
-    while (is_virtual && holder != self) {
+    uint32_t looks = 0;
+    for (uint64_t seen = moves; is_virtual && holder != self; seen = moves) {
         hand_over(locked, self);
         if (holder == self) {
             break;
         }
         handed_over.wait_for(locked, look_around);
-        if (holder != nullptr && real_clock::now() - last_move > longest_standstill && sleeps(holder->thread)) {
+        looks = holder != nullptr && seen == moves && sleeps(holder->thread) ? looks + 1 : 0;
+        if (looks == most_looks) {
             holder = nullptr;
         }
     }
-    last_move = real_clock::now();
+    ++moves;
 }
 
 time_point clock_now() {

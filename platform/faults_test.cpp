@@ -122,6 +122,13 @@ TEST_F(faulty, a_late_message_on_the_real_clock) {
     EXPECT_GE(clock_now() - before, milliseconds{20});
 }
 
+TEST_F(faulty, what_is_late_goes_with_its_clock) {
+    load("clock virtual\ndelay 1 20");
+    ASSERT_EQ(send_text(client, "late"), 0);
+    load("clock virtual");
+    EXPECT_EQ(taken(server, within(100)), refused(ETIMEDOUT));
+}
+
 TEST_F(faulty, who_is_at_work_keeps_its_turn) {
     load("clock virtual");
     const time_point end = std::chrono::steady_clock::now() + milliseconds{400};

@@ -38,6 +38,18 @@ TEST_F(over_nats, the_wrappers) {
     EXPECT_EQ(rib_wrap_qip_drop(RIB_CLIENT_FSPF, client, &answer.ref), 0);
 }
 
+TEST_F(over_nats, both_sides_know_the_token) {
+    qip_ref sent{};
+    ASSERT_EQ(send_text(client, "question", &sent), 0);
+    qip_ref asked{};
+    ASSERT_EQ(qip_recv(rib_handle, &asked, nullptr), 0);
+    EXPECT_NE(qip_rr_token_get(&sent), 0U);
+    EXPECT_EQ(qip_rr_token_get(&asked), qip_rr_token_get(&sent));
+    EXPECT_EQ(qip_opcode_get(&asked), 7U);
+    qip_drop(client, &sent);
+    qip_drop(rib_handle, &asked);
+}
+
 TEST_F(over_nats, nobody_listens) {
     EXPECT_EQ(answer_to(client, "?", {1, 1}), refused(ENOTCONN));
     EXPECT_EQ(send_text(client, "one way", nullptr, {1, 1}), 0);
