@@ -60,7 +60,8 @@ TEST(fault_script_text, is_refused_with_its_line) {
 
 TEST(fault_script_text, counts) {
     fault_script script;
-    ASSERT_EQ(script.parse("fail send 2 EIO\nfail send every 3 EAGAIN\nfail recv 1 EBADF\ndrop 2\ntruncate every 2 9"),
+    ASSERT_EQ(script.parse("fail send 2 EIO\nfail send every 3 EAGAIN\nfail send 3 EPIPE\nfail recv 1 EBADF\ndrop "
+                           "2\ntruncate every 2 9"),
               "");
     std::vector<int> failures(6);
     for (int &one : failures) {
