@@ -1,6 +1,7 @@
 // What a fault script does to calls and messages, and that a run goes the same way twice.
 #include "platform/clock.h"
 #include "platform/fault_fixture.h"
+#include "testing/capture.h"
 
 #include <algorithm>
 #include <vector>
@@ -68,6 +69,20 @@ TEST_F(faulty, messages_are_lost_doubled_swapped_and_cut) {
         EXPECT_EQ(incoming(), text);
     }
     EXPECT_EQ(incoming(), refused(EAGAIN));
+}
+
+TEST_F(faulty, what_is_done_to_messages_is_in_the_history) {
+    yelk_hist_clear();
+    load("drop 1\nduplicate 2\nreorder 3\ndelay 4 1\ntruncate 5 1\nclock virtual");
+    for (int count = 0; count < 5; ++count) {
+        ASSERT_EQ(send_at_once(client, "text"), 0);
+        static_cast<void>(incoming());
+    }
+    const std::string history = ribkit::testing::printed_by(yelk_hist_print);
+    for (const char *done : {"lost", "twice", "behind the next", "late", "truncated"}) {
+        EXPECT_NE(history.find(std::string{"fault: message "} + done + "\n"), std::string::npos) << done;
+    }
+    yelk_hist_clear();
 }
 
 TEST_F(faulty, a_message_held_back_for_the_next_is_dropped_with_the_handle) {
