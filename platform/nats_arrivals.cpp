@@ -97,7 +97,7 @@ void nats_endpoint::take_answer(natsMsg &arrived, message letter) {
     const char *subject = natsMsg_GetSubject(&arrived);
     const uint32_t token = token_of(subject);
     const std::scoped_lock lock{office_->lock};
-    if (letter.payload == nullptr) {
+    if (letter.bytes == nullptr) {
         box_->fail(token, natsMsg_IsNoResponders(&arrived) ? ENOTCONN : EBADMSG);
         return;
     }

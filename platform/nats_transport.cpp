@@ -8,8 +8,8 @@
 #include "platform/clock.h"
 #include "platform/nats_endpoint.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 namespace ribkit::platform {
@@ -125,14 +125,17 @@ int nats_endpoint::publish(const std::string &subject, const std::string &reply,
     if (const int error = ready(); error != 0) {
         return error;
     }
-    const size_t size = nats_head_size + letter.size;
-    const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(size);
-    store32<std::endian::big>(bytes.get(), letter.opcode);
-    store32<std::endian::big>(bytes.get() + 4, sender_);
-    std::copy_n(letter.payload.get(), letter.size, bytes.get() + nats_head_size);
+    const uint64_t size = uint64_t{nats_head_size} + letter.size;
+    if (size > INT_MAX) {
+        return EMSGSIZE;
+    }
+    static_assert(nats_head_size <= message::room_in_front);
+    uint8_t *bytes = letter.payload() - nats_head_size;
+    store32<std::endian::big>(bytes, letter.opcode);
+    store32<std::endian::big>(bytes + 4, sender_);
     const natsStatus status =
-        reply.empty() ? natsConnection_Publish(connection_.get(), subject.c_str(), bytes.get(), static_cast<int>(size))
-                      : natsConnection_PublishRequest(connection_.get(), subject.c_str(), reply.c_str(), bytes.get(),
+        reply.empty() ? natsConnection_Publish(connection_.get(), subject.c_str(), bytes, static_cast<int>(size))
+                      : natsConnection_PublishRequest(connection_.get(), subject.c_str(), reply.c_str(), bytes,
                                                       static_cast<int>(size));
     return errno_of(status);
 }

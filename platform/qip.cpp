@@ -173,7 +173,7 @@ uint32_t qip_rr_token_get(const struct qip_ref *ref) {
 
 void *qip_payload_get(const struct qip_ref *ref) {
     const message *letter = received(ref);
-    return letter == nullptr ? nullptr : letter->payload.get();
+    return letter == nullptr ? nullptr : letter->payload();
 }
 
 uint32_t qip_payload_size(const struct qip_ref *ref) {
