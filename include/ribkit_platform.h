@@ -20,19 +20,36 @@ extern "C" {
  * "local:" joins the one bus of this process, "local:NAME" the bus of that name.
  *
  * "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?queue=NAME]" connects to a server ("tls://..." with TLS);
- * handles with the same FABRIC (default "rib") meet there. The environment may say the identity instead:
- * RIBKIT_NATS_USER and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, or RIBKIT_NATS_CREDENTIALS (a file); and the files of
- * TLS: RIBKIT_NATS_CA, RIBKIT_NATS_CERT, RIBKIT_NATS_KEY. An address is the subject FABRIC.NODE.SAP (node as eight
- * hexadecimal digits), answers go to subjects below _INBOX. What differs from "local:": several handles may listen at
- * one address, and all are given every message, or, with queue=NAME, one of those with that name; a full queue holds
- * messages back at the receiver, no send fails or waits for it; that nobody listens (ENOTCONN) is known when the answer
- * is awaited; a lost server ends waits for answers with ECONNRESET and lets sends fail with ENOTCONN until the handle
- * has reconnected, which it does by itself; more than the server takes is EMSGSIZE, what it does not permit EACCES.
+ * handles with the same FABRIC (default "rib") meet there. The environment may say the identity where the URL does not:
+ * RIBKIT_NATS_USER and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, or RIBKIT_NATS_CREDENTIALS (a file). RIBKIT_NATS_CA and
+ * RIBKIT_NATS_CERT with RIBKIT_NATS_KEY (files) ask for TLS, too: the authority that the server's certificate is
+ * checked with, and HOST against it (the system's authorities without), and our own certificate.
+ *
+ * An address is the subject FABRIC.NODE.SAP (node as eight hexadecimal digits), answers go to subjects below _INBOX.
+ * What differs from "local:":
+ *
+ * - Several handles may listen at one address. All are given every message, or, with queue=NAME, one of those with that
+ *   name.
+ * - A full queue holds messages back at the receiver: no send fails or waits for it. Beyond 65536 messages or 64 MiB so
+ *   held back, new ones are lost; the history tells.
+ * - That nobody listens (ENOTCONN) is known when the answer is awaited.
+ * - A lost server ends waits for answers with ECONNRESET and lets sends fail with ENOTCONN until the handle has
+ *   reconnected, which it does by itself.
+ * - More than the server takes is EMSGSIZE, what it does not permit EACCES.
  *
  * @param url the transport
  * @param handle filled with the new handle, which the caller closes with qip_close
- * @return 0; else non-zero with errno (EINVAL: malformed, EPROTONOSUPPORT: no such transport, ECONNREFUSED: no server,
- *         EACCES: the server does not know us)
+ * @return 0; else non-zero with errno:
+ *         - EINVAL: malformed, or a key without its certificate
+ *         - EPROTONOSUPPORT: no such transport
+ *         - ECONNREFUSED: no server there, or it hangs up
+ *         - ETIMEDOUT: it does not answer within five seconds
+ *         - EACCES: it does not know us
+ *         - EPROTO: no TLS comes about, since one side does not want it or does not believe the other's certificate (a
+ *           server may also just hang up on ours), or a file holds none; or no NATS server is there
+ *         - EIO: a file of credentials is damaged, or the server refuses for another reason
+ *         - ENOENT and others of opening a file: one named by the environment cannot be read
+ *         - ENOTSUP: a server keeps real time, and a fault script has put the virtual clock in force
  */
 int qip_open(const char *url, uint32_t *handle);
 
@@ -61,18 +78,25 @@ uint32_t qip_opcode_get(const struct qip_ref *ref);
 uint32_t qip_refs_held(void);
 
 /**
- * Puts a fault script in force for the whole process, instead of the one before, while no thread is in the service. Its
- * lines, '#' starting a comment; WHEN is N (the N-th, from 1), "every N" or "one-in N" (at random):
+ * Puts a fault script in force for the whole process, instead of the one before, while no thread is in the service. The
+ * lines of a script, of which '#' and what follows is a comment:
  *
- *     seed NUMBER              of the random choices; 1 without such a line
- *     clock virtual            waits and delays take no real time: the time jumps whenever every thread that has used
- * the service waits in it fail CALL WHEN ERRNO     CALL is open, listen, send, recv or drop (which releases all the
- * same), ERRNO a name or a number drop WHEN                a message is lost: they are counted as they arrive, over all
- * handles delay WHEN MILLISECONDS  it arrives later duplicate WHEN           it arrives twice reorder WHEN it arrives
- * after the next one to the same handle truncate WHEN BYTES      no more than its first bytes arrive
+ * - seed NUMBER: of the random choices; 1 without such a line
+ * - clock virtual: waits and delays take no real time: it jumps whenever every thread that has used the service waits
+ * in it. Not while a handle on a server is open
+ * - fail CALL WHEN ERRNO: CALL is open, listen, send, recv or drop (which releases all the same), ERRNO a name or a
+ * number
+ * - drop WHEN: a message is lost
+ * - delay WHEN MILLISECONDS: it arrives later
+ * - duplicate WHEN: it arrives twice
+ * - reorder WHEN: it arrives after the next one to the same handle
+ * - truncate WHEN BYTES: no more than its first bytes arrive
+ *
+ * WHEN is N (the N-th, from 1), "every N", or "one-in N" (at random). Calls are counted by their kind, over all
+ * handles; messages as they arrive, requests, answers and notifications alike, over all handles.
  *
  * @param file the script's path; null ends the one in force
- * @param error receives, within error_size bytes, "FILE:LINE: what is wrong" on failure
+ * @param error receives, within error_size bytes, "FILE:LINE: what is wrong" or "FILE: cannot be read" on failure
  * @return 0; else non-zero with errno EINVAL, and the script before stays in force
  */
 int qip_faults_load(const char *file, char *error, uint32_t error_size);

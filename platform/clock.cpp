@@ -4,8 +4,11 @@
 
 #include <atomic>
 #include <deque>
+#include <fstream>
 #include <map>
+#include <string>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace ribkit::platform {
@@ -15,16 +18,29 @@ using real_clock = std::chrono::steady_clock;
 static std::atomic<bool> is_virtual{false};
 
 struct thread_turn {
+    pid_t thread = gettid();
+
     thread_turn() = default;
     thread_turn(const thread_turn &) = delete;
     thread_turn &operator=(const thread_turn &) = delete;
     ~thread_turn();
 };
 
+// By the letter behind the name in "1234 (name) S ..."; a thread that has ended sleeps, too.
+static bool sleeps(pid_t thread) {
+    std::ifstream stream{"/proc/self/task/" + std::to_string(thread) + "/stat"};
+    std::string text;
+    std::getline(stream, text);
+    const size_t name_end = text.rfind(')');
+    return name_end == std::string::npos || text.compare(name_end, 3, ") S") == 0;
+}
+
 struct virtual_clock {
-    // A thread that holds the baton and waits for something else than the service must not stop the others for ever.
-    static constexpr std::chrono::milliseconds longest_standstill{250};
+    // A thread that holds the baton and sleeps somewhere else than in the service must not stop the others for ever: it
+    // loses it after so many looks at it. One that wants to run, but is not let by a busy machine, keeps it: a run has
+    // to go the same way there.
     static constexpr std::chrono::milliseconds look_around{50};
+    static constexpr uint32_t most_looks = 5;
 
     struct occasion { // a wait that ends by its deadline, or an action
         timed_wait *wait;
@@ -37,8 +53,9 @@ struct virtual_clock {
     std::deque<thread_turn *> ready;
     thread_turn *holder = nullptr;
     time_point now{};
-    real_clock::time_point last_move{};
+    uint64_t moves = 0;
     uint64_t numbers = 0;
+    uint32_t claims_on_real_time = 0;
 
     void add(time_point when, occasion what, uint64_t &number) {
         number = ++numbers;
@@ -62,7 +79,7 @@ struct virtual_clock {
             }
             holder = ready.front();
             ready.pop_front();
-            last_move = real_clock::now();
+            ++moves;
             handed_over.notify_all();
         }
     }
@@ -149,17 +166,19 @@ real_delays &delays() {
 thread_turn::~thread_turn() { virtual_time().leave(this); }
 
 void virtual_clock::await_turn(std::unique_lock<std::mutex> &locked, thread_turn *self) {
-    while (is_virtual && holder != self) {
+    uint32_t looks = 0;
+    for (uint64_t seen = moves; is_virtual && holder != self; seen = moves) {
         hand_over(locked, self);
         if (holder == self) {
             break;
         }
         handed_over.wait_for(locked, look_around);
-        if (holder != nullptr && real_clock::now() - last_move > longest_standstill) {
+        looks = holder != nullptr && seen == moves && sleeps(holder->thread) ? looks + 1 : 0;
+        if (looks == most_looks) {
             holder = nullptr;
         }
     }
-    last_move = real_clock::now();
+    ++moves;
 }
 
 time_point clock_now() {
@@ -171,15 +190,32 @@ time_point clock_now() {
     return clock.now;
 }
 
-void set_virtual_clock(bool on) {
+bool set_virtual_clock(bool on) {
     virtual_clock &clock = virtual_time();
     const std::scoped_lock lock{clock.lock};
+    if (on && clock.claims_on_real_time != 0) {
+        return false;
+    }
     is_virtual = on;
     clock.now = {};
     clock.holder = nullptr;
     clock.ready.clear();
     std::erase_if(clock.ahead, [](const auto &one) { return one.second.wait == nullptr; });
     clock.handed_over.notify_all();
+    return true;
+}
+
+bool claim_real_time() {
+    virtual_clock &clock = virtual_time();
+    const std::scoped_lock lock{clock.lock};
+    clock.claims_on_real_time += is_virtual ? 0 : 1;
+    return !is_virtual;
+}
+
+void release_real_time() {
+    virtual_clock &clock = virtual_time();
+    const std::scoped_lock lock{clock.lock};
+    --clock.claims_on_real_time;
 }
 
 void take_turn() {

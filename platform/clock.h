@@ -17,7 +17,13 @@ inline constexpr time_point never = time_point::max();
 time_point clock_now();
 
 /// Switches; the virtual clock starts at zero. What waits at that moment goes on under the new clock when it wakes.
-void set_virtual_clock(bool on);
+/// False, and nothing happens, where the virtual clock is asked for while real time is claimed.
+bool set_virtual_clock(bool on);
+
+/// For whoever deals with a world that keeps real time: false under the virtual clock, which otherwise cannot be
+/// switched on before as many calls of `release_real_time`.
+bool claim_real_time();
+void release_real_time();
 
 /// At every call of the service: under the virtual clock the calling thread waits for its turn, and from now on counts.
 void take_turn();

@@ -67,7 +67,7 @@ std::optional<uint32_t> errno_named(const std::string &word) {
 std::string fault_script::parse(const std::string &text) {
     std::istringstream lines{text};
     std::string line;
-    for (uint32_t at = 1; std::getline(lines, line); ++at) {
+    for (line_ = 1; std::getline(lines, line); ++line_) {
         std::istringstream split{line.substr(0, line.find('#'))};
         words found;
         for (std::string word; split >> word;) {
@@ -75,7 +75,7 @@ std::string fault_script::parse(const std::string &text) {
         }
         const std::string wrong = found.empty() ? "" : parse_line(found);
         if (!wrong.empty()) {
-            return std::to_string(at) + ": " + wrong;
+            return std::to_string(line_) + ": " + wrong;
         }
     }
     return "";
@@ -83,7 +83,7 @@ std::string fault_script::parse(const std::string &text) {
 
 std::string fault_script::parse_line(const words &line) {
     if (line == words{"clock", "virtual"}) {
-        virtual_clock_ = true;
+        virtual_clock_line_ = line_;
         return "";
     }
     if (line[0] == "seed") {

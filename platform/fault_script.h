@@ -39,7 +39,8 @@ class fault_script {
     /// Takes the script's text; "" or "LINE: what is wrong".
     std::string parse(const std::string &text);
 
-    [[nodiscard]] bool wants_virtual_clock() const { return virtual_clock_; }
+    /// The line that asks for the virtual clock; 0 without one.
+    [[nodiscard]] uint32_t virtual_clock_line() const { return virtual_clock_line_; }
 
     /// Counts a call; the errno that it fails with, or 0.
     int failure_of(service_call call);
@@ -67,7 +68,8 @@ class fault_script {
     std::mutex lock_;
     std::vector<rule> rules_;
     std::mt19937 random_{1};
-    bool virtual_clock_ = false;
+    uint32_t line_ = 0; // being parsed
+    uint32_t virtual_clock_line_ = 0;
     uint64_t messages_ = 0;
     uint64_t calls_[service_calls] = {};
 };

@@ -1,13 +1,16 @@
-// The fault script in force, if any: asked by every call of the service and about every message that arrives.
+// The fault script in force, if any: asked by every call of the service and about every message that arrives. One comes
+// and goes while no thread is in the service.
 #pragma once
 
 #include "platform/fault_script.h"
-#include <memory>
+#include <string>
 
 namespace ribkit::platform {
 
-/// Puts a script in force from now on; null ends the one before. While no thread is in the service.
-void set_faults(std::unique_ptr<fault_script> script);
+/// Puts a file's script in force; else says what is wrong, as it follows "FILE:", and the one before stays.
+std::string load_faults(const char *file);
+
+void end_faults();
 
 /// Null without a script.
 fault_script *faults();

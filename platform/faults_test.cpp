@@ -1,154 +1,43 @@
-// Fault scripts: what they say, what they do to calls and messages, and that a run goes the same way twice.
+// What a fault script does to calls and messages, and that a run goes the same way twice.
 #include "platform/clock.h"
-#include "platform/fault_script.h"
-#include "platform/service_fixture.h"
-#include "rib_codes.h"
-#include "rib_wrap.h"
+#include "platform/fault_fixture.h"
 #include "testing/capture.h"
 
-#include <atomic>
-#include <cstdio>
-#include <fstream>
-#include <functional>
-#include <thread>
-#include <unistd.h>
+#include <algorithm>
 #include <vector>
 
 namespace ribkit::platform {
 
 namespace {
 
-/// Of this process: tests run beside one another.
-std::string script_path() { return ::testing::TempDir() + "faults_test." + std::to_string(getpid()) + ".script"; }
-
-using ribkit::testing::printed_by;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-std::string parsed(const std::string &text) {
-    fault_script script;
-    return script.parse(text);
-}
-
-TEST(fault_script_text, is_accepted) {
-    EXPECT_EQ(parsed(""), "");
-    EXPECT_EQ(parsed("# comment\n\n  seed 7  # and another\nclock virtual\n"), "");
-    EXPECT_EQ(parsed("fail send 3 ETIMEDOUT\nfail recv every 2 5\nfail drop one-in 10 EBADF"), "");
-    EXPECT_EQ(parsed("drop 1\ndelay every 3 250\nduplicate 2\nreorder one-in 4\ntruncate 5 0"), "");
-}
-
-TEST(fault_script_text, is_refused_with_its_line) {
-    const std::pair<const char *, const char *> rows[] = {
-        {"seed 1\nfly 3", "2: no such event: fly"},
-        {"seed", "1: seed takes one number"},
-        {"seed x", "1: seed takes one number"},
-        {"clock real", "1: no such event: clock"},
-        {"fail", "1: no such call: "},
-        {"fail fly 1 EIO", "1: no such call: fly"},
-        {"fail send EIO", "1: a count from 1 is missing"},
-        {"fail send 1", "1: an errno is missing"},
-        {"fail send 1 EFLY", "1: an errno is missing"},
-        {"fail send 1 0", "1: an errno is missing"},
-        {"drop", "1: a count from 1 is missing"},
-        {"drop 0", "1: a count from 1 is missing"},
-        {"drop -1", "1: a count from 1 is missing"},
-        {"drop 4294967296", "1: a count from 1 is missing"},
-        {"drop every", "1: a count from 1 is missing"},
-        {"drop 1 2", "1: too many words"},
-        {"\n\ndelay 1", "3: milliseconds is missing"},
-        {"truncate one-in 2 x", "1: bytes is missing"},
-    };
-    for (const auto &[text, wrong] : rows) {
-        EXPECT_EQ(parsed(text), wrong) << text;
-    }
-}
-
-TEST(fault_script_text, counts) {
-    fault_script script;
-    ASSERT_EQ(script.parse("fail send 2 EIO\nfail send every 3 EAGAIN\nfail recv 1 EBADF\ndrop 2\ntruncate every 2 9"),
-              "");
-    std::vector<int> failures(6);
-    for (int &one : failures) {
-        one = script.failure_of(service_call::send);
-    }
-    EXPECT_EQ(failures, (std::vector<int>{0, EIO, EAGAIN, 0, 0, EAGAIN}));
-    EXPECT_EQ(script.failure_of(service_call::recv), EBADF);
-    EXPECT_EQ(script.failure_of(service_call::recv), 0);
-    EXPECT_FALSE(script.next_message().lost);
-    const disturbance second = script.next_message();
-    EXPECT_TRUE(second.lost);
-    EXPECT_EQ(second.most_bytes, 9U);
-    EXPECT_EQ(script.next_message().most_bytes, UINT32_MAX);
-}
-
-std::string losses(const std::string &seed) {
-    fault_script script;
-    EXPECT_EQ(script.parse("seed " + seed + "\ndrop one-in 4"), "");
-    std::string text;
-    for (int message = 0; message < 400; ++message) {
-        text += script.next_message().lost ? 'x' : '.';
-    }
-    return text;
-}
-
-TEST(fault_script_text, one_seed_is_one_sequence) {
-    const std::string text = losses("5");
-    EXPECT_EQ(losses("5"), text);
-    EXPECT_NE(losses("6"), text);
-    const auto lost = std::count(text.begin(), text.end(), 'x');
-    EXPECT_GT(lost, 60);
-    EXPECT_LT(lost, 140);
-}
-
-/// A thread that serves until its handle is closed. Once constructed it is known to the virtual clock.
-class server_thread {
-  public:
-    server_thread(uint32_t handle, const std::function<void(uint32_t)> &serve)
-        : thread_{[handle, serve, this] {
-              taken(handle, now(QIP_RECV_INCOMING));
-              started_ = true;
-              serve(handle);
-          }} {
-        while (!started_) {
-            std::this_thread::yield();
-        }
-    }
-    server_thread(const server_thread &) = delete;
-    server_thread &operator=(const server_thread &) = delete;
-    ~server_thread() { thread_.join(); }
-
-  private:
-    std::atomic<bool> started_{false};
-    std::thread thread_;
-};
-
-class faulty : public on_one_bus {
-  protected:
-    void TearDown() override {
-        std::remove(script_path().c_str());
-        EXPECT_EQ(qip_faults_load(nullptr, nullptr, 0), 0);
-        on_one_bus::TearDown();
-    }
-
-    void load(const std::string &text) {
-        const std::string file = script_path();
-        std::ofstream{file} << text;
-        char error[200] = "";
-        ASSERT_EQ(qip_faults_load(file.c_str(), error, sizeof error), 0) << error;
-    }
-
-    [[nodiscard]] std::string incoming() const { return taken(server, now(QIP_RECV_INCOMING)); }
-};
 
 TEST_F(faulty, files_that_cannot_be_read_or_parsed) {
     char error[40] = "";
     EXPECT_EQ(error_of(qip_faults_load("/no/such/file", error, sizeof error)), EINVAL);
     EXPECT_STREQ(error, "/no/such/file: cannot be read");
-    const std::string file = script_path();
-    std::ofstream{file} << "fly\n";
+    EXPECT_EQ(error_of(qip_faults_load("/tmp", error, sizeof error)), EINVAL);
+    EXPECT_STREQ(error, "/tmp: cannot be read");
     char cut[4] = "";
-    EXPECT_EQ(error_of(qip_faults_load(file.c_str(), cut, sizeof cut)), EINVAL);
-    EXPECT_EQ(std::strlen(cut), 3U);
+    EXPECT_EQ(error_of(qip_faults_load("/no/such/file", cut, sizeof cut)), EINVAL);
+    EXPECT_STREQ(cut, "/no");
+    EXPECT_EQ(load_script("seed 1\nfly\n"), ":2: no such event: fly");
+}
+
+TEST_F(faulty, a_script_that_is_refused_leaves_the_one_before) {
+    load("fail send 1 EIO");
+    EXPECT_EQ(load_script("fail send 1 EAGAIN\nfly\n"), ":2: no such event: fly");
+    EXPECT_EQ(send_text(client, "first"), EIO);
+}
+
+TEST_F(faulty, a_script_takes_the_place_of_the_one_before) {
+    load("fail send every 1 EIO\nclock virtual");
+    EXPECT_EQ(send_text(client, "first"), EIO);
+    load("fail send 2 EAGAIN");
+    EXPECT_EQ(send_text(client, "first again"), 0);
+    EXPECT_EQ(send_text(client, "second"), EAGAIN);
+    EXPECT_GT(clock_now().time_since_epoch(), seconds{0}); // and not virtual any more
 }
 
 TEST_F(faulty, calls_fail) {
@@ -180,6 +69,20 @@ TEST_F(faulty, messages_are_lost_doubled_swapped_and_cut) {
         EXPECT_EQ(incoming(), text);
     }
     EXPECT_EQ(incoming(), refused(EAGAIN));
+}
+
+TEST_F(faulty, what_is_done_to_messages_is_in_the_history) {
+    yelk_hist_clear();
+    load("drop 1\nduplicate 2\nreorder 3\ndelay 4 1\ntruncate 5 1\nclock virtual");
+    for (int count = 0; count < 5; ++count) {
+        ASSERT_EQ(send_at_once(client, "text"), 0);
+        static_cast<void>(incoming());
+    }
+    const std::string history = ribkit::testing::printed_by(yelk_hist_print);
+    for (const char *done : {"lost", "twice", "behind the next", "late", "truncated"}) {
+        EXPECT_NE(history.find(std::string{"fault: message "} + done + "\n"), std::string::npos) << done;
+    }
+    yelk_hist_clear();
 }
 
 TEST_F(faulty, a_message_held_back_for_the_next_is_dropped_with_the_handle) {
@@ -228,9 +131,40 @@ TEST_F(faulty, a_late_message_arrives_in_its_turn) {
 
 TEST_F(faulty, a_late_message_on_the_real_clock) {
     load("delay 1 20\n");
+    const time_point before = clock_now();
     ASSERT_EQ(send_text(client, "late"), 0);
-    EXPECT_EQ(incoming(), refused(EAGAIN));
     EXPECT_EQ(taken(server, within(0)), "late");
+    EXPECT_GE(clock_now() - before, milliseconds{20});
+}
+
+TEST_F(faulty, what_is_late_goes_with_its_clock) {
+    load("clock virtual\ndelay 1 20");
+    ASSERT_EQ(send_text(client, "late"), 0);
+    load("clock virtual");
+    EXPECT_EQ(taken(server, within(100)), refused(ETIMEDOUT));
+}
+
+TEST_F(faulty, who_is_at_work_keeps_its_turn) {
+    load("clock virtual");
+    const time_point end = std::chrono::steady_clock::now() + milliseconds{400};
+    ASSERT_EQ(send_text(client, "first"), 0);
+    std::thread other{[this] { EXPECT_EQ(send_text(client, "other's"), 0); }};
+    while (std::chrono::steady_clock::now() < end) {
+    }
+    ASSERT_EQ(send_text(client, "second"), 0);
+    other.join();
+    for (const char *text : {"first", "second", "other's"}) {
+        EXPECT_EQ(incoming(), text);
+    }
+}
+
+TEST_F(faulty, who_waits_for_something_else_stops_nobody) {
+    load("clock virtual");
+    ASSERT_EQ(send_text(client, "first"), 0);
+    std::thread other{[this] { EXPECT_EQ(send_text(client, "other's"), 0); }};
+    other.join();
+    EXPECT_EQ(incoming(), "first");
+    EXPECT_EQ(incoming(), "other's");
 }
 
 TEST_F(faulty, a_late_message_for_a_closed_handle_is_thrown_away) {
@@ -238,144 +172,6 @@ TEST_F(faulty, a_late_message_for_a_closed_handle_is_thrown_away) {
     ASSERT_EQ(send_text(client, "late"), 0);
     qip_close(server);
     EXPECT_EQ(taken(client, within(100)), refused(ETIMEDOUT));
-}
-
-void serve_envelopes(uint32_t server) {
-    qip_ref asked{};
-    while (qip_recv(server, &asked, nullptr) == 0) {
-        qip_opcode_get(&asked) == 545 ? rib_wrap_cmi_rsp(server, &asked, "answer", 6)
-                                      : rib_wrap_qip_rsp(server, &asked, "answer", 6);
-        rib_wrap_qip_drop(RIB_CLIENT_RIB, server, &asked);
-    }
-}
-
-/// What a client's wrapper returns and prints while a server runs.
-class faulty_wrappers : public faulty {
-  protected:
-    using wrapper = std::function<uint32_t(uint32_t handle, rib_wrap_msg &request, rib_wrap_msg &answer)>;
-
-    std::string run(const std::string &script, const wrapper &call) {
-        load("clock virtual\n" + script);
-        uint32_t code = 0;
-        const std::string text = printed_by([&] {
-            uint8_t payload = 1;
-            rib_wrap_msg message{RIB_CLIENT_FSPF, 0, 77, {}, &payload, 1};
-            rib_wrap_msg answer{};
-            code = call(client, message, answer);
-            if (answer.payload != nullptr) {
-                qip_drop(client, &answer.ref);
-            }
-        });
-        return code_text(code) + text.substr(std::min(text.size(), size_t{9}));
-    }
-
-    std::string run_with_server(const std::string &script, const wrapper &call) {
-        load("clock virtual\n"); // so that the server's thread takes its turns from the start
-        server_thread serving{server, serve_envelopes};
-        std::string text = run(script, call);
-        qip_faults_load(nullptr, nullptr, 0);
-        qip_close(server);
-        return text;
-    }
-
-    static std::string code_text(uint32_t code) {
-        char text[16];
-        std::snprintf(text, sizeof text, "%08x ", code);
-        return text;
-    }
-};
-
-uint32_t qip_request(uint32_t handle, rib_wrap_msg &request, rib_wrap_msg &answer) {
-    return rib_wrap_qip_req_rsp(handle, &request, &answer);
-}
-uint32_t cmi_request(uint32_t handle, rib_wrap_msg &request, rib_wrap_msg &answer) {
-    return rib_wrap_cmi_req_rsp(handle, &request, &answer);
-}
-
-TEST_F(faulty_wrappers, sends_fail) {
-    const std::pair<wrapper, const char *> rows[] = {
-        {[](auto handle, auto &message, auto &) { return rib_wrap_qip_send(handle, &message); },
-         "80520005 rib_wrap_qip_send() failed qip_send() 5!\n"},
-        {[](auto handle, auto &message, auto &) { return rib_wrap_qip_send_non_blk(handle, nullptr, &message); },
-         "80520005 rib_wrap_qip_send_non_blk() failed qip_send() 5!\n"},
-        {qip_request, "80520005 rib_wrap_qip_req_rsp() failed qip_send() 5!\n"},
-        {[](auto handle, auto &message, auto &) { return rib_wrap_cmi_send(handle, &message); },
-         "80520005 rib_wrap_cmi_send() failed qip_send() 5!\n"},
-        {[](auto handle, auto &message, auto &) { return rib_wrap_cmi_send_non_blk(handle, nullptr, &message); },
-         "80520005 rib_wrap_cmi_send_non_blk() failed qip_send() 5!\n"},
-        {cmi_request, "80520005 rib_wrap_cmi_req_rsp() failed qip_send() 5!\n"},
-    };
-    for (const auto &[call, expected] : rows) {
-        EXPECT_EQ(run("fail send 1 EIO", call), expected);
-    }
-}
-
-TEST_F(faulty_wrappers, answers_do_not_come) {
-    const std::string plain = "8052006e rib_wrap_qip_req_rsp() failed qip_recv() 110!\n";
-    EXPECT_EQ(run("drop 1", qip_request), plain);
-    EXPECT_EQ(run("drop 1", cmi_request), plain);
-    EXPECT_EQ(run("delay every 1 20001", qip_request), plain);
-    EXPECT_EQ(run("fail recv 1 EIO", qip_request), "80520005 rib_wrap_qip_req_rsp() failed qip_recv() 5!\n");
-    EXPECT_EQ(run_with_server("drop 2", qip_request), plain);
-}
-
-TEST_F(faulty_wrappers, drops_and_answers_fail) {
-    EXPECT_EQ(run("fail drop 1 EIO",
-                  [](auto handle, auto &message, auto &) {
-                      qip_ref sent{};
-                      rib_wrap_qip_send_non_blk(handle, &sent, &message);
-                      return static_cast<uint32_t>(rib_wrap_qip_drop(RIB_CLIENT_FSPF, handle, &sent));
-                  }),
-              "80520005 rib_wrap_qip_drop() failed qip_drop() 5!\n");
-    const auto answering = [this](auto answer) {
-        return [this, answer](auto /*handle*/, auto & /*message*/, auto & /*answer*/) {
-            ask("question");
-            qip_ref asked = request();
-            const uint32_t code = answer(asked);
-            qip_drop(server, &asked);
-            return code;
-        };
-    };
-    taken(server, now(QIP_RECV_INCOMING));
-    const auto plain = answering([this](const qip_ref &asked) { return rib_wrap_qip_rsp(server, &asked, "x", 1); });
-    const auto enveloped = answering([this](const qip_ref &asked) { return rib_wrap_cmi_rsp(server, &asked, "x", 1); });
-    EXPECT_EQ(run("fail send 2 EIO", plain), "80520005 rib_wrap_qip_rsp() failed qip_send_response() 5!\n");
-    EXPECT_EQ(run("fail drop 2 EIO", plain), "80520005 rib_wrap_qip_rsp() failed qip_drop() of resp_ref 5!\n");
-    EXPECT_EQ(run("fail send 2 EIO", enveloped), "80520005 rib_wrap_cmi_rsp() failed qip_send_response() 5!\n");
-}
-
-TEST_F(faulty_wrappers, envelopes_are_cut) {
-    EXPECT_EQ(run_with_server("truncate 2 115", cmi_request),
-              "40520001 rib_wrap_cmi_req_rsp() bad size 6 for opc 77!\n");
-    EXPECT_EQ(run("truncate 1 116",
-                  [this](auto handle, auto &message, auto & /*answer*/) {
-                      qip_addr address = rib;
-                      EXPECT_EQ(qip_open("local:test", &server), 0);
-                      EXPECT_EQ(qip_listen(server, &address, 1), 0);
-                      EXPECT_EQ(rib_wrap_cmi_send(handle, &message), RIB_OK);
-                      qip_ref received = request();
-                      uint32_t opcode = 0;
-                      const uint8_t *payload = nullptr;
-                      uint32_t length = 0;
-                      const uint32_t code = rib_wrap_cmi_recv(qip_payload_get(&received), qip_payload_size(&received),
-                                                              &opcode, &payload, &length);
-                      qip_drop(server, &received);
-                      return code;
-                  }),
-              "40520001 rib_wrap_cmi_recv() bad size 1 for opc 77!\n");
-}
-
-TEST_F(faulty_wrappers, notifications_fail) {
-    yelk_hist_clear();
-    const wrapper note = [](auto handle, auto & /*message*/, auto & /*answer*/) {
-        return static_cast<uint32_t>(rib_wrap_qip_note(handle, 78, "x", 1));
-    };
-    EXPECT_EQ(run("fail send 1 EIO", note), "80520005 ");
-    EXPECT_EQ(run("fail send 2 EIO", note), "80520005 ");
-    const std::string history = printed_by(yelk_hist_print);
-    EXPECT_NE(history.find("rib_wrap_qip_note() failed qip_send_notify() 0x80520005\n"), std::string::npos);
-    EXPECT_NE(history.find("rib_wrap_qip_note() failed qip_send_notify() to LCs 0x80520005\n"), std::string::npos);
-    yelk_hist_clear();
 }
 
 /// A client and a server under a script: when each request ended, and how.
@@ -394,7 +190,7 @@ class transcripts : public faulty {
             qip_faults_load(nullptr, nullptr, 0);
             qip_close(server);
         }
-        on_one_bus::TearDown();
+        TearDown();
         return text;
     }
 

@@ -43,7 +43,8 @@ void mailbox::arrive(parcel one) {
     }
     one.letter.size = std::min(one.letter.size, done.most_bytes);
     if (done.twice) {
-        arrive_later({copy_of(one.letter), one.way_in}, done.milliseconds_late);
+        parcel second{copy_of(one.letter), one.way_in};
+        arrive_later(std::move(second), done.milliseconds_late);
     }
     if (done.behind_the_next) {
         behind_the_next_.push_back(std::move(one));

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <span>
 
 namespace ribkit::platform {
@@ -23,26 +25,34 @@ class return_path {
 };
 
 struct message {
+    static constexpr size_t room_in_front = 16;
+
     uint32_t opcode = 0;
     uint32_t token = 0; ///< of the request that it is or answers; 0 where no answer is awaited
     uint32_t size = 0;
-    int error = 0;         ///< not 0: no answer but the news that none can come
-    bool received = false; ///< false: a record of something sent, without payload
-    std::unique_ptr<uint8_t[]> payload;
+    int error = 0;                      ///< not 0: no answer but the news that none can come
+    bool received = false;              ///< false: a record of something sent, without payload
+    std::unique_ptr<uint8_t[]> bytes;   ///< the payload, behind room for what a transport puts in front of it
     std::shared_ptr<return_path> reply; ///< null where no answer is awaited
+
+    /// Null where there are no bytes.
+    [[nodiscard]] uint8_t *payload() const { return bytes == nullptr ? nullptr : bytes.get() + room_in_front; }
 };
 
 inline message new_message(uint32_t opcode, std::span<const uint8_t> payload) {
+    if (payload.size() > SIZE_MAX - message::room_in_front) {
+        throw std::bad_alloc{};
+    }
     message letter;
     letter.opcode = opcode;
     letter.size = static_cast<uint32_t>(payload.size());
-    letter.payload = std::make_unique_for_overwrite<uint8_t[]>(payload.size());
-    std::copy(payload.begin(), payload.end(), letter.payload.get());
+    letter.bytes = std::make_unique_for_overwrite<uint8_t[]>(message::room_in_front + payload.size());
+    std::copy(payload.begin(), payload.end(), letter.payload());
     return letter;
 }
 
 inline message copy_of(const message &original) {
-    message copy = new_message(original.opcode, {original.payload.get(), original.size});
+    message copy = new_message(original.opcode, {original.payload(), original.size});
     copy.token = original.token;
     copy.reply = original.reply;
     return copy;

@@ -55,9 +55,8 @@ void on_disconnect(natsConnection * /*connection*/, void *target) {
     at(target, [](nats_endpoint &end, const callback_target &) { end.lost_connection(); });
 }
 
-void on_reconnect(natsConnection *connection, void *target) {
-    at(target,
-       [=](nats_endpoint &end, const callback_target &) { end.reconnected(natsConnection_GetMaxPayload(connection)); });
+void on_reconnect(natsConnection * /*connection*/, void *target) {
+    at(target, [](nats_endpoint &, const callback_target &) { record_event("nats: connected again"); });
 }
 
 void on_error(natsConnection * /*connection*/, natsSubscription * /*subscription*/, natsStatus status, void *target) {
@@ -98,7 +97,7 @@ void nats_endpoint::take_answer(natsMsg &arrived, message letter) {
     const char *subject = natsMsg_GetSubject(&arrived);
     const uint32_t token = token_of(subject);
     const std::scoped_lock lock{office_->lock};
-    if (letter.payload == nullptr) {
+    if (letter.bytes == nullptr) {
         box_->fail(token, natsMsg_IsNoResponders(&arrived) ? ENOTCONN : EBADMSG);
         return;
     }
@@ -110,31 +109,17 @@ void nats_endpoint::lost_connection() {
     record_event("nats: connection lost");
     const std::scoped_lock lock{office_->lock};
     settled_.clear();
-    forbidden_.clear();
     box_->fail_all(ECONNRESET);
-}
-
-void nats_endpoint::reconnected(int64_t most) {
-    record_event("nats: connected again");
-    const std::scoped_lock lock{office_->lock};
-    most_ = most;
 }
 
 void nats_endpoint::failed(natsStatus status) {
     record_event(std::string{"nats: "} + natsStatus_GetText(status));
-    const char *text = nullptr;
-    if (status != NATS_NOT_PERMITTED || natsConnection_GetLastError(connection_.get(), &text) != status ||
-        text == nullptr) {
+    const std::string subject = status == NATS_NOT_PERMITTED ? last_refused(nats_publishing) : "";
+    if (subject.empty()) {
         return;
     }
-    const char *start = std::strchr(text, '"');
-    const char *end = std::strrchr(text, '"');
-    if (start == nullptr || start == end || std::strstr(text, "Publish") == nullptr) {
-        return;
-    }
-    const std::string subject{start + 1, end};
     const std::scoped_lock lock{office_->lock};
-    forbidden_.insert(subject);
+    settled_.erase(subject);
     for (const auto &[token, asked] : asked_) {
         if (asked == subject) {
             box_->fail(token, EACCES);

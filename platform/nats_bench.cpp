@@ -4,7 +4,8 @@
 #include "bench/harness.h"
 #include "platform/service_peer.h"
 
-#include <memory>
+#include <cstdio>
+#include <cstdlib>
 #include <nats/nats.h>
 #include <vector>
 
@@ -46,8 +47,12 @@ class plain_client {
         natsOptions_Create(&options);
         natsOptions_SetURL(options, url);
         natsOptions_SetSendAsap(options, true);
-        natsConnection_Connect(&made, options);
+        const natsStatus status = natsConnection_Connect(&made, options);
         natsOptions_Destroy(options);
+        if (status != NATS_OK) {
+            std::fprintf(stderr, "the peer's connection: %s\n", natsStatus_GetText(status));
+            std::exit(1);
+        }
         return made;
     }
 

@@ -6,12 +6,17 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace ribkit::platform {
+
+// What the server may refuse to a subject, in its words.
+inline constexpr const char *nats_subscribing = "Subscription";
+inline constexpr const char *nats_publishing = "Publish";
 
 inline constexpr size_t nats_head_size = 8; // opcode and sender, big-endian, before every payload
 
@@ -48,13 +53,15 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     int publish(const std::string &subject, const std::string &reply, const message &letter);
     void take_in(natsMsg &arrived, door *way_in);
     void lost_connection();
-    void reconnected(int64_t most);
     void failed(natsStatus status);
 
   private:
     int subscribe(const std::string &subject, bool one_of_many, door *way_in);
-    int ready(const std::string &subject, size_t size);
-    int settle(const std::string &subject);
+    bool is_settled(const std::string &subject);
+    int publish_first(const std::string &subject, const std::string &reply, const message &letter);
+    int ready();
+    int settle(const std::string &subject, const char *act);
+    std::string last_refused(const char *act);
     int expect(const std::string &subject, uint32_t &token);
     void take_answer(natsMsg &arrived, message letter);
     void shut();
@@ -68,18 +75,19 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     nats_place place_;
     std::shared_ptr<post_office> office_ = std::make_shared<post_office>();
     std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(office_);
+    bool has_real_time_ = false;
     connection_ptr connection_;
     std::string inbox_; // of the answers: a token follows
     uint32_t sender_ = std::random_device{}();
+    std::mutex settling_; // while the server is asked about a subject; taken before the office's lock
 
     // Guarded by the office's lock.
     std::vector<subscription_ptr> subscriptions_;
     std::set<std::string> listening_;
     std::set<std::string> settled_;         // subjects that the server has let us publish to
-    std::set<std::string> forbidden_;       // and those that it has not
-    std::map<uint32_t, std::string> asked_; // the subject that an awaited token's request went to
+    std::map<uint32_t, std::string> asked_; // the subject that a token's request went to
+    size_t most_asked_ = 64;                // then those that are awaited no more are forgotten
     uint32_t last_token_ = 0;
-    int64_t most_ = 0; // bytes that the server takes in one message
 };
 
 /// The client library's callbacks; each is given a callback_target.

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <initializer_list>
+#include <unistd.h>
 
 namespace ribkit::platform {
 
@@ -20,6 +21,17 @@ bool is_subject_word(std::string_view word) {
 const char *setting(const char *name) {
     const char *value = std::getenv(name);
     return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+// What is wrong with a file is said as an errno here: the client library has one answer for everything.
+int unreadable_file() {
+    for (const char *name : {"RIBKIT_NATS_CREDENTIALS", "RIBKIT_NATS_CA", "RIBKIT_NATS_CERT", "RIBKIT_NATS_KEY"}) {
+        const char *file = setting(name);
+        if (file != nullptr && access(file, R_OK) != 0) {
+            return errno;
+        }
+    }
+    return 0;
 }
 
 // 50 ms, doubled with every attempt, 5 s at most.
@@ -42,14 +54,18 @@ natsStatus set_identity(natsOptions *options) {
     return status;
 }
 
-natsStatus set_tls(natsOptions *options, bool wanted) {
+// The client library checks that the server's certificate names the host.
+natsStatus set_tls(natsOptions *options, const nats_place &place) {
     const char *authority = setting("RIBKIT_NATS_CA");
     const char *certificate = setting("RIBKIT_NATS_CERT");
     const char *key = setting("RIBKIT_NATS_KEY");
-    natsStatus status = NATS_OK;
-    if (wanted || authority != nullptr || certificate != nullptr) {
-        status = natsOptions_SetSecure(options, true);
+    if (key != nullptr && certificate == nullptr) {
+        return NATS_INVALID_ARG;
     }
+    if (!place.server.starts_with("tls") && authority == nullptr && certificate == nullptr) {
+        return NATS_OK;
+    }
+    natsStatus status = natsOptions_SetSecure(options, true);
     if (authority != nullptr && status == NATS_OK) {
         status = natsOptions_LoadCATrustedCertificates(options, authority);
     }
@@ -63,6 +79,17 @@ natsStatus first_failure(std::initializer_list<natsStatus> results) {
     const auto *const failed =
         std::find_if(results.begin(), results.end(), [](natsStatus one) { return one != NATS_OK; });
     return failed == results.end() ? NATS_OK : *failed;
+}
+
+// Of "nats://IDENTITY@HOST:PORT"; an IPv6 address stands in brackets.
+std::string_view host_of(std::string_view server) {
+    server.remove_prefix(server.find("://") + 3);
+    server.remove_prefix(server.rfind('@') + 1); // npos + 1 is 0
+    if (server.starts_with('[')) {
+        const size_t end = server.find(']');
+        return end == std::string_view::npos ? std::string_view{} : server.substr(1, end - 1);
+    }
+    return server.substr(0, server.find(':'));
 }
 
 } // namespace
@@ -81,20 +108,24 @@ bool parse_nats_url(std::string_view url, nats_place &place) {
     const std::string_view fabric = path == std::string_view::npos ? std::string_view{} : url.substr(path + 1);
     place.prefix = fabric.empty() ? "rib" : fabric;
     place.queue = query.empty() ? std::string_view{} : query.substr(queue_key.size());
-    return place.server.size() > host + 3 && is_subject_word(place.prefix) &&
+    return !host_of(place.server).empty() && is_subject_word(place.prefix) &&
            (query.empty() || is_subject_word(place.queue));
 }
 
-natsStatus set_nats_options(natsOptions *options, const nats_place &place) {
-    return first_failure({
+int set_nats_options(natsOptions *options, const nats_place &place) {
+    if (const int error = unreadable_file(); error != 0) {
+        return error;
+    }
+    return errno_of(first_failure({
         natsOptions_SetURL(options, place.server.c_str()),
         natsOptions_SetName(options, "ribkit"),
         natsOptions_SetSendAsap(options, true),
+        natsOptions_SetTimeout(options, server_limit),
         natsOptions_SetMaxReconnect(options, -1),
         natsOptions_SetCustomReconnectDelay(options, pause_before, nullptr),
         set_identity(options),
-        set_tls(options, place.server.starts_with("tls")),
-    });
+        set_tls(options, place),
+    }));
 }
 
 int errno_of(natsStatus status) {
@@ -102,7 +133,6 @@ int errno_of(natsStatus status) {
     case NATS_OK:
         return 0;
     case NATS_NO_SERVER:
-    case NATS_IO_ERROR:
         return ECONNREFUSED;
     case NATS_CONNECTION_AUTH_FAILED:
     case NATS_NOT_PERMITTED:
@@ -116,13 +146,14 @@ int errno_of(natsStatus status) {
     case NATS_CONNECTION_CLOSED:
     case NATS_CONNECTION_DISCONNECTED:
     case NATS_STALE_CONNECTION:
-        return ENOTCONN;
+    case NATS_IO_ERROR:
     case NATS_NO_RESPONDERS:
         return ENOTCONN;
     case NATS_ADDRESS_MISSING:
     case NATS_INVALID_ARG:
         return EINVAL;
     case NATS_SSL_ERROR:
+    case NATS_PROTOCOL_ERROR: // also an end where an answer was due
     case NATS_SECURE_CONNECTION_WANTED:
     case NATS_SECURE_CONNECTION_REQUIRED:
         return EPROTO;

@@ -7,6 +7,8 @@
 
 namespace ribkit::platform {
 
+inline constexpr int64_t server_limit = 5000; // milliseconds that a server may take to answer
+
 struct nats_place {
     std::string server; ///< the URL for the client library; may hold a password, so it is never printed
     std::string prefix; ///< of every subject: the fabric's name, "rib" without one
@@ -18,8 +20,8 @@ bool parse_nats_url(std::string_view url, nats_place &place);
 
 /// Server, reconnecting for ever with growing pauses, sending at once, and what the environment adds: RIBKIT_NATS_USER
 /// and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, RIBKIT_NATS_CREDENTIALS (a file); RIBKIT_NATS_CA, RIBKIT_NATS_CERT and
-/// RIBKIT_NATS_KEY (files), each of which asks for TLS, as the scheme tls does.
-natsStatus set_nats_options(natsOptions *options, const nats_place &place);
+/// RIBKIT_NATS_KEY (files), each of which asks for TLS, as the scheme tls does. 0 or an errno.
+int set_nats_options(natsOptions *options, const nats_place &place);
 
 /// What a failure of the client library means here.
 int errno_of(natsStatus status);

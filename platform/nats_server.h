@@ -1,6 +1,8 @@
-// A server of a test's own, on loopback and a port of its own; ended with the object.
+// A server of a test's own, on loopback and a port that it chooses itself; it ends with the object, and with the test's
+// process however that ends.
 #pragma once
 
+#include "platform/temporary_directory.h"
 #include <cstdint>
 #include <string>
 #include <sys/types.h>
@@ -13,17 +15,25 @@ class nats_server {
     explicit nats_server(const std::string &configuration = "");
     nats_server(const nats_server &) = delete;
     nats_server &operator=(const nats_server &) = delete;
-    ~nats_server();
+    ~nats_server() { stop(); }
 
     void stop();
+
+    /// Again, on the same port. The server ends with the thread that starts it.
     void start();
 
-    /// "nats://HOST:PORT", with "USER:PASSWORD@" before the host where given.
-    [[nodiscard]] std::string url(const std::string &identity = "") const;
+    /// Another configuration's text, for the next start, or taken over while it runs.
+    void configure(const std::string &configuration) const;
+
+    /// "nats://HOST:PORT", with "IDENTITY@" before the host where given.
+    [[nodiscard]] std::string url(const std::string &identity = "", const std::string &scheme = "nats") const;
 
   private:
-    std::string file_;
-    uint16_t port_;
+    void launch();
+    [[nodiscard]] uint16_t announced_port() const;
+
+    temporary_directory home_;
+    uint16_t port_ = 0;
     pid_t process_ = 0;
 };
 

@@ -5,54 +5,53 @@
 #include "platform/nats_transport.h"
 
 #include "codec/bytes.h"
+#include "platform/clock.h"
 #include "platform/nats_endpoint.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 namespace ribkit::platform {
 
-namespace {
-
-constexpr int64_t settle_limit = 5000; // milliseconds that the server may take to say yes or no
-
-} // namespace
-
 using namespace nats_callbacks;
 
 int nats_endpoint::connect() {
+    has_real_time_ = claim_real_time(); // which the server keeps
+    if (!has_real_time_) {
+        return ENOTSUP;
+    }
     natsOptions *made = nullptr;
     if (natsOptions_Create(&made) != NATS_OK) {
         return ENOMEM;
     }
     const options_ptr options{made};
-    auto target = std::make_unique<callback_target>(callback_target{weak_from_this()});
-    natsStatus status = set_nats_options(made, place_);
-    if (status == NATS_OK) {
-        natsOptions_SetDisconnectedCB(made, on_disconnect, target.get());
-        natsOptions_SetReconnectedCB(made, on_reconnect, target.get());
-        natsOptions_SetErrorHandler(made, on_error, target.get());
-        natsOptions_SetClosedCB(made, on_closed, target.get());
-        natsConnection *connected = nullptr;
-        status = natsConnection_Connect(&connected, made);
-        connection_.reset(connected);
+    if (const int error = set_nats_options(made, place_); error != 0) {
+        return error;
     }
-    if (status != NATS_OK) {
-        return errno_of(status);
+    auto target = std::make_unique<callback_target>(callback_target{weak_from_this()});
+    natsOptions_SetDisconnectedCB(made, on_disconnect, target.get());
+    natsOptions_SetReconnectedCB(made, on_reconnect, target.get());
+    natsOptions_SetErrorHandler(made, on_error, target.get());
+    natsOptions_SetClosedCB(made, on_closed, target.get());
+    natsConnection *connected = nullptr;
+    const natsStatus status = natsConnection_Connect(&connected, made);
+    connection_.reset(connected);
+    if (const int error = errno_of(status); error != 0) {
+        return error == ENOTCONN ? ECONNREFUSED : error; // it hung up
     }
     static_cast<void>(target.release()); // the closed connection forgets it
     natsInbox *inbox = nullptr;
     if (natsInbox_Create(&inbox) != NATS_OK) {
         return ENOMEM;
     }
-    most_ = natsConnection_GetMaxPayload(connection_.get());
     inbox_ = std::string{inbox} + ".";
     natsInbox_Destroy(inbox);
     return subscribe(inbox_ + "*", false, nullptr);
 }
 
 int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, door *way_in) {
+    const std::scoped_lock one_at_a_time{settling_};
     auto target = std::make_unique<callback_target>(callback_target{weak_from_this(), way_in});
     natsSubscription *made = nullptr;
     const natsStatus status =
@@ -65,7 +64,7 @@ int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, door 
     }
     natsSubscription_SetOnCompleteCB(made, forget, target.release());
     subscription_ptr subscription{made};
-    if (const int error = settle(subject); error != 0) {
+    if (const int error = settle(subject, nats_subscribing); error != 0) {
         return error;
     }
     const std::scoped_lock lock{office_->lock};
@@ -73,15 +72,23 @@ int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, door 
     return 0;
 }
 
-// Waits until the server has seen all that was sent, and asks whether it refused this subject.
-int nats_endpoint::settle(const std::string &subject) {
-    const natsStatus status = natsConnection_FlushTimeout(connection_.get(), settle_limit);
+// The subject that the server refused last, by a text like: Permissions Violation for Publish to "SUBJECT".
+std::string nats_endpoint::last_refused(const char *act) {
     const char *text = nullptr;
-    if (status == NATS_OK && natsConnection_GetLastError(connection_.get(), &text) == NATS_NOT_PERMITTED &&
-        text != nullptr && std::strstr(text, ('"' + subject + '"').c_str()) != nullptr) {
-        return EACCES;
+    if (natsConnection_GetLastError(connection_.get(), &text) != NATS_NOT_PERMITTED || text == nullptr ||
+        std::strstr(text, act) == nullptr) {
+        return "";
     }
-    return errno_of(status);
+    const std::string_view said{text};
+    const size_t start = said.find('"') + 1;
+    return std::string{said.substr(start, said.find('"', start) - start)};
+}
+
+// Waits until the server has seen all that was sent, and asks whether it refused this, with `settling_` held: only its
+// last refusal is known.
+int nats_endpoint::settle(const std::string &subject, const char *act) {
+    const natsStatus status = natsConnection_FlushTimeout(connection_.get(), server_limit);
+    return status == NATS_OK && last_refused(act) == subject ? EACCES : errno_of(status);
 }
 
 int nats_endpoint::listen(const qip_addr &address, uint32_t bound) {
@@ -105,34 +112,31 @@ int nats_endpoint::listen(const qip_addr &address, uint32_t bound) {
     return error;
 }
 
-int nats_endpoint::ready(const std::string &subject, size_t size) {
+int nats_endpoint::ready() {
     const natsConnStatus status = natsConnection_Status(connection_.get());
     const std::scoped_lock lock{office_->lock};
     if (box_->closed()) {
         return ECANCELED;
     }
-    if (forbidden_.contains(subject)) {
-        return EACCES;
-    }
-    if (status != NATS_CONN_STATUS_CONNECTED) {
-        return ENOTCONN;
-    }
-    return static_cast<int64_t>(size + nats_head_size) > most_ ? EMSGSIZE : 0;
+    return status == NATS_CONN_STATUS_CONNECTED ? 0 : ENOTCONN;
 }
 
 int nats_endpoint::publish(const std::string &subject, const std::string &reply, const message &letter) {
-    if (const int error = ready(subject, letter.size); error != 0) {
+    if (const int error = ready(); error != 0) {
         return error;
     }
-    std::vector<uint8_t> bytes(nats_head_size + letter.size);
-    store32<std::endian::big>(bytes.data(), letter.opcode);
-    store32<std::endian::big>(bytes.data() + 4, sender_);
-    std::copy_n(letter.payload.get(), letter.size, bytes.data() + nats_head_size);
-    const auto size = static_cast<int>(bytes.size());
+    const uint64_t size = uint64_t{nats_head_size} + letter.size;
+    if (size > INT_MAX) {
+        return EMSGSIZE;
+    }
+    static_assert(nats_head_size <= message::room_in_front);
+    uint8_t *bytes = letter.payload() - nats_head_size;
+    store32<std::endian::big>(bytes, letter.opcode);
+    store32<std::endian::big>(bytes + 4, sender_);
     const natsStatus status =
-        reply.empty()
-            ? natsConnection_Publish(connection_.get(), subject.c_str(), bytes.data(), size)
-            : natsConnection_PublishRequest(connection_.get(), subject.c_str(), reply.c_str(), bytes.data(), size);
+        reply.empty() ? natsConnection_Publish(connection_.get(), subject.c_str(), bytes, static_cast<int>(size))
+                      : natsConnection_PublishRequest(connection_.get(), subject.c_str(), reply.c_str(), bytes,
+                                                      static_cast<int>(size));
     return errno_of(status);
 }
 
@@ -142,30 +146,41 @@ int nats_endpoint::expect(const std::string &subject, uint32_t &token) {
         ++last_token_;
     } while (last_token_ == 0 || box_->awaits(last_token_));
     token = last_token_;
-    std::erase_if(asked_, [this](const auto &one) { return !box_->awaits(one.first); });
+    if (asked_.size() >= most_asked_) {
+        std::erase_if(asked_, [this](const auto &one) { return !box_->awaits(one.first); });
+        most_asked_ = 2 * asked_.size() + 64;
+    }
     asked_[token] = subject;
     return box_->expect(token);
 }
 
+bool nats_endpoint::is_settled(const std::string &subject) {
+    const std::scoped_lock lock{office_->lock};
+    return settled_.contains(subject);
+}
+
 // The first message to a subject waits for the server's word, so that a refusal is known at once.
+int nats_endpoint::publish_first(const std::string &subject, const std::string &reply, const message &letter) {
+    const std::scoped_lock one_at_a_time{settling_};
+    int error = publish(subject, reply, letter);
+    error = error == 0 ? settle(subject, nats_publishing) : error;
+    if (error == 0) {
+        const std::scoped_lock lock{office_->lock};
+        settled_.insert(subject);
+    }
+    return error;
+}
+
 int nats_endpoint::send(const qip_addr &address, message letter, bool /*may_wait*/, uint32_t *token) {
     const std::string subject = subject_of(address);
     int error = token == nullptr ? 0 : expect(subject, *token);
     if (error == 0) {
-        error = publish(subject, token == nullptr ? "" : inbox_ + std::to_string(*token), letter);
+        const std::string reply = token == nullptr ? "" : inbox_ + std::to_string(*token);
+        error = is_settled(subject) ? publish(subject, reply, letter) : publish_first(subject, reply, letter);
     }
-    bool first = false;
-    {
+    if (error != 0 && token != nullptr) {
         const std::scoped_lock lock{office_->lock};
-        first = error == 0 && settled_.insert(subject).second;
-    }
-    error = first ? settle(subject) : error;
-    if (error != 0) {
-        const std::scoped_lock lock{office_->lock};
-        settled_.erase(subject);
-        if (token != nullptr) {
-            box_->expect_no_more(*token);
-        }
+        box_->expect_no_more(*token);
     }
     return error;
 }
@@ -184,6 +199,9 @@ void nats_endpoint::shut() {
     ended.clear();
     if (connection_ != nullptr) {
         natsConnection_Close(connection_.get());
+    }
+    if (has_real_time_) {
+        release_real_time();
     }
 }
 

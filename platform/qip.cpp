@@ -11,10 +11,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <new>
 #include <string>
+#include <system_error>
 
 using namespace ribkit::platform;
 
@@ -26,6 +25,8 @@ template <typename Action> int answered_by(const Action &action) {
         error = action();
     } catch (const std::bad_alloc &) {
         error = ENOMEM;
+    } catch (const std::system_error &failure) { // a thread that cannot be started
+        error = failure.code().value();
     }
     if (error == 0) {
         return 0;
@@ -172,7 +173,7 @@ uint32_t qip_rr_token_get(const struct qip_ref *ref) {
 
 void *qip_payload_get(const struct qip_ref *ref) {
     const message *letter = received(ref);
-    return letter == nullptr ? nullptr : letter->payload.get();
+    return letter == nullptr ? nullptr : letter->payload();
 }
 
 uint32_t qip_payload_size(const struct qip_ref *ref) {
@@ -192,18 +193,14 @@ void qip_step_aside(void) { step_aside(); }
 int qip_faults_load(const char *file, char *error, uint32_t error_size) {
     return answered_by([&] {
         if (file == nullptr) {
-            set_faults(nullptr);
+            end_faults();
             return 0;
         }
-        auto script = std::make_unique<fault_script>();
-        std::ifstream stream{file};
-        const std::string text{std::istreambuf_iterator<char>{stream}, {}};
-        const std::string wrong = stream.is_open() ? script->parse(text) : "cannot be read";
+        const std::string wrong = load_faults(file);
         if (!wrong.empty()) {
-            std::snprintf(error, error_size, "%s:%s%s", file, stream.is_open() ? "" : " ", wrong.c_str());
+            std::snprintf(error, error_size, "%s:%s", file, wrong.c_str());
             return EINVAL;
         }
-        set_faults(std::move(script));
         return 0;
     });
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
@@ -40,9 +41,9 @@ class by_service {
   private:
     static uint32_t opened(const char *url, bool listening) {
         uint32_t handle = 0;
-        qip_open(url, &handle);
-        if (listening) {
-            qip_listen(handle, &server_address, 16);
+        if (qip_open(url, &handle) != 0 || (listening && qip_listen(handle, &server_address, 16) != 0)) {
+            std::perror("the benchmark's handle");
+            std::exit(1);
         }
         return handle;
     }

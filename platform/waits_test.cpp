@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -79,20 +78,6 @@ TEST_F(waits, a_send_waits_for_room) {
     }
     EXPECT_EQ(taken(server, within(0)), "waited");
     sending.join();
-}
-
-// The thread may not have begun to wait when the handle is closed, and then finds no handle: it tries again.
-void closed_while(const std::function<int()> &waiting, const std::function<void()> &begin,
-                  const std::function<void()> &close, int expected) {
-    int error = EBADF;
-    for (int attempt = 0; error == EBADF && attempt < 100; ++attempt) {
-        begin();
-        std::thread blocked{[&] { error = waiting(); }};
-        std::this_thread::sleep_for(milliseconds{5});
-        close();
-        blocked.join();
-    }
-    EXPECT_EQ(error, expected);
 }
 
 TEST_F(waits, closing_ends_a_receive) {
