@@ -4,6 +4,7 @@
 #include "testing/capture.h"
 
 #include <algorithm>
+#include <atomic>
 #include <vector>
 
 namespace ribkit::platform {
@@ -112,6 +113,23 @@ TEST_F(faulty, a_virtual_clock_needs_no_time) {
     EXPECT_EQ(clock_now() - before, seconds{3600});
     EXPECT_EQ(taken(client, within(7)), refused(ETIMEDOUT));
     EXPECT_EQ(clock_now() - before, seconds{3600} + milliseconds{7});
+}
+
+TEST_F(faulty, who_steps_aside_under_a_virtual_clock_lets_the_others_on) {
+    load("clock virtual\n");
+    EXPECT_EQ(incoming(), refused(EAGAIN)); // from here on it is this thread's turn
+    std::atomic<bool> called{false};
+    std::thread other{[&] {
+        EXPECT_EQ(taken(client, now(QIP_RECV_INCOMING)), refused(EAGAIN));
+        called = true;
+    }};
+    qip_step_aside();
+    const auto limit = std::chrono::steady_clock::now() + seconds{20};
+    while (!called && std::chrono::steady_clock::now() < limit) { // awake all the time: its turn would not be lost
+    }
+    EXPECT_TRUE(called);
+    other.join();
+    EXPECT_EQ(incoming(), refused(EAGAIN));
 }
 
 TEST_F(faulty, a_late_message_arrives_in_its_turn) {

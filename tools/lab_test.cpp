@@ -142,7 +142,7 @@ TEST(lab, envelopes_and_a_bus_with_a_name_change_nothing) {
 
 TEST(lab, a_rough_bus_gives_the_same_transcript_every_time_and_a_quiet_ones_tables) {
     const auto rough = [] {
-        return run_command(std::string("lab --trace --faults examples/faults/rough.txt ") + small + " 2>&1");
+        return run_command(std::string("lab --trace --faults examples/faults/rough.faults ") + small + " 2>&1");
     };
     const outcome run = rough();
     EXPECT_EQ(run.exit_code, 0);

@@ -1,6 +1,5 @@
 #include "tools/rib_command.h"
 
-#include "rib_codes.h"
 #include "tools/fabric_file.h"
 #include "tools/input_error.h"
 #include "tools/json_output.h"
@@ -22,8 +21,7 @@ constexpr uint32_t usual_vsans = 64;
 
 // Over a server two could listen at one address: each would be asked, and the first answer taken.
 void refuse_second_rib(const rib_command_options &options) {
-    rib_link link(options.bus.url, RIB_CLIENT_RIB, {false, options.bus.patience()});
-    if (link.is_answered()) {
+    if (is_answered(service_handle(options.bus.url, options.bus.patience()))) {
         throw std::runtime_error(joined("another RIB answers at ", shown_url(options.bus.url)));
     }
 }

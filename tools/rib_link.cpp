@@ -39,6 +39,22 @@ std::string result_text(uint32_t result) {
     return text.data();
 }
 
+bool is_answered(const service_handle &handle) {
+    qip_ref ref{};
+    bool answered = qip_send(handle.number(), &rib_address, 0, nullptr, 0, &ref, nullptr, nullptr) == 0;
+    if (answered) {
+        const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 1, qip_rr_token_get(&ref)}};
+        qip_drop(handle.number(), &ref);
+        answered = qip_recv(handle.number(), &ref, &opts) == 0;
+    }
+    if (answered) {
+        qip_drop(handle.number(), &ref);
+    } else if (is_closed(static_cast<uint32_t>(errno))) {
+        throw link_closed();
+    }
+    return answered;
+}
+
 rib_link::rib_link(const std::string &url, uint32_t uuid, const link_options &options)
     : handle_(url, options.patience), uuid_(uuid), envelopes_(options.envelopes) {
     if (qip_listen(handle_.number(), &notifications, notifications_bound) != 0) {
@@ -74,22 +90,6 @@ std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) 
     return bytes;
 }
 
-bool rib_link::is_answered() {
-    qip_ref ref{};
-    bool answered = qip_send(handle_.number(), &rib_address, 0, nullptr, 0, &ref, nullptr, nullptr) == 0;
-    if (answered) {
-        const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 1, qip_rr_token_get(&ref)}};
-        qip_drop(handle_.number(), &ref);
-        answered = qip_recv(handle_.number(), &ref, &opts) == 0;
-    }
-    if (answered) {
-        qip_drop(handle_.number(), &ref);
-    } else if (is_closed(static_cast<uint32_t>(errno))) {
-        throw link_closed();
-    }
-    return answered;
-}
-
 bool rib_link::heard_of_start(std::chrono::milliseconds limit) {
     listen(started_ ? std::chrono::milliseconds{} : limit);
     return std::exchange(started_, false);
@@ -98,7 +98,7 @@ bool rib_link::heard_of_start(std::chrono::milliseconds limit) {
 bool rib_link::await(pauses &trying) {
     while (const auto pause = trying.next()) {
         listen(*pause);
-        if (is_answered()) {
+        if (is_answered(handle_)) {
             return true;
         }
     }

@@ -46,6 +46,9 @@ struct link_options {
 /// Where the RIB listens.
 inline constexpr qip_addr rib_address{0xfe000001, 25};
 
+/// Whether a RIB answers anything at all, within a second. Prints nothing. Throws link_closed.
+bool is_answered(const service_handle &handle);
+
 class rib_link {
   public:
     /// Opens the bus as service_handle does, and listens for notifications.
@@ -53,9 +56,6 @@ class rib_link {
 
     /// @return the answer's payload. Throws no_answer, or link_closed.
     std::vector<uint8_t> ask(uint32_t opcode, std::span<uint8_t> request);
-
-    /// Whether the RIB answers anything at all, within a second. Prints nothing. Throws link_closed.
-    bool is_answered();
 
     /// Whether the RIB has started since the last call, waiting for that so long; 0 does not wait. Throws link_closed.
     bool heard_of_start(std::chrono::milliseconds limit = {});

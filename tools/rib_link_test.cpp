@@ -123,11 +123,12 @@ TEST(rib_link, awaits_a_rib_without_a_word) {
     rib_link link(bus, RIB_CLIENT_FSPF);
     const std::string printed = printed_by([&] {
         pauses trying(1min);
-        EXPECT_FALSE(link.is_answered());
+        EXPECT_FALSE(is_answered(service_handle(bus)));
         EXPECT_FALSE(link.await(trying));
         EXPECT_EQ(trying.next(), std::nullopt);
         const rib_service rib(bus);
         trying = pauses(1min);
+        EXPECT_TRUE(is_answered(service_handle(bus)));
         EXPECT_TRUE(link.await(trying));
         EXPECT_EQ(trying.next(), 100ms); // after one pause
         EXPECT_TRUE(link.heard_of_start());
@@ -141,8 +142,10 @@ TEST(rib_link, a_closed_one_ends_waits) {
     rib_link link(bus, RIB_CLIENT_FSPF);
     link.close();
     EXPECT_THROW(link.heard_of_start(1h), link_closed);
-    EXPECT_THROW(link.is_answered(), link_closed);
     printed_by([&] { EXPECT_THROW(link.ask(1, {}), link_closed); });
+    service_handle closed(bus);
+    closed.close();
+    EXPECT_THROW(is_answered(closed), link_closed);
 }
 
 TEST(rib_link, a_damaged_envelope_is_no_answer_and_is_dropped) {
