@@ -73,10 +73,8 @@ void nats_rows(const char *url) {
         const std::vector<uint8_t> payload(size, 0x5a);
         const by_service ours{url};
         plain_client peer{url};
-        const times best = compare(
-            1, [&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }, 300);
-        print_row("request and answer of " + std::to_string(size) + " bytes", best, "goal 1.15");
-        print_latencies("    of ours", [&] { ours.round_trip(payload); });
+        print_trips("request and answer of " + std::to_string(size) + " bytes",
+                    compare_trips([&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }), "goal 1.15");
     }
 }
 

@@ -63,15 +63,39 @@ class by_service {
     std::thread serving_;
 };
 
-/// The times of 2000 calls, one by one: rate, median and 99th percentile.
-template <typename Function> void print_latencies(const char *what, Function &&function) {
-    std::vector<double> taken(2000);
-    for (double &one : taken) {
-        one = time_of(function, 1) / 1000;
+/// Every call timed by itself, a few of one and a few of the other in turn.
+struct trips {
+    std::vector<double> ours, peer;
+
+    static double at(const std::vector<double> &sorted, size_t percent) {
+        return sorted[sorted.size() * percent / 100];
     }
-    std::sort(taken.begin(), taken.end());
-    std::printf("%-58s p50 %.1f us, p99 %.1f us, %.0f a second\n", what, taken[taken.size() / 2],
-                taken[taken.size() * 99 / 100], 1e6 / taken[taken.size() / 2]);
+    [[nodiscard]] times medians() const { return {at(ours, 50), at(peer, 50)}; }
+};
+
+template <typename Ours, typename Peer> trips compare_trips(Ours &&ours, Peer &&peer) {
+    constexpr int rounds = 250;
+    constexpr int in_a_row = 20;
+    trips taken;
+    for (int round = 0; round < rounds; round++) {
+        for (int i = 0; i < in_a_row; i++) {
+            taken.ours.push_back(time_of(ours, 1));
+        }
+        for (int i = 0; i < in_a_row; i++) {
+            taken.peer.push_back(time_of(peer, 1));
+        }
+    }
+    std::sort(taken.ours.begin(), taken.ours.end());
+    std::sort(taken.peer.begin(), taken.peer.end());
+    return taken;
+}
+
+/// The medians beside each other, then what ours are like.
+inline void print_trips(const std::string &what, const trips &taken, const char *goal) {
+    print_row(what, taken.medians(), goal);
+    const double median = trips::at(taken.ours, 50);
+    std::printf("%-58s p50 %.1f us, p99 %.1f us, %.0f a second\n", "    of ours", median / 1e3,
+                trips::at(taken.ours, 99) / 1e3, 1e9 / median);
 }
 
 } // namespace ribkit::bench

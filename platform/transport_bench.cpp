@@ -82,10 +82,8 @@ void row(size_t size) {
     const std::vector<uint8_t> payload(size, 0x5a);
     const by_service ours{"local:bench"};
     by_hand peer;
-    const times best = compare(
-        1, [&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }, 300);
-    print_row("request and answer of " + std::to_string(size) + " bytes", best, "goal 1.3");
-    print_latencies("    of ours", [&] { ours.round_trip(payload); });
+    print_trips("request and answer of " + std::to_string(size) + " bytes",
+                compare_trips([&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }), "goal 1.3");
 }
 
 } // namespace
