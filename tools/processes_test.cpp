@@ -1,5 +1,5 @@
 // RIB and clients as processes of their own, over a server that the test starts.
-#include "platform/nats_server.h"
+#include "platform/nats_fixture.h"
 #include "tools/run_command.h"
 
 #include <chrono>
@@ -204,6 +204,22 @@ TEST_F(processes, outcomes_for_programs) {
     const std::string last = rib.stopped(SIGINT).output;
     EXPECT_NE(last.find("{\n  \"routes\": [\n"), std::string::npos) << last;
     EXPECT_NE(last.find("\"messages_answered\": "), std::string::npos) << last;
+}
+
+TEST(roles, are_all_that_the_processes_need) {
+    const platform::environment first{"RIB_PASSWORD", "r1b"};
+    const platform::environment second{"CLIENT_PASSWORD", "cl1ent"};
+    const platform::environment third{"MODULE_PASSWORD", "m0dule"};
+    const nats_server server(platform::in_the_tree("examples/nats/roles.conf"));
+    background rib("rib --bus " + server.url("rib:r1b"));
+    const std::string as_client = " --bus " + server.url("client:cl1ent") + " ";
+    const outcome client = run_command("client" + as_client + small + " 2>&1");
+    EXPECT_EQ(client.exit_code, 0) << client.output;
+    EXPECT_NE(run_command("routes" + as_client).output.find("\n\n8 routes\n"), std::string::npos);
+    EXPECT_EQ(rib.stopped(SIGINT).exit_code, 0);
+    const outcome impostor = run_command("rib" + as_client + "2>&1");
+    EXPECT_EQ(impostor.exit_code, 1);
+    EXPECT_EQ(impostor.output, "ribkit: the RIB cannot listen on " + server.url() + ": Permission denied\n");
 }
 
 TEST(secrets, are_not_printed) {
