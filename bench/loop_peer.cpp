@@ -43,8 +43,8 @@ void fcurt_fields(const uint8_t *src, uint8_t *dst) {
 }
 
 /// A bounded list of words: the first n, then zeros.
-void bounded(const uint8_t *src, uint8_t *dst, size_t at, uint32_t n, uint32_t bound) {
-    uint32_t i = 0;
+void bounded(const uint8_t *src, uint8_t *dst, size_t at, size_t n, size_t bound) {
+    size_t i = 0;
     for (; i < n; ++i) {
         word(src, dst, at + 4 * i);
     }
@@ -66,7 +66,7 @@ uint32_t convert_fclrt(const uint8_t *src, uint8_t *dst, bool sending) {
     size_t at = 104;
     for (uint32_t i = 0; i < read(host, 28); ++i) {
         words(src, dst, at, at + 8);
-        const uint32_t labels = read(host, at) >> 16 & 0xff;
+        const size_t labels = read(host, at) >> 16 & 0xff;
         words(src, dst, at + 8, at + 8 + 4 * labels);
         at += 8 + 4 * labels;
     }
@@ -80,7 +80,7 @@ void convert_path(const uint8_t *src, uint8_t *dst, bool sending) {
     word(src, dst, 8);
     bytes(src, dst, 12, 16);
     words(src, dst, 16, 28);
-    uint32_t i = 0;
+    size_t i = 0;
     for (; i < read(host, 24); ++i) {
         const size_t at = 28 + 20 * i;
         words(src, dst, at, at + 8);

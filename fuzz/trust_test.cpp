@@ -17,7 +17,7 @@ using namespace ribkit::fuzz;
 using ribkit::testing::guarded;
 
 /// Under emulation (the 32-bit builds) everything is many times slower.
-constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
+constexpr size_t scale = sizeof(void *) == 4 ? 1 : 10;
 
 /// @return whether the bytes were accepted; then they have been opened
 bool tried(const opener &how, std::span<const uint8_t> bytes) {
@@ -86,7 +86,7 @@ TEST_F(trust, numbers_at_the_edges_of_what_they_may_be) {
 
 TEST_F(trust, random_damage) {
     for (const sample &s : all) {
-        for (unsigned round = 0; round < 10 * scale; ++round) {
+        for (size_t round = 0; round < 10 * scale; ++round) {
             byte_vector message = s.message;
             for (size_t damage = 1 + below(4); damage != 0; --damage) {
                 message[below(std::min<size_t>(message.size(), below(2) != 0 ? 64 : SIZE_MAX))] =

@@ -166,10 +166,8 @@ void fspf_client::find_refused(const fcurt_response &response, uint32_t vsan, st
     const auto refused = std::count_if(changes.begin(), changes.end(), [&](const route_change &change) {
         return !has_effect(accepted_[vsan], change);
     });
-    if (refused > 0) {
-        traffic_.refused += static_cast<size_t>(refused);
-        report(response);
-    }
+    traffic_.refused += static_cast<size_t>(refused);
+    report(response);
 }
 
 fcurt_response fspf_client::exchange(std::span<uint8_t> update) {

@@ -95,6 +95,32 @@ TEST(fspf_client, a_rib_that_starts_anew_is_told_everything) {
     EXPECT_EQ(held_by(*rib), routes_of(f));
 }
 
+TEST(fspf_client, a_rib_that_starts_anew_meanwhile_is_told_everything_too) {
+    const fabric f = generated();
+    auto rib = std::make_unique<rib_service>(bus);
+    size_t parts = 0;
+    client_options options{.link = patient};
+    options.progress = [&](const char *what, size_t, size_t) {
+        if (std::string_view(what) == "routes sent" && ++parts == 2) { // of three VSANs
+            rib.reset();
+            rib = std::make_unique<rib_service>(bus);
+        }
+    };
+    fspf_client client(bus, options);
+    EXPECT_EQ(client.converge(f).added, (2U + 3U) * 11U);
+    EXPECT_EQ(held_by(*rib), routes_of(f));
+}
+
+TEST(fspf_client, has_new_patience_for_every_vsan) {
+    // The RIB tells two groups that it starts. Then for each VSAN: the update fails, the RIB is asked whether it is
+    // there, read, and sent the update again, each with an answer.
+    const testing::fault_script script("clock virtual\nfail send 3 EIO\nfail send 10 EIO\nfail send 17 EIO\n");
+    fspf_client client(bus, {.link = {.patience = 60ms}}); // a pause of 50 ms, and one of 10 ms
+    rib_service rib(bus);
+    silently([&] { EXPECT_EQ(client.converge(generated()).added, 3U * 11U); });
+    EXPECT_EQ(held_by(rib), routes_of(generated()));
+}
+
 TEST(fspf_client, takes_over_what_another_run_has_left) {
     fabric f = generated();
     rib_service rib(bus);

@@ -121,6 +121,8 @@ TEST_F(processes, start_in_any_order) {
     EXPECT_NE(first.output.find("ribkit: waiting for a server at " + server.url() + "\n"), std::string::npos);
     EXPECT_NE(first.output.find("11 sent: 4 added, 0 deleted, 7 changed\n"), std::string::npos) << first.output;
     EXPECT_NE(second.output.find("16 sent: 8 added, 4 deleted, 4 changed\n"), std::string::npos) << second.output;
+    const outcome again = run_command(command("client", small)); // finds what the others have left
+    EXPECT_NE(again.output.find("at 0s: the fabric starts\n  no route changed\n"), std::string::npos) << again.output;
     const outcome routes = run_command(command("routes"));
     EXPECT_EQ(tables(routes.output), wanted);
     EXPECT_NE(routes.output.find("\n\n8 routes\n"), std::string::npos);
@@ -147,6 +149,7 @@ TEST_F(processes, several_clients_of_one_fabric_end_with_its_tables) {
 TEST_F(processes, a_client_that_stays_tells_a_new_rib_and_outlives_the_server) {
     auto rib = std::make_unique<background>(command("rib"));
     background client(command("client --stay", small));
+    ASSERT_TRUE(in_time([&] { return client.so_far().find("\nat 5.5s: ") != std::string::npos; }));
     EXPECT_TRUE(holds_lab_tables());
     rib->stopped(SIGTERM);
     rib = std::make_unique<background>(command("rib"));

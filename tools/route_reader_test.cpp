@@ -9,6 +9,7 @@
 #include "tools/random_routes.h"
 #include "tools/rib_service.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace ribkit {
@@ -66,7 +67,9 @@ TEST(route_reader, reads_what_the_rib_holds) {
         const held_routes all = read_routes(link, {RIB_CLIENT_TEST, {}});
         held_routes by_vsan;
         for (uint32_t vsan = 0; vsan <= 5; vsan++) {
-            by_vsan.merge(read_routes(link, {RIB_CLIENT_TEST, vsan}));
+            const held_routes some = read_routes(link, {RIB_CLIENT_TEST, vsan});
+            EXPECT_TRUE(std::all_of(some.begin(), some.end(), [&](const auto &one) { return one.first.vsan == vsan; }));
+            by_vsan.insert(some.begin(), some.end());
         }
         rib.stop();
         EXPECT_EQ(all, rib.tables().routes());
