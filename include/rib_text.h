@@ -177,9 +177,9 @@ int rib_time_str(char *str);
 int rib_time_stamp_str(char *str);
 
 /**
- * Writes the calendar text of *t, as ctime gives it, without its newline. 26 bytes. Uses the C library's shared calendar,
- * so that two threads must not tell times at once. The time zone is that of TZ at the call; where TZ is not set, a new
- * time zone of the host is seen within a second.
+ * Writes the calendar text of *t, as ctime gives it, without its newline. 26 bytes. Uses the C library's shared
+ * calendar, so that two threads must not tell times at once. The time zone is that of TZ at the call; where TZ is not
+ * set, a new time zone of the host is seen within a second.
  */
 void rib_time_to_str(const time_t *t, char *str);
 
