@@ -23,6 +23,7 @@ int run_lab(const lab_options &options) {
     load_faults(options.bus);
     const json_output json(options.json_file);
     progress_line progress;
+    refuse_second_rib(options.bus.url, options.bus.patience());
     rib_service rib(options.bus.url, {f.spaces(), options.trace, options.bus.patience()});
     fspf_client client(options.bus.url, options.client(progress));
     fabric_run run(f, client, progress, options.real_time, json.alone());

@@ -141,14 +141,17 @@ TEST(lab, envelopes_and_a_bus_with_a_name_change_nothing) {
 }
 
 TEST(lab, a_rough_bus_gives_the_same_transcript_every_time_and_a_quiet_ones_tables) {
-    const auto rough = [] {
-        return run_command(std::string("lab --trace --faults examples/faults/rough.faults ") + small + " 2>&1");
+    const auto rough = [](const std::string &outputs) {
+        return run_command(std::string("lab --trace --faults examples/faults/rough.faults ") + small + outputs);
     };
-    const outcome run = rough();
+    const outcome run = rough(" 2>/dev/null");
+    const outcome errors = rough(" 2>&1 >/dev/null");
     EXPECT_EQ(run.exit_code, 0);
     testing::expect_golden("tools/golden/lab_rough_trace.txt", steady(run.output));
+    testing::expect_golden("tools/golden/lab_rough_errors.txt", errors.output);
     for (int again = 0; again < 5; again++) {
-        EXPECT_EQ(steady(rough().output), steady(run.output));
+        EXPECT_EQ(steady(rough(" 2>/dev/null").output), steady(run.output));
+        EXPECT_EQ(rough(" 2>&1 >/dev/null").output, errors.output);
     }
     const auto tables = [](const std::string &text) {
         const size_t at = text.find("\nD:direct");

@@ -183,6 +183,7 @@ TEST_F(processes, a_second_rib_is_refused_unless_its_fabric_is_another) {
     const outcome second = run_command(command("rib") + " 2>&1");
     EXPECT_EQ(second.exit_code, 1);
     EXPECT_EQ(second.output, "ribkit: another RIB answers at " + server.url() + "\n");
+    EXPECT_EQ(run_command(command("lab", small) + " 2>&1").output, second.output);
     background elsewhere("rib --bus " + server.url() + "/elsewhere");
     ASSERT_TRUE(in_time([&] { return !elsewhere.so_far().empty(); }));
     EXPECT_EQ(elsewhere.stopped(SIGINT).exit_code, 0);

@@ -1,7 +1,6 @@
 #include "tools/rib_command.h"
 
 #include "tools/fabric_file.h"
-#include "tools/input_error.h"
 #include "tools/json_output.h"
 #include "tools/rib_link.h"
 #include "tools/rib_state.h"
@@ -11,22 +10,10 @@
 #include "tools/stop_signals.h"
 
 #include <cstdio>
-#include <stdexcept>
 
 namespace ribkit {
 
-namespace {
-
-constexpr uint32_t usual_vsans = 64;
-
-// Over a server two could listen at one address: each would be asked, and the first answer taken.
-void refuse_second_rib(const rib_command_options &options) {
-    if (is_answered(service_handle(options.bus.url, options.bus.patience()))) {
-        throw std::runtime_error(joined("another RIB answers at ", shown_url(options.bus.url)));
-    }
-}
-
-} // namespace
+static constexpr uint32_t usual_vsans = 64;
 
 int run_rib(const rib_command_options &options) {
     const table_choice tables(options.tables);
@@ -35,7 +22,7 @@ int run_rib(const rib_command_options &options) {
     load_faults(options.bus);
     const json_output json(options.json_file);
     const stop_signals signals;
-    refuse_second_rib(options);
+    refuse_second_rib(options.bus.url, options.bus.patience());
     rib_service rib(options.bus.url, {spaces, options.trace, options.bus.patience()});
     std::printf("the RIB answers at %s\n", shown_url(options.bus.url).c_str());
     std::fflush(stdout);

@@ -55,6 +55,12 @@ bool is_answered(const service_handle &handle) {
     return answered;
 }
 
+void refuse_second_rib(const std::string &url, std::chrono::milliseconds patience) {
+    if (is_answered(service_handle(url, patience))) {
+        throw std::runtime_error("another RIB answers at " + shown_url(url));
+    }
+}
+
 rib_link::rib_link(const std::string &url, uint32_t uuid, const link_options &options)
     : handle_(url, options.patience), uuid_(uuid), envelopes_(options.envelopes) {
     if (qip_listen(handle_.number(), &notifications, notifications_bound) != 0) {

@@ -49,6 +49,10 @@ inline constexpr qip_addr rib_address{0xfe000001, 25};
 /// Whether a RIB answers anything at all, within a second. Prints nothing. Throws link_closed.
 bool is_answered(const service_handle &handle);
 
+/// Throws std::runtime_error where a RIB answers on this bus already: over a server two could listen at one address,
+/// and each would be asked. Opens the bus as service_handle does.
+void refuse_second_rib(const std::string &url, std::chrono::milliseconds patience);
+
 class rib_link {
   public:
     /// Opens the bus as service_handle does, and listens for notifications.
