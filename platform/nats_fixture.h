@@ -27,10 +27,13 @@ inline int error_of_opening(const std::string &url) {
     return error;
 }
 
+inline std::string not_sent(int error) { return "not sent " + std::to_string(error); }
+
+/// A request's answer; refused(ERRNO) where the wait for it failed, not_sent(ERRNO) where the request did.
 inline std::string answer_to(uint32_t handle, const std::string &question, const qip_addr &to = rib) {
     qip_ref sent = dirty_ref();
     if (const int error = send_text(handle, question, &sent, to); error != 0) {
-        return "not sent " + std::to_string(error);
+        return not_sent(error);
     }
     const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 60, qip_rr_token_get(&sent)}};
     EXPECT_EQ(qip_drop(handle, &sent), 0);

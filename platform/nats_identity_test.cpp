@@ -54,7 +54,7 @@ TEST_F(nats_roles, send_where_they_belong) {
                                                     {client, a_module}, {module, rib},   {module, modules}};
     for (const auto &[handle, address] : others) {
         EXPECT_EQ(send_text(handle, "?", nullptr, address), EACCES) << std::hex << address.node;
-        EXPECT_EQ(answer_to(handle, "?", address), "not sent " + std::to_string(EACCES)) << std::hex << address.node;
+        EXPECT_EQ(answer_to(handle, "?", address), not_sent(EACCES)) << std::hex << address.node;
     }
     ASSERT_EQ(error_of(qip_listen(client, &local, 10)), 0);
     ASSERT_EQ(error_of(qip_listen(module, &modules, 10)), 0);

@@ -95,6 +95,11 @@ void nats_server::stop() {
     }
 }
 
+void nats_server::suspend() const {
+    kill(process_, SIGSTOP);
+    waitpid(process_, nullptr, WUNTRACED); // until then its threads may go on
+}
+
 std::string nats_server::url(const std::string &identity, const std::string &scheme) const {
     return scheme + "://" + identity + (identity.empty() ? "" : "@") + "127.0.0.1:" + std::to_string(port_);
 }

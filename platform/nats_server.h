@@ -19,6 +19,9 @@ class nats_server {
 
     void stop();
 
+    /// It stays there but does nothing any more; only stop() ends this.
+    void suspend() const;
+
     /// Again, on the same port. The server ends with the thread that starts it.
     void start();
 

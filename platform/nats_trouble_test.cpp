@@ -42,7 +42,21 @@ TEST_F(over_nats, what_is_held_back_too_long_is_lost_and_told) {
     EXPECT_LT(more, 1000U);
 }
 
+// The first message to an address waits until the server has seen it; here it never does.
+TEST_F(over_nats, a_server_lost_with_the_first_message_refuses_it) {
+    server.suspend();
+    std::thread stopping{[this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds{20});
+        server.stop();
+    }};
+    EXPECT_EQ(answer_to(client, "never seen"), not_sent(ENOTCONN));
+    stopping.join();
+}
+
+// A later message is sent once it has left: what is lost with the server then is its answer.
 TEST_F(over_nats, a_lost_server_ends_waits_and_comes_back) {
+    EXPECT_EQ(send_text(client, "first"), 0);
+    EXPECT_EQ(taken(rib_handle, within(60000)), "first");
     std::thread stopping{[this] {
         taken(rib_handle, within(0));
         server.stop();
