@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/service_fixture.h"
-#include "platform/temporary_directory.h"
+#include "testing/temporary_directory.h"
 #include <atomic>
 #include <fstream>
 #include <functional>
@@ -13,7 +13,7 @@ namespace ribkit::platform {
 
 /// Puts a script's text in force, null: none; "", or what is said about it without the file's path.
 inline std::string load_script(const char *text) {
-    const temporary_directory home;
+    const testing::temporary_directory home;
     const std::string file = home.file("script");
     if (text != nullptr) {
         std::ofstream{file} << text;

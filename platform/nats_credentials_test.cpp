@@ -17,7 +17,7 @@ class nats_credentials : public ::testing::Test {
   protected:
     nats_server server{in_the_tree("platform/testdata/nats_operator.conf")};
     std::string credentials = in_the_tree("platform/testdata/nats_user.creds");
-    temporary_directory home;
+    testing::temporary_directory home;
 
     [[nodiscard]] std::string saved(const std::string &text) const {
         std::string file = home.file("creds");

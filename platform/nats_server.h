@@ -2,7 +2,7 @@
 // process however that ends.
 #pragma once
 
-#include "platform/temporary_directory.h"
+#include "testing/temporary_directory.h"
 #include <cstdint>
 #include <string>
 #include <sys/types.h>
@@ -35,7 +35,7 @@ class nats_server {
     void launch();
     [[nodiscard]] uint16_t announced_port() const;
 
-    temporary_directory home_;
+    testing::temporary_directory home_;
     uint16_t port_ = 0;
     pid_t process_ = 0;
 };

@@ -1,7 +1,7 @@
 // Certificates of a test's own, made when it runs, so that none in the tree ever expires.
 #pragma once
 
-#include "platform/temporary_directory.h"
+#include "testing/temporary_directory.h"
 #include <string>
 
 namespace ribkit::platform {
@@ -22,7 +22,7 @@ class test_certificates {
     [[nodiscard]] std::string file(const std::string &name) const { return home_.file(name); }
     void request(const std::string &name, const std::string &extensions, const std::string &signer) const;
 
-    temporary_directory home_;
+    testing::temporary_directory home_;
 };
 
 } // namespace ribkit::platform

@@ -41,13 +41,13 @@ TEST(lab, the_small_fabric_as_json_is_the_same_run) {
 }
 
 TEST(lab, json_goes_to_a_file_beside_what_is_printed) {
-    const std::string path = ::testing::TempDir() + "lab_test.json";
+    const testing::temporary_directory home;
+    const std::string path = home.file("run.json");
     const outcome run = run_command("lab --json " + path + " " + small);
     EXPECT_EQ(steady(run.output), steady(run_command(std::string("lab ") + small).output));
     std::ifstream file(path);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     EXPECT_TRUE(steady(text) == steady(run_command(std::string("lab --json - ") + small).output));
-    std::remove(path.c_str());
 }
 
 TEST(lab, tables_are_displayed_by_choice) {
@@ -59,12 +59,12 @@ TEST(lab, tables_are_displayed_by_choice) {
     EXPECT_EQ(routes(std::string("all ") + small), 8);
     EXPECT_EQ(routes(std::string("none ") + small), 0);
     EXPECT_EQ(routes(std::string("20 ") + small), 4);
-    const std::string many = "- < " + ::testing::TempDir() + "many.toml";
-    run_command("fabric --switches 66 --vsans 1 --output " + ::testing::TempDir() + "many.toml");
+    const testing::temporary_directory home;
+    const std::string many = "- < " + home.file("many.toml");
+    run_command("fabric --switches 66 --vsans 1 --output " + home.file("many.toml"));
     EXPECT_EQ(routes("auto " + many), 0);
     EXPECT_EQ(routes("all " + many), 65);
     EXPECT_NE(run_command("lab " + many).output.find("--tables all displays them"), std::string::npos);
-    std::remove((::testing::TempDir() + "many.toml").c_str());
 }
 
 TEST(lab, smaller_messages_leave_the_same_tables) {
@@ -78,7 +78,8 @@ TEST(lab, smaller_messages_leave_the_same_tables) {
 }
 
 TEST(lab, events_of_one_moment_are_one_change) {
-    const std::string path = ::testing::TempDir() + "moments.toml";
+    const testing::temporary_directory home;
+    const std::string path = home.file("moments.toml");
     std::ofstream(path) << testing::file_content(small) << R"(
 [[event]]
 at = "7s"
@@ -101,7 +102,6 @@ cost = 501
                         "  3 routes changed, in 1 message\n"),
               std::string::npos)
         << text;
-    std::remove(path.c_str());
 }
 
 TEST(lab, what_the_tables_are_made_of_is_displayed_on_request) {
@@ -112,7 +112,8 @@ TEST(lab, what_the_tables_are_made_of_is_displayed_on_request) {
 }
 
 TEST(lab, a_rib_without_room_says_so_and_the_json_stays_whole) {
-    const std::string path = ::testing::TempDir() + "tight.toml";
+    const testing::temporary_directory home;
+    const std::string path = home.file("tight.toml");
     run_command("fabric --switches 20 --vsans 2 --output " + path);
     std::ofstream(path, std::ios::app) << "[rib]\npositions = 32\n";
     const outcome run = run_command("lab " + path + " 2>&1");
@@ -123,7 +124,6 @@ TEST(lab, a_rib_without_room_says_so_and_the_json_stays_whole) {
     EXPECT_EQ(json.exit_code, 1);
     EXPECT_EQ(json.output.substr(0, 15), "{\n  \"fabric\": {");
     EXPECT_EQ(json.output.find("cont_mv"), std::string::npos);
-    std::remove(path.c_str());
 }
 
 TEST(lab, every_route_of_the_largest_fabric_arrives) {

@@ -28,7 +28,7 @@ std::string content(const std::string &path) {
 /// `ribkit ARGUMENTS` in the root of the tree while the test goes on; both outputs are kept.
 class background {
   public:
-    explicit background(const std::string &arguments) : output_(::testing::TempDir() + "background" + next_number()) {
+    explicit background(const std::string &arguments) {
         const std::string line = "cd " RIBKIT_SOURCE_DIR " && exec " RIBKIT_COMMAND " " + arguments;
         const char *words[] = {"/bin/sh", "-c", line.c_str(), nullptr};
         posix_spawn_file_actions_t actions;
@@ -45,7 +45,6 @@ class background {
             kill(process_, SIGKILL);
             waitpid(process_, nullptr, 0);
         }
-        std::remove(output_.c_str());
     }
 
     outcome ended() {
@@ -63,12 +62,8 @@ class background {
     [[nodiscard]] std::string so_far() const { return content(output_); }
 
   private:
-    static std::string next_number() {
-        static int number = 0;
-        return std::to_string(getpid()) + "-" + std::to_string(++number);
-    }
-
-    std::string output_;
+    testing::temporary_directory home_;
+    std::string output_ = home_.file("output");
     pid_t process_ = 0;
 };
 

@@ -1,6 +1,7 @@
 // Runs of the command, as a user types them; and files for it to read.
 #pragma once
 
+#include "testing/temporary_directory.h"
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -41,21 +42,16 @@ inline std::string complaint(const std::string &arguments) {
     return run.output;
 }
 
-/// A file of the running test; gone with the object.
+/// A file for the command to read; gone with the object.
 class input_file {
   public:
-    explicit input_file(std::string_view content)
-        : path_(::testing::TempDir() + ::testing::UnitTest::GetInstance()->current_test_info()->name()) {
-        std::ofstream(path_, std::ios::binary) << content;
-    }
-    input_file(const input_file &) = delete;
-    input_file &operator=(const input_file &) = delete;
-    ~input_file() { std::remove(path_.c_str()); }
+    explicit input_file(std::string_view content) { std::ofstream(path_, std::ios::binary) << content; }
 
     [[nodiscard]] const std::string &path() const { return path_; }
 
   private:
-    std::string path_;
+    temporary_directory home_;
+    std::string path_ = home_.file("input");
 };
 
 } // namespace ribkit::testing

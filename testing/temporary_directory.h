@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-namespace ribkit::platform {
+namespace ribkit::testing {
 
 /// Removed with all that is in it.
 class temporary_directory {
@@ -30,4 +30,4 @@ class temporary_directory {
     std::filesystem::path path_;
 };
 
-} // namespace ribkit::platform
+} // namespace ribkit::testing
