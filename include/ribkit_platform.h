@@ -78,8 +78,9 @@ uint32_t qip_opcode_get(const struct qip_ref *ref);
 uint32_t qip_refs_held(void);
 
 /**
- * Puts a fault script in force for the whole process, instead of the one before, while no thread is in the service. The
- * lines of a script, of which '#' and what follows is a comment:
+ * Puts a fault script in force for the whole process, instead of the one before. A call that another thread has begun
+ * may still be asked about at the one before: a run that has to go the same way twice loads its script while nobody
+ * else does more than wait. The lines of a script, of which '#' and what follows is a comment:
  *
  * - seed NUMBER: of the random choices; 1 without such a line
  * - clock virtual: waits and delays take no real time: it jumps whenever every thread that has used the service waits

@@ -5,16 +5,31 @@
 #include <atomic>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace ribkit::platform {
 
 namespace {
 
-std::atomic<fault_script *> in_force{nullptr};
+// Asked by every call; the flag spares the lock where there is no script.
+struct slot {
+    std::atomic<bool> taken{false};
+    std::mutex lock;
+    std::shared_ptr<fault_script> script;
+};
 
-void replace(std::unique_ptr<fault_script> script) {
-    const std::unique_ptr<fault_script> before{in_force.exchange(script.release())};
+// Never destroyed: threads may still be in a call when the process ends.
+slot &in_force() {
+    static auto &only = *new slot;
+    return only;
+}
+
+void replace(std::shared_ptr<fault_script> script) {
+    slot &here = in_force();
+    const std::scoped_lock lock{here.lock};
+    here.taken = script != nullptr;
+    here.script.swap(script);
 }
 
 bool read(const char *file, std::string &text) {
@@ -36,7 +51,7 @@ std::string load_faults(const char *file) {
     if (!read(file, text)) {
         return " cannot be read";
     }
-    auto script = std::make_unique<fault_script>();
+    auto script = std::make_shared<fault_script>();
     std::string wrong = script->parse(text);
     const uint32_t line = script->virtual_clock_line();
     if (wrong.empty() && !set_virtual_clock(line != 0)) {
@@ -53,6 +68,13 @@ void end_faults() {
     replace(nullptr);
 }
 
-fault_script *faults() { return in_force.load(std::memory_order_acquire); }
+std::shared_ptr<fault_script> faults() {
+    slot &here = in_force();
+    if (!here.taken.load(std::memory_order_relaxed)) {
+        return nullptr;
+    }
+    const std::scoped_lock lock{here.lock};
+    return here.script;
+}
 
 } // namespace ribkit::platform

@@ -1,8 +1,8 @@
-// The fault script in force, if any: asked by every call of the service and about every message that arrives. One comes
-// and goes while no thread is in the service.
+// The fault script in force, if any: asked by every call of the service and about every message that arrives.
 #pragma once
 
 #include "platform/fault_script.h"
+#include <memory>
 #include <string>
 
 namespace ribkit::platform {
@@ -12,7 +12,7 @@ std::string load_faults(const char *file);
 
 void end_faults();
 
-/// Null without a script.
-fault_script *faults();
+/// Null without a script. It stays whole while it is asked, even where another one takes its place meanwhile.
+std::shared_ptr<fault_script> faults();
 
 } // namespace ribkit::platform

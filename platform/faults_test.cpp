@@ -41,6 +41,25 @@ TEST_F(faulty, a_script_takes_the_place_of_the_one_before) {
     EXPECT_GT(clock_now().time_since_epoch(), seconds{0}); // and not virtual any more
 }
 
+TEST_F(faulty, a_script_is_replaced_while_it_is_asked) {
+    std::atomic<bool> ended{false};
+    std::atomic<int> failed{0};
+    std::thread busy{[&] {
+        while (!ended) {
+            const int error = send_text(client, "?", nullptr, {3, 3});
+            EXPECT_TRUE(error == EIO || error == EAGAIN || error == ENOTCONN) << error;
+            failed += error == EIO ? 1 : 0;
+        }
+    }};
+    for (int turn = 0; turn < 100 || failed == 0; ++turn) {
+        load("fail send every 1 EIO");
+        load("fail send every 1 EAGAIN");
+        EXPECT_EQ(load_script(nullptr), "");
+    }
+    ended = true;
+    busy.join();
+}
+
 TEST_F(faulty, calls_fail) {
     load("fail open 1 EMSGSIZE\nfail listen 1 EPIPE\nfail send 2 EIO\nfail recv 1 ECONNRESET\nfail drop 2 EACCES");
     uint32_t handle = 0;

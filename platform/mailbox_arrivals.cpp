@@ -31,7 +31,7 @@ void mailbox::put(door &way_in, message letter) { arrive({std::move(letter), &wa
 void mailbox::put_answer(message letter) { arrive({std::move(letter), nullptr}); }
 
 void mailbox::arrive(parcel one) {
-    fault_script *script = faults();
+    const auto script = faults();
     if (script == nullptr) {
         take_in(std::move(one));
         return;

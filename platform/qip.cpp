@@ -39,7 +39,7 @@ template <typename Action> int answered_by(const Action &action) {
 template <typename Action> int called(service_call call, const Action &action) {
     return answered_by([&] {
         take_turn();
-        fault_script *script = faults();
+        const auto script = faults();
         const int failure = script == nullptr ? 0 : script->failure_of(call);
         return failure != 0 ? failure : action();
     });

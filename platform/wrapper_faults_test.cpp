@@ -47,6 +47,7 @@ class faulty_wrappers : public faulty {
     std::string run_with_server(const std::string &script, const wrapper &call) {
         load("clock virtual\n"); // so that the server's thread takes its turns from the start
         server_thread serving{server, serve_envelopes};
+        EXPECT_EQ(taken(client, within(1)), refused(ETIMEDOUT)); // once the server waits, with nothing left to answer
         std::string text = run(script, call);
         qip_faults_load(nullptr, nullptr, 0);
         qip_close(server);
