@@ -36,13 +36,17 @@ class server_thread {
               started_ = true;
               serve(handle);
           }} {
+        qip_step_aside();
         while (!started_) {
             std::this_thread::yield();
         }
     }
     server_thread(const server_thread &) = delete;
     server_thread &operator=(const server_thread &) = delete;
-    ~server_thread() { thread_.join(); }
+    ~server_thread() {
+        qip_step_aside();
+        thread_.join();
+    }
 
   private:
     std::atomic<bool> started_{false};

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <list>
 #include <vector>
 
 namespace ribkit::platform {
@@ -193,6 +194,30 @@ TEST_F(faulty, who_is_at_work_keeps_its_turn) {
     for (const char *text : {"first", "second", "other's"}) {
         EXPECT_EQ(incoming(), text);
     }
+}
+
+TEST_F(faulty, turns_are_taken_in_the_order_in_which_waits_ended) {
+    load("clock virtual");
+    const qip_addr addresses[] = {{1, 1}, {2, 2}, {3, 3}};
+    std::vector<uint32_t> handles;
+    std::string order; // one thread at a time
+    const auto note_one = [&order](uint32_t handle) { order += taken(handle, within(0)); };
+    {
+        std::list<server_thread> threads;
+        for (const qip_addr &address : addresses) {
+            uint32_t handle = 0;
+            ASSERT_EQ(qip_open("local:test", &handle), 0);
+            ASSERT_EQ(qip_listen(handle, &address, 1), 0);
+            threads.emplace_back(handle, note_one);
+            handles.push_back(handle);
+        }
+        EXPECT_EQ(taken(client, within(1)), refused(ETIMEDOUT)); // once all of them wait
+        for (const int next : {1, 2, 0}) {
+            ASSERT_EQ(send_text(client, std::to_string(next), nullptr, addresses[next]), 0);
+        }
+    }
+    EXPECT_EQ(order, "120");
+    std::for_each(handles.begin(), handles.end(), qip_close);
 }
 
 TEST_F(faulty, who_waits_for_something_else_stops_nobody) {
