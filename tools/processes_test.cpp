@@ -100,6 +100,18 @@ class processes : public ::testing::Test {
     std::string wanted = tables(run_command(std::string("lab --tables all ") + small).output);
 };
 
+TEST_F(processes, are_stopped_while_they_wait_for_a_server) {
+    server.stop();
+    for (const std::string &arguments : {command("rib --wait 600"), command("client --wait 600", small),
+                                         command("routes --wait 600")}) {
+        background waiting(arguments);
+        ASSERT_TRUE(in_time([&] { return waiting.so_far().find("waiting for a server") != std::string::npos; }));
+        const auto start = std::chrono::steady_clock::now();
+        waiting.stopped(SIGTERM);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60)) << arguments;
+    }
+}
+
 TEST_F(processes, start_in_any_order) {
     ASSERT_NE(wanted, "");
     server.stop();

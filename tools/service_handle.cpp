@@ -5,7 +5,9 @@
 #include "tools/pauses.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <pthread.h>
 #include <system_error>
 #include <thread>
 
@@ -24,6 +26,19 @@ std::string shown_url(const std::string &url) {
 // A transport that the platform library may be built without: it says so itself.
 static bool names_server(const std::string &url) { return url.starts_with("nats:") || url.starts_with("tls:"); }
 
+// Nothing has begun yet that would have to be ended in order: SIGINT and SIGTERM end the process, even where they wait
+// for somebody who takes them later.
+static void sleep_stoppably(std::chrono::milliseconds pause) {
+    sigset_t stops;
+    sigset_t before;
+    sigemptyset(&stops);
+    sigaddset(&stops, SIGINT);
+    sigaddset(&stops, SIGTERM);
+    pthread_sigmask(SIG_UNBLOCK, &stops, &before);
+    std::this_thread::sleep_for(pause);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
 service_handle::service_handle(const std::string &url, std::chrono::milliseconds patience) {
     pauses waiting(patience);
     while (qip_open(url.c_str(), &number_) != 0) {
@@ -39,7 +54,7 @@ service_handle::service_handle(const std::string &url, std::chrono::milliseconds
         if (waiting.first()) {
             std::fprintf(stderr, "ribkit: waiting for a server at %s\n", shown_url(url).c_str());
         }
-        std::this_thread::sleep_for(*pause);
+        sleep_stoppably(*pause);
     }
 }
 

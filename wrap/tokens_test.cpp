@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <random>
 #include <vector>
 
@@ -65,6 +66,21 @@ TEST(tokens, release_twice) {
     rib_token_release(&unallocated);
     EXPECT_EQ(unallocated.count, 5U);
     EXPECT_EQ(unallocated.capacity, 6U);
+}
+
+// A capacity whose size wraps in 32 bits is not mistaken for a small one: there is room for all of it, or none at all.
+TEST(tokens, capacities_beyond_32_bits_of_bytes) {
+    for (const uint32_t capacity : {0x40000000U, 0x40000001U, 0x80000000U}) {
+        rib_token list{};
+        if (rib_token_alloc(&list, capacity) == RIB_OUT_OF_MEMORY) {
+            EXPECT_EQ(list.tokens, nullptr);
+            EXPECT_EQ(list.capacity, 0U);
+            continue;
+        }
+        EXPECT_GE(malloc_usable_size(list.tokens), uint64_t{capacity} * 4);
+        EXPECT_EQ(list.capacity, capacity);
+        rib_token_release(&list);
+    }
 }
 
 TEST(tokens, no_memory_leaves_the_counts) {
