@@ -23,16 +23,20 @@ namespace {
 bool armed = false;
 size_t allocations = 0;
 size_t failing = 0;
+size_t refused = 0;
 failing_allocation::how often_failing = failing_allocation::how::once;
 std::array<void *, 4096> kept{};
 size_t kept_count = 0;
 
-bool fails() {
+bool fails(size_t size) {
     if (!armed) {
         return false;
     }
     allocations++;
-    return allocations == failing || (allocations > failing && often_failing == failing_allocation::how::onwards);
+    const bool does =
+        allocations == failing || (allocations > failing && often_failing == failing_allocation::how::onwards);
+    refused = does ? size : refused;
+    return does;
 }
 
 void *keep(void *block) {
@@ -55,6 +59,7 @@ void let_go(const void *block) {
 
 failing_allocation::failing_allocation(size_t n, how often) {
     allocations = 0;
+    refused = 0;
     failing = n;
     often_failing = often;
     armed = true;
@@ -64,18 +69,22 @@ failing_allocation::~failing_allocation() { armed = false; }
 
 bool failing_allocation::happened() const { return allocations >= failing; }
 
+size_t failing_allocation::size_refused() { return refused; }
+
 size_t blocks_kept() { return kept_count; }
 
 } // namespace ribkit::testing
 
 using namespace ribkit::testing;
 
-void *__wrap_malloc(size_t size) { return fails() ? nullptr : keep(__real_malloc(size)); }
+void *__wrap_malloc(size_t size) { return fails(size) ? nullptr : keep(__real_malloc(size)); }
 
-void *__wrap_calloc(size_t count, size_t size) { return fails() ? nullptr : keep(__real_calloc(count, size)); }
+void *__wrap_calloc(size_t count, size_t size) {
+    return fails(count * size) ? nullptr : keep(__real_calloc(count, size));
+}
 
 void *__wrap_realloc(void *block, size_t size) {
-    if (fails()) {
+    if (fails(size)) {
         return nullptr;
     }
     let_go(block);

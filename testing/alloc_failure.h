@@ -18,6 +18,9 @@ class failing_allocation {
 
     /// Whether the code under test got as far as an allocation that failed.
     [[nodiscard]] bool happened() const;
+
+    /// The size of the allocation that failed last; 0 before one has.
+    [[nodiscard]] static size_t size_refused();
 };
 
 /// Blocks that were obtained while a failing_allocation lived and have not been given back since. They stay reachable,

@@ -102,8 +102,8 @@ class processes : public ::testing::Test {
 
 TEST_F(processes, are_stopped_while_they_wait_for_a_server) {
     server.stop();
-    for (const std::string &arguments : {command("rib --wait 600"), command("client --wait 600", small),
-                                         command("routes --wait 600")}) {
+    for (const std::string &arguments :
+         {command("rib --wait 600"), command("client --wait 600", small), command("routes --wait 600")}) {
         background waiting(arguments);
         ASSERT_TRUE(in_time([&] { return waiting.so_far().find("waiting for a server") != std::string::npos; }));
         const auto start = std::chrono::steady_clock::now();
