@@ -55,7 +55,7 @@ int run_client(const client_command_options &options) {
     client.start_over(f);
     fabric_run run(f, client, progress, options.real_time, json.alone());
     if (!json.alone()) {
-        std::puts((head_text(f, options.fabric_file) + '\n').c_str());
+        std::puts((head_text(f) + '\n').c_str());
     }
     const bool played = play(run, options.stay);
     if (!json.alone()) {

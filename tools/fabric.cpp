@@ -28,6 +28,11 @@ void check_range(const char *what, uint32_t value, uint32_t last, uint32_t line)
     }
 }
 
+// Of a space: whole blocks, and enough of them.
+bool is_multiple(uint32_t value, uint32_t block, uint32_t least) {
+    return value >= least && value <= largest_space && value % block == 0;
+}
+
 } // namespace
 
 bool fabric_link::carries(uint32_t vsan) const { return std::binary_search(vsans.begin(), vsans.end(), vsan); }
@@ -46,15 +51,14 @@ void fabric::add_vsan(fabric_vsan vsan, uint32_t line) {
 }
 
 void fabric::set_spaces(std::optional<uint32_t> positions, std::optional<uint32_t> path_units, uint32_t line) {
-    const auto blocks = static_cast<uint32_t>(vsans_.size());
-    if (positions &&
-        (*positions < blocks * position_block || *positions > largest_space || *positions % position_block != 0)) {
-        throw line_error(line,
-                         joined("positions ", *positions, " is no multiple of ", position_block, " from ",
-                                blocks * position_block, " (", position_block, " for each VSAN) to ", largest_space));
+    const auto least = static_cast<uint32_t>(vsans_.size()) * position_block;
+    if (positions && !is_multiple(*positions, position_block, least)) {
+        throw line_error(line, joined("positions ", *positions, " is no multiple of ", position_block, " from ", least,
+                                      " (", position_block, " for each VSAN) to ", largest_space));
     }
-    if (path_units) {
-        check_range("units", *path_units, largest_space, line);
+    if (path_units && !is_multiple(*path_units, unit_block, unit_block)) {
+        throw line_error(line, joined("units ", *path_units, " is no multiple of ", unit_block, " from ", unit_block,
+                                      " to ", largest_space));
     }
     positions_ = positions;
     path_units_ = path_units;

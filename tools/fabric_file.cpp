@@ -6,6 +6,9 @@
 #include "tools/input_file.h"
 #include "tools/table_reader.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace ribkit {
 
 namespace {
@@ -32,10 +35,24 @@ void read_event(fabric &result, const table_reader &table) {
     result.add_event(*moment, table.text("link"), table.state("state"), table.optional_number("cost"), table.line());
 }
 
-fabric read_fabric(const toml::table &document) {
+// The parser and the tables that it makes go one call deeper with every part of a dotted key.
+void refuse_deep_keys(std::string_view text) {
+    constexpr std::ptrdiff_t most_dots = 1000;
+    uint32_t line = 0;
+    while (!text.empty()) {
+        const std::string_view one = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(one.size() + 1, text.size()));
+        ++line;
+        if (!one.starts_with('#') && std::count(one.begin(), one.end(), '.') > most_dots) {
+            throw line_error(line, joined("more than ", most_dots, " dots in one line"));
+        }
+    }
+}
+
+fabric read_fabric(const toml::table &document, const std::string &file) {
     const table_reader top(document, "the file", {"name", "local", "vsan", "switch", "link", "event", "rib"});
     fabric result;
-    result.name = top.text("name", "");
+    result.name = top.text("name", file);
     top.each("vsan", {"id", "name"}, [&](const table_reader &table) {
         result.add_vsan({table.number("id"), table.text("name", "")}, table.line("id"));
     });
@@ -58,7 +75,8 @@ fabric read_fabric(const toml::table &document) {
 
 fabric parse_fabric(std::string_view text, const std::string &file) {
     try {
-        return read_fabric(toml::parse(text));
+        refuse_deep_keys(text);
+        return read_fabric(toml::parse(text), file);
     } catch (const toml::parse_error &error) {
         throw input_error(joined(file, ':', table_reader::line_of(error.source()), ": ", error.description()));
     } catch (const line_error &error) {

@@ -95,20 +95,43 @@ TEST(fabric_file, the_rib_has_room_for_all_domains_unless_the_file_says_otherwis
     EXPECT_EQ(otherwise.vsans, 2U);
     EXPECT_EQ(otherwise.positions, 512U);
     EXPECT_EQ(otherwise.path_units, 8192U);
-    const rib_spaces said = parse_fabric(pair_of_switches + "[rib]\npositions = 24\nunits = 100\n", "f.toml").spaces();
+    const rib_spaces said = parse_fabric(pair_of_switches + "[rib]\npositions = 24\nunits = 112\n", "f.toml").spaces();
     EXPECT_EQ(said.positions, 24U);
-    EXPECT_EQ(said.path_units, 100U);
+    EXPECT_EQ(said.path_units, 112U);
     EXPECT_EQ(complaint("[rib]\npositions = 16\n"), "nothing");
-    EXPECT_EQ(complaint("[rib]\nunits = 1\n"), "nothing");
+    EXPECT_EQ(complaint("[rib]\nunits = 16\n"), "nothing");
     for (const char *positions : {"8", "17", "16777224"}) {
         EXPECT_EQ(complaint(std::string("[rib]\npositions = ") + positions + "\n"),
                   std::string("f.toml:16: positions ") + positions +
                       " is no multiple of 8 from 16 (8 for each VSAN) to 16777216");
     }
-    EXPECT_EQ(complaint("[rib]\nunits = 0\n"), "f.toml:16: units 0 is outside 1 to 16777216");
+    for (const char *units : {"0", "15", "17", "16777232"}) {
+        EXPECT_EQ(complaint(std::string("[rib]\nunits = ") + units + "\n"),
+                  std::string("f.toml:16: units ") + units + " is no multiple of 16 from 16 to 16777216");
+    }
     EXPECT_EQ(complaint("[rib]\nroutes = 1\n"),
               "f.toml:17: unknown key \"routes\" in [rib], which knows positions, units");
     EXPECT_EQ(complaint("[[rib]]\nunits = 1\n"), "f.toml:16: rib is written as a [rib] table");
+}
+
+TEST(fabric_file, a_fabric_without_a_name_has_that_of_its_file) {
+    EXPECT_EQ(parse_fabric(pair_of_switches.substr(pair_of_switches.find('\n') + 1), "f.toml").name, "f.toml");
+}
+
+TEST(fabric_file, texts_are_printed_as_they_are) {
+    EXPECT_EQ(complaint("[[vsan]]\nid = 3\nname = \"a\\nb\"\n"), "f.toml:18: name holds a control character");
+    EXPECT_EQ(complaint("\"x\\u0000\\u001b\\u007f\" = 1\n"),
+              "f.toml:16: unknown key \"x\\x00\\x1b\\x7f\" in [[link]], which knows ends, cost, state, vsans");
+}
+
+TEST(fabric_file, keys_without_end_are_refused) {
+    std::string key = "a";
+    for (int part = 1; part < 40000; part++) {
+        key += ".a";
+    }
+    EXPECT_EQ(complaint(key + " = 1\n"), "f.toml:16: more than 1000 dots in one line");
+    EXPECT_EQ(complaint('[' + key + "]\n"), "f.toml:16: more than 1000 dots in one line");
+    EXPECT_EQ(complaint("# " + std::string(2000, '.') + "\n"), "nothing");
 }
 
 TEST(fabric_file, events_of_one_moment_keep_their_order) {

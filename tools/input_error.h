@@ -8,15 +8,23 @@
 
 namespace ribkit {
 
+inline bool is_control(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7f;
+}
+
+/// The same with control characters as "\xNN": one line, and harmless on a terminal.
+std::string printable(const std::string &text);
+
 /// A mistake on a line of a file whose name is not known here.
 struct line_error : std::runtime_error {
-    line_error(uint32_t at, const std::string &what) : std::runtime_error(what), line(at) {}
+    line_error(uint32_t at, const std::string &what) : std::runtime_error(printable(what)), line(at) {}
     uint32_t line;
 };
 
 /// A mistake ready to be printed, "FILE:LINE: what" or whatever names its place.
 struct input_error : std::runtime_error {
-    using std::runtime_error::runtime_error;
+    explicit input_error(const std::string &what) : std::runtime_error(printable(what)) {}
 };
 
 /// Everything given, one after the other, as text.

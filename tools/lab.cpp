@@ -28,7 +28,7 @@ int run_lab(const lab_options &options) {
     fspf_client client(options.bus.url, options.client(progress));
     fabric_run run(f, client, progress, options.real_time, json.alone());
     if (!json.alone()) {
-        std::puts((head_text(f, options.fabric_file) + '\n').c_str());
+        std::puts((head_text(f) + '\n').c_str());
     }
     run.play();
     rib.stop();

@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view blanks = " \t\v\f\r";
 constexpr uint32_t most_copies = 1 << 20;
 
-bool is_control(char c) {
+bool is_binary(char c) {
     const auto code = static_cast<unsigned char>(c);
     return (code < ' ' && (code < '\t' || code > '\r')) || code == 0x7f;
 }
@@ -74,7 +74,7 @@ void add_number(std::vector<uint8_t> &bytes, std::string_view number, uint32_t l
 
 std::vector<uint8_t> network_bytes(std::string_view content, byte_form form) {
     if (form == byte_form::raw ||
-        (form == byte_form::detected && std::any_of(content.begin(), content.end(), is_control))) {
+        (form == byte_form::detected && std::any_of(content.begin(), content.end(), is_binary))) {
         return {content.begin(), content.end()};
     }
     std::vector<uint8_t> bytes;

@@ -36,8 +36,8 @@ std::string seconds_text(double seconds) { return joined(std::fixed, std::setpre
 
 } // namespace
 
-std::string head_text(const fabric &f, const std::string &path) {
-    return joined(f.name.empty() ? path : f.name, ": ", counted(f.switches().size(), "switch", "switches"), ", ",
+std::string head_text(const fabric &f) {
+    return joined(f.name, ": ", counted(f.switches().size(), "switch", "switches"), ", ",
                   counted(f.links().size(), "link"), "; routes of ", f.local().name, " (domain ", f.local().domain,
                   ") in ", vsans_text(f));
 }

@@ -9,7 +9,7 @@
 namespace ribkit {
 
 /// "small: 5 switches, 7 links; routes of edge-1 (domain 1) in VSAN 1 (production), 20 (backup)"
-std::string head_text(const fabric &f, const std::string &path);
+std::string head_text(const fabric &f);
 
 /// "edge-1 fc1/1 - core-1 fc1/1 goes down"
 std::string event_text(const fabric &f, const fabric_event &event);

@@ -124,6 +124,9 @@ class table_reader {
         if (!value) {
             throw line_error(line_of(node.source()), joined(key, " takes a text in quotation marks"));
         }
+        if (std::any_of(value->begin(), value->end(), is_control)) {
+            throw line_error(line_of(node.source()), joined(key, " holds a control character"));
+        }
         return *value;
     }
 
