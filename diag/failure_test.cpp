@@ -42,7 +42,7 @@ TEST_F(Failures, OperatorsGetASentenceAndNothingElse) {
 
 TEST_F(Failures, EveryOtherClientGetsATraceWithoutItsIdentity) {
     for (const failure &kind : failures) {
-        for (const uint32_t uuid : {0u, 12u, 38u, 40u, 65u, 67u, 0xffffffffu}) {
+        for (const uint32_t uuid : {0u, 12u, 38u, 40u, 65u, 67u, 0x10027u, 0x10042u, 0xffffffffu}) {
             int32_t result = -1;
             const std::string text =
                 printed_by([&] { result = kind.print(uuid, "rib_wrap_qip_send() failed qip_send() %u!\n", 5u); });

@@ -120,6 +120,7 @@ TEST(VsanRecord, Sentences) {
     EXPECT_EQ(vsan(500, 0x01, 0x21, 10), "vsan 10 is active with invalid IOD, latency 500 msec and SID/DID/OXID");
     EXPECT_EQ(vsan(4294967295, 0xfe, 0xf5, 65535),
               "vsan 65535 is 5h?? with disabled IOD, latency 4294967295 msec and fh??");
+    EXPECT_EQ(vsan(500, 0x02, 0x11, 256), "vsan 256 is active with disabled IOD, latency 500 msec and SID/DID");
     for (const uint32_t state : {0x00u, 0x21u, 0xffu}) {
         EXPECT_EQ(vsan(500, 0x00, state, 0), "disabled IOD with latency 500 msec for all vsans");
         EXPECT_EQ(vsan(500, 0x02, state, 0), "disabled IOD with latency 500 msec for all vsans");

@@ -70,6 +70,16 @@ TEST_F(ShowSync, GoldenGbl) {
     });
 }
 
+// Where the host can tell them, times go on behind 2038: the words of a record have no sign.
+TEST_F(ShowSync, TimesBehind2038) {
+    if constexpr (sizeof(time_t) > 4) {
+        EXPECT_EQ(shown(rib_show_sync_gbl, record{1, 2, 0x80000000, 3}),
+                  "1       00000002    3       Tue Jan 19 03:14:08 2038\n");
+        EXPECT_EQ(shown(rib_show_sync_gbl, record{1, 2, 0xffffffff, 3}),
+                  "1       00000002    3       Sun Feb  7 06:28:15 2106\n");
+    }
+}
+
 TEST_F(ShowSync, AgreesWithASecondFormatterOnRandomEntries) {
     random_fields random(77);
     for (int i = 0; i < random_rounds; ++i) {

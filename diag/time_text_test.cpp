@@ -170,6 +170,14 @@ TEST(InterfaceText, NullInterface) {
     EXPECT_EQ(interface(0, 10), "null intf") << "whatever the service says";
 }
 
+TEST(InterfaceText, TheServiceIsAskedForThisIndex) {
+    const service_says known(80);
+    for (const uint32_t if_index : {1u, 0x1a2b3c4u, 0xffffffffu}) {
+        interface(if_index, 11);
+        EXPECT_EQ(interfaces().asked, if_index);
+    }
+}
+
 TEST(InterfaceText, TheTypeAloneDecides) {
     {
         const service_says known(80, -1);

@@ -41,7 +41,7 @@ bool faces_operator(const uint8_t *msg) { return word_at(msg, 0) == 39 || word_a
 
 /// Words that mean something to the traces: identities, kinds, counts.
 record random_message(random_fields &random, size_t words) {
-    constexpr uint32_t senders[] = {10, 12, 38, 39, 40, 65, 66, 67, 0x27000000, 0xffffffff};
+    constexpr uint32_t senders[] = {10, 12, 38, 39, 40, 65, 66, 67, 0x10027, 0x27000000, 0xffffffff};
     record msg{senders[random.below(std::size(senders))]};
     for (size_t i = 1; i < words; ++i) {
         const uint32_t pick = random.below(4);

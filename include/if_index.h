@@ -16,7 +16,10 @@ extern "C" {
  */
 int if_index_get_type(uint32_t if_index, uint8_t *type);
 
-/** Writes the interface's printable name; the text may end in a newline. @return the printed count */
+/**
+ * Writes the interface's printable name, at most 127 characters with the newline that it may end in: the rows of
+ * displays and traces have no more room for it. @return the printed count
+ */
 int sprintf_if_index(char *str, uint32_t if_index);
 
 #ifdef __cplusplus

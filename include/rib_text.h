@@ -183,7 +183,10 @@ int rib_time_stamp_str(char *str);
  */
 void rib_time_to_str(const time_t *t, char *str);
 
-/** Writes the interface's name, "null intf" for 0, or "%08xh??" for an index of no known kind. */
+/**
+ * Writes the interface's name, "null intf" for 0, or "%08xh??" for an index of no known kind. str holds the platform's
+ * longest name, and at least 12 bytes.
+ */
 void rib_if_index_to_str(uint32_t if_index, char *str);
 
 /**

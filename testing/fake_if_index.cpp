@@ -14,7 +14,8 @@ fake_interfaces &interfaces() {
 
 using ribkit::testing::interfaces;
 
-int if_index_get_type(uint32_t /*if_index*/, uint8_t *type) {
+int if_index_get_type(uint32_t if_index, uint8_t *type) {
+    interfaces().asked = if_index;
     *type = interfaces().type;
     return interfaces().result;
 }
