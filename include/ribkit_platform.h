@@ -74,6 +74,13 @@ int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound);
 /** @return the opcode of a received message; 0 for an answer */
 uint32_t qip_opcode_get(const struct qip_ref *ref);
 
+/**
+ * How often a handle has lost its server and found it again. What was sent to its addresses meanwhile did not arrive,
+ * so that whoever lives on notifications looks again.
+ * @return the number since the handle was opened; 0 in process, and for an unknown handle
+ */
+uint32_t qip_reconnections(uint32_t handle);
+
 /** @return references handed out by this process's transports and not yet dropped */
 uint32_t qip_refs_held(void);
 

@@ -56,7 +56,7 @@ void on_disconnect(natsConnection * /*connection*/, void *target) {
 }
 
 void on_reconnect(natsConnection * /*connection*/, void *target) {
-    at(target, [](nats_endpoint &, const callback_target &) { record_event("nats: connected again"); });
+    at(target, [](nats_endpoint &end, const callback_target &) { end.found_connection(); });
 }
 
 void on_error(natsConnection * /*connection*/, natsSubscription * /*subscription*/, natsStatus status, void *target) {
@@ -110,6 +110,11 @@ void nats_endpoint::lost_connection() {
     const std::scoped_lock lock{office_->lock};
     settled_.clear();
     box_->fail_all(ECONNRESET);
+}
+
+void nats_endpoint::found_connection() {
+    record_event("nats: connected again");
+    ++reconnections_;
 }
 
 void nats_endpoint::failed(natsStatus status) {

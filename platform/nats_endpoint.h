@@ -3,6 +3,7 @@
 
 #include "platform/mailbox.h"
 #include "platform/nats_options.h"
+#include <atomic>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -48,11 +49,13 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
         return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
     }
     int receive(const selector &selected, message &letter) override { return box_->receive(selected, letter); }
+    [[nodiscard]] uint32_t reconnections() const override { return reconnections_; }
     void close() override { shut(); }
 
     int publish(const std::string &subject, const std::string &reply, const message &letter);
     void take_in(natsMsg &arrived, door *way_in);
     void lost_connection();
+    void found_connection();
     void failed(natsStatus status);
 
   private:
@@ -79,6 +82,7 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     connection_ptr connection_;
     std::string inbox_; // of the answers: a token follows
     uint32_t sender_ = std::random_device{}();
+    std::atomic<uint32_t> reconnections_{0};
     std::mutex settling_; // while the server is asked about a subject; taken before the office's lock
 
     // Guarded by the office's lock.

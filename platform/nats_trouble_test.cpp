@@ -64,6 +64,7 @@ TEST_F(over_nats, a_lost_server_ends_waits_and_comes_back) {
     EXPECT_EQ(answer_to(client, "never answered"), refused(ECONNRESET));
     stopping.join();
     EXPECT_EQ(send_text(client, "?"), ENOTCONN);
+    EXPECT_EQ(qip_reconnections(client), 0U);
     server.start();
     const answering serving{rib_handle};
     std::string text;
@@ -72,6 +73,7 @@ TEST_F(over_nats, a_lost_server_ends_waits_and_comes_back) {
         text = answer_to(client, "again");
     }
     EXPECT_EQ(text, "again!");
+    EXPECT_EQ(qip_reconnections(client), 1U);
 }
 
 /// A client of the server that knows nothing of our messages.

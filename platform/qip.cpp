@@ -186,6 +186,11 @@ uint32_t qip_opcode_get(const struct qip_ref *ref) {
     return letter == nullptr ? 0 : letter->opcode;
 }
 
+uint32_t qip_reconnections(uint32_t handle) {
+    const endpoint_ptr end = find_handle(handle);
+    return end == nullptr ? 0 : end->reconnections();
+}
+
 uint32_t qip_refs_held(void) { return references_held(); }
 
 void qip_step_aside(void) { step_aside(); }

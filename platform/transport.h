@@ -35,6 +35,9 @@ class endpoint {
 
     virtual int receive(const selector &selected, message &letter) = 0;
 
+    /// How often the connection was lost and is there again.
+    [[nodiscard]] virtual uint32_t reconnections() const { return 0; }
+
     /// Ends every wait with ECANCELED and makes every later call fail with it.
     virtual void close() = 0;
 };

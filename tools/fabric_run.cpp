@@ -56,8 +56,9 @@ void fabric_run::wait_until(milliseconds at) {
 }
 
 void fabric_run::start_anew() {
-    const auto at = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start_);
-    say(joined("at ", duration_text(at), ": the RIB starts anew"));
+    const auto passed = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start_);
+    const auto at = std::max(passed, record_.steps.back().at); // events may have been ahead of the time
+    say(joined("at ", duration_text(at), ": the RIB is there again"));
     step({at, {}, {}});
 }
 

@@ -11,7 +11,7 @@
 
 namespace ribkit {
 
-/// One moment of a run: its events (none at the start, nor where the RIB has started anew), and the traffic that they
+/// One moment of a run: its events (none at the start, nor where the RIB is there again), and the traffic that they
 /// caused.
 struct run_step {
     std::chrono::milliseconds at;
@@ -37,7 +37,7 @@ class fabric_run {
     /// All events, one moment after the other. Throws as the client does; what was done until then is on record.
     void play();
 
-    /// Brings the RIB up to date whenever it starts anew, until the client is closed (link_closed).
+    /// Brings the RIB up to date whenever it is there again, until the client is closed (link_closed).
     [[noreturn]] void stay();
 
     [[nodiscard]] const fabric &now() const { return fabric_; }

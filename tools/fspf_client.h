@@ -53,7 +53,8 @@ class fspf_client {
     /// Sends one update and awaits the answer. Throws no_answer and link_closed.
     fcurt_response exchange(std::span<uint8_t> update);
 
-    /// Whether the RIB has started anew, so that its routes are gone; waits for that so long. Throws link_closed.
+    /// Whether the RIB has started anew, so that its routes are gone, or may have; waits for that so long. Throws
+    /// link_closed.
     bool rib_started(std::chrono::milliseconds limit);
 
     /// Ends whatever another thread waits for here.

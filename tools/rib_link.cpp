@@ -4,6 +4,7 @@
 #include "rib_text.h"
 #include "rib_wrap.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -111,7 +112,28 @@ bool rib_link::await(pauses &trying) {
     return false;
 }
 
+// A server that comes back tells nobody, so that one looks now and then.
 void rib_link::listen(std::chrono::milliseconds limit) {
+    constexpr std::chrono::milliseconds longest{1000};
+    do {
+        const auto part = std::min(limit, longest);
+        limit -= part;
+        take_notes(part);
+        look_around();
+    } while (!started_ && limit.count() > 0);
+}
+
+void rib_link::look_around() {
+    const uint32_t now = qip_reconnections(handle_.number());
+    if (started_) {
+        reconnections_ = now;
+    } else if (now != reconnections_ && is_answered(handle_)) {
+        reconnections_ = now;
+        started_ = true;
+    }
+}
+
+void rib_link::take_notes(std::chrono::milliseconds limit) {
     qip_recv_opts opts = incoming_within(limit);
     qip_ref note{};
     while (qip_recv(handle_.number(), &note, &opts) == 0) {

@@ -61,7 +61,8 @@ class rib_link {
     /// @return the answer's payload. Throws no_answer, or link_closed.
     std::vector<uint8_t> ask(uint32_t opcode, std::span<uint8_t> request);
 
-    /// Whether the RIB has started since the last call, waiting for that so long; 0 does not wait. Throws link_closed.
+    /// Whether the RIB has started since the last call, or may have done so unheard, because the server was lost and
+    /// both are there again. Waits for that so long; 0 does not wait. Throws link_closed.
     bool heard_of_start(std::chrono::milliseconds limit = {});
 
     /// Pauses until the RIB answers, for as long as patience lasts. @return whether it does. Throws link_closed.
@@ -75,11 +76,14 @@ class rib_link {
 
   private:
     void listen(std::chrono::milliseconds limit);
+    void take_notes(std::chrono::milliseconds limit);
+    void look_around();
 
     service_handle handle_;
     uint32_t uuid_;
     bool envelopes_;
-    bool started_ = false; ///< heard of it, told nobody yet
+    bool started_ = false;       ///< heard of it, told nobody yet
+    uint32_t reconnections_ = 0; ///< of the handle, before what is known was heard
     link_traffic traffic_;
 };
 
