@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <initializer_list>
+#include <system_error>
 #include <unistd.h>
 
 namespace ribkit::platform {
@@ -81,15 +83,23 @@ natsStatus first_failure(std::initializer_list<natsStatus> results) {
     return failed == results.end() ? NATS_OK : *failed;
 }
 
-// Of "nats://IDENTITY@HOST:PORT"; an IPv6 address stands in brackets.
-std::string_view host_of(std::string_view server) {
+bool is_port(std::string_view text) {
+    uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    return error == std::errc{} && end == text.data() + text.size() && port != 0;
+}
+
+// Of "nats://IDENTITY@HOST:PORT"; an IPv6 address stands in brackets, the port may be left out.
+bool names_server(std::string_view server) {
     server.remove_prefix(server.find("://") + 3);
     server.remove_prefix(server.rfind('@') + 1); // npos + 1 is 0
-    if (server.starts_with('[')) {
-        const size_t end = server.find(']');
-        return end == std::string_view::npos ? std::string_view{} : server.substr(1, end - 1);
+    const size_t bracket = server.starts_with('[') ? server.find(']') : 0;
+    if (bracket == std::string_view::npos) {
+        return false;
     }
-    return server.substr(0, server.find(':'));
+    const size_t end = std::min(server.find(':', bracket), server.size());
+    const std::string_view host = server.substr(0, end);
+    return !host.empty() && host != "[]" && (end == server.size() || is_port(server.substr(end + 1)));
 }
 
 } // namespace
@@ -108,7 +118,7 @@ bool parse_nats_url(std::string_view url, nats_place &place) {
     const std::string_view fabric = path == std::string_view::npos ? std::string_view{} : url.substr(path + 1);
     place.prefix = fabric.empty() ? "rib" : fabric;
     place.queue = query.empty() ? std::string_view{} : query.substr(queue_key.size());
-    return !host_of(place.server).empty() && is_subject_word(place.prefix) &&
+    return names_server(place.server) && is_subject_word(place.prefix) &&
            (query.empty() || is_subject_word(place.queue));
 }
 

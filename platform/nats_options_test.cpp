@@ -20,13 +20,16 @@ TEST(nats_urls, are_taken_apart) {
     EXPECT_EQ(place.prefix, "rib");
     ASSERT_TRUE(parse_nats_url("tls://t0ken@[::1]:4222", place));
     EXPECT_EQ(place.server, "tls://t0ken@[::1]:4222");
+    EXPECT_TRUE(parse_nats_url("nats://[::1]", place));
+    EXPECT_TRUE(parse_nats_url("nats://host:65535", place));
 }
 
 TEST(nats_urls, may_be_malformed) {
     nats_place place;
     for (const char *url :
          {"nats:", "nats://", "nats:///fabric", "nats://:4222", "nats://me:secret@", "nats://me@:4222", "nats://[]:1",
-          "nats://[::1", "nats://h/a.b", "nats://h/a/b", "nats://h?q=1", "nats://h?queue=", "nats://h?queue=a*"}) {
+          "nats://[::1", "nats://h:", "nats://h:0", "nats://h:65536", "nats://h:42x", "nats://h:1:2", "nats://h/a.b",
+          "nats://h/a/b", "nats://h?q=1", "nats://h?queue=", "nats://h?queue=a*"}) {
         EXPECT_FALSE(parse_nats_url(url, place)) << url;
         EXPECT_EQ(error_of_opening(url), EINVAL) << url;
     }

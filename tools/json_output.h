@@ -1,4 +1,5 @@
-// Where a run's JSON goes: opened before the run, so that a run is not in vain.
+// Where a run's JSON goes: opened before the run, so that a run is not in vain; what a file held is
+// lost only when there is something new to write.
 #pragma once
 
 #include <cstdio>

@@ -123,7 +123,9 @@ action declare_client(CLI::App &app) {
 action declare_routes(CLI::App &app) {
     const auto options = std::make_shared<routes_command_options>();
     add_bus(app, options->bus, server_here);
-    app.add_option("--vsan", options->vsan, "routes of this VSAN only")->type_name("VSAN");
+    app.add_option("--vsan", options->vsan, "routes of this VSAN only")
+        ->type_name("VSAN")
+        ->check(CLI::Range(uint32_t{1}, last_vsan));
     add_json(app, options->json_file);
     add_envelopes(app, options->envelopes);
     return [options] { return run_routes(*options); };

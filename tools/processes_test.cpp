@@ -60,6 +60,11 @@ class background {
         return ended();
     }
 
+    void suspend() const {
+        kill(process_, SIGSTOP);
+        waitpid(process_, nullptr, WUNTRACED);
+    }
+
     [[nodiscard]] std::string so_far() const { return content(output_); }
 
   private:
@@ -201,6 +206,44 @@ TEST_F(processes, a_client_without_a_rib_gives_up_or_is_stopped) {
     EXPECT_NE(stopped.output.find("0 sent: 0 added, 0 deleted, 0 changed\n"), std::string::npos) << stopped.output;
     EXPECT_EQ(run_command(command("routes --wait 0") + " 2>&1").output,
               "ribkit: no answer from the RIB: nobody listens\nNo response from RIB!\n");
+}
+
+TEST_F(processes, routes_are_displayed_once_a_rib_is_there) {
+    const testing::temporary_directory home;
+    background routes(command("routes --json " + home.file("routes")));
+    ASSERT_TRUE(in_time([&] { return routes.so_far() == "ribkit: waiting for a RIB\n"; }));
+    background rib(command("rib"));
+    const outcome run = routes.ended();
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_EQ(run.output.find("No response"), std::string::npos) << run.output;
+    EXPECT_EQ(content(home.file("routes")), "[]\n");
+}
+
+TEST_F(processes, a_run_that_fails_leaves_what_was_written_before) {
+    const testing::temporary_directory home;
+    std::ofstream(home.file("outcome")) << "of an earlier run";
+    const std::string into = " --json " + home.file("outcome");
+    EXPECT_EQ(run_command(command("routes --wait 0" + into) + " 2>&1").exit_code, 1);
+    EXPECT_EQ(content(home.file("outcome")), "of an earlier run");
+    background rib(command("rib"));
+    EXPECT_EQ(run_command(command("routes" + into)).exit_code, 0);
+    EXPECT_EQ(content(home.file("outcome")), "[]\n");
+}
+
+TEST_F(processes, a_rib_that_is_busy_is_one_too) {
+    background rib(command("rib"));
+    ASSERT_TRUE(in_time([&] { return !rib.so_far().empty(); }));
+    rib.suspend();
+    const outcome second = run_command(command("rib") + " 2>&1");
+    EXPECT_EQ(second.exit_code, 1);
+    EXPECT_EQ(second.output, "ribkit: another RIB listens, but does not answer, at " + server.url() + "\n");
+}
+
+TEST_F(processes, a_server_has_no_virtual_clock) {
+    const testing::input_file script("clock virtual\n");
+    const outcome run = run_command(command("rib --faults " + script.path()) + " 2>&1");
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_EQ(run.output, server.url() + ": a server keeps real time: no fault script with \"clock virtual\"\n");
 }
 
 TEST_F(processes, a_second_rib_is_refused_unless_its_fabric_is_another) {

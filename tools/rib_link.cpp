@@ -3,6 +3,7 @@
 #include "rib_codes.h"
 #include "rib_text.h"
 #include "rib_wrap.h"
+#include "tools/input_error.h"
 
 #include <algorithm>
 #include <array>
@@ -40,7 +41,8 @@ std::string result_text(uint32_t result) {
     return text.data();
 }
 
-bool is_answered(const service_handle &handle) {
+// The errno of not being answered anything at all within a second, or 0.
+static int failure_to_answer(const service_handle &handle) {
     qip_ref ref{};
     bool answered = qip_send(handle.number(), &rib_address, 0, nullptr, 0, &ref, nullptr, nullptr) == 0;
     if (answered) {
@@ -50,15 +52,22 @@ bool is_answered(const service_handle &handle) {
     }
     if (answered) {
         qip_drop(handle.number(), &ref);
-    } else if (is_closed(static_cast<uint32_t>(errno))) {
+        return 0;
+    }
+    const int error = errno;
+    if (is_closed(static_cast<uint32_t>(error))) {
         throw link_closed();
     }
-    return answered;
+    return error;
 }
 
+bool is_answered(const service_handle &handle) { return failure_to_answer(handle) == 0; }
+
 void refuse_second_rib(const std::string &url, std::chrono::milliseconds patience) {
-    if (is_answered(service_handle(url, patience))) {
-        throw std::runtime_error("another RIB answers at " + shown_url(url));
+    const int error = failure_to_answer(service_handle(url, patience));
+    if (error == 0 || error == ETIMEDOUT) {
+        throw std::runtime_error(
+            joined("another RIB ", error == 0 ? "answers" : "listens, but does not answer,", " at ", shown_url(url)));
     }
 }
 
@@ -105,7 +114,7 @@ bool rib_link::heard_of_start(std::chrono::milliseconds limit) {
 bool rib_link::await(pauses &trying) {
     while (const auto pause = trying.next()) {
         listen(*pause);
-        if (is_answered(handle_)) {
+        if (is_answered()) {
             return true;
         }
     }
@@ -127,7 +136,7 @@ void rib_link::look_around() {
     const uint32_t now = qip_reconnections(handle_.number());
     if (started_) {
         reconnections_ = now;
-    } else if (now != reconnections_ && is_answered(handle_)) {
+    } else if (now != reconnections_ && is_answered()) {
         reconnections_ = now;
         started_ = true;
     }

@@ -49,8 +49,8 @@ inline constexpr qip_addr rib_address{0xfe000001, 25};
 /// Whether a RIB answers anything at all, within a second. Prints nothing. Throws link_closed.
 bool is_answered(const service_handle &handle);
 
-/// Throws std::runtime_error where a RIB answers on this bus already: over a server two could listen at one address,
-/// and each would be asked. Opens the bus as service_handle does.
+/// Throws std::runtime_error where a RIB listens on this bus already, however busy: over a server two could listen at
+/// one address, and each would be asked. Opens the bus as service_handle does.
 void refuse_second_rib(const std::string &url, std::chrono::milliseconds patience);
 
 class rib_link {
@@ -64,6 +64,9 @@ class rib_link {
     /// Whether the RIB has started since the last call, or may have done so unheard, because the server was lost and
     /// both are there again. Waits for that so long; 0 does not wait. Throws link_closed.
     bool heard_of_start(std::chrono::milliseconds limit = {});
+
+    /// Whether the RIB answers now. Throws link_closed.
+    [[nodiscard]] bool is_answered() const { return ribkit::is_answered(handle_); }
 
     /// Pauses until the RIB answers, for as long as patience lasts. @return whether it does. Throws link_closed.
     bool await(pauses &trying);

@@ -15,13 +15,19 @@ namespace ribkit {
 namespace {
 
 held_routes read_patiently(rib_link &link, const route_reading &wanted, std::chrono::milliseconds patience) {
-    for (pauses trying(patience);;) {
+    pauses trying(patience);
+    if (patience.count() > 0 && !link.is_answered()) {
+        std::fputs("ribkit: waiting for a RIB\n", stderr);
+        link.await(trying);
+    }
+    for (;;) {
         try {
             return read_routes(link, wanted);
-        } catch (const no_answer &) {
+        } catch (const no_answer &why) {
             if (!link.await(trying)) {
                 throw;
             }
+            std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
         }
     }
 }

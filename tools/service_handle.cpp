@@ -47,6 +47,10 @@ service_handle::service_handle(const std::string &url, std::chrono::milliseconds
             throw input_error(joined(shown_url(url), ": ", reason == EINVAL ? "malformed URL" : "no such transport",
                                      "; local:[NAME], nats://HOST[:PORT][/FABRIC] or tls://..."));
         }
+        if (reason == ENOTSUP) {
+            throw input_error(
+                joined(shown_url(url), ": a server keeps real time: no fault script with \"clock virtual\""));
+        }
         const auto pause = reason == ECONNREFUSED ? waiting.next() : std::nullopt;
         if (!pause) {
             throw std::system_error(reason, std::generic_category(), "cannot open " + shown_url(url));
