@@ -47,9 +47,11 @@ struct group {
 
 // Each block ends where the next one starts; the last one with the group or the carved area.
 void save_chunks(const struct bud &bud, uint8_t *image, cursors at) {
-    for (uint32_t base = 0; base < bud.carve_mark; base += group_units) {
+    const uint32_t chunks = chunks_below(bud.carve_mark);
+    for (uint32_t number = 0; number < chunks; number += group_chunks) { // unlike units, chunks stay below 32 bits
+        const uint32_t base = number * chunk_units;
         const uint32_t end = std::min(group_units, bud.carve_mark - base);
-        const group blocks(bud.chunks.chunk + base / chunk_units, chunks_below(end));
+        const group blocks(bud.chunks.chunk + number, chunks_below(end));
         uint64_t later = blocks.starts;
         for (uint32_t unit = 0; unit < end;) {
             later &= later - 1;

@@ -249,4 +249,21 @@ TEST(buddy, a_failing_free_of_a_chunk_still_releases_the_top) {
     EXPECT_EQ(saved_by(twins.product()), image_of(64, 48, 16, {}, {{16, 0}}));
 }
 
+TEST(buddy, a_failing_free_of_less_releases_nothing) {
+    twin_buddies twins(64);
+    twins.restore(image_of(64, 16, 48, {{16, 16}, {16, 32}}, {{16, 0}}));
+    EXPECT_EQ(bud_free(twins.product(), 3, 5), RIB_FAILED);
+    twins.expect_same();
+    EXPECT_FALSE(twins.product()->walked);
+}
+
+TEST(buddy, nothing_is_released_where_all_space_counts_as_free) {
+    twin_buddies twins(64);
+    twins.restore(image_of(64, 64, 32, {}, {{16, 0}, {16, 16}}));
+    EXPECT_FALSE(twins.product()->walked);
+    twins.free(16, 16);
+    twins.expect_same();
+    EXPECT_EQ(saved_by(twins.product()), image_of(64, 64, 32, {{16, 16}}, {{16, 0}}));
+}
+
 } // namespace

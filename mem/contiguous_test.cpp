@@ -161,6 +161,28 @@ TEST(contiguous, a_resize_stops_at_the_first_bad_size) {
     cont_destroy(cont);
 }
 
+TEST(contiguous, a_gap_that_a_failing_mask_left_stays) {
+    struct cont *cont = two_segments(0);
+    const auto resized = [cont](words sizes, uint32_t masks) {
+        uint32_t result = 0;
+        masks_before_failure = masks;
+        told.clear();
+        printed_by([&] { result = cont_resize(cont, sizes.data()); });
+        masks_before_failure = 0xffffffff;
+        return result;
+    };
+    EXPECT_EQ(resized({8, 40}, 0), 0xbadU);
+    EXPECT_EQ(told, "mask 1 8 8\n");
+    EXPECT_EQ(image_of(cont), (words{64, 8, 2, 8, 0, 0, 32, 16, 16}));
+    EXPECT_EQ(resized({0, 40}, 9), RIB_OK);
+    EXPECT_EQ(told, "mask 1 8 8\n"); // in front of what the segment has, not behind what its neighbour has
+    EXPECT_EQ(image_of(cont), (words{64, 8, 2, 0, 0, 0, 40, 8, 8}));
+    EXPECT_EQ(resized({8, 32}, 9), RIB_OK);
+    EXPECT_EQ(told, "mask 0 8 8\n");
+    EXPECT_EQ(image_of(cont), (words{64, 8, 2, 8, 0, 0, 32, 16, 16}));
+    cont_destroy(cont);
+}
+
 TEST(contiguous, the_last_segment_keeps_its_size) {
     struct cont *cont = two_segments(0);
     const words before = image_of(cont);

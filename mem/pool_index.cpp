@@ -107,10 +107,9 @@ pool_chunk *holder_in(const struct pool &pool, uintptr_t granule, const void *it
 
 void index_start(struct pool &pool) {
     use_first_arrays(pool.index);
-    while (pool.index.granule_shift < tree_word_bits - 1 && pool.area >> pool.index.granule_shift > 1) {
+    while (pool.index.granule_shift < tree_word_bits - 1 && pool.area >> pool.index.granule_shift != 0) {
         pool.index.granule_shift++;
     }
-    pool.index.granule_shift++;
 }
 
 void index_end(struct pool &pool) { std::free(pool.index.block); }

@@ -175,6 +175,15 @@ TEST(pool, chunks_of_no_items_pile_up) {
     pool_destroy(pool);
 }
 
+TEST(pool, items_that_no_memory_holds) {
+    for (const uint32_t most : {UINT32_C(0x80000000), UINT32_MAX}) {
+        struct pool *pool = pool_create(most, most);
+        uint8_t foreign = 0;
+        EXPECT_EQ(pool_free(pool, &foreign), RIB_FAILED);
+        EXPECT_EQ(pool_destroy(pool), RIB_OK);
+    }
+}
+
 TEST(pool, no_memory_for_the_descriptor) {
     const struct pool *pool = nullptr;
     const std::string printed = printed_by([&] {
