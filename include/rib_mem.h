@@ -104,7 +104,8 @@ void bud_show_used(const struct bud *bud);
 void bud_show_free(const struct bud *bud, uint32_t size);
 
 /**
- * Tells whether an image in network order may be converted and restored. Lists in any order pass.
+ * Tells whether an image in network order may be converted and restored. Lists in any order pass, and indices are not
+ * judged: one beyond the space is handed out as the image says, so that whoever indexes a table with it looks first.
  * @param size the bytes that are there
  * @param report null, or filled when the image is refused
  * @return 0; RIB_BAD_PARAMETERS where bytes are missing, RIB_EXCESS_DATA where bytes remain
@@ -179,7 +180,8 @@ uint32_t cont_deserialize(struct cont *cont, const uint8_t *buffer, uint32_t len
 void cont_show(const struct cont *cont);
 
 /**
- * Tells whether an image in network order may be converted and restored.
+ * Tells whether an image in network order may be converted and restored. Positions are not judged: those beyond the
+ * space go to the callbacks as the image says.
  * @param size the bytes that are there
  * @param report null, or filled when the image is refused
  * @return 0; RIB_BAD_PARAMETERS where bytes are missing, RIB_EXCESS_DATA where bytes remain
