@@ -3,13 +3,11 @@
 
 #include "tools/input_error.h"
 #include "tools/pauses.h"
+#include "tools/stop_signals.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <pthread.h>
 #include <system_error>
-#include <thread>
 
 namespace ribkit {
 
@@ -25,19 +23,6 @@ std::string shown_url(const std::string &url) {
 
 // A transport that the platform library may be built without: it says so itself.
 static bool names_server(const std::string &url) { return url.starts_with("nats:") || url.starts_with("tls:"); }
-
-// Nothing has begun yet that would have to be ended in order: SIGINT and SIGTERM end the process, even where they wait
-// for somebody who takes them later.
-static void sleep_stoppably(std::chrono::milliseconds pause) {
-    sigset_t stops;
-    sigset_t before;
-    sigemptyset(&stops);
-    sigaddset(&stops, SIGINT);
-    sigaddset(&stops, SIGTERM);
-    pthread_sigmask(SIG_UNBLOCK, &stops, &before);
-    std::this_thread::sleep_for(pause);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-}
 
 service_handle::service_handle(const std::string &url, std::chrono::milliseconds patience) {
     pauses waiting(patience);
@@ -58,7 +43,7 @@ service_handle::service_handle(const std::string &url, std::chrono::milliseconds
         if (waiting.first()) {
             std::fprintf(stderr, "ribkit: waiting for a server at %s\n", shown_url(url).c_str());
         }
-        sleep_stoppably(*pause);
+        sleep_stoppably(*pause); // nothing has begun yet that has to be ended in order
     }
 }
 

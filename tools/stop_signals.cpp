@@ -5,12 +5,23 @@
 
 namespace ribkit {
 
-stop_signals::stop_signals() {
-    sigemptyset(&signals_);
-    sigaddset(&signals_, SIGINT);
-    sigaddset(&signals_, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+static sigset_t both_signals() {
+    sigset_t both;
+    sigemptyset(&both);
+    sigaddset(&both, SIGINT);
+    sigaddset(&both, SIGTERM);
+    return both;
 }
+
+void sleep_stoppably(std::chrono::milliseconds pause) {
+    const sigset_t stops = both_signals();
+    sigset_t before;
+    pthread_sigmask(SIG_UNBLOCK, &stops, &before);
+    std::this_thread::sleep_for(pause);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+stop_signals::stop_signals() : signals_(both_signals()) { pthread_sigmask(SIG_BLOCK, &signals_, &before_); }
 
 stop_signals::~stop_signals() {
     ended_ = true;

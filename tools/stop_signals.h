@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <functional>
 #include <thread>
@@ -28,5 +29,8 @@ class stop_signals {
     std::atomic<bool> ended_{false};
     std::thread waiting_;
 };
+
+/// Sleeps, and lets SIGINT and SIGTERM end the process meanwhile, even where they are kept for somebody.
+void sleep_stoppably(std::chrono::milliseconds pause);
 
 } // namespace ribkit
