@@ -64,6 +64,7 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     int publish_first(const std::string &subject, const std::string &reply, const message &letter);
     int ready();
     int settle(const std::string &subject, const char *act);
+    std::string last_refusal();
     std::string last_refused(const char *act);
     int expect(const std::string &subject, uint32_t &token);
     void take_answer(natsMsg &arrived, message letter);

@@ -10,7 +10,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstring>
 
 namespace ribkit::platform {
 
@@ -72,16 +71,28 @@ int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, door 
     return 0;
 }
 
+// What the client library says of its last error lies where it writes the next one, from its own thread: a text that
+// reads the same twice is whole.
+std::string nats_endpoint::last_refusal() {
+    std::string before;
+    std::string now;
+    do {
+        const char *text = nullptr;
+        before.swap(now);
+        now =
+            natsConnection_GetLastError(connection_.get(), &text) == NATS_NOT_PERMITTED && text != nullptr ? text : "";
+    } while (now != before);
+    return now;
+}
+
 // The subject that the server refused last, by a text like: Permissions Violation for Publish to "SUBJECT".
 std::string nats_endpoint::last_refused(const char *act) {
-    const char *text = nullptr;
-    if (natsConnection_GetLastError(connection_.get(), &text) != NATS_NOT_PERMITTED || text == nullptr ||
-        std::strstr(text, act) == nullptr) {
+    const std::string said = last_refusal();
+    if (said.find(act) == std::string::npos) {
         return "";
     }
-    const std::string_view said{text};
     const size_t start = said.find('"') + 1;
-    return std::string{said.substr(start, said.find('"', start) - start)};
+    return said.substr(start, said.find('"', start) - start);
 }
 
 // Waits until the server has seen all that was sent, and asks whether it refused this, with `settling_` held: only its
