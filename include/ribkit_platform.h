@@ -75,6 +75,19 @@ int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound);
 uint32_t qip_opcode_get(const struct qip_ref *ref);
 
 /**
+ * Who sent a received request or notification, as the transport knows it and not as its payload says.
+ * @return a number, the same for all messages of one sender and nobody else's: of a handle ("local:"), or of a NAME
+ *         (over a server); 0 for an answer
+ */
+uint32_t qip_sender_get(const struct qip_ref *ref);
+
+/**
+ * @return the NAME under which the sender of a message is known: over a server the last token of the subject; "" where
+ *         the transport knows none ("local:"), and for an answer. Valid until the reference is dropped
+ */
+const char *qip_sender_name(const struct qip_ref *ref);
+
+/**
  * How often a handle has lost its server and found it again. What was sent to its addresses meanwhile did not arrive,
  * so that whoever lives on notifications looks again.
  * @return the number since the handle was opened; 0 in process, and for an unknown handle

@@ -70,6 +70,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
             letter.token = *token = path->token();
             letter.reply = std::move(path);
         }
+        letter.from = self_;
         std::unique_lock locked{bus_->office->lock};
         std::span<const listener> readers;
         if (const int error = find_room(address, may_wait, locked, readers); error != 0) {
@@ -137,6 +138,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
 
     std::shared_ptr<bus> bus_;
     std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(bus_->office);
+    sender_ptr self_ = new_sender("");
 };
 
 int way_home::answer(message letter) {

@@ -1,6 +1,7 @@
 // A message on its way: what a queue holds and what a reference stands for.
 #pragma once
 
+#include "platform/sender.h"
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -34,6 +35,7 @@ struct message {
     bool received = false;              ///< false: a record of something sent, without payload
     std::unique_ptr<uint8_t[]> bytes;   ///< the payload, behind room for what a transport puts in front of it
     std::shared_ptr<return_path> reply; ///< null where no answer is awaited
+    sender_ptr from;                    ///< null for an answer
 
     /// Null where there are no bytes.
     [[nodiscard]] uint8_t *payload() const { return bytes == nullptr ? nullptr : bytes.get() + room_in_front; }
@@ -55,6 +57,7 @@ inline message copy_of(const message &original) {
     message copy = new_message(original.opcode, {original.payload(), original.size});
     copy.token = original.token;
     copy.reply = original.reply;
+    copy.from = original.from;
     return copy;
 }
 

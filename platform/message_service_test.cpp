@@ -31,6 +31,24 @@ TEST_F(message_service, request_and_answer) {
     EXPECT_EQ(qip_drop(client, &answer), 0);
 }
 
+TEST_F(message_service, a_message_tells_its_sender) {
+    ASSERT_EQ(send_text(client, "one"), 0);
+    ASSERT_EQ(send_text(client, "two"), 0);
+    ASSERT_EQ(send_text(server, "three"), 0);
+    qip_ref one = request();
+    qip_ref two = request();
+    qip_ref three = request();
+    EXPECT_NE(qip_sender_get(&one), 0U);
+    EXPECT_EQ(qip_sender_get(&one), qip_sender_get(&two));
+    EXPECT_NE(qip_sender_get(&one), qip_sender_get(&three));
+    EXPECT_STREQ(qip_sender_name(&one), "");
+    for (qip_ref *ref : {&one, &two, &three}) {
+        EXPECT_EQ(qip_drop(server, ref), 0);
+        EXPECT_EQ(qip_sender_get(ref), 0U);
+        EXPECT_STREQ(qip_sender_name(ref), "");
+    }
+}
+
 TEST_F(message_service, every_byte_of_a_reference_is_written) {
     qip_ref once = dirty_ref();
     qip_ref again{};

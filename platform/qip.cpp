@@ -186,6 +186,16 @@ uint32_t qip_opcode_get(const struct qip_ref *ref) {
     return letter == nullptr ? 0 : letter->opcode;
 }
 
+uint32_t qip_sender_get(const struct qip_ref *ref) {
+    const message *letter = received(ref);
+    return letter == nullptr || letter->from == nullptr ? 0 : letter->from->number;
+}
+
+const char *qip_sender_name(const struct qip_ref *ref) {
+    const message *letter = received(ref);
+    return letter == nullptr || letter->from == nullptr ? "" : letter->from->name.c_str();
+}
+
 uint32_t qip_reconnections(uint32_t handle) {
     const endpoint_ptr end = find_handle(handle);
     return end == nullptr ? 0 : end->reconnections();
