@@ -71,6 +71,17 @@ int qip_close(uint32_t handle);
  */
 int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound);
 
+/**
+ * Like qip_listen, for whoever knows the NAMEs of those who may send here: over a server nobody else's messages arrive,
+ * and each NAME has a limit of its own to what is held back. In process nobody vouches for a name, and the list is
+ * ignored.
+ * @param names the NAMEs, of letters, digits, '-' and '_'; only read during the call
+ * @param count of them; 0 makes no difference from qip_listen
+ * @return 0; else non-zero with errno as qip_listen (EINVAL also: not a NAME)
+ */
+int qip_listen_to(uint32_t handle, const struct qip_addr *addr, uint32_t bound, const char *const *names,
+                  uint32_t count);
+
 /** @return the opcode of a received message; 0 for an answer */
 uint32_t qip_opcode_get(const struct qip_ref *ref);
 

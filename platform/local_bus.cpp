@@ -50,7 +50,8 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
     explicit local_endpoint(std::shared_ptr<bus> home) : bus_(std::move(home)) {}
     ~local_endpoint() override { shut(); }
 
-    int listen(const qip_addr &address, uint32_t bound) override {
+    // Nobody vouches for a name here: whoever is in this process may say anything.
+    int listen(const qip_addr &address, uint32_t bound, std::span<const char *const> /*names*/) override {
         const std::scoped_lock lock{bus_->office->lock};
         if (box_->closed()) {
             return ECANCELED;

@@ -202,6 +202,20 @@ TEST_F(message_service, an_address_has_one_listener) {
     EXPECT_EQ(qip_listen(client, &rib, 1), 0);
 }
 
+TEST_F(message_service, names_of_senders_are_checked_and_make_no_difference_in_process) {
+    const qip_addr other{2, 2};
+    for (const char *wrong : {"", "a.b", "*", ">", "a b", "\xc3\xa4", static_cast<const char *>(nullptr)}) {
+        const char *const names[] = {"fspf", wrong};
+        EXPECT_EQ(error_of(qip_listen_to(server, &other, 1, names, 2)), EINVAL);
+    }
+    const char *const names[] = {"fspf", "static-7_x"};
+    EXPECT_EQ(error_of(qip_listen_to(server, &other, 0, names, 2)), EINVAL);
+    ASSERT_EQ(error_of(qip_listen_to(server, &other, 1, names, 2)), 0);
+    EXPECT_EQ(error_of(qip_listen_to(server, &other, 1, nullptr, 0)), EADDRINUSE);
+    EXPECT_EQ(send_at_once(client, "from anybody", other), 0);
+    EXPECT_EQ(taken(server, now(QIP_RECV_INCOMING)), "from anybody");
+}
+
 TEST_F(message_service, everyone_in_a_group_is_told_or_nobody) {
     const qip_addr group{0xfe000000, 0};
     EXPECT_EQ(send_text(client, "nobody there", nullptr, group), 0);

@@ -43,7 +43,7 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     ~nats_endpoint() override { shut(); }
 
     int connect();
-    int listen(const qip_addr &address, uint32_t bound) override;
+    int listen(const qip_addr &address, uint32_t bound, std::span<const char *const> names) override;
     int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) override;
     int answer(const message &request, message letter) override {
         return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));

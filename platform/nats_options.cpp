@@ -1,6 +1,8 @@
 // URL and environment; nothing here prints, because both hold secrets.
 #include "platform/nats_options.h"
 
+#include "platform/names.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -12,13 +14,6 @@
 namespace ribkit::platform {
 
 namespace {
-
-// Subjects are parted by dots and matched by '*' and '>'.
-bool is_subject_word(std::string_view word) {
-    return !word.empty() && std::all_of(word.begin(), word.end(), [](unsigned char c) {
-        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_';
-    });
-}
 
 const char *setting(const char *name) {
     const char *value = std::getenv(name);
@@ -118,8 +113,7 @@ bool parse_nats_url(std::string_view url, nats_place &place) {
     const std::string_view fabric = path == std::string_view::npos ? std::string_view{} : url.substr(path + 1);
     place.prefix = fabric.empty() ? "rib" : fabric;
     place.queue = query.empty() ? std::string_view{} : query.substr(queue_key.size());
-    return names_server(place.server) && is_subject_word(place.prefix) &&
-           (query.empty() || is_subject_word(place.queue));
+    return names_server(place.server) && is_name(place.prefix) && (query.empty() || is_name(place.queue));
 }
 
 int set_nats_options(natsOptions *options, const nats_place &place) {

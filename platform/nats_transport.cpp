@@ -102,7 +102,7 @@ int nats_endpoint::settle(const std::string &subject, const char *act) {
     return status == NATS_OK && last_refused(act) == subject ? EACCES : errno_of(status);
 }
 
-int nats_endpoint::listen(const qip_addr &address, uint32_t bound) {
+int nats_endpoint::listen(const qip_addr &address, uint32_t bound, std::span<const char *const> /*names*/) {
     const std::string subject = subject_of(address);
     door *way_in = nullptr;
     {

@@ -5,13 +5,16 @@
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/handles.h"
+#include "platform/names.h"
 #include "platform/references.h"
 #include "platform/transport.h"
 #include "ribkit_platform.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <new>
+#include <span>
 #include <string>
 #include <system_error>
 
@@ -132,8 +135,16 @@ int qip_close(uint32_t handle) {
 }
 
 int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound) {
-    return called_at(handle, service_call::listen,
-                     [&](endpoint &end) { return bound == 0 ? EINVAL : end.listen(*addr, bound); });
+    return qip_listen_to(handle, addr, bound, nullptr, 0);
+}
+
+int qip_listen_to(uint32_t handle, const struct qip_addr *addr, uint32_t bound, const char *const *names,
+                  uint32_t count) {
+    return called_at(handle, service_call::listen, [&](endpoint &end) {
+        const std::span<const char *const> listed{names, count};
+        const bool valid = std::all_of(listed.begin(), listed.end(), [](const char *one) { return is_name(one); });
+        return bound == 0 || !valid ? EINVAL : end.listen(*addr, bound, listed);
+    });
 }
 
 int qip_send(uint32_t handle, const struct qip_addr *addr, uint32_t opcode, const void *payload, uint32_t payload_size,

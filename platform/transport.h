@@ -6,6 +6,7 @@
 #include "qip.h"
 #include <chrono>
 #include <memory>
+#include <span>
 #include <string_view>
 
 namespace ribkit::platform {
@@ -26,7 +27,8 @@ class endpoint {
     endpoint &operator=(const endpoint &) = delete;
     virtual ~endpoint() = default;
 
-    virtual int listen(const qip_addr &address, uint32_t bound) = 0;
+    /// With names: what others send does not count where the transport tells senders apart by NAME.
+    virtual int listen(const qip_addr &address, uint32_t bound, std::span<const char *const> names) = 0;
 
     /// A token is asked for by whoever will await the answer.
     virtual int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) = 0;
