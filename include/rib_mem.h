@@ -149,9 +149,19 @@ struct cont *cont_create(const struct cont_config *config, const uint32_t *sizes
  * @return 0; RIB_BAD_PARAMETERS; RIB_FAILED where the segment stays full, or what mask_func returned
  */
 uint32_t cont_alloc(struct cont *cont, uint32_t segment, uint32_t *position);
+/**
+ * Lets cont_alloc and cont_resize print nothing (on not 0), or say again what they move (on 0, the start value): two
+ * lines and the table of all segments for every boundary, which is what most of their time goes into. cont_show prints
+ * all the same. Harmless for null.
+ */
+void cont_quiet(struct cont *cont, uint32_t on);
 /** Gives a position back; the segment's last used one moves into it. @return 0; RIB_BAD_PARAMETERS */
 uint32_t cont_free(struct cont *cont, uint32_t segment, uint32_t position);
-/** Stores the number of positions in use in a segment; 0 on failure. @return 0; RIB_BAD_PARAMETERS */
+/**
+ * Stores the number of positions in use in a segment; 0 on failure. So one learns how many segments there are, after
+ * cont_create or from a restored image: cont_count refuses the first number that is none.
+ * @return 0; RIB_BAD_PARAMETERS
+ */
 uint32_t cont_count(const struct cont *cont, uint32_t segment, uint32_t *count);
 /**
  * Gives the segments new sizes, one boundary after the other from the first segment on. The last segment has nobody to
@@ -171,7 +181,9 @@ uint32_t cont_destroy(struct cont *cont);
  */
 uint32_t cont_serialize(const struct cont *cont, uint8_t **buffer, uint32_t *length);
 /**
- * Restores an image in the host's order. The three words of the header are taken before anything is refused.
+ * Restores an image in the host's order. The three words of the header are taken before anything is refused. What the
+ * descriptor was told by cont_create and cont_quiet stays: functions, whether moves are allowed, whether they are
+ * printed. cont_count tells how many segments came.
  * @return 0; RIB_FAILED for a null descriptor or buffer, RIB_BAD_PARAMETERS where the length is not the image's,
  * RIB_OUT_OF_MEMORY (the descriptor has no segments left)
  */
@@ -181,7 +193,8 @@ void cont_show(const struct cont *cont);
 
 /**
  * Tells whether an image in network order may be converted and restored. Positions are not judged: those beyond the
- * space go to the callbacks as the image says.
+ * space go to the callbacks as the image says. Nor is the number of segments: a single cont_alloc on what was restored
+ * may move as many boundaries, and print as many tables of as many lines unless cont_quiet is on.
  * @param size the bytes that are there
  * @param report null, or filled when the image is refused
  * @return 0; RIB_BAD_PARAMETERS where bytes are missing, RIB_EXCESS_DATA where bytes remain

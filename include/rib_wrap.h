@@ -17,6 +17,13 @@
 extern "C" {
 #endif
 
+/* Where the wrappers send to. Bits 23 to 16 of the RIB's node are a partition's number - 1. */
+#define RIB_WRAP_NODE_RIB UINT32_C(0xfe000001)
+#define RIB_WRAP_SAP_RIB UINT32_C(25)
+#define RIB_WRAP_NODE_LISTENERS UINT32_C(0xfe000000) /* local listeners of notifications; also named by answers */
+#define RIB_WRAP_NODE_MODULES UINT32_C(0xff000001)
+#define RIB_WRAP_SAP_GROUP UINT32_C(0) /* of listeners and modules: any number may listen there */
+
 /** One message: a request, or an answer received. */
 struct rib_wrap_msg {
     uint32_t uuid;    /**< client identity of the caller, which decides how failures are traced */

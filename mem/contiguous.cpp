@@ -34,7 +34,9 @@ uint32_t grow(struct cont &cont, uint32_t number) {
 
 uint32_t resize(struct cont &cont, uint32_t number, uint32_t wanted) {
     if (!is_multiple(wanted, cont.block_size)) {
-        std::printf("Invalid seg size %x for seg %d \n", wanted, static_cast<int>(number));
+        if (!cont.quiet) {
+            std::printf("Invalid seg size %x for seg %d \n", wanted, static_cast<int>(number));
+        }
         return RIB_BAD_PARAMETERS;
     }
     const uint32_t current = cont.segment[number].size;
@@ -120,6 +122,12 @@ uint32_t cont_resize(struct cont *cont, const uint32_t *sizes) {
         result = resize(*cont, i, sizes[i]);
     }
     return result;
+}
+
+void cont_quiet(struct cont *cont, uint32_t on) {
+    if (cont != nullptr) {
+        cont->quiet = on != 0;
+    }
 }
 
 uint32_t cont_destroy(struct cont *cont) {

@@ -24,6 +24,7 @@ struct cont {
     cont_mask_func mask_func;
     uint32_t moves_allowed;
     uint32_t held; ///< records in the array; a refused image changes `segments` alone
+    bool quiet;    ///< boundary moves are not printed
 };
 
 namespace ribkit {

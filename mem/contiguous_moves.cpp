@@ -16,8 +16,23 @@ uint32_t free_blocks(const struct cont &cont, uint32_t number) {
     return cont.block_size != 0 ? (counted.first + counted.size - counted.free) / cont.block_size : 0;
 }
 
-void print_move(const char *format, uint32_t number, uint32_t blocks) {
-    std::printf(format, static_cast<int>(number), static_cast<int>(blocks));
+void print_move(const struct cont &cont, const char *format, uint32_t number, uint32_t blocks) {
+    if (!cont.quiet) {
+        std::printf(format, static_cast<int>(number), static_cast<int>(blocks));
+    }
+}
+
+void print_refusal(const struct cont &cont, const char *format, uint32_t result, uint32_t number) {
+    if (!cont.quiet) {
+        std::printf(format, result, static_cast<int>(number));
+    }
+}
+
+void print_end(const struct cont &cont, const char *format, uint32_t number, uint32_t blocks) {
+    if (!cont.quiet) {
+        cont_show(&cont);
+    }
+    print_move(cont, format, number, blocks);
 }
 
 // The segment in front loses its top blocks, then the mask is told, then the objects on top go to the new bottom.
@@ -27,7 +42,7 @@ uint32_t take_from_below(struct cont &cont, uint32_t number, uint32_t blocks) {
     cont.segment[number - 1].size -= positions;
     const uint32_t result = cont.mask_func != nullptr ? cont.mask_func(number, grown.first - positions, positions) : 0;
     if (result != 0) {
-        std::printf("cont_mv_up() error %x in mask_func for seg %d \n", result, static_cast<int>(number));
+        print_refusal(cont, "cont_mv_up() error %x in mask_func for seg %d \n", result, number);
         return result;
     }
     const uint32_t moved = std::min(positions, grown.free - grown.first);
@@ -37,8 +52,7 @@ uint32_t take_from_below(struct cont &cont, uint32_t number, uint32_t blocks) {
     grown.size += positions;
     grown.first -= positions;
     grown.free -= positions;
-    cont_show(&cont);
-    print_move("End of cont_mv_up() seg %d n_block %d \n", number, blocks);
+    print_end(cont, "End of cont_mv_up() seg %d n_block %d \n", number, blocks);
     return RIB_OK;
 }
 
@@ -54,15 +68,14 @@ uint32_t take_from_above(struct cont &cont, uint32_t number, uint32_t blocks) {
     }
     const uint32_t result = cont.mask_func != nullptr ? cont.mask_func(number, shrunk.first, positions) : 0;
     if (result != 0) {
-        std::printf("cont_mv_down() error %x in mask_func for seg %d \n", result, static_cast<int>(number));
+        print_refusal(cont, "cont_mv_down() error %x in mask_func for seg %d \n", result, number);
         return result;
     }
     shrunk.size -= positions;
     shrunk.first += positions;
     shrunk.free += positions;
     grown.size += positions;
-    cont_show(&cont);
-    print_move("End of cont_mv_down() seg %d n_block %d \n", number, blocks);
+    print_end(cont, "End of cont_mv_down() seg %d n_block %d \n", number, blocks);
     return RIB_OK;
 }
 
@@ -73,9 +86,9 @@ uint32_t cont_mv_up(struct cont &cont, uint32_t number, uint32_t blocks) {
     uint32_t at = number;
     uint32_t wanted = blocks;
     for (;; at--) {
-        print_move("Start of cont_mv_up() seg %d n_block %d \n", at, wanted);
+        print_move(cont, "Start of cont_mv_up() seg %d n_block %d \n", at, wanted);
         if (at == 0) {
-            std::printf("Error! cont_mv_up %d n_block called for segment 0\n", static_cast<int>(wanted));
+            print_move(cont, "Error! cont_mv_up %d n_block called for segment %d\n", wanted, at);
             return RIB_FAILED;
         }
         if (at >= segment_count(cont)) {
@@ -101,10 +114,9 @@ uint32_t cont_mv_down(struct cont &cont, uint32_t number, uint32_t blocks) {
     uint32_t at = number;
     uint32_t wanted = blocks;
     for (;; at++) {
-        print_move("Start of cont_mv_down() seg %d n_block %d \n", at, wanted);
+        print_move(cont, "Start of cont_mv_down() seg %d n_block %d \n", at, wanted);
         if (at == segment_count(cont) - 1) {
-            std::printf("Error! cont_mv_down %d n_block called for segment %d\n", static_cast<int>(wanted),
-                        static_cast<int>(at));
+            print_move(cont, "Error! cont_mv_down %d n_block called for segment %d\n", wanted, at);
             return RIB_FAILED;
         }
         const uint32_t there = free_blocks(cont, at + 1);

@@ -183,6 +183,41 @@ TEST(contiguous, a_gap_that_a_failing_mask_left_stays) {
     cont_destroy(cont);
 }
 
+TEST(contiguous, quiet_suppresses_what_moves_print_until_it_is_taken_back) {
+    struct cont *cont = two_segments(0);
+    const uint32_t wider[] = {24, 24};
+    const uint32_t odd[] = {23, 24};
+    const uint32_t before[] = {16, 32};
+    cont_quiet(nullptr, 1);
+    cont_quiet(cont, 1);
+    EXPECT_EQ(printed_by([&] {
+                  EXPECT_EQ(cont_resize(cont, wider), RIB_FAILED); // the last one cannot
+                  EXPECT_EQ(cont_resize(cont, odd), RIB_BAD_PARAMETERS);
+                  EXPECT_EQ(restore(cont, image_of(cont), 36), RIB_OK);
+                  masks_before_failure = 0;
+                  EXPECT_EQ(cont_resize(cont, before), 0xbadU);
+                  masks_before_failure = 0xffffffff;
+              }),
+              "");
+    EXPECT_NE(printed_by([&] { cont_show(cont); }), "");
+    cont_quiet(cont, 0);
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(cont_resize(cont, odd), RIB_BAD_PARAMETERS); }),
+              "Invalid seg size 17 for seg 0 \n");
+    cont_destroy(cont);
+}
+
+TEST(contiguous, a_count_is_refused_from_the_number_of_segments_on) {
+    struct cont *cont = two_segments(0);
+    const words image = {80, 4, 3, 20, 0, 1, 24, 20, 22, 4, 44, 44};
+    EXPECT_EQ(restore(cont, image, 48), RIB_OK);
+    uint32_t segments = 0;
+    for (uint32_t used = 0; cont_count(cont, segments, &used) == RIB_OK;) {
+        segments++;
+    }
+    EXPECT_EQ(segments, 3U);
+    cont_destroy(cont);
+}
+
 TEST(contiguous, the_last_segment_keeps_its_size) {
     struct cont *cont = two_segments(0);
     const words before = image_of(cont);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ribkit_platform.h"
+#include "ribkit_rib.h"
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -12,7 +13,7 @@
 
 namespace ribkit::platform {
 
-inline constexpr qip_addr rib{0xfe000001, 25};
+inline constexpr qip_addr rib{RIB_WRAP_NODE_RIB, RIB_WRAP_SAP_RIB};
 inline constexpr uint32_t rib_bound = 4;
 
 /// A reference as the stack may leave it.

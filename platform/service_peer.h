@@ -3,6 +3,7 @@
 
 #include "bench/harness.h"
 #include "ribkit_platform.h"
+#include "ribkit_rib.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,8 +14,6 @@
 
 namespace ribkit::bench {
 
-inline constexpr qip_addr server_address{0xfe000001, 25};
-
 class by_service {
   public:
     explicit by_service(const char *url)
@@ -22,14 +21,14 @@ class by_service {
     by_service(const by_service &) = delete;
     by_service &operator=(const by_service &) = delete;
     ~by_service() {
-        qip_send(client_, &server_address, 0, nullptr, 0, nullptr, nullptr, nullptr);
+        qip_send(client_, &ribkit_rib_address, 0, nullptr, 0, nullptr, nullptr, nullptr);
         serving_.join();
         qip_close(client_);
     }
 
     void round_trip(const std::vector<uint8_t> &payload) const {
         qip_ref ref{};
-        qip_send(client_, &server_address, 7, payload.data(), static_cast<uint32_t>(payload.size()), &ref, nullptr,
+        qip_send(client_, &ribkit_rib_address, 7, payload.data(), static_cast<uint32_t>(payload.size()), &ref, nullptr,
                  nullptr);
         const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 20, qip_rr_token_get(&ref)}};
         qip_drop(client_, &ref);
@@ -41,7 +40,7 @@ class by_service {
   private:
     static uint32_t opened(const char *url, bool listening) {
         uint32_t handle = 0;
-        if (qip_open(url, &handle) != 0 || (listening && qip_listen(handle, &server_address, 16) != 0)) {
+        if (qip_open(url, &handle) != 0 || (listening && qip_listen(handle, &ribkit_rib_address, 16) != 0)) {
             std::perror("the benchmark's handle");
             std::exit(1);
         }
@@ -51,7 +50,7 @@ class by_service {
     static void serve(uint32_t server) {
         qip_ref request{};
         while (qip_recv(server, &request, nullptr) == 0 && qip_opcode_get(&request) != 0) {
-            qip_send(server, &server_address, 0, qip_payload_get(&request), qip_payload_size(&request), nullptr,
+            qip_send(server, &ribkit_rib_address, 0, qip_payload_get(&request), qip_payload_size(&request), nullptr,
                      &request, nullptr);
             qip_drop(server, &request);
         }

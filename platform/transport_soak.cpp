@@ -1,6 +1,7 @@
 // Many requests through one transport while messages are lost, late, doubled, swapped and cut: every request has to be
 // answered or reported, and no reference may be left over. `platform_soak URL [REQUESTS]`; fails by its exit status.
 #include "ribkit_platform.h"
+#include "ribkit_rib.h"
 
 #include <cerrno>
 #include <chrono>
@@ -14,8 +15,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr qip_addr server_address{0xfe000001, 25};
 
 // One message in a hundred, each kind of disturbance a fifth of them.
 constexpr const char *script = "drop one-in 500\ndelay one-in 500 20\nduplicate one-in 500\nreorder one-in 500\n"
@@ -33,8 +32,8 @@ bool load_script() {
 void serve(uint32_t server) {
     qip_ref request{};
     while (qip_recv(server, &request, nullptr) == 0) {
-        qip_send(server, &server_address, 0, qip_payload_get(&request), qip_payload_size(&request), nullptr, &request,
-                 nullptr);
+        qip_send(server, &ribkit_rib_address, 0, qip_payload_get(&request), qip_payload_size(&request), nullptr,
+                 &request, nullptr);
         qip_drop(server, &request);
     }
 }
@@ -42,7 +41,7 @@ void serve(uint32_t server) {
 std::string outcome_of(uint32_t client, uint32_t number) {
     uint32_t payload[16] = {number};
     qip_ref ref{};
-    if (qip_send(client, &server_address, 7, payload, sizeof payload, &ref, nullptr, nullptr) != 0) {
+    if (qip_send(client, &ribkit_rib_address, 7, payload, sizeof payload, &ref, nullptr, nullptr) != 0) {
         return std::string{"not sent: "} + std::strerror(errno);
     }
     const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 0, qip_rr_token_get(&ref), 50}};
@@ -62,7 +61,7 @@ int main(int argc, char **argv) {
     const uint32_t requests = argc > 2 ? static_cast<uint32_t>(std::strtoul(argv[2], nullptr, 10)) : 100000;
     uint32_t client = 0;
     uint32_t server = 0;
-    if (argc < 2 || qip_open(argv[1], &server) != 0 || qip_listen(server, &server_address, 64) != 0 ||
+    if (argc < 2 || qip_open(argv[1], &server) != 0 || qip_listen(server, &ribkit_rib_address, 64) != 0 ||
         qip_open(argv[1], &client) != 0 || !load_script()) {
         std::fprintf(stderr, "usage: platform_soak URL [REQUESTS]; or the URL cannot be opened\n");
         return 2;

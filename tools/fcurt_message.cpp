@@ -16,7 +16,7 @@ struct header_words {
     uint32_t uuid, vsan, oper, n_version, n_route;
     uint32_t version[240];
 };
-static_assert(sizeof(header_words) == fcurt_update_header_size);
+static_assert(sizeof(header_words) == RIBKIT_FCURT_UPDATE_SIZE);
 
 struct record_words {
     std::array<uint8_t, 4> fcid;
@@ -24,12 +24,12 @@ struct record_words {
     uint8_t control[8];
     uint32_t action, metric, flag, n_hop;
 };
-static_assert(sizeof(record_words) == fcurt_record_size(0));
+static_assert(sizeof(record_words) == RIBKIT_FCURT_SIZE);
 
 struct hop_words {
     uint32_t intf, domain;
 };
-static_assert(sizeof(hop_words) == fcurt_record_size(1) - fcurt_record_size(0));
+static_assert(sizeof(hop_words) == RIBKIT_FCURT_HOP_SIZE);
 
 template <typename Words> void append(std::vector<uint8_t> &bytes, const Words &words) {
     static_assert(std::is_trivially_copyable_v<Words>);
@@ -108,14 +108,14 @@ fcurt_update decode_fcurt_update(std::span<const uint8_t> message) {
     return update;
 }
 
-std::array<uint8_t, fcurt_response_size> encode(const fcurt_response &response) {
-    static_assert(sizeof response == fcurt_response_size);
-    std::array<uint8_t, fcurt_response_size> bytes{};
+std::array<uint8_t, RIBKIT_FCURT_RSP_SIZE> encode(const fcurt_response &response) {
+    static_assert(sizeof response == RIBKIT_FCURT_RSP_SIZE);
+    std::array<uint8_t, RIBKIT_FCURT_RSP_SIZE> bytes{};
     rib_hton_fcurt_rsp(&response, bytes.data());
     return bytes;
 }
 
-fcurt_response decode_fcurt_response(std::span<const uint8_t, fcurt_response_size> bytes) {
+fcurt_response decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE> bytes) {
     fcurt_response response{};
     rib_ntoh_fcurt_rsp(bytes.data(), &response);
     return response;

@@ -1,6 +1,7 @@
 // Unicast route updates and their answers as network bytes: written for the client, read for the RIB.
 #pragma once
 
+#include "ribkit_rib.h"
 #include "tools/routes.h"
 
 #include <array>
@@ -11,15 +12,10 @@
 
 namespace ribkit {
 
-/// The lab's opcode of a unicast route update.
-inline constexpr uint32_t fcurt_update_opcode = 0x101;
-
-inline constexpr size_t fcurt_update_header_size = 980;
-
-constexpr size_t fcurt_record_size(size_t hops) { return 32 + 8 * hops; }
+constexpr size_t fcurt_record_size(size_t hops) { return RIBKIT_FCURT_SIZE + RIBKIT_FCURT_HOP_SIZE * hops; }
 
 /// Room for one route with all the hops that a path can have.
-inline constexpr size_t smallest_message_limit = fcurt_update_header_size + fcurt_record_size(16);
+inline constexpr size_t smallest_message_limit = RIBKIT_FCURT_UPDATE_SIZE + fcurt_record_size(RIBKIT_MOST_HOPS);
 
 struct fcurt_update {
     uint32_t uuid = 0;
@@ -53,8 +49,7 @@ struct fcurt_response {
     bool operator==(const fcurt_response &) const = default;
 };
 
-inline constexpr size_t fcurt_response_size = 20;
-std::array<uint8_t, fcurt_response_size> encode(const fcurt_response &response);
-fcurt_response decode_fcurt_response(std::span<const uint8_t, fcurt_response_size> bytes);
+std::array<uint8_t, RIBKIT_FCURT_RSP_SIZE> encode(const fcurt_response &response);
+fcurt_response decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE> bytes);
 
 } // namespace ribkit

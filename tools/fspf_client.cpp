@@ -171,11 +171,11 @@ void fspf_client::find_refused(const fcurt_response &response, uint32_t vsan, st
 }
 
 fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
-    const auto answer = link_.ask(fcurt_update_opcode, update);
+    const auto answer = link_.ask(RIBKIT_OPCODE_FCURT_UPDATE, update);
     if (rib_check_fcurt_rsp(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
         throw no_answer(result_text(RIB_MISSING_RESPONSE));
     }
-    return decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.data(), fcurt_response_size));
+    return decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer.data(), RIBKIT_FCURT_RSP_SIZE));
 }
 
 void fspf_client::count(uint32_t vsan, const route_change &change) {
@@ -191,7 +191,7 @@ void fspf_client::count(uint32_t vsan, const route_change &change) {
 void fspf_client::trace(std::span<const uint8_t> update) {
     const uint8_t *message = update.data();
     rib_printf_fcurt_update(rib_sizeof_fcurt_update(message), message);
-    const uint8_t *record = message + fcurt_update_header_size;
+    const uint8_t *record = message + RIBKIT_FCURT_UPDATE_SIZE;
     for (uint32_t left = rib_ntoh_fcurt_update_get_n_route(message); left > 0; left--) {
         rib_printf_fcurt(message, record);
         record += fcurt_record_size(rib_ntoh_fcurt_get_n_hop(record));

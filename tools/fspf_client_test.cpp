@@ -142,7 +142,7 @@ TEST(fspf_client, routes_of_other_clients_are_not_its_own) {
     rib_link other(bus, RIB_CLIENT_MCAST);
     const route_table theirs{{{0xfffffa, 0xffffff}, {7, RIB_FLAG_ACTIVE, {}}}};
     auto update = encode_whole({RIB_CLIENT_MCAST, 1, RIB_OPER_UPDATE, changes_between({}, theirs)});
-    other.ask(fcurt_update_opcode, update);
+    other.ask(RIBKIT_OPCODE_FCURT_UPDATE, update);
     fspf_client client(bus, {});
     client.start_over(f);
     EXPECT_EQ(client.converge(f).deleted, 0U);

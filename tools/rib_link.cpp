@@ -3,6 +3,7 @@
 #include "rib_codes.h"
 #include "rib_text.h"
 #include "rib_wrap.h"
+#include "ribkit_rib.h"
 #include "tools/input_error.h"
 
 #include <algorithm>
@@ -15,7 +16,6 @@ namespace ribkit {
 
 namespace {
 
-constexpr qip_addr notifications{0xfe000000, 0};
 constexpr uint32_t notifications_bound = 64;
 constexpr uint32_t errno_bits = 0xfff;
 
@@ -44,7 +44,7 @@ std::string result_text(uint32_t result) {
 // The errno of not being answered anything at all within a second, or 0.
 static int failure_to_answer(const service_handle &handle) {
     qip_ref ref{};
-    bool answered = qip_send(handle.number(), &rib_address, 0, nullptr, 0, &ref, nullptr, nullptr) == 0;
+    bool answered = qip_send(handle.number(), &ribkit_rib_address, 0, nullptr, 0, &ref, nullptr, nullptr) == 0;
     if (answered) {
         const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 1, qip_rr_token_get(&ref)}};
         qip_drop(handle.number(), &ref);
@@ -73,7 +73,7 @@ void refuse_second_rib(const std::string &url, std::chrono::milliseconds patienc
 
 rib_link::rib_link(const std::string &url, uint32_t uuid, const link_options &options)
     : handle_(url, options.patience), uuid_(uuid), envelopes_(options.envelopes) {
-    if (qip_listen(handle_.number(), &notifications, notifications_bound) != 0) {
+    if (qip_listen(handle_.number(), &ribkit_listeners_address, notifications_bound) != 0) {
         throw std::system_error(errno, std::generic_category(), "cannot hear notifications on " + shown_url(url));
     }
 }
@@ -146,7 +146,7 @@ void rib_link::take_notes(std::chrono::milliseconds limit) {
     qip_recv_opts opts = incoming_within(limit);
     qip_ref note{};
     while (qip_recv(handle_.number(), &note, &opts) == 0) {
-        started_ = started_ || qip_opcode_get(&note) == rib_started_opcode;
+        started_ = started_ || qip_opcode_get(&note) == RIBKIT_OPCODE_STARTED;
         rib_wrap_qip_drop(uuid_, handle_.number(), &note);
         opts = incoming_within({}); // those that wait already
     }

@@ -16,9 +16,6 @@
 
 namespace ribkit {
 
-/// What the RIB tells its notification's listeners when it starts, with empty tables.
-inline constexpr uint32_t rib_started_opcode = 0x201;
-
 /// No answer came, or what came was damaged on the way: nobody knows what the RIB did.
 struct no_answer : std::runtime_error {
     explicit no_answer(const std::string &why) : std::runtime_error("no answer from the RIB: " + why) {}
@@ -42,9 +39,6 @@ struct link_options {
     bool envelopes = false; ///< requests and answers travel in CMI envelopes
     std::chrono::milliseconds patience{0};
 };
-
-/// Where the RIB listens.
-inline constexpr qip_addr rib_address{0xfe000001, 25};
 
 /// Whether a RIB answers anything at all, within a second. Prints nothing. Throws link_closed.
 bool is_answered(const service_handle &handle);

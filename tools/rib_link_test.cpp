@@ -3,6 +3,7 @@
 
 #include "rib_codes.h"
 #include "rib_wrap.h"
+#include "ribkit_rib.h"
 #include "testing/capture.h"
 #include "tools/fault_script.h"
 #include "tools/input_error.h"
@@ -103,7 +104,7 @@ TEST(rib_link, hears_that_the_rib_has_started) {
 TEST(rib_link, other_news_do_not_matter) {
     rib_link link(bus, RIB_CLIENT_FSPF);
     const service_handle other(bus);
-    ASSERT_EQ(rib_wrap_qip_note(other.number(), rib_started_opcode + 1, "news", 4), 0);
+    ASSERT_EQ(rib_wrap_qip_note(other.number(), RIBKIT_OPCODE_STARTED + 1, "news", 4), 0);
     EXPECT_FALSE(link.heard_of_start(1s));
     EXPECT_EQ(qip_refs_held(), 0U);
 }

@@ -4,6 +4,7 @@
 
 #include "rib_codes.h"
 #include "rib_wrap.h"
+#include "ribkit_rib.h"
 #include "tools/fcurt_query.h"
 #include "tools/rib_link.h"
 
@@ -33,10 +34,10 @@ std::vector<uint8_t> refusal(uint32_t result) {
 
 rib_service::rib_service(const std::string &url, const rib_options &options)
     : handle_(url, options.patience), tables_(options.spaces, options.trace) {
-    if (qip_listen(handle_.number(), &rib_address, queue_bound) != 0) {
+    if (qip_listen(handle_.number(), &ribkit_rib_address, queue_bound) != 0) {
         throw std::system_error(errno, std::generic_category(), "the RIB cannot listen on " + shown_url(url));
     }
-    rib_wrap_qip_note(handle_.number(), rib_started_opcode, nullptr, 0); // what fails is in the debug history
+    rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0); // what fails is in the debug history
     thread_ = std::thread([this] { serve(); });
     qip_step_aside();
     serving_.wait();
@@ -97,9 +98,9 @@ void rib_service::take(const qip_ref &ref) {
 
 std::vector<uint8_t> rib_service::respond(const request &asked) {
     switch (asked.opcode) {
-    case fcurt_update_opcode:
+    case RIBKIT_OPCODE_FCURT_UPDATE:
         return update(asked.payload);
-    case fcurt_query_opcode:
+    case RIBKIT_OPCODE_FCURT_QUERY:
         return find(asked.payload);
     default:
         return refusal(RIB_NOT_SUPPORTED);
@@ -122,8 +123,8 @@ std::vector<uint8_t> rib_service::find(std::span<const uint8_t> payload) const {
         report(why);
         return refusal(result);
     }
-    const auto query = decode_fcurt_query(std::span<const uint8_t, fcurt_query_size>(payload));
-    if (query.type != fcurt_query_all && query.type != fcurt_query_vsan) {
+    const auto query = decode_fcurt_query(std::span<const uint8_t, RIBKIT_FCURT_QUERY_SIZE>(payload));
+    if (query.type != RIBKIT_QUERY_ALL && query.type != RIBKIT_QUERY_VSAN_ALL) {
         return refusal(RIB_NOT_SUPPORTED);
     }
     return encode_whole(tables_.answer(query));

@@ -128,9 +128,10 @@ TEST(rib_service, a_message_of_another_kind_is_answered_too) {
     request.payload = &payload;
     request.payload_size = 1;
     ASSERT_EQ(rib_wrap_qip_req_rsp(handle.number(), &request, &answer), RIB_OK);
-    ASSERT_EQ(answer.payload_size, fcurt_response_size);
-    EXPECT_EQ(decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer.payload, fcurt_response_size)),
-              (fcurt_response{RIB_NOT_SUPPORTED, 0, 0, 0, 0}));
+    ASSERT_EQ(answer.payload_size, RIBKIT_FCURT_RSP_SIZE);
+    EXPECT_EQ(
+        decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer.payload, RIBKIT_FCURT_RSP_SIZE)),
+        (fcurt_response{RIB_NOT_SUPPORTED, 0, 0, 0, 0}));
     EXPECT_EQ(rib_wrap_qip_drop(RIB_CLIENT_TEST, handle.number(), &answer.ref), 0);
 }
 

@@ -12,7 +12,6 @@ namespace ribkit {
 
 namespace {
 
-constexpr size_t answer_limit = size_t{64} * 1024;
 constexpr uint32_t any_change = RIB_ACTION_CHANGE_FLAG | RIB_ACTION_CHANGE_METRIC;
 
 bool is_known_action(const route_change &change) {
@@ -31,7 +30,7 @@ uint32_t judge(const fcurt_update &update) {
 
 /// An answer that says as much about the update as its header tells.
 fcurt_response refusal(uint32_t result, std::span<const uint8_t> message) {
-    if (message.size() < fcurt_update_header_size) {
+    if (message.size() < RIBKIT_FCURT_UPDATE_SIZE) {
         return {result, 0, 0, 0, 0};
     }
     return {result, rib_ntoh_fcurt_update_get_oper(message.data()), rib_ntoh_fcurt_update_get_vsan(message.data()), 0,
@@ -78,16 +77,16 @@ route rib_tables::read(const route_record &record) const {
 
 fcurt_update rib_tables::answer(const fcurt_query &query) const {
     fcurt_update routes{0, query.vsan, RIB_OPER_UPDATE, {}};
-    size_t size = fcurt_update_header_size;
+    size_t size = RIBKIT_FCURT_UPDATE_SIZE;
     for (auto next = index_.lower_bound({query.vsan, {query.fcid, query.mask}}); next != index_.end(); ++next) {
         const auto &[key, record] = *next;
         size += fcurt_record_size(record->hops);
-        if (routes.changes.empty() && query.type == fcurt_query_all) {
+        if (routes.changes.empty() && query.type == RIBKIT_QUERY_ALL) {
             routes.vsan = key.vsan;
         }
         routes.uuid = routes.changes.empty() ? record->uuid : routes.uuid;
         if (key.vsan != routes.vsan || record->uuid != routes.uuid || routes.changes.size() == query.count ||
-            size > answer_limit) {
+            size > RIBKIT_ANSWER_LIMIT) {
             break;
         }
         routes.changes.push_back({RIB_ACTION_ADD, key.to, read(*record)});

@@ -96,7 +96,7 @@ TEST_F(rib, a_short_update_is_refused_with_what_its_header_tells) {
     const std::vector<uint8_t> whole = message({{RIB_ACTION_DELETE, two, near}});
     for (size_t length = 0; length < whole.size(); length++) {
         const testing::guarded cut(std::span<const uint8_t>(whole).first(length));
-        const bool header = length >= fcurt_update_header_size;
+        const bool header = length >= RIBKIT_FCURT_UPDATE_SIZE;
         const uint32_t oper = header ? RIB_OPER_UPDATE_RSP : 0;
         EXPECT_EQ(tables.take_update(cut.bytes()),
                   (fcurt_response{RIB_BAD_PARAMETERS, oper, header ? 1U : 0U, 0, header ? 1U : 0U}))

@@ -13,12 +13,12 @@ namespace {
 constexpr uint32_t routes_a_query = 1000;
 
 fcurt_update ask(rib_link &link, const route_reading &wanted, const route_key &from) {
-    auto query = encode({wanted.uuid, wanted.vsan ? fcurt_query_vsan : fcurt_query_all, routes_a_query, from.vsan,
+    auto query = encode({wanted.uuid, wanted.vsan ? RIBKIT_QUERY_VSAN_ALL : RIBKIT_QUERY_ALL, routes_a_query, from.vsan,
                          from.to.fcid, from.to.mask});
     if (wanted.trace) {
         rib_printf_fcu_query(query.data());
     }
-    const auto answer = link.ask(fcurt_query_opcode, query);
+    const auto answer = link.ask(RIBKIT_OPCODE_FCURT_QUERY, query);
     if (rib_check_fcurt_update(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
         throw no_answer("what came is damaged");
     }

@@ -19,17 +19,17 @@ constexpr const char *bus = "local:route_reader_test";
 
 void add(rib_link &link, uint32_t uuid, uint32_t vsan, const route_table &table) {
     for (auto &[bytes, size] : encode({uuid, vsan, RIB_OPER_UPDATE, changes_between({}, table)}, SIZE_MAX)) {
-        link.ask(fcurt_update_opcode, bytes);
+        link.ask(RIBKIT_OPCODE_FCURT_UPDATE, bytes);
     }
 }
 
-std::array<uint8_t, fcurt_query_size> query_bytes(uint32_t type, uint32_t count, const route_key &from) {
+std::array<uint8_t, RIBKIT_FCURT_QUERY_SIZE> query_bytes(uint32_t type, uint32_t count, const route_key &from) {
     return encode({RIB_CLIENT_TEST, type, count, from.vsan, from.to.fcid, from.to.mask});
 }
 
 fcurt_update asked(rib_link &link, uint32_t type, uint32_t count, const route_key &from) {
     auto query = query_bytes(type, count, from);
-    return decode_fcurt_update(link.ask(fcurt_query_opcode, query));
+    return decode_fcurt_update(link.ask(RIBKIT_OPCODE_FCURT_QUERY, query));
 }
 
 route_table table_of(size_t routes, size_t hops) {
@@ -81,37 +81,37 @@ TEST(route_reader, reads_what_the_rib_holds) {
 TEST(route_reader, an_answer_is_of_one_vsan_and_one_client) {
     rib_service rib(bus);
     rib_link link(bus, RIB_CLIENT_TEST);
-    EXPECT_TRUE(asked(link, fcurt_query_all, 10, {}).changes.empty());
+    EXPECT_TRUE(asked(link, RIBKIT_QUERY_ALL, 10, {}).changes.empty());
     add(link, RIB_CLIENT_FSPF, 3, table_of(2, 1));
     add(link, RIB_CLIENT_MCAST, 3, {{{0x100, 0xffffff}, {}}});
     add(link, RIB_CLIENT_FSPF, 4, table_of(5, 1));
-    const fcurt_update first = asked(link, fcurt_query_all, 10, {1, {}});
+    const fcurt_update first = asked(link, RIBKIT_QUERY_ALL, 10, {1, {}});
     EXPECT_EQ(first.vsan, 3U);
     EXPECT_EQ(first.uuid, RIB_CLIENT_FSPF);
     EXPECT_EQ(first.oper, RIB_OPER_UPDATE);
     EXPECT_EQ(first.changes, changes_between({}, table_of(2, 1)));
-    const fcurt_update second = asked(link, fcurt_query_all, 10, {3, {0x101, 0}});
+    const fcurt_update second = asked(link, RIBKIT_QUERY_ALL, 10, {3, {0x101, 0}});
     EXPECT_EQ(second.vsan, 4U);
     EXPECT_EQ(second.changes.size(), 5U);
-    EXPECT_EQ(asked(link, fcurt_query_all, 10, {3, {0x100, 0xffffff}}).uuid, RIB_CLIENT_MCAST);
-    EXPECT_EQ(asked(link, fcurt_query_all, 3, {4, {}}).changes.size(), 3U);
-    EXPECT_TRUE(asked(link, fcurt_query_all, 0, {4, {}}).changes.empty());
-    EXPECT_TRUE(asked(link, fcurt_query_vsan, 10, {1, {}}).changes.empty());
-    EXPECT_EQ(asked(link, fcurt_query_vsan, 10, {4, {0x300, 0}}).changes.size(), 2U);
-    EXPECT_TRUE(asked(link, fcurt_query_vsan, 10, {3, {0x101, 0}}).changes.empty());
+    EXPECT_EQ(asked(link, RIBKIT_QUERY_ALL, 10, {3, {0x100, 0xffffff}}).uuid, RIB_CLIENT_MCAST);
+    EXPECT_EQ(asked(link, RIBKIT_QUERY_ALL, 3, {4, {}}).changes.size(), 3U);
+    EXPECT_TRUE(asked(link, RIBKIT_QUERY_ALL, 0, {4, {}}).changes.empty());
+    EXPECT_TRUE(asked(link, RIBKIT_QUERY_VSAN_ALL, 10, {1, {}}).changes.empty());
+    EXPECT_EQ(asked(link, RIBKIT_QUERY_VSAN_ALL, 10, {4, {0x300, 0}}).changes.size(), 2U);
+    EXPECT_TRUE(asked(link, RIBKIT_QUERY_VSAN_ALL, 10, {3, {0x101, 0}}).changes.empty());
 }
 
 TEST(route_reader, an_answer_is_64_kib_at_most) {
     rib_service rib(bus, {.spaces = {1, 512, 16384}});
     rib_link link(bus, RIB_CLIENT_TEST);
-    const size_t fit = (65536 - fcurt_update_header_size) / fcurt_record_size(16);
+    const size_t fit = (RIBKIT_ANSWER_LIMIT - RIBKIT_FCURT_UPDATE_SIZE) / fcurt_record_size(16);
     add(link, RIB_CLIENT_FSPF, 1, table_of(fit + 1, 16));
     link.take_traffic();
-    EXPECT_EQ(asked(link, fcurt_query_all, 1000, {}).changes.size(), fit);
+    EXPECT_EQ(asked(link, RIBKIT_QUERY_ALL, 1000, {}).changes.size(), fit);
     const link_traffic carried = link.take_traffic();
     EXPECT_EQ(carried.messages, 1U);
-    EXPECT_EQ(carried.bytes_sent, fcurt_query_size);
-    EXPECT_EQ(carried.bytes_received, fcurt_update_header_size + fit * fcurt_record_size(16));
+    EXPECT_EQ(carried.bytes_sent, RIBKIT_FCURT_QUERY_SIZE);
+    EXPECT_EQ(carried.bytes_received, RIBKIT_FCURT_UPDATE_SIZE + fit * fcurt_record_size(16));
     EXPECT_EQ(read_routes(link, {RIB_CLIENT_TEST, 1}).size(), fit + 1);
 }
 
@@ -119,13 +119,13 @@ TEST(route_reader, a_query_that_cannot_be_used_is_refused) {
     rib_service rib(bus);
     rib_link link(bus, RIB_CLIENT_TEST);
     const auto result_of = [&](std::span<uint8_t> query) {
-        const auto answer = link.ask(fcurt_query_opcode, query);
-        EXPECT_EQ(answer.size(), fcurt_response_size);
-        return decode_fcurt_response(std::span<const uint8_t, fcurt_response_size>(answer)).result;
+        const auto answer = link.ask(RIBKIT_OPCODE_FCURT_QUERY, query);
+        EXPECT_EQ(answer.size(), RIBKIT_FCURT_RSP_SIZE);
+        return decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer)).result;
     };
     auto versions = query_bytes(2, 10, {});
     EXPECT_EQ(result_of(versions), RIB_NOT_SUPPORTED);
-    auto query = query_bytes(fcurt_query_all, 10, {});
+    auto query = query_bytes(RIBKIT_QUERY_ALL, 10, {});
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(result_of(std::span(query).first(23)), RIB_BAD_PARAMETERS);
     EXPECT_NE(::testing::internal::GetCapturedStderr().find("ribkit: the RIB refuses a message: rib_fcurt_query: "),
@@ -145,14 +145,14 @@ TEST(route_reader, damaged_answers_are_no_answers) {
 /// Answers every query with the same routes, whatever was asked for.
 TEST(route_reader, routes_that_were_not_asked_for_end_the_reading) {
     uint32_t rib = 0;
-    static constexpr qip_addr address{0xfe000001, 25};
     ASSERT_EQ(qip_open(bus, &rib), 0);
-    ASSERT_EQ(qip_listen(rib, &address, 4), 0);
+    ASSERT_EQ(qip_listen(rib, &ribkit_rib_address, 4), 0);
     std::thread serving([rib] {
         const auto bytes = encode_whole({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, changes_between({}, table_of(2, 1))});
         qip_ref asked{};
         while (qip_recv(rib, &asked, nullptr) == 0) {
-            qip_send(rib, &address, 0, bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr, &asked, nullptr);
+            qip_send(rib, &ribkit_rib_address, 0, bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr, &asked,
+                     nullptr);
             qip_drop(rib, &asked);
         }
     });

@@ -1,6 +1,8 @@
 // Shortest paths from one node to every other, with all the ways in which a shortest path can begin.
 #pragma once
 
+#include "ribkit_rib.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +12,7 @@
 
 namespace ribkit {
 
-inline constexpr size_t most_first_links = 16;
+inline constexpr size_t most_first_links = RIBKIT_MOST_HOPS;
 inline constexpr uint32_t unreachable = std::numeric_limits<uint32_t>::max();
 
 /// A link between two nodes, usable both ways at a cost of at least 1.

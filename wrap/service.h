@@ -7,9 +7,10 @@
 
 namespace ribkit::wrap {
 
-inline constexpr qip_addr to_rib{0xfe000001, 25};
-inline constexpr qip_addr to_local{0xfe000000, 0}; // an answer's address, and the local listeners'
-inline constexpr qip_addr to_modules{0xff000001, 0};
+inline constexpr qip_addr to_rib{RIB_WRAP_NODE_RIB, RIB_WRAP_SAP_RIB};
+inline constexpr qip_addr to_local{RIB_WRAP_NODE_LISTENERS,
+                                   RIB_WRAP_SAP_GROUP}; // an answer's address, and the local listeners'
+inline constexpr qip_addr to_modules{RIB_WRAP_NODE_MODULES, RIB_WRAP_SAP_GROUP};
 
 constexpr uint32_t platform_failure(int error) { return RIB_PLATFORM_FAILURE | (static_cast<uint32_t>(error) & 0xfff); }
 
