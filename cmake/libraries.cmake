@@ -1,4 +1,5 @@
 # libribkit, shared and static, and libribkit-platform; the exported names are a list in the tree.
+set_property(DIRECTORY ${CMAKE_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/exports.txt)
 file(STRINGS ${CMAKE_SOURCE_DIR}/exports.txt exports REGEX "^[a-zA-Z]")
 list(JOIN exports ";\n    " exported)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/ribkit.map CONTENT "{\nglobal:\n    @exported@;\nlocal:\n    *;\n};\n" @ONLY)

@@ -187,11 +187,13 @@ TEST(contiguous, quiet_suppresses_what_moves_print_until_it_is_taken_back) {
     struct cont *cont = two_segments(0);
     const uint32_t wider[] = {24, 24};
     const uint32_t odd[] = {23, 24};
+    const uint32_t last[] = {24, 32};
     const uint32_t before[] = {16, 32};
     cont_quiet(nullptr, 1);
     cont_quiet(cont, 1);
     EXPECT_EQ(printed_by([&] {
-                  EXPECT_EQ(cont_resize(cont, wider), RIB_FAILED); // the last one cannot
+                  EXPECT_EQ(cont_resize(cont, wider), RIB_OK);
+                  EXPECT_EQ(cont_resize(cont, last), RIB_FAILED); // it has nobody to take from
                   EXPECT_EQ(cont_resize(cont, odd), RIB_BAD_PARAMETERS);
                   EXPECT_EQ(restore(cont, image_of(cont), 36), RIB_OK);
                   masks_before_failure = 0;
