@@ -1,9 +1,9 @@
 #include "tools/client_command.h"
 
+#include "tools/command_output.h"
 #include "tools/fabric_file.h"
 #include "tools/fabric_run.h"
 #include "tools/input_error.h"
-#include "tools/json_output.h"
 #include "tools/run_json.h"
 #include "tools/run_text.h"
 #include "tools/stop_signals.h"
@@ -47,23 +47,20 @@ bool play(fabric_run &run, bool stay) {
 int run_client(const client_command_options &options) {
     const fabric f = read_fabric(options);
     load_faults(options.bus);
-    const json_output json(options.json_file);
+    command_output out(options.output, options.inputs());
     progress_line progress;
     stop_signals signals;
     fspf_client client(options.bus.url, options.client(progress));
     signals.call([&client] { client.close(); });
     client.start_over(f);
-    fabric_run run(f, client, progress, options.real_time, json.alone());
-    if (!json.alone()) {
-        std::puts((head_text(f) + '\n').c_str());
-    }
+    fabric_run run(f, client, progress, options.real_time, out);
+    out.print_line(head_text(f) + '\n');
     const bool played = play(run, options.stay);
-    if (!json.alone()) {
-        std::puts(('\n' + summary_text(run.record(), nullptr)).c_str());
+    out.print_line('\n' + summary_text(run.record(), nullptr));
+    if (out.wants_json()) {
+        out.print_json(client_json(run));
     }
-    if (json.wanted()) {
-        json.write(client_json(run));
-    }
+    out.finish();
     return played && run.record().total.refused == 0 ? 0 : 1;
 }
 

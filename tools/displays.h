@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -30,7 +31,7 @@ const display *find_display(std::string_view name);
 std::vector<std::string_view> display_names();
 
 /// All of them for a program.
-void print_json(std::span<const display> listed);
+std::string json_of(std::span<const display> listed);
 
 /// The length of the record that `bytes` begin with; 0, and the report filled, where the check refuses it.
 uint32_t record_size(const display &kind, std::span<const uint8_t> bytes, rib_check_report &report);

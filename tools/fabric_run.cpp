@@ -5,7 +5,6 @@
 #include "tools/run_text.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace ribkit {
 
@@ -20,8 +19,8 @@ double run_record::routes_per_second() const {
     return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
 }
 
-fabric_run::fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, bool quiet)
-    : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), quiet_(quiet) {}
+fabric_run::fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, command_output &out)
+    : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), out_(out) {}
 
 void fabric_run::play() {
     start_ = steady_clock::now();
@@ -37,7 +36,6 @@ void fabric_run::play() {
 
 void fabric_run::stay() {
     for (;;) {
-        std::fflush(stdout);
         if (client_.rib_started(std::chrono::hours(1))) {
             start_anew();
         }
@@ -46,7 +44,6 @@ void fabric_run::stay() {
 
 // The RIB may start anew meanwhile.
 void fabric_run::wait_until(milliseconds at) {
-    std::fflush(stdout);
     for (auto now = steady_clock::now(); real_time_ && now < start_ + at; now = steady_clock::now()) {
         const auto left = std::chrono::ceil<milliseconds>(start_ + at - now);
         if (client_.rib_started(left)) {
@@ -79,10 +76,6 @@ void fabric_run::step(run_step next) {
     record_.steps.push_back(std::move(next));
 }
 
-void fabric_run::say(const std::string &line) const {
-    if (!quiet_) {
-        std::puts(line.c_str());
-    }
-}
+void fabric_run::say(const std::string &line) { out_.print_line(line); }
 
 } // namespace ribkit

@@ -1,6 +1,7 @@
 // A client that follows a fabric through its events.
 #pragma once
 
+#include "tools/command_output.h"
 #include "tools/fabric.h"
 #include "tools/fspf_client.h"
 #include "tools/progress.h"
@@ -31,8 +32,8 @@ class fabric_run {
   public:
     /// @param progress is cleared before something is said
     /// @param real_time wait until an event is due
-    /// @param quiet say nothing of what happens
-    fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, bool quiet);
+    /// @param out where it is said what happens
+    fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, command_output &out);
 
     /// All events, one moment after the other. Throws as the client does; what was done until then is on record.
     void play();
@@ -48,13 +49,13 @@ class fabric_run {
     void happen(std::chrono::milliseconds at, std::vector<fabric_event> events);
     void start_anew();
     void step(run_step next);
-    void say(const std::string &line) const;
+    void say(const std::string &line);
 
     fabric fabric_;
     fspf_client &client_;
     progress_line &progress_;
     bool real_time_;
-    bool quiet_;
+    command_output &out_;
     run_record record_;
     std::chrono::steady_clock::time_point start_;
 };

@@ -1,20 +1,14 @@
 // What is wrong with something that the user gave us, and where: printed as one line, after which the command exits 2.
 #pragma once
 
+#include "tools/printable.h"
+
 #include <cstdint>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 
 namespace ribkit {
-
-inline bool is_control(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7f;
-}
-
-/// The same with control characters as "\xNN": one line, and harmless on a terminal.
-std::string printable(const std::string &text);
 
 /// A mistake on a line of a file whose name is not known here.
 struct line_error : std::runtime_error {

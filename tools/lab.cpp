@@ -1,16 +1,14 @@
 // RIB and client of one run, and what is printed of it.
 #include "tools/lab.h"
 
+#include "tools/command_output.h"
 #include "tools/fabric_file.h"
 #include "tools/fabric_run.h"
 #include "tools/input_error.h"
-#include "tools/json_output.h"
 #include "tools/rib_state.h"
 #include "tools/route_display.h"
 #include "tools/run_json.h"
 #include "tools/run_text.h"
-
-#include <cstdio>
 
 namespace ribkit {
 
@@ -21,25 +19,22 @@ int run_lab(const lab_options &options) {
         throw input_error(joined("--tables ", *tables.vsan(), ": the fabric has no VSAN ", *tables.vsan()));
     }
     load_faults(options.bus);
-    const json_output json(options.json_file);
+    command_output out(options.output, options.inputs());
     progress_line progress;
     refuse_second_rib(options.bus.url, options.bus.patience());
-    rib_service rib(options.bus.url, {f.spaces(), options.trace, options.bus.patience()});
+    rib_service rib(options.bus.url, {f.spaces(), options.output.traces, options.bus.patience()});
     fspf_client client(options.bus.url, options.client(progress));
-    fabric_run run(f, client, progress, options.real_time, json.alone());
-    if (!json.alone()) {
-        std::puts((head_text(f) + '\n').c_str());
-    }
+    fabric_run run(f, client, progress, options.real_time, out);
+    out.print_line(head_text(f) + '\n');
     run.play();
     rib.stop();
     const rib_state state(rib);
-    if (!json.alone()) {
-        tables.display(rib, options.memory);
-        std::puts(('\n' + summary_text(run.record(), &state)).c_str());
+    out.display([&] { tables.display(rib, options.memory); });
+    out.print_line('\n' + summary_text(run.record(), &state));
+    if (out.wants_json()) {
+        out.print_json(lab_json(run, state));
     }
-    if (json.wanted()) {
-        json.write(lab_json(run, state));
-    }
+    out.finish();
     return run.record().total.refused == 0 ? 0 : 1;
 }
 

@@ -35,7 +35,7 @@ TEST(lab, the_small_fabric_prints_what_it_always_did) {
 }
 
 TEST(lab, the_small_fabric_as_json_is_the_same_run) {
-    const outcome run = run_command(std::string("lab --json - ") + small);
+    const outcome run = run_command(std::string("lab --json ") + small);
     EXPECT_EQ(run.exit_code, 0);
     testing::expect_golden("tools/golden/lab_small.json", steady(run.output));
 }
@@ -43,11 +43,11 @@ TEST(lab, the_small_fabric_as_json_is_the_same_run) {
 TEST(lab, json_goes_to_a_file_beside_what_is_printed) {
     const testing::temporary_directory home;
     const std::string path = home.file("run.json");
-    const outcome run = run_command("lab --json " + path + " " + small);
+    const outcome run = run_command("lab --json=" + path + " " + small);
     EXPECT_EQ(steady(run.output), steady(run_command(std::string("lab ") + small).output));
     std::ifstream file(path);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_TRUE(steady(text) == steady(run_command(std::string("lab --json - ") + small).output));
+    EXPECT_TRUE(steady(text) == steady(run_command(std::string("lab --json ") + small).output));
 }
 
 TEST(lab, tables_are_displayed_by_choice) {
@@ -120,7 +120,7 @@ TEST(lab, a_rib_without_room_says_so_and_the_json_stays_whole) {
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_NE(run.output.find("vsan 2 is \"failed\": 8 routes accepted\n"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("\n  refused   11 of the routes sent\n"), std::string::npos) << run.output;
-    const outcome json = run_command("lab --json - " + path + " 2>/dev/null");
+    const outcome json = run_command("lab --json " + path + " 2>/dev/null");
     EXPECT_EQ(json.exit_code, 1);
     EXPECT_EQ(json.output.substr(0, 15), "{\n  \"fabric\": {");
     EXPECT_EQ(json.output.find("cont_mv"), std::string::npos);
@@ -176,7 +176,7 @@ TEST(lab, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(complaint(std::string("lab --faults nowhere ") + small), "nowhere: cannot be read\n");
     EXPECT_EQ(complaint(std::string("lab --faults CMakeLists.txt ") + small).substr(0, 15), "CMakeLists.txt:");
     EXPECT_EQ(complaint(std::string("client --vsan 7 ") + small), "--vsan 7: the fabric has no VSAN 7\n");
-    EXPECT_EQ(complaint("rib --memory --json -"), "--json - leaves no room for --memory on standard output\n");
+    EXPECT_EQ(complaint("rib --memory --json"), "--json alone leaves no room for --memory; --json=FILE does\n");
     EXPECT_EQ(complaint("rib --tables some"), "--tables some: \"auto\", \"all\", \"none\" or the number of a VSAN\n");
     EXPECT_EQ(complaint("client"), "ribkit client: FABRIC is required (see ribkit client --help)\n");
     EXPECT_EQ(complaint("routes --bus nats:"),
@@ -186,14 +186,14 @@ TEST(lab, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(complaint(std::string("lab --tables 7 ") + small), "--tables 7: the fabric has no VSAN 7\n");
     EXPECT_EQ(complaint(std::string("lab --tables some ") + small),
               "--tables some: \"auto\", \"all\", \"none\" or the number of a VSAN\n");
-    EXPECT_EQ(complaint(std::string("lab --json /nowhere/x.json ") + small),
+    EXPECT_EQ(complaint(std::string("lab --json=/nowhere/x.json ") + small),
               "/nowhere/x.json: cannot be written: No such file or directory\n");
     EXPECT_EQ(complaint("fabric --output /nowhere/x.toml"),
               "/nowhere/x.toml: cannot be written: No such file or directory\n");
-    EXPECT_EQ(complaint(std::string("lab --trace --json - ") + small),
-              "--json - leaves no room for --trace on standard output\n");
-    EXPECT_EQ(complaint(std::string("lab --memory --json - ") + small),
-              "--json - leaves no room for --memory on standard output\n");
+    EXPECT_EQ(complaint(std::string("lab --trace --json ") + small),
+              "--json alone leaves no room for --trace; --json=FILE does\n");
+    EXPECT_EQ(complaint(std::string("lab --memory --json ") + small),
+              "--json alone leaves no room for --memory; --json=FILE does\n");
     EXPECT_EQ(complaint("lab"), "ribkit lab: FABRIC is required (see ribkit lab --help)\n");
     EXPECT_EQ(complaint("fabric --shape star"),
               "ribkit fabric: --shape: star not in {core-edge,ring,mesh} (see ribkit fabric --help)\n");

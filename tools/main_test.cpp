@@ -41,7 +41,8 @@ TEST(main, a_fabric_goes_to_its_file_or_is_told_of) {
     EXPECT_EQ(written, run_command("fabric --seed 7").output);
     EXPECT_EQ(written, run_command("fabric --seed 7 --output -").output);
     EXPECT_NE(written, run_command("fabric --seed 8").output);
-    EXPECT_EQ(complaint("fabric --output /dev/full"), "/dev/full: cannot be written: No space left on device\n");
+    EXPECT_EQ(run_command("fabric --output /dev/full 2>&1").output,
+              "ribkit: /dev/full: cannot be written: No space left on device\n");
     EXPECT_EQ(complaint("fabric --output /no/where"), "/no/where: cannot be written: No such file or directory\n");
     EXPECT_EQ(complaint("fabric --output examples"), "examples: cannot be written: Is a directory\n");
 }

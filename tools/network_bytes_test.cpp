@@ -51,7 +51,7 @@ TEST(network_bytes, mistakes_name_their_line) {
     EXPECT_EQ(mistake("00\n0g"), "2: \"0g\" is no hexadecimal number");
     for (const char *number : {"0x", "x00", "00*", "00*0", "00*-1", "00*1x", "00*1048577", "00*99999999999", "*2",
                                "00*2*2", "00,", "\xe4"}) {
-        EXPECT_EQ(mistake(number), joined("1: \"", number, "\" is no hexadecimal number"));
+        EXPECT_EQ(mistake(number), joined("1: \"", printable(number), "\" is no hexadecimal number"));
     }
 }
 

@@ -205,12 +205,12 @@ TEST_F(processes, a_client_without_a_rib_gives_up_or_is_stopped) {
     EXPECT_EQ(stopped.exit_code, 1);
     EXPECT_NE(stopped.output.find("0 sent: 0 added, 0 deleted, 0 changed\n"), std::string::npos) << stopped.output;
     EXPECT_EQ(run_command(command("routes --wait 0") + " 2>&1").output,
-              "ribkit: no answer from the RIB: nobody listens\nNo response from RIB!\n");
+              "No response from RIB!\nribkit: no answer from the RIB: nobody listens\n");
 }
 
 TEST_F(processes, routes_are_displayed_once_a_rib_is_there) {
     const testing::temporary_directory home;
-    background routes(command("routes --json " + home.file("routes")));
+    background routes(command("routes --json=" + home.file("routes")));
     ASSERT_TRUE(in_time([&] { return routes.so_far() == "ribkit: waiting for a RIB\n"; }));
     background rib(command("rib"));
     const outcome run = routes.ended();
@@ -222,7 +222,7 @@ TEST_F(processes, routes_are_displayed_once_a_rib_is_there) {
 TEST_F(processes, a_run_that_fails_leaves_what_was_written_before) {
     const testing::temporary_directory home;
     std::ofstream(home.file("outcome")) << "of an earlier run";
-    const std::string into = " --json " + home.file("outcome");
+    const std::string into = " --json=" + home.file("outcome");
     EXPECT_EQ(run_command(command("routes --wait 0" + into) + " 2>&1").exit_code, 1);
     EXPECT_EQ(content(home.file("outcome")), "of an earlier run");
     background rib(command("rib"));
@@ -267,12 +267,12 @@ TEST_F(processes, the_lab_runs_over_the_server_as_it_does_alone) {
 }
 
 TEST_F(processes, outcomes_for_programs) {
-    background rib(command("rib --json -"));
-    const outcome client = run_command(command("client --json -", small));
+    background rib(command("rib --json"));
+    const outcome client = run_command(command("client --json", small));
     EXPECT_EQ(client.exit_code, 0);
     EXPECT_EQ(client.output.substr(0, 15), "{\n  \"fabric\": {");
     EXPECT_NE(client.output.find("\"routes_sent\": 27,"), std::string::npos);
-    const outcome routes = run_command(command("routes --vsan 20 --json -"));
+    const outcome routes = run_command(command("routes --vsan 20 --json"));
     EXPECT_EQ(routes.output.substr(0, 24), "[\n  {\n    \"vsan\": 20,\n  ");
     const std::string last = rib.stopped(SIGINT).output;
     EXPECT_NE(last.find("{\n  \"routes\": [\n"), std::string::npos) << last;

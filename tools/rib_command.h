@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/bus_options.h"
+#include "tools/command_output.h"
 
 #include <string>
 
@@ -11,9 +12,8 @@ struct rib_command_options {
     bus_options bus;
     std::string fabric_file;    ///< gives the tables their sizes; empty: 64 VSANs
     std::string tables{"auto"}; ///< as table_choice
-    std::string json_file;      ///< as json_output
-    bool memory = false;        ///< display what the tables are made of, at the end
-    bool trace = false;
+    output_options output;
+    bool memory = false; ///< display what the tables are made of, at the end
 };
 
 /// Answers until SIGINT or SIGTERM, then displays its tables. @return the command's exit code. Throws an input_error

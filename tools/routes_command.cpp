@@ -1,7 +1,8 @@
 #include "tools/routes_command.h"
 
 #include "rib_codes.h"
-#include "tools/json_output.h"
+#include "tools/command_output.h"
+#include "tools/input_error.h"
 #include "tools/pauses.h"
 #include "tools/route_display.h"
 #include "tools/route_reader.h"
@@ -36,16 +37,15 @@ held_routes read_patiently(rib_link &link, const route_reading &wanted, std::chr
 
 int run_routes(const routes_command_options &options) {
     load_faults(options.bus);
-    const json_output json(options.json_file);
+    command_output out(options.output, {options.bus.faults_file});
     rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
     const auto routes = read_patiently(link, {RIB_CLIENT_OPERATOR, options.vsan}, options.bus.patience());
-    if (!json.alone()) {
-        table_choice("all").display(routes);
-        std::printf("\n%zu route%s\n", routes.size(), routes.size() == 1 ? "" : "s");
+    out.display([&] { table_choice("all").display(routes); });
+    out.print_line(joined('\n', routes.size(), routes.size() == 1 ? " route" : " routes"));
+    if (out.wants_json()) {
+        out.print_json(routes_json(routes));
     }
-    if (json.wanted()) {
-        json.write(routes_json(routes));
-    }
+    out.finish();
     return 0;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/bus_options.h"
+#include "tools/command_output.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,7 +13,7 @@ namespace ribkit {
 struct routes_command_options {
     bus_options bus;
     std::optional<uint32_t> vsan; ///< none: all
-    std::string json_file;        ///< as json_output
+    output_options output;
     bool envelopes = false;
 };
 

@@ -110,7 +110,7 @@ json times_json(const run_record &run) {
             {"routes_per_second", std::llround(run.routes_per_second())}};
 }
 
-std::string text_of(const json &value) { return value.dump(2) + "\n"; }
+std::string text_of(const json &value) { return value.dump(2, ' ', false, json::error_handler_t::replace) + "\n"; }
 
 } // namespace
 

@@ -2,25 +2,28 @@
 #pragma once
 
 #include "tools/bus_options.h"
+#include "tools/command_output.h"
 #include "tools/fspf_client.h"
 #include "tools/progress.h"
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace ribkit {
 
 struct run_options {
     bus_options bus;
     std::string fabric_file; ///< "-" is standard input
-    std::string json_file;   ///< as json_output
+    output_options output;
     size_t message_limit = client_options{}.message_limit;
-    bool trace = false;
     bool envelopes = false;
     bool real_time = false; ///< wait until an event is due
 
+    [[nodiscard]] std::vector<std::string> inputs() const { return {fabric_file, bus.faults_file}; }
+
     [[nodiscard]] client_options client(progress_line &progress) const {
-        return {trace,
+        return {output.traces,
                 message_limit,
                 {envelopes, bus.patience()},
                 [&progress](const char *what, size_t done, size_t total) { progress.show(what, done, total); }};

@@ -4,7 +4,7 @@
 #include "tools/input_file.h"
 #include "tools/near_names.h"
 
-#include <cstdio>
+#include <iomanip>
 
 namespace ribkit {
 
@@ -24,10 +24,19 @@ std::vector<uint8_t> bytes_of(const std::string &content, byte_form form, const 
     }
 }
 
-void list_displays() {
+std::string displays_text() {
+    std::string text;
     for (const display &kind : displays()) {
-        std::printf("%-12.*s  %s\n", static_cast<int>(kind.short_name().size()), kind.short_name().data(), kind.what);
+        text += joined(std::left, std::setw(12), kind.short_name(), "  ", kind.what, '\n');
     }
+    return text;
+}
+
+void list_displays(const output_options &options) {
+    command_output out(options);
+    out.print(displays_text());
+    out.print_json(json_of(displays()));
+    out.finish();
 }
 
 } // namespace
@@ -42,7 +51,6 @@ void show_records(const display &kind, std::span<const uint8_t> bytes, const std
         rib_check_report report{};
         const uint32_t size = record_size(kind, bytes.subspan(at), report);
         if (size == 0) {
-            std::fflush(stdout);
             throw input_error(joined(title, ": record ", number, " at byte ", at, ": ", report_line(report)));
         }
         kind.show(&header, bytes.data() + at);
@@ -52,7 +60,7 @@ void show_records(const display &kind, std::span<const uint8_t> bytes, const std
 
 int run_show(const show_options &options) {
     if (options.list) {
-        options.json ? print_json(displays()) : list_displays();
+        list_displays(options.output);
         return 0;
     }
     const display *kind = find_display(options.kind);
@@ -60,7 +68,10 @@ int run_show(const show_options &options) {
         throw input_error(no_such_name(options.kind, "display", display_names(), "ribkit show --list"));
     }
     const std::string title = input_title(options.file);
-    show_records(*kind, bytes_of(read_input(options.file), options.form, title), title);
+    const std::vector<uint8_t> bytes = bytes_of(read_input(options.file), options.form, title);
+    command_output out(options.output, {options.file});
+    out.display([&] { show_records(*kind, bytes, title); });
+    out.finish();
     return 0;
 }
 

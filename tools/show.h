@@ -1,6 +1,7 @@
 // The show command: records of a display from a file of network bytes, each checked before it is shown.
 #pragma once
 
+#include "tools/command_output.h"
 #include "tools/displays.h"
 #include "tools/network_bytes.h"
 
@@ -13,7 +14,7 @@ struct show_options {
     std::string file = "-";
     byte_form form = byte_form::detected;
     bool list = false; ///< only a line for each display
-    bool json = false; ///< the list for a program
+    output_options output;
 };
 
 /// Shows the records that `bytes` are. Throws input_error at the first one that its check refuses, once those before it

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
+#include <iomanip>
 
 namespace ribkit {
 
@@ -40,21 +40,31 @@ std::vector<value_text> texts_of(const vocabulary &words, const std::vector<std:
 /// Small numbers are known by their decimal digits, masks and codes by their bits.
 std::string shown(uint32_t value) { return value < 0x100 ? joined(value) : joined("0x", std::hex, value); }
 
-void print_line(const std::string &value, const char *text) { std::printf("  %-10s  %s\n", value.c_str(), text); }
-
-void print_vocabulary(const vocabulary &listed) {
-    std::printf("%.*s\n", static_cast<int>(listed.name.size()), listed.name.data());
-    for (const text_row &row : listed.rows) {
-        print_line(shown(row.value), row.text);
-    }
-    print_line(listed.rows.empty() ? "every" : "other", listed.fallback == nullptr ? "(composed)" : listed.fallback);
+std::string line(const std::string &value, const char *text) {
+    return joined("  ", std::left, std::setw(10), value, "  ", text, '\n');
 }
 
-void list(const std::vector<const vocabulary *> &listed, bool json) {
-    if (json) {
-        return print_json(listed);
+std::string listed_text(const vocabulary &listed) {
+    std::string text = joined(listed.name, '\n');
+    for (const text_row &row : listed.rows) {
+        text += line(shown(row.value), row.text);
     }
-    std::for_each(listed.begin(), listed.end(), [](const vocabulary *words) { print_vocabulary(*words); });
+    return text +
+           line(listed.rows.empty() ? "every" : "other", listed.fallback == nullptr ? "(composed)" : listed.fallback);
+}
+
+void list(const std::vector<const vocabulary *> &listed, command_output &out) {
+    for (const vocabulary *words : listed) {
+        out.print(listed_text(*words));
+    }
+    out.print_json(json_of(listed));
+}
+
+void print(const std::vector<value_text> &texts, command_output &out) {
+    for (const value_text &text : texts) {
+        out.print_line(joined(text.written, "  ", text.text));
+    }
+    out.print_json(json_of(texts));
 }
 
 std::vector<const vocabulary *> all_vocabularies() {
@@ -91,23 +101,15 @@ const vocabulary *find_vocabulary(std::string_view name) {
 }
 
 int run_text(const text_options &options) {
+    command_output out(options.output);
     if (options.vocabulary.empty()) {
-        list(all_vocabularies(), options.json);
-        return 0;
+        list(all_vocabularies(), out);
+    } else if (const vocabulary &words = vocabulary_named(options.vocabulary); options.list) {
+        list({&words}, out);
+    } else {
+        print(texts_of(words, options.values), out);
     }
-    const vocabulary &words = vocabulary_named(options.vocabulary);
-    if (options.list) {
-        list({&words}, options.json);
-        return 0;
-    }
-    const std::vector<value_text> texts = texts_of(words, options.values);
-    if (options.json) {
-        print_json(texts);
-        return 0;
-    }
-    for (const value_text &text : texts) {
-        std::printf("%s  %s\n", text.written.c_str(), text.text.c_str());
-    }
+    out.finish();
     return 0;
 }
 

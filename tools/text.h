@@ -1,6 +1,8 @@
 // The text command: what numbers are called, vocabulary by vocabulary.
 #pragma once
 
+#include "tools/command_output.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,7 +16,7 @@ struct text_options {
     std::string vocabulary; ///< empty where all are listed
     std::vector<std::string> values;
     bool list = false;
-    bool json = false;
+    output_options output;
 };
 
 struct value_text {
@@ -30,7 +32,7 @@ int run_text(const text_options &options);
 const vocabulary *find_vocabulary(std::string_view name);
 
 /// The same for a program.
-void print_json(const std::vector<value_text> &texts);
-void print_json(const std::vector<const vocabulary *> &listed);
+std::string json_of(const std::vector<value_text> &texts);
+std::string json_of(const std::vector<const vocabulary *> &listed);
 
 } // namespace ribkit

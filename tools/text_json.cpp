@@ -3,7 +3,6 @@
 #include "tools/displays.h"
 #include "tools/text.h"
 
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 namespace ribkit {
@@ -12,21 +11,23 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-void print(const json &document) { std::printf("%s\n", document.dump(2).c_str()); }
+std::string text_of(const json &document) {
+    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
 
 json entry(uint32_t value, const std::string &text) { return {{"value", value}, {"text", text}}; }
 
 } // namespace
 
-void print_json(const std::vector<value_text> &texts) {
+std::string json_of(const std::vector<value_text> &texts) {
     json entries = json::array();
     for (const value_text &t : texts) {
         entries.push_back(entry(t.value, t.text));
     }
-    print(entries);
+    return text_of(entries);
 }
 
-void print_json(const std::vector<const vocabulary *> &listed) {
+std::string json_of(const std::vector<const vocabulary *> &listed) {
     json document = json::array();
     for (const vocabulary *words : listed) {
         json entries = json::array();
@@ -36,15 +37,15 @@ void print_json(const std::vector<const vocabulary *> &listed) {
         const json other = words->fallback == nullptr ? json(nullptr) : json(words->fallback);
         document.push_back({{"vocabulary", words->name}, {"texts", entries}, {"other", other}});
     }
-    print(document);
+    return text_of(document);
 }
 
-void print_json(std::span<const display> listed) {
+std::string json_of(std::span<const display> listed) {
     json document = json::array();
     for (const display &kind : listed) {
         document.push_back({{"kind", kind.short_name()}, {"display", kind.name}, {"record", kind.what}});
     }
-    print(document);
+    return text_of(document);
 }
 
 } // namespace ribkit
