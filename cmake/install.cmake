@@ -9,6 +9,8 @@ configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ribkit-config.cmake.in $
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/ribkit-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/ribkit-config.cmake ${CMAKE_BINARY_DIR}/ribkit-config-version.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
+# What a program that links the static libraries has to add.
+list(TRANSFORM LIBNATS_LIBRARIES PREPEND " -l" OUTPUT_VARIABLE RIBKIT_NATS_FLAG)
 foreach(file IN ITEMS ribkit.pc ribkit-platform.pc)
     configure_file(${CMAKE_SOURCE_DIR}/cmake/${file}.in ${CMAKE_BINARY_DIR}/${file} @ONLY)
     install(FILES ${CMAKE_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

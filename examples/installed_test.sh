@@ -1,24 +1,34 @@
 #!/bin/sh
-# Installs ribkit into an empty prefix and builds the examples against it, as a stranger would: with pkg-config, and with
-# CMake's find_package. usage: installed_test.sh SOURCE BUILD SCRATCH
+# Installs ribkit into an empty prefix and builds the examples against it, as a stranger would: with pkg-config, the shared
+# libraries and the static ones, and with CMake's find_package. usage: installed_test.sh SOURCE BUILD SCRATCH
 set -eu
 source=$1 build=$2 scratch=$3
 rm -rf "$scratch"
 mkdir -p "$scratch"
 cmake --install "$build" --prefix "$scratch/prefix" >"$scratch/install.log"
 
+sends() { "$@" | tee "$scratch/output" && grep -q '^the RIB took 1 route of VSAN 1: ok$' "$scratch/output"; }
+shows() { "$@" | tee "$scratch/output" && grep -q '^    fc1/1  Domain  0x07(7)$' "$scratch/output"; }
+
 export PKG_CONFIG_PATH
 PKG_CONFIG_PATH=$(dirname "$(find "$scratch/prefix" -name ribkit.pc)")
 flags=$(pkg-config --cflags --libs ribkit-platform)
 libraries=$(pkg-config --variable=libdir ribkit)
 # shellcheck disable=SC2086
-${CC:-cc} -std=c11 -Wall -Werror "$source/examples/send_route.c" $flags -lpthread "-Wl,-rpath,$libraries" \
-    -o "$scratch/send_route"
-"$scratch/send_route" | tee "$scratch/output"
-grep -q '^the RIB took 1 route of VSAN 1: ok$' "$scratch/output"
+${CC:-cc} -std=c11 -Wall -Werror "$source/examples/send_route.c" $flags -o "$scratch/send_route"
+sends env LD_LIBRARY_PATH="$libraries" "$scratch/send_route"
 
-cmake -S "$source/examples/cmake" -B "$scratch/cmake" -DCMAKE_PREFIX_PATH="$scratch/prefix" >"$scratch/cmake.log"
+cmake -G Ninja -S "$source/examples/cmake" -B "$scratch/cmake" -DCMAKE_PREFIX_PATH="$scratch/prefix" >"$scratch/cmake.log"
 cmake --build "$scratch/cmake" >>"$scratch/cmake.log"
-"$scratch/cmake/send_route" | grep -q '^the RIB took 1 route of VSAN 1: ok$'
-"$scratch/cmake/show_table" | tee "$scratch/output"
-grep -q '^    fc1/1  Domain  0x07(7)$' "$scratch/output"
+sends "$scratch/cmake/send_route"
+shows "$scratch/cmake/show_table"
+
+# With the shared libraries gone, the static ones are what is linked, and is all that is needed.
+rm "$libraries"/*.so*
+flags=$(pkg-config --static --cflags --libs ribkit-platform)
+# shellcheck disable=SC2086
+${CC:-cc} -std=c11 "$source/examples/send_route.c" $flags -o "$scratch/send_route_static"
+sends "$scratch/send_route_static"
+# shellcheck disable=SC2086
+${CXX:-c++} -std=c++17 "$source/examples/show_table.cpp" $flags -o "$scratch/show_table_static"
+shows "$scratch/show_table_static"
