@@ -98,7 +98,10 @@ void add_envelopes(CLI::App &app, bool &envelopes) {
 
 // What is the same for the client of the lab and the one by itself.
 void add_run(CLI::App &app, run_options &options, const words &given) {
-    app.add_option("FABRIC", options.fabric_file, "fabric file, - for standard input")->required()->check(file_name);
+    app.add_option("FABRIC", options.fabric_file, "fabric file, - for standard input")
+        ->required()
+        ->envname("RIBKIT_FABRIC")
+        ->check(file_name);
     app.add_flag("--trace", options.output.traces, "print every message sent to the RIB");
     add_output(app, options.output, given);
     app.add_option("--message-size", options.message_limit, "longest update message in bytes")

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# What ./run says of its arguments: help is help, and what is wrong is refused in one line before anything is done.
+. "$(dirname "$0")/expect.inc"
+
+for help in help -h --help; do
+    [[ $("$run" "$help" 2>/dev/null) == "usage: ./run COMMAND"* ]] || fail "./run $help is no help on standard output"
+    expect_run 0 "usage: *" test "${help/#help/--help}"
+done
+expect_run 2 "usage: *"
+
+refused() {
+    local wanted=$1
+    shift
+    expect_run 2 "run: $wanted" "$@"
+    [[ $("$run" "$@" 2>&1 | wc -l) == 1 ]] || fail "./run $*: more than a line"
+    [[ ! $("$run" "$@" 2>/dev/null) ]] || fail "./run $*: something on standard output"
+}
+refused "there is no command 'nosuch'; *" nosuch
+refused "there is no preset 'nosuch' to test: release asan *" test release nosuch
+refused "test fresh takes 'all' or nothing, not 'release'" test fresh release
+refused "fresh takes * too much" test fresh all all
+refused "there is no benchmark 'nosuch': codec diag mem platform" bench codec nosuch
+refused "nats takes no arguments, so 'extra' is too much" nats extra
+refused "golden takes no arguments, *" golden x
+refused "format takes no arguments, *" format x
+refused "fuzz takes a number of seconds, not 'x'" fuzz x
+refused "fuzz takes a number of seconds, not '0'" fuzz 0
+refused "fuzz takes a number of seconds, not ''" fuzz
+refused "fuzz takes 1 argument, so '2' is too much" fuzz 1 2
+refused "tidy: there is no file 'nosuch.cpp'" tidy nosuch.cpp
+refused "install takes 1 argument, so 'b' is too much" install a b
+refused "nothing was installed below $scratch_folder: *" uninstall "$scratch_folder"

@@ -1,0 +1,55 @@
+# The test suite.
+
+test_presets=(release asan tsan clang ppc32 fuzz)
+short_fuzzing=10
+
+# Adds up what ctest says of every preset, and ends with one line for all; in front of it the names of what failed, whose
+# output is shown whole. Fuzzing, for a moment only, comes last.
+run_tests() {
+    local presets=("$@") preset passed=0 failures=()
+    if [[ ${1-} == fresh ]]; then
+        test_fresh "${@:2}"
+        return
+    fi
+    for preset; do
+        [[ " ${test_presets[*]} debug " == *" $preset "* ]] ||
+            refuse "there is no preset '$preset' to test: ${test_presets[*]}, debug; or fresh"
+    done
+    ((${#presets[@]})) || presets=("${test_presets[@]}")
+    need "the test suite" "${test_packages[@]}"
+    for preset in "${presets[@]}"; do
+        if [[ $preset == fuzz ]]; then test_by_fuzzing; else test_preset "$preset"; fi
+    done
+    ((!${#failures[@]})) || printf 'failed: %s\n' "${failures[@]}"
+    echo "$passed passed, ${#failures[@]} failed"
+    ((!${#failures[@]}))
+}
+
+test_preset() {
+    local preset=$1 log=build/$1/tests.log all bad names
+    build "$preset" -DRIBKIT_TESTS=ON --
+    echo "run: testing $preset, log $log" >&2
+    attend "testing $preset" "$log" ctest --preset "$preset" ||
+        grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed ' "$log" >&2
+    read -r bad all < <(sed -nE 's/.*tests passed, ([0-9]+) tests? failed out of ([0-9]+).*/\1 \2/p' "$log") || true
+    [[ ${all-} ]] || { echo "run: $preset ran no test" >&2; exit 1; }
+    echo "run: $preset: $((all - bad)) passed, $bad failed" >&2
+    mapfile -t names < <(failed_in "$log")
+    failures+=("${names[@]/#/$preset }")
+    passed=$((passed + all - bad))
+}
+
+# failed_in LOG: the names at the end of what ctest says, and how each failed.
+failed_in() {
+    sed -nE '/^The following tests FAILED:/,$s/^[[:space:]]+[0-9]+ - (.*[^[:space:]])[[:space:]]*$/\1/p' "$1"
+}
+
+# Each target is a test, which a find fails.
+test_by_fuzzing() {
+    local target finds
+    fuzz "$short_fuzzing" >&2 || true
+    for target in check engine; do
+        finds=$(find build/fuzz/finds -name "$target-*" | wc -l)
+        if ((finds == 0)); then passed=$((passed + 1)); else failures+=("fuzz $target ($finds finds)"); fi
+    done
+}
