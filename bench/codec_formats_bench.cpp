@@ -47,7 +47,7 @@ void format_rows() {
     const sample header = fcurt_update(0, [](uint32_t) { return 0U; });
     sample out(1 << 20);
     const host_update update{12, 1, 1, routes, all.data()};
-    const auto row = [&](const char *name, sender peer, const char *goal) {
+    const auto row = [&](const char *name, sender peer, double bound) {
         print_row(std::string("to ") + name + ", its bytes: " + std::to_string(peer(update, out.data(), out.size)),
                   compare(
                       routes,
@@ -56,25 +56,25 @@ void format_rows() {
                           keep(out.data());
                       },
                       [&] { keep(peer(update, out.data(), out.size)); }),
-                  goal);
+                  bound);
     };
 #ifdef RIBKIT_BENCH_CAPNP
-    row("Cap'n Proto", capnp_send, "at most 1/6 = 0.167");
+    row("Cap'n Proto", capnp_send, 1.0 / 6);
 #else
     missing_row("to Cap'n Proto", "not built: needs capnproto and libcapnp-dev");
 #endif
 #ifdef RIBKIT_BENCH_FLATBUFFERS
-    row("FlatBuffers", flatbuffers_send, "");
+    row("FlatBuffers", flatbuffers_send, no_bound);
 #else
     missing_row("to FlatBuffers", "not built: needs flatbuffers-compiler and libflatbuffers-dev");
 #endif
 #ifdef RIBKIT_BENCH_PROTOBUF
-    row("protobuf", protobuf_send, "at most 1/14 = 0.071");
+    row("protobuf", protobuf_send, 1.0 / 14);
 #else
     missing_row("to protobuf", "not built: needs protobuf-compiler and libprotobuf-dev");
 #endif
 #ifdef RIBKIT_BENCH_XDR
-    row("XDR", xdr_send, "");
+    row("XDR", xdr_send, no_bound);
 #else
     missing_row("to XDR", "not built: needs libtirpc-dev");
 #endif

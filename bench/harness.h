@@ -50,8 +50,16 @@ inline void heading(const char *title, const char *unit) {
     std::printf("%-58s %9s/%-3s %8s/%-3s\n", "", "ns", unit, "ns", unit);
 }
 
-inline void print_row(const std::string &what, const times &t, const char *goal = "") {
-    std::printf("%-58s %12.2f %12.2f %8.3f  %s\n", what.c_str(), t.ours, t.peer, t.ratio(), goal);
+/// Rows that nothing is expected of, beyond being seen.
+inline constexpr double no_bound = 0;
+
+/// A row says what its ratio may be at most, and whether it is above that.
+inline void print_row(const std::string &what, const times &t, double bound = no_bound) {
+    std::printf("%-58s %12.2f %12.2f %8.3f", what.c_str(), t.ours, t.peer, t.ratio());
+    if (bound != no_bound) {
+        std::printf("  %s %.4g", t.ratio() > bound ? "above its bound of" : "at most", bound);
+    }
+    std::printf("\n");
     std::fflush(stdout);
 }
 

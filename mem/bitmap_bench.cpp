@@ -28,43 +28,43 @@ bytes noise(uint32_t seed, size_t size) {
     return map;
 }
 
-template <class Ours, class Peer> void row(const std::string &what, const char *goal, Ours ours, Peer peer) {
-    print_row(what, compare(1, ours, peer), goal);
+template <class Ours, class Peer> void row(const std::string &what, double bound, Ours ours, Peer peer) {
+    print_row(what, compare(1, ours, peer), bound);
 }
 
-void bytewise_rows(const std::string &size, uint32_t length, const char *goal) {
+void bytewise_rows(const std::string &size, uint32_t length, double bound) {
     const bytes a = noise(1, length);
     const bytes b = noise(2, length);
     const bytes same = a;
     bytes out = noise(3, length);
     const auto both = [&](const char *name, auto ours, auto peer) {
         row(
-            name + size, goal, [&] { keep(ours(a.data(), b.data(), length, out.data())); },
+            name + size, bound, [&] { keep(ours(a.data(), b.data(), length, out.data())); },
             [&] { peer(a.data(), b.data(), length, out.data()); });
     };
     both("or", bmap_or, loop_or);
     both("to_set", bmap_to_set, loop_to_set);
     both("to_clr", bmap_to_clr, loop_to_clr);
     row(
-        "or in place" + size, goal, [&] { bmap_or(out.data(), b.data(), length, out.data()); },
+        "or in place" + size, bound, [&] { bmap_or(out.data(), b.data(), length, out.data()); },
         [&] { loop_or(out.data(), b.data(), length, out.data()); });
     row(
-        "is_same" + size, goal, [&] { keep(bmap_is_same(a.data(), same.data(), length)); },
+        "is_same" + size, bound, [&] { keep(bmap_is_same(a.data(), same.data(), length)); },
         [&] { keep(loop_is_same(a.data(), same.data(), length)); });
     row(
-        "init" + size, "", [&] { bmap_init(out.data(), length); }, [&] { loop_init(out.data(), length); });
+        "init" + size, no_bound, [&] { bmap_init(out.data(), length); }, [&] { loop_init(out.data(), length); });
 }
 
-void search_rows(const std::string &size, uint32_t length, const char *count_goal, const char *search_goal) {
+void search_rows(const std::string &size, uint32_t length, double count_bound, double search_bound) {
     const bytes a = noise(1, length);
     row(
-        "count" + size, count_goal, [&] { keep(bmap_count(a.data(), length)); },
+        "count" + size, count_bound, [&] { keep(bmap_count(a.data(), length)); },
         [&] { keep(loop_count(a.data(), length)); });
     bytes map(length);
     map.back() = 0x80;
     uint32_t position = 0;
     row(
-        "next_set over an empty stretch" + size, search_goal,
+        "next_set over an empty stretch" + size, search_bound,
         [&] { keep(bmap_next_set(map.data(), length, 0, &position)); },
         [&] { keep(loop_next_set(map.data(), length, 0, &position)); });
     bytes full(length, 0xff);
@@ -74,7 +74,7 @@ void search_rows(const std::string &size, uint32_t length, const char *count_goa
         full.back() = 0x7f;
     };
     row(
-        "next_clr over a full stretch" + size, search_goal, [&] { claim(bmap_next_clr); },
+        "next_clr over a full stretch" + size, search_bound, [&] { claim(bmap_next_clr); },
         [&] { claim(loop_next_clr); });
     const auto walk = [&](auto next) {
         for (uint32_t at = 0; next(a.data(), length, at, &position) == 0; at = position + 1) {
@@ -82,7 +82,7 @@ void search_rows(const std::string &size, uint32_t length, const char *count_goa
         }
     };
     row(
-        "next_set through a dense map" + size, "", [&] { walk(bmap_next_set); }, [&] { walk(loop_next_set); });
+        "next_set through a dense map" + size, no_bound, [&] { walk(bmap_next_set); }, [&] { walk(loop_next_set); });
 }
 
 void single_rows(const std::string &size, uint32_t length) {
@@ -93,16 +93,16 @@ void single_rows(const std::string &size, uint32_t length) {
         }
     };
     row(
-        "set" + size, "<= 1", [&] { each(bmap_set); }, [&] { each(loop_set); });
+        "set" + size, 1, [&] { each(bmap_set); }, [&] { each(loop_set); });
     row(
-        "clr" + size, "<= 1", [&] { each(bmap_clr); }, [&] { each(loop_clr); });
+        "clr" + size, 1, [&] { each(bmap_clr); }, [&] { each(loop_clr); });
     const auto ask = [&](auto function) {
         for (uint32_t position = 0; position < length * 8; position += 7) {
             keep(function(map.data(), length, position));
         }
     };
     row(
-        "is_set" + size, "<= 1", [&] { ask(bmap_is_set); }, [&] { ask(loop_is_set); });
+        "is_set" + size, 1, [&] { ask(bmap_is_set); }, [&] { ask(loop_is_set); });
 }
 
 #if defined(RIBKIT_HAS_DYNAMIC_BITSET)
@@ -117,9 +117,10 @@ void dynamic_bitset_rows(uint32_t length) {
         right[i] = bmap_is_set(b.data(), length, i) != 0;
     }
     row(
-        "count, boost::dynamic_bitset", "", [&] { keep(bmap_count(a.data(), length)); }, [&] { keep(left.count()); });
+        "count, boost::dynamic_bitset", no_bound, [&] { keep(bmap_count(a.data(), length)); },
+        [&] { keep(left.count()); });
     row(
-        "or, boost::dynamic_bitset", "", [&] { bmap_or(out.data(), b.data(), length, out.data()); },
+        "or, boost::dynamic_bitset", no_bound, [&] { bmap_or(out.data(), b.data(), length, out.data()); },
         [&] { keep((left |= right).size()); });
     boost::dynamic_bitset<uint64_t> empty(left.size());
     empty[empty.size() - 1] = true;
@@ -127,7 +128,7 @@ void dynamic_bitset_rows(uint32_t length) {
     map.back() = 0x80;
     uint32_t position = 0;
     row(
-        "search, boost::dynamic_bitset", "", [&] { keep(bmap_next_set(map.data(), length, 0, &position)); },
+        "search, boost::dynamic_bitset", no_bound, [&] { keep(bmap_next_set(map.data(), length, 0, &position)); },
         [&] { keep(empty.find_first()); });
 }
 #endif
@@ -148,10 +149,10 @@ void roaring_rows(uint32_t length) {
         }
     }
     row(
-        "count of a range, CRoaring", "", [&] { keep(bmap_count(a.data(), length)); },
+        "count of a range, CRoaring", no_bound, [&] { keep(bmap_count(a.data(), length)); },
         [&] { keep(roaring_bitmap_range_cardinality(left, 0, uint64_t{length} * 8 - 3)); });
     row(
-        "or, CRoaring", "", [&] { bmap_or(a.data(), b.data(), length, out.data()); },
+        "or, CRoaring", no_bound, [&] { bmap_or(a.data(), b.data(), length, out.data()); },
         [&] { roaring_bitmap_or_inplace(left, right); });
     roaring_bitmap_free(left);
     roaring_bitmap_free(right);
@@ -162,10 +163,10 @@ void roaring_rows(uint32_t length) {
 
 void bitmap_rows() {
     heading("bitmap against the byte loop", "op");
-    bytewise_rows(", 4 KiB", 4096, "<= 0.10");
-    search_rows(", 4 KiB", 4096, "<= 0.02", "<= 0.125");
-    bytewise_rows(", 32 bytes", 32, "<= 1");
-    search_rows(", 32 bytes", 32, "<= 1", "<= 1");
+    bytewise_rows(", 4 KiB", 4096, 0.10);
+    search_rows(", 4 KiB", 4096, 0.02, 0.125);
+    bytewise_rows(", 32 bytes", 32, 1);
+    search_rows(", 32 bytes", 32, 1, 1);
     single_rows(", 32 bytes", 32);
 #if defined(RIBKIT_HAS_DYNAMIC_BITSET)
     dynamic_bitset_rows(4096);

@@ -107,35 +107,34 @@ template <class Heap> class churn {
     std::vector<void *> live_;
 };
 
-template <class Peer>
-void row(const char *peer, uint32_t items, const char *goal, uint32_t steps = 1000, int rounds = 60) {
+template <class Peer> void row(const char *peer, uint32_t items, double bound, uint32_t steps = 1000, int rounds = 60) {
     churn<our_pool> ours(items, steps * 200);
     churn<Peer> theirs(items, steps * 200);
     const std::string what = "churn of " + std::to_string(items / 1024) + "K items, " + peer;
     print_row(what,
               compare(
                   steps, [&] { ours.steps(steps); }, [&] { theirs.steps(steps); }, rounds),
-              goal);
+              bound);
 }
 
 } // namespace
 
 void pool_rows() {
     heading("pool, 24-byte items in chunks of 64, one call", "op");
-    row<c_heap>("calloc/free", 1U << 10, "<= 2.5");
-    row<c_heap>("calloc/free", 1U << 16, "<= 2.2");
-    row<c_heap>("calloc/free", 1U << 20, "<= 2.0");
+    row<c_heap>("calloc/free", 1U << 10, 2.5);
+    row<c_heap>("calloc/free", 1U << 16, 2.2);
+    row<c_heap>("calloc/free", 1U << 20, 2.0);
     for (const uint32_t items : {1U << 10, 1U << 16, 1U << 20}) {
-        row<pmr_pool>("std::pmr pool", items, "<= 1");
+        row<pmr_pool>("std::pmr pool", items, 1);
 #if defined(RIBKIT_HAS_BOOST_POOL)
-        row<boost_pool>("boost::pool (not cleared)", items, "");
+        row<boost_pool>("boost::pool (not cleared)", items, no_bound);
 #else
         missing_row("boost::pool", "not installed");
 #endif
     }
-    row<naive_chunks>("chunks walked", 1U << 10, "");
-    row<naive_chunks>("chunks walked", 1U << 16, "", 100, 20);
-    row<naive_chunks>("chunks walked", 1U << 20, "<= 0.002", 20, 20);
+    row<naive_chunks>("chunks walked", 1U << 10, no_bound);
+    row<naive_chunks>("chunks walked", 1U << 16, no_bound, 100, 20);
+    row<naive_chunks>("chunks walked", 1U << 20, 0.002, 20, 20);
 }
 
 } // namespace ribkit::bench

@@ -74,7 +74,7 @@ void nats_rows(const char *url) {
         const by_service ours{url};
         plain_client peer{url};
         print_trips("request and answer of " + std::to_string(size) + " bytes",
-                    compare_trips([&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }), "goal 1.15");
+                    compare_trips([&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }), 1.15);
     }
 }
 

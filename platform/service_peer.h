@@ -90,8 +90,8 @@ template <typename Ours, typename Peer> trips compare_trips(Ours &&ours, Peer &&
 }
 
 /// The medians beside each other, then what ours are like.
-inline void print_trips(const std::string &what, const trips &taken, const char *goal) {
-    print_row(what, taken.medians(), goal);
+inline void print_trips(const std::string &what, const trips &taken, double bound) {
+    print_row(what, taken.medians(), bound);
     const double median = trips::at(taken.ours, 50);
     std::printf("%-58s p50 %.1f us, p99 %.1f us, %.0f a second\n", "    of ours", median / 1e3,
                 trips::at(taken.ours, 99) / 1e3, 1e9 / median);

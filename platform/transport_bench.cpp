@@ -83,7 +83,7 @@ void row(size_t size) {
     const by_service ours{"local:bench"};
     by_hand peer;
     print_trips("request and answer of " + std::to_string(size) + " bytes",
-                compare_trips([&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }), "goal 1.3");
+                compare_trips([&] { ours.round_trip(payload); }, [&] { peer.round_trip(payload); }), 1.3);
 }
 
 } // namespace
