@@ -1,8 +1,10 @@
-// Two parties on one bus, for tests: every reference has to come back.
+// Two parties on one bus, for tests: every reference has to come back. The tests are built once for every transport
+// that keeps to the same rules.
 #pragma once
 
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
+#include "testing/temporary_directory.h"
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -11,7 +13,23 @@
 #include <string>
 #include <thread>
 
+#ifdef RIBKIT_TEST_UNIX
+#include <pwd.h>
+#include <unistd.h>
+#endif
+
 namespace ribkit::platform {
+
+#ifdef RIBKIT_TEST_UNIX
+inline std::string test_url(const std::string &directory) { return "unix:" + directory; }
+inline std::string own_name() {
+    const passwd *self = getpwuid(geteuid());
+    return self == nullptr ? std::to_string(geteuid()) : self->pw_name;
+}
+#else
+inline std::string test_url(const std::string & /*directory*/) { return "local:test"; }
+inline std::string own_name() { return ""; }
+#endif
 
 inline constexpr qip_addr rib{RIB_WRAP_NODE_RIB, RIB_WRAP_SAP_RIB};
 inline constexpr uint32_t rib_bound = 4;
@@ -86,8 +104,8 @@ inline void closed_while(const std::function<int()> &waiting, const std::functio
 class on_one_bus : public ::testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_EQ(qip_open("local:test", &client), 0);
-        ASSERT_EQ(qip_open("local:test", &server), 0);
+        ASSERT_EQ(qip_open(url.c_str(), &client), 0);
+        ASSERT_EQ(qip_open(url.c_str(), &server), 0);
         ASSERT_EQ(qip_listen(server, &rib, rib_bound), 0);
     }
 
@@ -114,6 +132,8 @@ class on_one_bus : public ::testing::Test {
         return ref;
     }
 
+    testing::temporary_directory home;
+    std::string url = test_url(home.file("bus"));
     uint32_t client = 0;
     uint32_t server = 0;
 };

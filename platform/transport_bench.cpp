@@ -4,6 +4,7 @@
 #include "bench/harness.h"
 #include "platform/nats_bench.h"
 #include "platform/service_peer.h"
+#include "platform/unix_bench.h"
 
 #include <condition_variable>
 #include <cstring>
@@ -95,6 +96,7 @@ int main(int argc, char **argv) {
     for (const size_t size : {64, 1024, 16384}) {
         ribkit::bench::row(size);
     }
+    ribkit::bench::unix_rows();
     ribkit::bench::nats_rows(argc > 1 ? argv[1] : nullptr);
     return 0;
 }

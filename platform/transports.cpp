@@ -2,6 +2,7 @@
 #include "platform/local_bus.h"
 #include "platform/nats_transport.h"
 #include "platform/transport.h"
+#include "platform/unix_transport.h"
 
 #include <array>
 #include <cerrno>
@@ -19,6 +20,7 @@ constexpr std::array transports{
     transport{"local", open_local},
     transport{"nats", open_nats},
     transport{"tls", open_nats},
+    transport{"unix", open_unix},
 };
 
 } // namespace

@@ -84,7 +84,7 @@ TEST_F(waits, closing_ends_a_receive) {
     uint32_t handle = 0;
     qip_ref ref{};
     closed_while([&] { return error_of(qip_recv(handle, &ref, nullptr)); },
-                 [&] { ASSERT_EQ(qip_open("local:test", &handle), 0); }, [&] { qip_close(handle); }, ECANCELED);
+                 [&] { ASSERT_EQ(qip_open(url.c_str(), &handle), 0); }, [&] { qip_close(handle); }, ECANCELED);
 }
 
 TEST_F(waits, closing_ends_waiting_for_an_answer) {
@@ -92,14 +92,17 @@ TEST_F(waits, closing_ends_waiting_for_an_answer) {
     uint32_t handle = 0;
     qip_ref ref{};
     closed_while([&] { return error_of(qip_recv(handle, &ref, &opts)); },
-                 [&] { ASSERT_EQ(qip_open("local:test", &handle), 0); }, [&] { qip_close(handle); }, ECANCELED);
+                 [&] { ASSERT_EQ(qip_open(url.c_str(), &handle), 0); }, [&] { qip_close(handle); }, ECANCELED);
 }
 
 TEST_F(waits, closing_ends_a_send_that_waits_for_room) {
     uint32_t handle = 0;
-    while (send_at_once(client, "fill") == 0) {
-    }
-    closed_while([&] { return send_text(handle, "no room"); }, [&] { ASSERT_EQ(qip_open("local:test", &handle), 0); },
+    closed_while([&] { return send_text(handle, "no room"); },
+                 [&] {
+                     ASSERT_EQ(qip_open(url.c_str(), &handle), 0);
+                     while (send_at_once(handle, "fill") == 0) {
+                     }
+                 },
                  [&] { qip_close(handle); }, ECANCELED);
 }
 
@@ -137,7 +140,7 @@ TEST_F(waits, a_crowd_on_few_handles) {
         asking.emplace_back([this, number] {
             uint32_t own = client; // half of them share one handle
             if (number % 2 == 0) {
-                ASSERT_EQ(qip_open("local:test", &own), 0);
+                ASSERT_EQ(qip_open(url.c_str(), &own), 0);
             }
             for (int count = 0; count < requests; ++count) {
                 const std::string text = std::to_string(number) + "/" + std::to_string(count);
@@ -174,7 +177,7 @@ TEST_F(waits, handles_opened_and_closed_under_fire) {
     }};
     for (int round = 0; round < 100; ++round) {
         qip_close(server);
-        ASSERT_EQ(qip_open("local:test", &server), 0);
+        ASSERT_EQ(qip_open(url.c_str(), &server), 0);
         ASSERT_EQ(qip_listen(server, &rib, 2), 0);
         taken(server, within(1));
     }

@@ -140,7 +140,7 @@ TEST_F(faulty_wrappers, envelopes_are_cut) {
     EXPECT_EQ(run("truncate 1 116",
                   [this](auto handle, auto &message, auto & /*answer*/) {
                       qip_addr address = rib;
-                      EXPECT_EQ(qip_open("local:test", &server), 0);
+                      EXPECT_EQ(qip_open(url.c_str(), &server), 0);
                       EXPECT_EQ(qip_listen(server, &address, 1), 0);
                       EXPECT_EQ(rib_wrap_cmi_send(handle, &message), RIB_OK);
                       qip_ref received = request();
