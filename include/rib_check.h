@@ -2,7 +2,15 @@
  * The checks that stand in front of the converters, which trust their counts. A check walks a message in network form
  * (or a saved image) once and answers whether everything else may be let loose on it: what a check accepts, the
  * converter, the size function, the field readers, the trace and the display of that message handle without touching a
- * byte outside.
+ * byte outside. A check takes time in proportion to the bytes.
+ *
+ * Two things acceptance does not cover:
+ *
+ *  - The way back in place. What is accepted may be converted from network to host order. Where entries overlap (the
+ *    hops of rib_ucast_route, the routes of rib_fcurt_info and rib_fcmrt_info), converting one in place changes bytes
+ *    of the next: hton in the same buffer afterwards may meet counts that nobody has checked. Keep the received bytes.
+ *  - What a text holds. The name in rib_register ends within its room, and may hold any other byte, control characters
+ *    included: escape it before a terminal sees it. Displays print it as it stands.
  */
 #ifndef RIB_CHECK_H
 #define RIB_CHECK_H

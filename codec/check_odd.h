@@ -1,0 +1,61 @@
+// What a layout cannot say: each looks at a message whose layout has been walked.
+#pragma once
+
+#include "codec/check_walk.h"
+
+#include <cstring>
+
+namespace ribkit {
+
+template <class Steps> uint32_t checker<Steps>::walk_odd(const layout &l, size_t at, size_t &end) {
+    if (&l == &wire::ucast_route) {
+        return check_ucast_route(at, end);
+    }
+    if (&l == &wire::registration) {
+        return check_register(at);
+    }
+    if (&l == &wire::in_info) {
+        return check_in_info(at, end);
+    }
+    if (&l == &wire::verf_info) {
+        return check_verf_info(at, end);
+    }
+    if (&l == &wire::fcmrt_info) {
+        return check_overlap<wire::fcmrt_info>();
+    }
+    return &l == &wire::fcurt_info ? check_overlap<wire::fcurt_info>() : RIB_OK;
+}
+
+/// The display steps over the hops of a table entry by the labels that each has, the converter by eight bytes: both
+/// must find what they look for.
+template <class Steps> uint32_t checker<Steps>::check_ucast_route(size_t at, size_t &end) {
+    const uint32_t hops = word_at(at + wire::ucast_route.at("n_hop"));
+    return walk_run(wire::fclrt_intf, at + wire::ucast_route.size, hops, end);
+}
+
+/// The name is printed, and so has to end.
+template <class Steps> uint32_t checker<Steps>::check_register(size_t at) {
+    constexpr row name = wire::registration.row_of("name");
+    if (std::memchr(bytes_ + at + name.offset, 0, name.size) == nullptr) {
+        return refuse(RIB_CHECK_COUNT, "length of name", at + name.offset, name.size, name.size - 1);
+    }
+    return RIB_OK;
+}
+
+template <class Steps> uint32_t checker<Steps>::check_in_info(size_t at, size_t &end) {
+    const uint32_t body = wire::size_of_body(word_at(at + wire::in_info.at("kind")));
+    end += body;
+    return end <= size_ ? RIB_OK : refuse(RIB_CHECK_SHORT, "body", end - body, end, size_);
+}
+
+template <class Steps> uint32_t checker<Steps>::check_verf_info(size_t at, size_t &end) {
+    const size_t count = word_at(at + wire::verf_info.at("n_key"));
+    const size_t key = wire::key_of(word_at(at + wire::verf_info.at("type"))).size;
+    if (const size_t room = left(end) / key; count > room) {
+        return refuse(RIB_CHECK_COUNT, "n_key", at, count, room);
+    }
+    end += count * key;
+    return RIB_OK;
+}
+
+} // namespace ribkit

@@ -1,0 +1,183 @@
+// The walk that every check is: over the layouts that the converters are made of. A count must fit its array, every
+// entry the bytes there are. Its steps can be counted, so that a test sees that they grow as the message does and no
+// faster; in the library nothing counts them.
+#pragma once
+
+#include "codec/engine.h"
+#include "codec/messages/info.h"
+#include "codec/report.h"
+
+#include <algorithm>
+
+namespace ribkit {
+
+struct uncounted {
+    void step() {}
+};
+
+/// The bytes under examination, and where to say what is wrong with them.
+template <class Steps> class checker {
+  public:
+    /// @param report may be null
+    checker(const char *name, const uint8_t *bytes, size_t size, rib_check_report *report)
+        : name_(name), bytes_(bytes), size_(size), report_(report) {}
+
+    /// Whether the bytes are one message of that layout, and nothing behind it.
+    uint32_t check(const layout &l) {
+        size_t end = 0;
+        if (const uint32_t refused = walk(l, 0, end); refused != 0) {
+            return refused;
+        }
+        return end == size_ ? RIB_OK : refuse(RIB_CHECK_EXCESS, "size", end, size_, end);
+    }
+
+    /// What one layout demands at `at`; `end` becomes the furthest byte that anything up to there touches.
+    uint32_t walk(const layout &l, size_t at, size_t &end) {
+        steps.step();
+        if (at > size_ || left(at) < l.size) {
+            return refuse_short(l, at);
+        }
+        end = std::max(end, at + l.size);
+        for (const row &r : l) {
+            if (layout::is_list(r) && r.count.where != count_in::constant) {
+                if (const uint32_t refused = walk_list(l, r, at, end); refused != 0) {
+                    return refused;
+                }
+            }
+        }
+        return walk_odd(l, at, end);
+    }
+
+    [[no_unique_address]] Steps steps;
+
+  private:
+    const char *name_;
+    const uint8_t *bytes_;
+    size_t size_;
+    rib_check_report *report_;
+
+    [[nodiscard]] size_t left(size_t at) const { return size_ - at; }
+    [[nodiscard]] uint32_t word_at(size_t at) const { return be32(bytes_ + at); }
+    [[nodiscard]] uint32_t count_at(count_of count, size_t message) const {
+        return read_count<std::endian::big>(count, bytes_ + message);
+    }
+
+    [[nodiscard]] uint32_t refuse(rib_check_rule rule, const char *field, size_t offset, size_t found,
+                                  size_t allowed) const {
+        return ribkit::refuse(report_, {name_, field, to_word(offset), to_word(found), to_word(allowed), rule});
+    }
+    static uint32_t to_word(size_t n) { return static_cast<uint32_t>(std::min(n, size_t{UINT32_MAX})); }
+
+    /// Refuses the first field that the bytes do not hold whole, where a layout's fixed part would stand at `at`.
+    [[nodiscard]] uint32_t refuse_short(const layout &l, size_t at) const {
+        const row *r = l.begin();
+        while (at + r->end() <= size_) {
+            ++r;
+        }
+        return refuse(RIB_CHECK_SHORT, r->name, at + r->offset, at + r->end(), size_);
+    }
+
+    [[nodiscard]] uint32_t refuse_count(const layout &l, const row &list, size_t at, size_t count,
+                                        size_t allowed) const {
+        const row *holder = l.begin();
+        while (list.count.at >= holder->end()) {
+            ++holder;
+        }
+        return refuse(RIB_CHECK_COUNT, holder->name, at + holder->offset, count, allowed);
+    }
+
+    uint32_t walk_list(const layout &l, const row &list, size_t at, size_t &end) {
+        const layout &entry = *list.entry;
+        const uint32_t count = count_at(list.count, at);
+        const size_t first = at + list.offset;
+        if (list.bound != 0 && count > list.bound) {
+            return refuse_count(l, list, at, count, list.bound);
+        }
+        if (list.stride == 0) {
+            return walk_run(entry, first, count, end);
+        }
+        if (!is_counted(entry)) {
+            if (const size_t room = left(first) / list.stride; list.bound == 0 && count > room) {
+                return refuse_count(l, list, at, count, room);
+            }
+            end = std::max(end, first + size_t{count} * list.stride);
+            return RIB_OK;
+        }
+        return &entry == &wire::ucast_route ? walk_overlapping_routes(first, count, end)
+                                            : walk_entries(entry, first, list.stride, count, end);
+    }
+
+    /// Whether a number says how much of the layout there is.
+    static bool is_counted(const layout &l) {
+        return std::any_of(l.begin(), l.end(),
+                           [](const row &r) { return layout::is_list(r) && r.count.where != count_in::constant; });
+    }
+
+    uint32_t walk_entries(const layout &entry, size_t first, size_t stride, uint32_t count, size_t &end) {
+        for (size_t i = 0; i < count; ++i) {
+            if (const uint32_t refused = walk(entry, first + i * stride, end); refused != 0) {
+                return refused;
+            }
+        }
+        return RIB_OK;
+    }
+
+    /// Entries one behind the other that each say their own size.
+    uint32_t walk_run(const layout &entry, size_t at, uint32_t count, size_t &end) {
+        if (const row *list = only_list(entry); list != nullptr && count != 0 && at <= size_) {
+            skip_records(entry, *list, at, count);
+        }
+        for (; count != 0; --count) {
+            size_t entry_end = at;
+            if (const uint32_t refused = walk(entry, at, entry_end); refused != 0) {
+                return refused;
+            }
+            at = entry_end;
+        }
+        end = std::max(end, at);
+        return RIB_OK;
+    }
+
+    /// The list of a record that is a fixed part and one open list of words; null where the layout is anything else.
+    static const row *only_list(const layout &l) {
+        const row &last = *(l.end() - 1);
+        const bool fits = layout::is_open(last) && last.stride != 0 && last.stride == last.entry->size &&
+                          is_words_only(*last.entry) && is_fixed(*last.entry);
+        return fits && std::count_if(l.begin(), l.end(), layout::is_list) == 1 ? &last : nullptr;
+    }
+
+    /// Steps over records that fit, as far as they do. Those of one size follow one another: as long as that holds,
+    /// nothing but their count has to be looked at.
+    void skip_records(const layout &l, const row &list, size_t &at, uint32_t &count) {
+        while (count != 0 && left(at) >= l.size) {
+            const uint32_t entries = count_at(list.count, at);
+            if (entries > (left(at) - l.size) / list.stride) {
+                return;
+            }
+            const size_t size = l.size + size_t{list.stride} * entries;
+            do {
+                steps.step();
+                at += size;
+                --count;
+            } while (count != 0 && left(at) >= size && count_at(list.count, at) == entries);
+        }
+    }
+
+    // What a layout cannot say (check_odd.h), looked at once it has been walked.
+    uint32_t walk_odd(const layout &l, size_t at, size_t &end);
+    uint32_t check_ucast_route(size_t at, size_t &end);
+    uint32_t check_register(size_t at);
+    uint32_t check_in_info(size_t at, size_t &end);
+    uint32_t check_verf_info(size_t at, size_t &end);
+
+    // Entries that stand closer than they are long (check_overlap.h).
+    template <const layout &Info> uint32_t check_overlap();
+    uint32_t walk_overlapping_routes(size_t first, uint32_t count, size_t &end);
+    size_t routes_apart(size_t first, size_t count);
+    size_t first_with_bad_hop(size_t first, size_t from, size_t count);
+    size_t first_with_bad_run(size_t first, size_t from, size_t count);
+    [[nodiscard]] bool has_hop_at(size_t at) const;
+    [[nodiscard]] size_t fitting_hop_at(size_t at) const;
+};
+
+} // namespace ribkit
