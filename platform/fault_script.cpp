@@ -62,17 +62,24 @@ std::optional<uint32_t> errno_named(const std::string &word) {
     return value == 0U ? std::nullopt : value;
 }
 
+std::vector<std::string> split(const std::string &line) {
+    std::istringstream rest{line};
+    rest.exceptions(std::ios::badbit);
+    std::vector<std::string> words;
+    for (std::string word; rest >> word;) {
+        words.push_back(word);
+    }
+    return words;
+}
+
 } // namespace
 
 std::string fault_script::parse(const std::string &text) {
     std::istringstream lines{text};
+    lines.exceptions(std::ios::badbit); // or a line that there is no memory for would be the end
     std::string line;
     for (line_ = 1; std::getline(lines, line); ++line_) {
-        std::istringstream split{line.substr(0, line.find('#'))};
-        words found;
-        for (std::string word; split >> word;) {
-            found.push_back(word);
-        }
+        const words found = split(line.substr(0, line.find('#')));
         const std::string wrong = found.empty() ? "" : parse_line(found);
         if (!wrong.empty()) {
             return std::to_string(line_) + ": " + wrong;

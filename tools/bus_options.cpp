@@ -4,14 +4,20 @@
 #include "tools/input_error.h"
 
 #include <array>
+#include <cerrno>
+#include <new>
 
 namespace ribkit {
 
 void load_faults(const bus_options &bus) {
     std::array<char, 512> error{};
-    if (!bus.faults_file.empty() && qip_faults_load(bus.faults_file.c_str(), error.data(), error.size()) != 0) {
-        throw input_error(error.data());
+    if (bus.faults_file.empty() || qip_faults_load(bus.faults_file.c_str(), error.data(), error.size()) == 0) {
+        return;
     }
+    if (errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
+    throw input_error(error.data());
 }
 
 } // namespace ribkit

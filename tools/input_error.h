@@ -24,6 +24,7 @@ struct input_error : std::runtime_error {
 /// Everything given, one after the other, as text.
 template <typename... Pieces> std::string joined(const Pieces &...pieces) {
     std::ostringstream stream;
+    stream.exceptions(std::ios::badbit); // or it would leave out what it has no memory for
     (stream << ... << pieces);
     return stream.str();
 }

@@ -5,7 +5,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <new>
 
 namespace ribkit {
 namespace {
@@ -20,9 +22,31 @@ int end_unread() {
     return failed;
 }
 
-int run(int argc, char **argv) {
+/// Needs no memory.
+int end_out_of_memory() {
+    std::fputs("ribkit: out of memory\n", stderr);
+    return failed;
+}
+
+/// Some libraries need memory to take their objects apart, where nothing may be thrown any more.
+[[noreturn]] void end_at_once() {
+    try {
+        if (const auto why = std::current_exception()) {
+            std::rethrow_exception(why);
+        }
+    } catch (const std::bad_alloc &) {
+        std::_Exit(end_out_of_memory());
+    } catch (...) { // a mistake of ours
+    }
+    std::abort();
+}
+
+/// @throws std::bad_alloc also where there is no memory to say what is wrong
+int run_command(int argc, char **argv) {
     try {
         return run_command_line(argc, argv);
+    } catch (const std::bad_alloc &) {
+        throw;
     } catch (const output_closed &) {
         return end_unread();
     } catch (const input_error &error) {
@@ -34,11 +58,20 @@ int run(int argc, char **argv) {
     }
 }
 
+int run(int argc, char **argv) {
+    try {
+        return run_command(argc, argv);
+    } catch (const std::bad_alloc &) {
+        return end_out_of_memory();
+    }
+}
+
 } // namespace
 } // namespace ribkit
 
 int main(int argc, char **argv) {
     ribkit::reserve_standard_descriptors();
     std::signal(SIGPIPE, SIG_IGN); // outputs say by themselves that nobody reads them
+    std::set_terminate(ribkit::end_at_once);
     return ribkit::run(argc, argv);
 }

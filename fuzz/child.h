@@ -1,0 +1,52 @@
+// The command as a process that a test watches: what it prints, how it ends, and that it does end.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+namespace ribkit::fuzz {
+
+struct ending {
+    bool in_time = true; ///< false: it had to be killed
+    int signal = 0;      ///< that ended it, or 0
+    int exit_code = -1;
+    std::string output, errors;
+};
+
+/// What went on, for whoever reads that a test failed.
+std::string shown(const ending &how);
+
+class child {
+  public:
+    static constexpr std::chrono::seconds deadline{60};
+
+    /// Starts `words` with `settings` ("NAME=VALUE") added to the environment, nothing to read, and its outputs read by
+    /// this object.
+    explicit child(const std::vector<std::string> &words, const std::vector<std::string> &settings = {});
+    child(const child &) = delete;
+    child &operator=(const child &) = delete;
+    ~child();
+
+    /// Reads until standard output holds the text. @return false where the outputs end before, or the deadline is over
+    bool prints(std::string_view text);
+    void signal(int number) const;
+    /// Reads to the end. Kills the process when the deadline is over.
+    ending end();
+
+    [[nodiscard]] pid_t number() const { return process_; }
+
+  private:
+    bool read_some();
+    [[nodiscard]] int left() const;
+
+    pid_t process_ = 0;
+    int output_ = -1;
+    int errors_ = -1;
+    std::chrono::steady_clock::time_point limit_ = std::chrono::steady_clock::now() + deadline;
+    ending so_far_;
+};
+
+} // namespace ribkit::fuzz
