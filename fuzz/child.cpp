@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -120,8 +122,10 @@ ending child::end() {
         }
     }
     int status = 0;
-    waitpid(process_, &status, 0);
+    rusage used{};
+    wait4(process_, &status, 0, &used);
     process_ = 0;
+    so_far_.most_memory = used.ru_maxrss;
     so_far_.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     so_far_.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return so_far_;

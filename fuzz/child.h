@@ -13,6 +13,7 @@ struct ending {
     bool in_time = true; ///< false: it had to be killed
     int signal = 0;      ///< that ended it, or 0
     int exit_code = -1;
+    long most_memory = 0; ///< that it held at once, in KiB
     std::string output, errors;
 };
 

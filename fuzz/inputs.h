@@ -9,3 +9,11 @@ int check_input(const uint8_t *data, size_t size);
 
 /// Converts the message both ways with the exported converters and with the naive ones. Aborts where they disagree.
 int engine_input(const uint8_t *data, size_t size);
+
+/// A fabric file, a fault script, a file of records: parsed. Abort where a refusal is not one printable line.
+int fabric_input(const uint8_t *data, size_t size);
+int faults_input(const uint8_t *data, size_t size);
+int bytes_input(const uint8_t *data, size_t size);
+
+/// A duration, an interface name, a name that nothing has, a URL.
+int words_input(const uint8_t *data, size_t size);

@@ -1,19 +1,19 @@
-# Fuzzing.
+# Fuzzing, and attacks.
 
 # fuzz SECONDS: what is found ends as a file in build/fuzz/finds, and the run fails.
 fuzz() {
     [[ ${1-} =~ ^[1-9][0-9]{0,7}$ ]] || refuse "fuzz takes a number of seconds, not '${1-}'"
     need "fuzzing" "${test_packages[@]}"
     build fuzz -- fuzzers
-    local target finds=build/fuzz/finds summary=() failed=0
+    local target finds=build/fuzz/finds summary="" failed=0
     rm -rf build/fuzz/corpus "$finds"
     mkdir -p "$finds"
     cp -r fuzz/corpus build/fuzz/corpus
-    for target in check engine; do
+    for target in $(<build/fuzz/fuzz/targets); do
         fuzz_target "$target" "$1" || failed=1
-        summary+=("$target $(sed -n 's/^stat::number_of_executed_units: *//p' "build/fuzz/$target.log") inputs")
+        summary+="$target $(sed -n 's/^stat::number_of_executed_units: *//p' "build/fuzz/$target.log") inputs, "
     done
-    echo "${summary[0]}, ${summary[1]}, $(find "$finds" -type f | wc -l) finds"
+    echo "$summary$(find "$finds" -type f | wc -l) finds"
     ((failed == 0))
 }
 
@@ -27,4 +27,15 @@ fuzz_target() {
         echo "again: build/fuzz/fuzz/${target}_fuzz $find" >&2
     done
     return 1
+}
+
+# attack: what ./run test does for a moment, at length: every allocation fails in turn, and the hostile programs go on.
+attack() {
+    need "the test suite" "${test_packages[@]}"
+    build release -DRIBKIT_TESTS=ON --
+    local log=build/release/attack.log
+    echo "run: attacking, log $log" >&2
+    RIBKIT_ALL=1 attend "attacking" "$log" ctest --preset release --timeout 7200 -R '^(failing|mutated|hostile)_' ||
+        { grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed ' "$log" >&2; return 1; }
+    grep 'tests passed' "$log"
 }

@@ -1,4 +1,4 @@
-// libFuzzer's target for the checks and all that follows acceptance.
+// libFuzzer's way into one of the inputs.
 #include "fuzz/inputs.h"
 
 #include <cstdio>
@@ -7,4 +7,4 @@ extern "C" int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/) {
     return std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : 0; // what displays print is not looked at
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) { return check_input(data, size); }
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) { return RIBKIT_INPUT(data, size); }
