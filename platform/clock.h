@@ -3,10 +3,11 @@
 // of a fault script then needs no real time and always goes the same way.
 #pragma once
 
+#include "platform/ring.h"
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <mutex>
 
 namespace ribkit::platform {
@@ -31,11 +32,35 @@ void take_turn();
 /// Under the virtual clock the calling thread gives up its turn, and does not count until its next call.
 void step_aside();
 
-/// Does something later: under the virtual clock on the thread that makes the time jump, else on a thread of its own.
-void do_later(std::chrono::milliseconds delay, std::function<void()> action);
+/// What the time brings: the end of a wait or an action, in the order in which they come.
+class occasion : public ring_place {
+  protected:
+    occasion() = default;
+    ~occasion() = default;
+
+  private:
+    friend class time_line;
+    friend class virtual_clock;
+    friend class timed_wait;
+
+    time_point when_ = never;
+    struct thread_turn *waiting_ = nullptr; // who waits; null for an action, and when the wait has ended
+};
+
+/// Something to be done later. It is made while things may still fail; to put it off and to do it cannot.
+class late_action : public occasion {
+  public:
+    late_action();
+    virtual ~late_action() = default;
+
+    virtual void happen() noexcept = 0;
+};
+
+/// Under the virtual clock it happens on the thread that makes the time jump, else on a thread of its own.
+void do_later(std::chrono::milliseconds delay, std::unique_ptr<late_action> action) noexcept;
 
 /// One wait of one thread. Whoever ends it calls `end`, and notifies.
-class timed_wait {
+class timed_wait : private occasion {
   public:
     timed_wait() = default;
     timed_wait(const timed_wait &) = delete;
@@ -63,15 +88,12 @@ class timed_wait {
     }
 
   private:
-    friend struct virtual_clock;
+    friend class virtual_clock;
 
     bool begin(time_point deadline); // whether it waits on the virtual clock
     static void block();
 
-    bool counted_ = false;                 // has begun on the virtual clock
-    struct thread_turn *thread_ = nullptr; // null while it does not wait there; guarded by the clock's lock
-    time_point deadline_ = never;
-    uint64_t number_ = 0;
+    bool counted_ = false; // has begun on the virtual clock
 };
 
 } // namespace ribkit::platform

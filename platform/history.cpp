@@ -12,9 +12,11 @@
 #include <chrono>
 #include <cinttypes>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <set>
 #include <string>
 #include <utility>
@@ -39,16 +41,21 @@ struct history {
 
 // Never destroyed: threads may still record when the process ends.
 history &past() {
-    static auto &kept = *new history;
+    alignas(history) static std::byte room[sizeof(history)];
+    static auto &kept = *new (room) history;
     return kept;
 }
 
 std::atomic<uint32_t> debug_level{0};
 
-template <typename... Values> std::string printed(const char *format, Values... values) {
-    std::array<char, 96> line{};
+template <typename... Values> void record_line(const char *format, Values... values) {
+    std::array<char, 1200> line{};
     std::snprintf(line.data(), line.size(), format, values...);
-    return line.data();
+    std::string_view text{line.data()};
+    while (text.ends_with('\n')) {
+        text.remove_suffix(1);
+    }
+    record_event(text);
 }
 
 const char *kind_text(uint32_t kind) {
@@ -64,12 +71,18 @@ const char *kind_text(uint32_t kind) {
 
 } // namespace
 
-void ribkit::platform::record_event(std::string text) {
+void ribkit::platform::record_event(std::string_view text) noexcept {
     history &kept = past();
     const auto now = clock_now();
     const std::scoped_lock lock{kept.lock};
     ++kept.recorded;
-    kept.ring[kept.recorded % kept.ring.size()] = {now, std::move(text)};
+    event &latest = kept.ring[kept.recorded % kept.ring.size()];
+    latest.when = now;
+    try {
+        latest.text = text;
+    } catch (const std::bad_alloc &) {
+        latest.text = text.substr(0, latest.text.capacity());
+    }
 }
 
 void yelk_hist_qip_event(uint32_t kind, const struct qip_ref *ref, uint32_t /*unused*/, uint32_t /*unused*/) {
@@ -77,7 +90,7 @@ void yelk_hist_qip_event(uint32_t kind, const struct qip_ref *ref, uint32_t /*un
     if (letter == nullptr) {
         record_event(kind_text(kind));
     } else {
-        record_event(printed("%s token %" PRIu32 " size %" PRIu32, kind_text(kind), letter->token, letter->size));
+        record_line("%s token %" PRIu32 " size %" PRIu32, kind_text(kind), letter->token, letter->size);
     }
 }
 
@@ -94,16 +107,11 @@ void yelk_hist_event(uint32_t event_id, uint32_t length, const void *record_byte
     if (yelk_hist_event_subtype_check(event_id, subtype) != 0) {
         return;
     }
-    std::string text = printed("event %#" PRIx32 " subtype %" PRIu32, event_id, subtype);
-    if (length > sizeof subtype) {
-        const char *said = static_cast<const char *>(record_bytes) + sizeof subtype;
-        text += ": ";
-        text.append(said, strnlen(said, std::min<size_t>(length - sizeof subtype, most_text)));
-    }
-    while (text.ends_with('\n')) {
-        text.pop_back();
-    }
-    record_event(std::move(text));
+    const bool has_text = length > sizeof subtype;
+    const char *said = has_text ? static_cast<const char *>(record_bytes) + sizeof subtype : "";
+    const size_t size = has_text ? strnlen(said, std::min<size_t>(length - sizeof subtype, most_text)) : 0;
+    record_line("event %#" PRIx32 " subtype %" PRIu32 "%s%.*s", event_id, subtype, has_text ? ": " : "",
+                static_cast<int>(size), said);
 }
 
 void yelk_hist_subtype_set(uint32_t event_id, uint32_t subtype, int on) {
@@ -112,7 +120,11 @@ void yelk_hist_subtype_set(uint32_t event_id, uint32_t subtype, int on) {
     if (on != 0) {
         kept.off.erase({event_id, subtype});
     } else {
-        kept.off.insert({event_id, subtype});
+        try {
+            kept.off.insert({event_id, subtype});
+        } catch (const std::bad_alloc &) {
+            return; // no word from this function: the events go on being recorded
+        }
     }
 }
 

@@ -23,11 +23,24 @@ struct bus {
     std::shared_ptr<post_office> office = std::make_shared<post_office>();
     std::map<std::pair<uint32_t, uint32_t>, std::vector<listener>> listeners; // by node and service access point
     std::shared_ptr<token_source> tokens = std::make_shared<token_source>();
+    std::vector<arrival> arrivals; // of one message to a group, all before any of them is completed
 
     [[nodiscard]] std::span<const listener> at(const qip_addr &address) const {
         const auto found = listeners.find({address.node, address.sap});
         return found == listeners.end() ? std::span<const listener>{} : found->second;
     }
+};
+
+/// Empties a container whatever happens.
+template <typename Container> class clear_at_end {
+  public:
+    explicit clear_at_end(Container &emptied) : emptied_(emptied) {}
+    clear_at_end(const clear_at_end &) = delete;
+    clear_at_end &operator=(const clear_at_end &) = delete;
+    ~clear_at_end() { emptied_.clear(); }
+
+  private:
+    Container &emptied_;
 };
 
 class local_endpoint;
@@ -61,6 +74,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
         if (is_group(address) ? std::any_of(there.begin(), there.end(), mine) : !there.empty()) {
             return EADDRINUSE;
         }
+        there.reserve(there.size() + 1);
         there.push_back({box_.get(), &box_->add_door(bound)});
         return 0;
     }
@@ -77,11 +91,16 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
         if (const int error = find_room(address, may_wait, locked, readers); error != 0) {
             return error;
         }
-        if (const int error = token != nullptr ? box_->expect(*token) : 0; error != 0) {
-            return error;
+        if (token == nullptr) {
+            deliver(readers, std::move(letter));
+            return 0;
         }
-        deliver(readers, std::move(letter));
-        return 0;
+        expected_answer awaited{*box_, *token};
+        if (awaited.error() == 0) {
+            deliver(readers, std::move(letter));
+            awaited.keep();
+        }
+        return awaited.error();
     }
 
     int answer(const message &request, message letter) override {
@@ -109,27 +128,37 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
             if (readers.empty() && !is_group(address)) {
                 return ENOTCONN;
             }
-            if (std::all_of(readers.begin(), readers.end(), [](const auto &one) { return one.way_in->has_room(); })) {
+            if (std::all_of(readers.begin(), readers.end(),
+                            [this](const listener &one) { return one.box->has_room(*one.way_in, self_->number); })) {
                 return 0;
             }
             if (!may_wait) {
                 return EAGAIN;
             }
-            bus_->office->wait_for_room(locked);
+            bus_->office->wait_for_room(locked, self_->number);
         }
     }
 
-    static void deliver(std::span<const listener> readers, message letter) {
+    // Of several readers the first is given the message itself, after the copies.
+    void deliver(std::span<const listener> readers, message letter) {
+        if (readers.size() == 1) {
+            readers.front().box->put(*readers.front().way_in, std::move(letter));
+            return;
+        }
+        const clear_at_end<std::vector<arrival>> emptied{bus_->arrivals};
         for (size_t index = 1; index < readers.size(); ++index) {
-            readers[index].box->put(*readers[index].way_in, copy_of(letter));
+            const listener &one = readers[index];
+            bus_->arrivals.push_back(one.box->prepare(one.way_in, copy_of(letter)));
         }
         if (!readers.empty()) {
-            readers.front().box->put(*readers.front().way_in, std::move(letter));
+            const listener &one = readers.front();
+            bus_->arrivals.push_back(one.box->prepare(one.way_in, std::move(letter)));
         }
+        std::for_each(bus_->arrivals.begin(), bus_->arrivals.end(), mailbox::complete);
     }
 
     void shut() {
-        std::vector<message> unread;
+        mailbox::leftovers unread;
         const std::scoped_lock lock{bus_->office->lock};
         for (auto &[address, there] : bus_->listeners) {
             std::erase_if(there, [&](const listener &one) { return one.box == box_.get(); });
@@ -154,6 +183,7 @@ std::shared_ptr<bus> bus_named(std::string_view name) {
     static auto &lock = *new std::mutex;
     static auto &buses = *new std::map<std::string, std::weak_ptr<bus>, std::less<>>;
     const std::scoped_lock locked{lock};
+    std::erase_if(buses, [](const auto &one) { return one.second.expired(); });
     std::weak_ptr<bus> &known = buses[std::string{name}];
     std::shared_ptr<bus> found = known.lock();
     if (found == nullptr) {

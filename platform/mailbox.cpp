@@ -27,7 +27,9 @@ bool wants_incoming(const selector &selected) {
 
 } // namespace
 
-struct mailbox::waiter {
+struct mailbox::waiter : ring_place {
+    waiter(const selector &wanted, message &filled) : selected(wanted), letter(filled) {}
+
     const selector &selected;
     message &letter;
     int error = 0;
@@ -36,6 +38,13 @@ struct mailbox::waiter {
     std::condition_variable wake{};
     timed_wait timer{};
 
+    void take(message &arrived) {
+        leave();
+        letter = std::move(arrived);
+        end();
+    }
+
+    // It has left the ring before.
     void end() {
         if (asleep) {
             ended.store(true, std::memory_order_relaxed); // the lock orders it
@@ -57,33 +66,24 @@ struct mailbox::waiter {
     }
 };
 
-door &mailbox::add_door(uint32_t bound) { return doors_.emplace_back(door{.bound = bound}); }
-
-mailbox::waiter *mailbox::waiter_for(const message &letter, bool is_answer) {
-    const auto found = std::find_if(waiters_.begin(), waiters_.end(), [&](const waiter *one) {
-        return is_answer ? wants_answer(one->selected, letter.token) : wants_incoming(one->selected);
-    });
-    if (found == waiters_.end()) {
-        return nullptr;
+// False where no thread waits for what is sent here.
+bool mailbox::hand_to_reader(message &letter) noexcept {
+    waiter *reader = waiters_.find([](const waiter &one) { return wants_incoming(one.selected); });
+    if (reader != nullptr) {
+        reader->take(letter);
     }
-    waiter *first = *found;
-    waiters_.erase(found);
-    return first;
+    return reader != nullptr;
 }
 
-void mailbox::take_in(parcel one) {
-    if (closed_) {
+void mailbox::take_in(packet &one) noexcept {
+    parcel &first = one.parcels.front();
+    if (first.way_in == nullptr) {
+        take_in_answer(first.letter);
+    } else if (!closed_ && !hand_to_reader(first.letter)) {
+        queue_.put(one);
         return;
     }
-    if (one.way_in == nullptr) {
-        take_in_answer(std::move(one.letter));
-    } else if (waiter *reader = waiter_for(one.letter, false)) {
-        reader->letter = std::move(one.letter);
-        reader->end();
-    } else {
-        ++one.way_in->waiting;
-        incoming_.push_back(std::move(one));
-    }
+    queue_.recycle(one);
 }
 
 int mailbox::expect(uint32_t token) {
@@ -91,6 +91,12 @@ int mailbox::expect(uint32_t token) {
         return ENOBUFS;
     }
     awaited_.push_back(token);
+    try {
+        answers_.reserve(awaited_.capacity());
+    } catch (...) {
+        awaited_.pop_back();
+        throw;
+    }
     return 0;
 }
 
@@ -106,44 +112,34 @@ void mailbox::expect_no_more(uint32_t token) {
     }
 }
 
-void mailbox::take_in_answer(message letter) {
+void mailbox::take_in_answer(message &letter) noexcept {
     const uint32_t token = letter.token;
     const auto same = [&](const message &one) { return one.token == token; };
-    if (!awaits(token) || std::any_of(answers_.begin(), answers_.end(), same)) {
+    if (closed_ || !awaits(token) || std::any_of(answers_.begin(), answers_.end(), same)) {
         return;
     }
-    if (waiter *reader = waiter_for(letter, true)) {
+    if (waiter *reader = waiters_.find([&](const waiter &one) { return wants_answer(one.selected, token); })) {
         expect_no_more(token);
-        reader->letter = std::move(letter);
-        reader->end();
+        reader->take(letter);
         return;
     }
     answers_.push_back(std::move(letter));
 }
 
-void mailbox::fail(uint32_t token, int error) {
+void mailbox::fail(uint32_t token, int error) noexcept {
     message news;
     news.token = token;
     news.error = error;
-    take_in_answer(std::move(news));
+    take_in_answer(news);
 }
 
-void mailbox::fail_all(int error) {
-    for (const uint32_t token : std::vector<uint32_t>{awaited_}) {
-        fail(token, error);
+// A token whose wait has ended gives its place to the last one.
+void mailbox::fail_all(int error) noexcept {
+    for (size_t place = 0; place < awaited_.size();) {
+        const size_t before = awaited_.size();
+        fail(awaited_[place], error);
+        place += awaited_.size() == before ? 1 : 0;
     }
-}
-
-bool mailbox::take_incoming(message &letter) {
-    if (incoming_.empty()) {
-        return false;
-    }
-    parcel &oldest = incoming_.front();
-    letter = std::move(oldest.letter);
-    --oldest.way_in->waiting;
-    incoming_.pop_front();
-    office_->room_made();
-    return true;
 }
 
 bool mailbox::take_answer(const selector &selected, message &letter) {
@@ -159,7 +155,7 @@ bool mailbox::take_answer(const selector &selected, message &letter) {
 }
 
 bool mailbox::take(const selector &selected, message &letter) {
-    return take_answer(selected, letter) || (wants_incoming(selected) && take_incoming(letter));
+    return take_answer(selected, letter) || (wants_incoming(selected) && queue_.take(letter));
 }
 
 int mailbox::receive(const selector &selected, message &letter) {
@@ -176,8 +172,8 @@ int mailbox::receive(const selector &selected, message &letter) {
     if (!selected.may_wait) {
         return EAGAIN;
     }
-    waiter self{.selected = selected, .letter = letter};
-    waiters_.push_back(&self);
+    waiter self{selected, letter};
+    waiters_.push_back(self);
     const int error = spin(self, locked) ? self.error : sleep(self, locked);
     return error != 0 ? error : letter.error;
 }
@@ -208,33 +204,23 @@ int mailbox::sleep(waiter &self, std::unique_lock<std::mutex> &locked) {
 }
 
 void mailbox::give_up(waiter &self) {
-    waiters_.erase(std::find(waiters_.begin(), waiters_.end(), &self));
+    self.leave();
     self.error = ETIMEDOUT;
     if (self.selected.wanted == selector::kind::by_token) {
         expect_no_more(self.selected.token);
     }
 }
 
-std::vector<message> mailbox::close() {
+mailbox::leftovers mailbox::close() noexcept {
     closed_ = true;
-    for (waiter *one : waiters_) {
-        one->error = ECANCELED;
-        one->end();
-    }
-    waiters_.clear();
-    std::vector<message> unread;
-    for (parcel &one : incoming_) {
-        unread.push_back(std::move(one.letter));
-    }
-    for (parcel &one : behind_the_next_) {
-        unread.push_back(std::move(one.letter));
-    }
-    std::move(answers_.begin(), answers_.end(), std::back_inserter(unread));
-    incoming_.clear();
-    behind_the_next_.clear();
-    answers_.clear();
+    waiters_.for_each([](waiter &one) {
+        one.leave();
+        one.error = ECANCELED;
+        one.end();
+    });
+    leftovers unread{queue_.emptied(), std::move(behind_the_next_), std::move(answers_)};
     awaited_.clear();
-    office_->room_made();
+    office_->room_made_for_all();
     return unread;
 }
 

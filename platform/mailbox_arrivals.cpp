@@ -11,7 +11,7 @@ namespace ribkit::platform {
 
 namespace {
 
-void record(const disturbance &done) {
+void record(const disturbance &done) noexcept {
     const auto tell = [](bool happened, const char *text) {
         if (happened) {
             record_event(text);
@@ -26,51 +26,94 @@ void record(const disturbance &done) {
 
 } // namespace
 
-void mailbox::put(door &way_in, message letter) { arrive({std::move(letter), &way_in}); }
+class mailbox::late_arrival final : public late_action {
+  public:
+    late_arrival(std::weak_ptr<mailbox> home, packet one) : home_(std::move(home)), one_(std::move(one)) {}
 
-void mailbox::put_answer(message letter) { arrive({std::move(letter), nullptr}); }
+    void happen() noexcept override {
+        if (const auto box = home_.lock()) {
+            const std::scoped_lock lock{box->office_->lock};
+            box->arrive_in_turn(one_);
+        }
+    }
 
-void mailbox::arrive(parcel one) {
-    const auto script = faults();
-    if (script == nullptr) {
-        take_in(std::move(one));
+  private:
+    std::weak_ptr<mailbox> home_;
+    packet one_;
+};
+
+void mailbox::put(door &way_in, message letter) {
+    if (faults() != nullptr) {
+        arrival all = prepare(&way_in, std::move(letter));
+        complete(all);
         return;
     }
-    const disturbance done = script->next_message();
-    record(done);
-    if (done.lost) {
+    if (!closed_ && !hand_to_reader(letter)) {
+        packet one = queue_.packed(&way_in, std::move(letter));
+        queue_.put(one);
+    }
+}
+
+void mailbox::put_answer(message letter) {
+    if (faults() != nullptr) {
+        arrival all = prepare(nullptr, std::move(letter));
+        complete(all);
         return;
     }
-    one.letter.size = std::min(one.letter.size, done.most_bytes);
-    if (done.twice) {
-        parcel second{copy_of(one.letter), one.way_in};
-        arrive_later(std::move(second), done.milliseconds_late);
+    take_in_answer(letter);
+}
+
+arrival mailbox::prepare(door *way_in, message letter) {
+    arrival made;
+    made.box = this;
+    if (const auto script = faults()) {
+        made.done = script->next_message();
     }
-    if (done.behind_the_next) {
-        behind_the_next_.push_back(std::move(one));
+    if (made.done.lost) {
+        return made;
+    }
+    letter.size = std::min(letter.size, made.done.most_bytes);
+    if (made.done.twice) {
+        put_off(made, 0, queue_.packed(way_in, copy_of(letter)));
+    }
+    packet one = queue_.packed(way_in, std::move(letter));
+    if (made.done.behind_the_next) {
+        made.behind_the_next = std::move(one);
     } else {
-        arrive_later(std::move(one), done.milliseconds_late);
+        put_off(made, 1, std::move(one));
+    }
+    return made;
+}
+
+void mailbox::put_off(arrival &made, size_t place, packet one) {
+    if (made.done.milliseconds_late == 0) {
+        made.at_once.at(place) = std::move(one);
+    } else {
+        made.late.at(place) = std::make_unique<late_arrival>(weak_from_this(), std::move(one));
     }
 }
 
-void mailbox::arrive_later(parcel one, uint32_t milliseconds) {
-    if (milliseconds == 0) {
-        arrive_in_turn(std::move(one));
-        return;
+void mailbox::complete(arrival &all) noexcept {
+    record(all.done);
+    for (packet &one : all.at_once) {
+        if (!one.empty()) {
+            all.box->arrive_in_turn(one);
+        }
     }
-    do_later(std::chrono::milliseconds{milliseconds},
-             [home = weak_from_this(), late = std::make_shared<parcel>(std::move(one))] {
-                 if (const auto box = home.lock()) {
-                     const std::scoped_lock lock{box->office_->lock};
-                     box->arrive_in_turn(std::move(*late));
-                 }
-             });
+    for (auto &one : all.late) {
+        if (one != nullptr) {
+            do_later(std::chrono::milliseconds{all.done.milliseconds_late}, std::move(one));
+        }
+    }
+    packet &held_back = all.box->behind_the_next_;
+    held_back.parcels.splice(held_back.parcels.end(), all.behind_the_next.parcels);
+    held_back.lanes.splice(held_back.lanes.end(), all.behind_the_next.lanes);
 }
 
-void mailbox::arrive_in_turn(parcel one) {
-    take_in(std::move(one));
-    for (parcel &next : std::exchange(behind_the_next_, {})) {
-        take_in(std::move(next));
+void mailbox::arrive_in_turn(packet &one) noexcept {
+    take_in(one);
+    for (packet next = std::exchange(behind_the_next_, {}); !next.empty();) {
+        take_in(next);
     }
 }
 

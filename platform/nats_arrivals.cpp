@@ -87,8 +87,8 @@ void nats_endpoint::take_in(natsMsg &arrived, door *way_in) {
         letter.token = token_of(reply);
     }
     std::unique_lock locked{office_->lock};
-    while (!box_->closed() && !way_in->has_room()) {
-        office_->wait_for_room(locked);
+    while (!box_->closed() && !box_->has_room(*way_in, sender_of(letter))) {
+        office_->wait_for_room(locked, sender_of(letter));
     }
     box_->put(*way_in, std::move(letter));
 }

@@ -197,7 +197,7 @@ int nats_endpoint::send(const qip_addr &address, message letter, bool /*may_wait
 }
 
 void nats_endpoint::shut() {
-    std::vector<message> unread;
+    mailbox::leftovers unread;
     std::vector<subscription_ptr> ended;
     {
         const std::scoped_lock lock{office_->lock};

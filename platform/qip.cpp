@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <new>
+#include <optional>
 #include <span>
 #include <string>
 #include <system_error>
@@ -58,20 +59,37 @@ template <typename Action> int called_at(uint32_t handle, service_call call, con
 
 bool may_wait(const qip_send_opts *opts) { return opts == nullptr || (opts->word[0] != 1 && opts->word[1] == 0); }
 
-// A reference to what was sent keeps its token and size only: the payload is on its way.
-void hold_sent(uint32_t token, uint32_t size, qip_ref *ref) {
-    message record;
-    record.token = token;
-    record.size = size;
-    hold(std::move(record), *ref);
-}
+/// A reference to what will be sent: it keeps token and size only, since the payload is on its way then. None is
+/// reserved where the caller wants none.
+class sent_reference {
+  public:
+    sent_reference(qip_ref *wanted, uint32_t size) : wanted_(wanted), size_(size) {
+        if (wanted != nullptr) {
+            reserved_.emplace();
+        }
+    }
+
+    void hold(uint32_t token) noexcept {
+        if (reserved_) {
+            message record;
+            record.token = token;
+            record.size = size_;
+            reserved_->hold(std::move(record), *wanted_);
+        }
+    }
+
+  private:
+    qip_ref *wanted_;
+    uint32_t size_;
+    std::optional<reserved_reference> reserved_;
+};
 
 int send_new(endpoint &from, const qip_addr &to, message letter, const qip_send_opts *opts, qip_ref *ref_out) {
     uint32_t token = 0;
-    const uint32_t size = letter.size;
+    sent_reference sent{ref_out, letter.size};
     const int error = from.send(to, std::move(letter), may_wait(opts), ref_out == nullptr ? nullptr : &token);
-    if (error == 0 && ref_out != nullptr) {
-        hold_sent(token, size, ref_out);
+    if (error == 0) {
+        sent.hold(token);
     }
     return error;
 }
@@ -82,10 +100,10 @@ int send_answer(endpoint &from, const qip_ref *req_ref, message letter, qip_ref 
         return EINVAL;
     }
     letter.opcode = 0;
-    const uint32_t size = letter.size;
+    sent_reference sent{ref_out, letter.size};
     const int error = from.answer(*request, std::move(letter));
-    if (error == 0 && ref_out != nullptr) {
-        hold_sent(request->token, size, ref_out);
+    if (error == 0) {
+        sent.hold(request->token);
     }
     return error;
 }
@@ -162,10 +180,11 @@ int qip_recv(uint32_t handle, struct qip_ref *ref_out, const struct qip_recv_opt
             return EINVAL;
         }
         message letter;
+        reserved_reference reference;
         const int error = end.receive(selected_by(opts), letter);
         if (error == 0) {
             letter.received = true;
-            hold(std::move(letter), *ref_out);
+            reference.hold(std::move(letter), *ref_out);
         }
         return error;
     });

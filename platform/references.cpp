@@ -5,6 +5,7 @@
 #include <atomic>
 #include <mutex>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace ribkit::platform {
@@ -15,7 +16,7 @@ struct slot {
     std::atomic<uint32_t> generation{0}; // odd while it holds a message, so never that of a cleared reference
     message letter;
 
-    uint32_t next_generation() { // with the table's lock held
+    uint32_t next_generation() { // by the slot's owner, or with the table's lock held
         const uint32_t next = generation.load(std::memory_order_relaxed) + 1;
         generation.store(next, std::memory_order_release);
         return next;
@@ -24,13 +25,22 @@ struct slot {
 
 class slot_table {
   public:
-    void put(message letter, qip_ref &ref) {
+    uint32_t reserve() {
         const std::scoped_lock lock{mutex_};
-        const uint32_t index = free_slot();
+        return free_slot();
+    }
+
+    void give_back(uint32_t index) {
+        const std::scoped_lock lock{mutex_};
+        free_.push_back(index);
+    }
+
+    // Without the lock: a reserved slot has one owner.
+    void fill(uint32_t index, message letter, qip_ref &ref) {
         slot &taken = at(index);
         taken.letter = std::move(letter);
         ref = {{index, taken.next_generation()}};
-        ++held_;
+        held_.fetch_add(1, std::memory_order_relaxed);
     }
 
     slot *find(const qip_ref &ref) {
@@ -56,15 +66,12 @@ class slot_table {
         }
         free_.push_back(ref.word[0]);
         found->next_generation();
-        --held_;
+        held_.fetch_sub(1, std::memory_order_relaxed);
         dropped = std::move(found->letter);
         return true;
     }
 
-    uint32_t held() {
-        const std::scoped_lock lock{mutex_};
-        return held_;
-    }
+    [[nodiscard]] uint32_t held() const { return held_.load(std::memory_order_relaxed); }
 
   private:
     static constexpr uint32_t block_size = 1024;
@@ -99,7 +106,7 @@ class slot_table {
     std::array<std::atomic<block *>, 4096> blocks_{};
     std::vector<uint32_t> free_;
     uint32_t used_blocks_ = 0;
-    uint32_t held_ = 0;
+    std::atomic<uint32_t> held_{0};
 };
 
 // Never destroyed: threads may still hold references when the process ends.
@@ -110,7 +117,17 @@ slot_table &slots() {
 
 } // namespace
 
-void hold(message letter, qip_ref &ref) { slots().put(std::move(letter), ref); }
+reserved_reference::reserved_reference() : index_(slots().reserve()) {}
+
+reserved_reference::~reserved_reference() {
+    if (index_ != none) {
+        slots().give_back(index_);
+    }
+}
+
+void reserved_reference::hold(message letter, qip_ref &ref) noexcept {
+    slots().fill(std::exchange(index_, none), std::move(letter), ref);
+}
 
 message *held(const qip_ref *ref) {
     slot *found = ref == nullptr ? nullptr : slots().find(*ref);

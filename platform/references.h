@@ -7,8 +7,22 @@
 
 namespace ribkit::platform {
 
-/// Keeps the message and writes all words of the reference.
-void hold(message letter, qip_ref &ref);
+/// Room for one message, had before anything is done that needs it: nothing can fail then.
+class reserved_reference {
+  public:
+    reserved_reference();
+    reserved_reference(const reserved_reference &) = delete;
+    reserved_reference &operator=(const reserved_reference &) = delete;
+    ~reserved_reference();
+
+    /// Keeps the message and writes all words of the reference. Once.
+    void hold(message letter, qip_ref &ref) noexcept;
+
+  private:
+    static constexpr uint32_t none = UINT32_MAX;
+
+    uint32_t index_;
+};
 
 /// The message of a reference, null where it holds none. It stays until the reference is dropped.
 message *held(const qip_ref *ref);

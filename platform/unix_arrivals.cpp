@@ -34,14 +34,6 @@ bool has_full_queue(const unix_connection &from) {
            (unread >= from.listener->bound || (unread != 0 && from.arrived.bytes >= most_unread));
 }
 
-// Memory may be what has just failed.
-void record_quietly(const char *text) {
-    try {
-        record_event(text);
-    } catch (const std::bad_alloc &) {
-    }
-}
-
 class way_home final : public return_path {
   public:
     way_home(std::weak_ptr<unix_endpoint> end, std::shared_ptr<unix_waker> waker, unix_endpoint::connection_ptr from,
@@ -163,12 +155,12 @@ void unix_endpoint::accept_from(unix_listener &listener) {
             try {
                 accept_one(listener, descriptor{accepted});
             } catch (const std::bad_alloc &) {
-                record_quietly("unix: a connection was closed, since memory failed");
+                record_event("unix: a connection was closed, since memory failed");
             }
         } else if (errno == EAGAIN) {
             return;
         } else if (errno != ECONNABORTED && errno != EINTR) {
-            record_quietly("unix: no descriptor for a connection");
+            record_event("unix: no descriptor for a connection");
             epoll_ctl(events_.get(), EPOLL_CTL_DEL, listener.name.socket(), nullptr);
             accepts_later_ = true;
             return;
@@ -195,7 +187,7 @@ void unix_endpoint::accept_one(const unix_listener &listener, descriptor socket)
     made->user = who.uid;
     made->from = new_sender(user_name(who.uid));
     if (const int error = refusal_of(listener, *made); error != 0) {
-        record_quietly("unix: a connection was refused");
+        record_event("unix: a connection was refused");
         made->refuse(error);
         return;
     }
@@ -244,11 +236,11 @@ void unix_endpoint::read(const connection_ptr &from) {
             if (error != 0) {
                 drop(from, error == EPROTO ? ECONNRESET : error);
             } else if (!take_packet(from, packet)) {
-                record_quietly("unix: a connection that does not keep the rules was closed");
+                record_event("unix: a connection that does not keep the rules was closed");
                 drop(from, ECONNRESET);
             }
         } catch (const std::bad_alloc &) {
-            record_quietly("unix: a connection was closed, since memory failed");
+            record_event("unix: a connection was closed, since memory failed");
             drop(from, ECONNRESET);
         }
     }

@@ -292,7 +292,7 @@ int unix_endpoint::send_answer(const connection_ptr &to, message letter) {
 }
 
 void unix_endpoint::shut() {
-    std::vector<message> unread;
+    mailbox::leftovers unread;
     std::vector<taken_name> names;
     {
         const std::scoped_lock lock{office_->lock};

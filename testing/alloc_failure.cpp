@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <mutex>
 
 // The linker's names: a call of malloc arrives at __wrap_malloc, and __real_malloc is the C library's.
 extern "C" {
@@ -20,6 +21,7 @@ namespace ribkit::testing {
 
 namespace {
 
+std::mutex lock; // of all that follows: several threads may allocate
 bool armed = false;
 size_t allocations = 0;
 size_t failing = 0;
@@ -29,6 +31,7 @@ std::array<void *, 4096> kept{};
 size_t kept_count = 0;
 
 bool fails(size_t size) {
+    const std::scoped_lock locked{lock};
     if (!armed) {
         return false;
     }
@@ -40,6 +43,7 @@ bool fails(size_t size) {
 }
 
 void *keep(void *block) {
+    const std::scoped_lock locked{lock};
     if (armed && block != nullptr && kept_count < kept.size()) {
         kept[kept_count++] = block;
     }
@@ -47,6 +51,7 @@ void *keep(void *block) {
 }
 
 void let_go(const void *block) {
+    const std::scoped_lock locked{lock};
     void **end = kept.data() + kept_count;
     void **found = std::find(kept.data(), end, block);
     if (found != end) {
@@ -58,6 +63,7 @@ void let_go(const void *block) {
 } // namespace
 
 failing_allocation::failing_allocation(size_t n, how often) {
+    const std::scoped_lock locked{lock};
     allocations = 0;
     refused = 0;
     failing = n;
@@ -65,9 +71,15 @@ failing_allocation::failing_allocation(size_t n, how often) {
     armed = true;
 }
 
-failing_allocation::~failing_allocation() { armed = false; }
+failing_allocation::~failing_allocation() {
+    const std::scoped_lock locked{lock};
+    armed = false;
+}
 
-bool failing_allocation::happened() const { return allocations >= failing; }
+bool failing_allocation::happened() const {
+    const std::scoped_lock locked{lock};
+    return allocations >= failing;
+}
 
 size_t failing_allocation::size_refused() { return refused; }
 

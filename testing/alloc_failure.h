@@ -1,5 +1,6 @@
 // Memory that fails on demand: in a test linked with ribkit_alloc_failure, the n-th malloc, calloc or realloc made
-// through the linker's wrapped names (the code under test and the test itself, not the C++ library) returns null.
+// through the linker's wrapped names (the code under test and the test itself, not the C++ library) returns null. With
+// ribkit_new_failure the C++ library's, too, fails: std::bad_alloc.
 #pragma once
 
 #include <cstddef>
