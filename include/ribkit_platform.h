@@ -64,8 +64,14 @@ int qip_close(uint32_t handle);
  * QIP_RECV_INCOMING. One handle listens at an address, but for those with service access point 0: they are groups,
  * where any number of handles listens, each is given every message, and a send succeeds where nobody listens
  * (0xfe000000/0 are the local listeners of notifications, 0xff000001/0 the modules).
- * @param bound messages to this address that may wait here, at least 1: beyond it a send that must not block fails with
- *        EAGAIN and any other send waits. A group's message is given to all of its listeners or to none.
+ *
+ * Senders take turns: a message waits for at most one of each other sender whose messages wait here, however many those
+ * are. The messages of one sender (qip_sender_get) stay in order.
+ *
+ * @param bound messages of one sender to this address that may wait here, at least 1: beyond it a send that must not
+ *        block fails with EAGAIN and any other send waits, and nobody else does. A group's message is given to all of
+ *        its listeners or to none. Once 1024 senders have something waiting at a handle's addresses, the next one finds
+ *        no room either.
  * @return 0; else non-zero with errno (EADDRINUSE: taken; EINVAL: bound 0; EBADF: unknown handle; EACCES: not
  * permitted)
  */
