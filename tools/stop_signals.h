@@ -1,15 +1,18 @@
-// Ctrl-C, and what a service manager sends, as a call instead of a sudden end.
+// Ctrl-C, and what a service manager sends, as a call instead of a sudden end; and as a sudden end where the process
+// does not come to its end by itself.
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <functional>
+#include <memory>
 #include <thread>
 
 namespace ribkit {
 
-/// Made before any other thread, so that no thread dies of the signals SIGINT and SIGTERM.
+/// Made before any other thread, so that no thread dies of the signals SIGINT and SIGTERM. After the first one the
+/// process is given time as long as it is at work; where it has not been for most of a second, because nobody reads
+/// what it prints, or when a second signal comes, it dies of the signal.
 class stop_signals {
   public:
     stop_signals();
@@ -20,14 +23,17 @@ class stop_signals {
     /// Calls `stop` on another thread when a signal comes; once.
     void call(std::function<void()> stop);
 
-    /// Waits for a signal.
+    /// Waits for a signal, or for end_wait.
     void wait() const;
+    void end_wait() const;
 
   private:
-    sigset_t signals_{};
+    struct events;
+
     sigset_t before_{};
-    std::atomic<bool> ended_{false};
-    std::thread waiting_;
+    std::shared_ptr<events> events_;
+    std::thread watching_; ///< goes on after this object once a signal has come
+    std::thread calling_;
 };
 
 /// Sleeps, and lets SIGINT and SIGTERM end the process meanwhile, even where they are kept for somebody.
