@@ -41,6 +41,17 @@ static const struct qip_addr ribkit_modules_address = {RIB_WRAP_NODE_MODULES, RI
 #define RIBKIT_QUERY_ALL UINT32_C(0x1)
 #define RIBKIT_QUERY_VSAN_ALL UINT32_C(0x100)
 
+/** Asks whether a RIB is there. Without payload; "not supported" is the answer, of which the RIB says nothing else. */
+#define RIBKIT_OPCODE_PROBE UINT32_C(0)
+
+/**
+ * Between RIBs, where a server lets several listen at one address: a claim to it. Five words in network order: whether
+ * the sender has listened for some seconds already; microseconds from 1970 to its start (two words); a random number
+ * (two words). Any other RIB there answers with its own. Whoever is answered by an earlier one, or by one that has
+ * listened for some seconds, gives way.
+ */
+#define RIBKIT_OPCODE_CLAIM UINT32_C(0x103)
+
 /** A notification without payload, to the listeners and the modules: the RIB has started, with empty tables. */
 #define RIBKIT_OPCODE_STARTED UINT32_C(0x201)
 
@@ -50,6 +61,7 @@ static const struct qip_addr ribkit_modules_address = {RIB_WRAP_NODE_MODULES, RI
 #define RIBKIT_FCURT_HOP_SIZE UINT32_C(8)      /**< of a record's next hop: interface index, domain */
 #define RIBKIT_FCURT_RSP_SIZE UINT32_C(20)     /**< of rib_fcurt_rsp */
 #define RIBKIT_FCURT_QUERY_SIZE UINT32_C(24)   /**< of rib_fcurt_query */
+#define RIBKIT_CLAIM_SIZE UINT32_C(20)         /**< of a claim */
 #define RIBKIT_ANSWER_LIMIT UINT32_C(65536)    /**< the longest answer of the RIB */
 
 /** A route has at most so many next hops. */

@@ -139,6 +139,9 @@ action declare_rib(CLI::App &app, const words &given) {
     const auto options = std::make_shared<rib_command_options>();
     app.add_option("FABRIC", options->fabric_file, "fabric file that gives the tables their sizes (64 VSANs without)")
         ->check(file_name);
+    app.add_option("--who", options->who_file, "file of [[who]] and [[quota]] tables, instead of the fabric file's")
+        ->check(file_name)
+        ->type_name("FILE");
     app.add_flag("--trace", options->output.traces, "print every route that moves in the hardware");
     add_bus(app, options->bus, server_here);
     add_tables(app, options->tables);

@@ -2,6 +2,7 @@
 // links while the lab runs. What is added is checked against what is there already.
 #pragma once
 
+#include "tools/rib_policy.h"
 #include "tools/rib_spaces.h"
 
 #include <array>
@@ -70,6 +71,7 @@ struct fabric_event {
 class fabric {
   public:
     std::string name;
+    rib_policy policy; ///< of its RIB
 
     void add_vsan(fabric_vsan vsan, uint32_t line);
     void add_switch(const std::string &switch_name, uint32_t domain, uint32_t line);

@@ -4,6 +4,7 @@
 #include "tools/duration.h"
 #include "tools/input_error.h"
 #include "tools/input_file.h"
+#include "tools/policy_file.h"
 #include "tools/table_reader.h"
 
 #include <algorithm>
@@ -50,7 +51,8 @@ void refuse_deep_keys(std::string_view text) {
 }
 
 fabric read_fabric(const toml::table &document, const std::string &file) {
-    const table_reader top(document, "the file", {"name", "local", "vsan", "switch", "link", "event", "rib"});
+    const table_reader top(document, "the file",
+                           {"name", "local", "vsan", "switch", "link", "event", "rib", "quota", "who"});
     fabric result;
     result.name = top.text("name", file);
     top.each("vsan", {"id", "name"}, [&](const table_reader &table) {
@@ -68,15 +70,15 @@ fabric read_fabric(const toml::table &document, const std::string &file) {
     top.each("link", {"ends", "cost", "state", "vsans"}, [&](const table_reader &table) { read_link(result, table); });
     result.set_local(top.text("local"), top.line("local"));
     top.each("event", {"at", "link", "state", "cost"}, [&](const table_reader &table) { read_event(result, table); });
+    result.policy = read_policy(top);
     return result;
 }
 
-} // namespace
-
-fabric parse_fabric(std::string_view text, const std::string &file) {
+// Calls `read` with the document.
+template <typename Read> auto read_document(std::string_view text, const std::string &file, const Read &read) {
     try {
         refuse_deep_keys(text);
-        return read_fabric(toml::parse(text), file);
+        return read(toml::parse(text));
     } catch (const toml::parse_error &error) {
         throw input_error(joined(file, ':', table_reader::line_of(error.source()), ": ", error.description()));
     } catch (const line_error &error) {
@@ -84,6 +86,20 @@ fabric parse_fabric(std::string_view text, const std::string &file) {
     }
 }
 
+} // namespace
+
+fabric parse_fabric(std::string_view text, const std::string &file) {
+    return read_document(text, file, [&](const toml::table &document) { return read_fabric(document, file); });
+}
+
 fabric read_fabric_file(const std::string &path) { return parse_fabric(read_input(path), input_title(path)); }
+
+rib_policy parse_policy(std::string_view text, const std::string &file) {
+    return read_document(text, file, [](const toml::table &document) {
+        return read_policy(table_reader(document, "the file", {"quota", "who"}));
+    });
+}
+
+rib_policy read_policy_file(const std::string &path) { return parse_policy(read_input(path), input_title(path)); }
 
 } // namespace ribkit

@@ -12,7 +12,11 @@ namespace ribkit {
 /// "FILE:LINE: what is wrong", or "FILE: why it cannot be read".
 fabric read_fabric_file(const std::string &path);
 
+/// Reads a file that has [[quota]] and [[who]] tables only, likewise.
+rib_policy read_policy_file(const std::string &path);
+
 /// The same from text; `file` is what the errors call it.
 fabric parse_fabric(std::string_view text, const std::string &file);
+rib_policy parse_policy(std::string_view text, const std::string &file);
 
 } // namespace ribkit

@@ -160,9 +160,9 @@ TEST(fabric_file, an_unknown_key_is_named_with_its_line) {
               "f.toml:16: unknown key \"costs\" in [[link]], which knows ends, cost, state, vsans");
     EXPECT_EQ(complaint("[[switch]]\nname = \"c\"\ndomian = 3\n"),
               "f.toml:18: unknown key \"domian\" in [[switch]], which knows name, domain");
-    EXPECT_EQ(
-        complaint("[switches]\n"),
-        "f.toml:16: unknown key \"switches\" in the file, which knows name, local, vsan, switch, link, event, rib");
+    EXPECT_EQ(complaint("[switches]\n"), "f.toml:16: unknown key \"switches\" in the file, which knows name, local, "
+                                         "vsan, switch, link, event, rib, quota, "
+                                         "who");
 }
 
 TEST(fabric_file, switches_are_distinct_and_their_domains_in_range) {

@@ -22,7 +22,13 @@ int run_lab(const lab_options &options) {
     command_output out(options.output, options.inputs());
     progress_line progress;
     refuse_second_rib(options.bus.url, options.bus.patience());
-    rib_service rib(options.bus.url, {f.spaces(), options.output.traces, options.bus.patience()});
+    rib_service rib(options.bus.url, {f.spaces(),
+                                      options.output.traces,
+                                      options.bus.patience(),
+                                      options.memory,
+                                      f.policy,
+                                      {},
+                                      !options.bus.faults_file.empty()});
     fspf_client client(options.bus.url, options.client(progress));
     fabric_run run(f, client, progress, options.real_time, out);
     out.print_line(head_text(f) + '\n');

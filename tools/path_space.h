@@ -2,9 +2,12 @@
 #pragma once
 
 #include "rib_mem.h"
+#include "tools/rib_spaces.h"
 #include "tools/routes.h"
 
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -18,7 +21,7 @@ class path_space {
     path_space &operator=(const path_space &) = delete;
     ~path_space() { bud_destroy(blocks_); }
 
-    /// Obtains units for so many hops; none are needed for none. @return what bud_alloc returns
+    /// Obtains units for so many hops; none are needed for none. @return what bud_alloc returns, or RIB_OUT_OF_MEMORY
     uint32_t take(uint32_t hops, uint32_t &path);
     /// @return what bud_free returns
     uint32_t give_back(uint32_t hops, uint32_t path);
@@ -30,8 +33,17 @@ class path_space {
     void show() const { bud_show(blocks_); }
 
   private:
+    /// As many units as the allocator carves at once: no block of it crosses a chunk's end.
+    struct chunk {
+        std::array<next_hop, unit_block> units;
+        uint32_t used = 0;
+    };
+
+    uint32_t hold(uint32_t hops, uint32_t path);
+    void let_go(uint32_t hops, uint32_t path);
+
     struct bud *blocks_;
-    std::vector<next_hop> units_; ///< grows with the highest unit taken
+    std::vector<std::unique_ptr<chunk>> chunks_; ///< up to the last with a unit in use; null where none is
 };
 
 } // namespace ribkit

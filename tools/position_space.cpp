@@ -27,15 +27,17 @@ std::vector<uint32_t> even_sizes(const rib_spaces &spaces) {
 
 } // namespace
 
-position_space::position_space(const rib_spaces &spaces, bool trace)
-    : vsans_(spaces.vsans), trace_(trace), taken_(spaces.vsans / 8 + 1), owners_(spaces.positions / position_block),
-      records_(spaces.positions), full_(spaces.vsans), segments_(nullptr) {
+position_space::position_space(const rib_spaces &spaces, const move_display &shown)
+    : vsans_(spaces.vsans), trace_(shown.routes), taken_(spaces.vsans / 8 + 1),
+      owners_(spaces.positions / position_block), records_(spaces.positions), full_(spaces.vsans), segments_(nullptr) {
     const std::vector<uint32_t> sizes = even_sizes(spaces);
     const cont_config config{spaces.positions, position_block, spaces.vsans};
     segments_ = cont_create(&config, sizes.data(), move, own, 1);
-    if (segments_ == nullptr) {
+    if (uint32_t none = 0; cont_count(segments_, spaces.vsans - 1, &none) != RIB_OK) { // or it has no segments
+        cont_destroy(segments_);
         throw std::bad_alloc();
     }
+    cont_quiet(segments_, shown.segments ? 0 : 1);
     uint32_t first = 0;
     for (uint32_t segment = 0; segment < spaces.vsans; segment++) {
         own_blocks(segment, first, sizes[segment]);

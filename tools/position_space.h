@@ -13,8 +13,8 @@ namespace ribkit {
 
 class position_space {
   public:
-    /// With `trace`, a line is printed for every route that moves. Throws std::bad_alloc.
-    position_space(const rib_spaces &spaces, bool trace);
+    /// Throws std::bad_alloc.
+    position_space(const rib_spaces &spaces, const move_display &shown);
     position_space(const position_space &) = delete;
     position_space &operator=(const position_space &) = delete;
     ~position_space() { cont_destroy(segments_); }

@@ -258,6 +258,24 @@ TEST_F(processes, a_second_rib_is_refused_unless_its_fabric_is_another) {
     EXPECT_EQ(elsewhere.stopped(SIGINT).exit_code, 0);
 }
 
+TEST_F(processes, of_two_ribs_that_start_together_one_stays) {
+    for (int round = 0; round < 3; round++) {
+        background first(command("rib"));
+        background second(command("rib"));
+        const auto gives_way = [](const background &one) {
+            return one.so_far().find("ribkit: another RIB ") != std::string::npos;
+        };
+        ASSERT_TRUE(in_time([&] { return gives_way(first) || gives_way(second); }));
+        background &loser = gives_way(first) ? first : second;
+        background &winner = &loser == &first ? second : first;
+        EXPECT_EQ(loser.ended().exit_code, 1);
+        EXPECT_EQ(run_command(command("routes")).exit_code, 0);
+        const outcome stayed = winner.stopped(SIGTERM);
+        EXPECT_EQ(stayed.exit_code, 0) << stayed.output;
+        EXPECT_EQ(stayed.output.find("another RIB"), std::string::npos) << stayed.output;
+    }
+}
+
 TEST_F(processes, the_lab_runs_over_the_server_as_it_does_alone) {
     const auto steady = [](const outcome &run) {
         EXPECT_EQ(run.exit_code, 0);

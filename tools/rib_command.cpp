@@ -2,6 +2,7 @@
 
 #include "tools/command_output.h"
 #include "tools/fabric_file.h"
+#include "tools/patient_output.h"
 #include "tools/rib_link.h"
 #include "tools/rib_state.h"
 #include "tools/route_display.h"
@@ -9,22 +10,49 @@
 #include "tools/run_text.h"
 #include "tools/stop_signals.h"
 
+#include <optional>
+#include <stdexcept>
+#include <unistd.h>
+
 namespace ribkit {
 
-static constexpr uint32_t usual_vsans = 64;
+namespace {
+
+constexpr uint32_t usual_vsans = 64;
+
+rib_options service_options(const rib_command_options &options) {
+    rib_options service{rib_spaces::for_vsans(usual_vsans), options.output.traces, options.bus.patience(),
+                        options.memory};
+    if (!options.fabric_file.empty()) {
+        const fabric f = read_fabric_file(options.fabric_file);
+        service.spaces = f.spaces();
+        service.policy = f.policy;
+    }
+    if (!options.who_file.empty()) {
+        service.policy = read_policy_file(options.who_file);
+    }
+    return service;
+}
+
+} // namespace
 
 int run_rib(const rib_command_options &options) {
     const table_choice tables(options.tables);
-    const rib_spaces spaces = options.fabric_file.empty() ? rib_spaces::for_vsans(usual_vsans)
-                                                          : read_fabric_file(options.fabric_file).spaces();
+    rib_options service = service_options(options);
     load_faults(options.bus);
-    command_output out(options.output, {options.fabric_file, options.bus.faults_file});
     const stop_signals signals;
+    command_output out(options.output, {options.fabric_file, options.who_file, options.bus.faults_file});
     refuse_second_rib(options.bus.url, options.bus.patience());
-    rib_service rib(options.bus.url, {spaces, options.output.traces, options.bus.patience()});
+    service.gave_way = [&signals] { signals.end_wait(); };
+    std::optional<patient_output> printing(STDOUT_FILENO);
+    rib_service rib(options.bus.url, service);
     out.print_line("the RIB answers at " + shown_url(options.bus.url));
     signals.wait();
     rib.stop();
+    printing.reset();
+    if (rib.has_given_way()) {
+        throw std::runtime_error("another RIB answers at " + shown_url(options.bus.url));
+    }
     const rib_state state(rib);
     out.display([&] { tables.display(rib, options.memory); });
     out.print_line('\n' + summary_text(state));

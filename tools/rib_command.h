@@ -12,6 +12,7 @@ struct rib_command_options {
     bus_options bus;
     std::string fabric_file;    ///< gives the tables their sizes; empty: 64 VSANs
     std::string tables{"auto"}; ///< as table_choice
+    std::string who_file;       ///< takes the place of what the fabric file says of clients; empty: none
     output_options output;
     bool memory = false; ///< display what the tables are made of, at the end
 };

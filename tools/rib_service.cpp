@@ -1,16 +1,21 @@
-// One message after the other is taken, answered and dropped until the handle is closed. Whatever a message holds, it
-// is answered, in an envelope if it came in one: with a refusal where it cannot be used.
+// One message after the other is taken, answered and dropped until the service is stopped. Whatever a message holds, it
+// is answered, in an envelope if it came in one: with a refusal where it cannot be used, or memory fails.
 #include "tools/rib_service.h"
 
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "ribkit_rib.h"
 #include "tools/fcurt_query.h"
+#include "tools/input_error.h"
 #include "tools/rib_link.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <stdexcept>
 #include <system_error>
 
 namespace ribkit {
@@ -19,36 +24,65 @@ namespace {
 
 constexpr uint32_t queue_bound = 64;
 
-void report(const rib_check_report &why) {
+std::string text_of(const rib_check_report &why) {
     std::array<char, 160> text{};
     rib_check_report_str(&why, text.data(), text.size());
-    std::fprintf(stderr, "ribkit: the RIB refuses a message: %s\n", text.data());
+    return text.data();
 }
 
-std::vector<uint8_t> refusal(uint32_t result) {
-    const auto bytes = encode(fcurt_response{result, 0, 0, 0, 0});
-    return {bytes.begin(), bytes.end()};
+std::array<uint8_t, RIBKIT_FCURT_RSP_SIZE> refusal(uint32_t result) {
+    return encode(fcurt_response{result, 0, 0, 0, 0});
+}
+
+std::string sender_of(const qip_ref &ref) {
+    const std::string name = qip_sender_name(&ref);
+    return name.empty() ? joined("sender ", qip_sender_get(&ref)) : name;
 }
 
 } // namespace
 
 rib_service::rib_service(const std::string &url, const rib_options &options)
-    : handle_(url, options.patience), tables_(options.spaces, options.trace) {
-    if (qip_listen(handle_.number(), &ribkit_rib_address, queue_bound) != 0) {
-        throw std::system_error(errno, std::generic_category(), "the RIB cannot listen on " + shown_url(url));
+    : handle_(url, options.patience), policy_(options.policy), binds_names_(!url.starts_with("local:")),
+      gave_way_(options.gave_way),
+      tables_(options.spaces, {options.trace, options.trace || options.memory}, options.policy.quotas),
+      complaints_(options.complaints_to, !options.counts_at_end) {
+    listen(url);
+    if (names_server(url)) {
+        send_claim();
     }
     rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0); // what fails is in the debug history
     thread_ = std::thread([this] { serve(); });
     qip_step_aside();
     serving_.wait();
+    if (names_server(url) && !stand_by()) {
+        stop();
+        throw std::runtime_error("another RIB answers at " + shown_url(url));
+    }
+}
+
+void rib_service::listen(const std::string &url) {
+    std::vector<const char *> names;
+    for (const auto &[name, clients] : policy_.who) {
+        names.push_back(name.c_str());
+    }
+    if (qip_listen_to(handle_.number(), &ribkit_rib_address, queue_bound, names.data(),
+                      static_cast<uint32_t>(names.size())) != 0) {
+        throw std::system_error(errno, std::generic_category(), "the RIB cannot listen on " + shown_url(url));
+    }
 }
 
 void rib_service::stop() {
+    {
+        const std::scoped_lock locked(lock_);
+        stopped_ = true;
+        stopping_.notify_all();
+    }
     handle_.close();
     if (thread_.joinable()) {
         qip_step_aside();
         thread_.join();
     }
+    complaints_.end();
 }
 
 // A virtual clock knows a thread from its first call on, so that one is made before anybody may ask.
@@ -60,74 +94,155 @@ void rib_service::serve() {
     }
 }
 
-/// @return whether the handle is open still
+/// @return whether the service goes on
 bool rib_service::take_one(bool may_wait) {
-    const qip_recv_opts opts{{QIP_RECV_INCOMING, may_wait ? 0U : 1U}};
+    const uint32_t what = claims_open_.empty() ? QIP_RECV_INCOMING : QIP_RECV_ANYTHING;
+    const qip_recv_opts opts{{what, may_wait ? 0U : 1U}};
     qip_ref ref{};
-    if (qip_recv(handle_.number(), &ref, &opts) != 0) {
-        return errno != ECANCELED && errno != EBADF;
+    if (qip_recv(handle_.number(), &ref, &opts) == 0) {
+        failures_ = 0;
+        take(ref);
+        rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &ref);
+    } else if (may_wait) {
+        rest_after(errno);
     }
-    take(ref);
-    rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &ref);
-    return true;
+    const std::scoped_lock locked(lock_);
+    return !stopped_;
 }
 
+// What fails again and again would do so for ever: the pauses grow. They are of real time, so that the first failures
+// are without one: under a virtual clock others would have lost their patience.
+void rib_service::rest_after(int error) {
+    constexpr std::chrono::milliseconds longest{250};
+    constexpr uint32_t borne = 16;
+    claims_open_.clear();
+    failures_++;
+    std::unique_lock locked(lock_);
+    if (!stopped_ && failures_ > borne) {
+        complaints_.add("the RIB cannot receive", std::strerror(error));
+        qip_step_aside();
+        stopping_.wait_for(locked, std::min(longest, std::chrono::milliseconds(1U << std::min(failures_ - borne, 8U))),
+                           [this] { return stopped_; });
+    }
+}
+
+// Nothing that a message causes ends the service.
 void rib_service::take(const qip_ref &ref) {
-    const auto *bytes = static_cast<const uint8_t *>(qip_payload_get(&ref));
-    const uint32_t size = qip_payload_size(&ref);
+    const uint32_t opcode = qip_opcode_get(&ref);
+    const bool in_envelope = opcode == RIB_CMI_OPCODE;
+    if (is_answer_to_claim(ref)) {
+        return hear_answer(ref);
+    }
     answered_++;
-    if (qip_opcode_get(&ref) != RIB_CMI_OPCODE) {
-        const auto answer = respond({qip_opcode_get(&ref), {bytes, size}});
-        rib_wrap_qip_rsp(handle_.number(), &ref, answer.data(), static_cast<uint32_t>(answer.size()));
+    uint32_t failure = RIB_OK;
+    try {
+        const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&ref));
+        const auto response =
+            in_envelope ? respond_in_envelope(ref) : respond({ref, opcode, {payload, qip_payload_size(&ref)}});
+        if (!response.empty()) {
+            answer(ref, in_envelope, response);
+        }
         return;
+    } catch (const std::bad_alloc &) {
+        failure = RIB_OUT_OF_MEMORY;
+    } catch (const std::exception &) {
+        failure = RIB_FAILED;
     }
-    rib_check_report why{};
-    std::vector<uint8_t> answer;
-    if (const uint32_t result = rib_check_cmi_request(bytes, size, &why); result != RIB_OK) {
-        report(why);
-        answer = refusal(result);
-    } else {
-        uint32_t opcode = 0;
-        uint32_t length = 0;
-        const uint8_t *payload = nullptr;
-        rib_wrap_cmi_recv(bytes, size, &opcode, &payload, &length);
-        answer = respond({opcode, {payload, length}});
-    }
-    rib_wrap_cmi_rsp(handle_.number(), &ref, answer.data(), static_cast<uint32_t>(answer.size()));
+    complain(ref, opcode, failure, "");
+    answer(ref, in_envelope, refusal(failure));
 }
 
-std::vector<uint8_t> rib_service::respond(const request &asked) {
+void rib_service::answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload) const {
+    const auto wrapper = in_envelope ? rib_wrap_cmi_rsp : rib_wrap_qip_rsp;
+    wrapper(handle_.number(), &ref, payload.data(), static_cast<uint32_t>(payload.size()));
+}
+
+rib_service::bytes rib_service::respond_in_envelope(const qip_ref &ref) {
+    const auto *envelope = static_cast<const uint8_t *>(qip_payload_get(&ref));
+    const uint32_t size = qip_payload_size(&ref);
+    rib_check_report why{};
+    if (const uint32_t result = rib_check_cmi_request(envelope, size, &why); result != RIB_OK) {
+        return refuse({ref, RIB_CMI_OPCODE, {}}, result, text_of(why));
+    }
+    uint32_t opcode = 0;
+    uint32_t length = 0;
+    const uint8_t *payload = nullptr;
+    rib_wrap_cmi_recv(envelope, size, &opcode, &payload, &length);
+    return respond({ref, opcode, {payload, length}});
+}
+
+rib_service::bytes rib_service::respond(const request &asked) {
     switch (asked.opcode) {
     case RIBKIT_OPCODE_FCURT_UPDATE:
-        return update(asked.payload);
+        return update(asked);
     case RIBKIT_OPCODE_FCURT_QUERY:
-        return find(asked.payload);
+        return find(asked);
+    case RIBKIT_OPCODE_CLAIM:
+        return hear_claim(asked);
+    case RIBKIT_OPCODE_PROBE:
+        if (asked.payload.empty()) {
+            const auto said = refusal(RIB_NOT_SUPPORTED);
+            return {said.begin(), said.end()};
+        }
+        [[fallthrough]];
     default:
-        return refusal(RIB_NOT_SUPPORTED);
+        return refuse(asked, RIB_NOT_SUPPORTED, "no such opcode");
     }
 }
 
-std::vector<uint8_t> rib_service::update(std::span<const uint8_t> payload) {
+rib_service::bytes rib_service::update(const request &asked) {
     rib_check_report why{};
-    const auto bytes = encode(tables_.take_update(payload, &why));
-    if (why.message != nullptr) {
-        report(why);
+    std::string barred;
+    const auto speaks = [&](uint32_t client) {
+        barred = may_speak(asked, client) ? "" : joined("it may not use client ", client);
+        return barred.empty();
+    };
+    const fcurt_response response = tables_.take_update(asked.payload, speaks, &why);
+    if (response.result != RIB_OK) {
+        complain(asked.ref, asked.opcode, response.result,
+                 why.message != nullptr ? text_of(why)
+                 : !barred.empty()      ? barred
+                                        : joined("vsan ", response.vsan, ", ", response.accepted, " routes accepted"));
     }
-    return {bytes.begin(), bytes.end()};
+    const auto words = encode(response);
+    return {words.begin(), words.end()};
 }
 
-std::vector<uint8_t> rib_service::find(std::span<const uint8_t> payload) const {
+rib_service::bytes rib_service::find(const request &asked) {
     rib_check_report why{};
-    const uint32_t result = rib_check_fcurt_query(payload.data(), static_cast<uint32_t>(payload.size()), &why);
+    const uint32_t result =
+        rib_check_fcurt_query(asked.payload.data(), static_cast<uint32_t>(asked.payload.size()), &why);
     if (result != RIB_OK) {
-        report(why);
-        return refusal(result);
+        return refuse(asked, result, text_of(why));
     }
-    const auto query = decode_fcurt_query(std::span<const uint8_t, RIBKIT_FCURT_QUERY_SIZE>(payload));
+    const auto query = decode_fcurt_query(std::span<const uint8_t, RIBKIT_FCURT_QUERY_SIZE>(asked.payload));
+    if (!may_speak(asked, query.uuid)) {
+        return refuse(asked, RIB_BAD_PARAMETERS, joined("it may not use client ", query.uuid));
+    }
     if (query.type != RIBKIT_QUERY_ALL && query.type != RIBKIT_QUERY_VSAN_ALL) {
-        return refusal(RIB_NOT_SUPPORTED);
+        return refuse(asked, RIB_NOT_SUPPORTED, joined("type ", query.type));
     }
     return encode_whole(tables_.answer(query));
+}
+
+rib_service::bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why) {
+    complain(asked.ref, asked.opcode, result, why);
+    const auto said = refusal(result);
+    return {said.begin(), said.end()};
+}
+
+void rib_service::complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why) {
+    try {
+        complaints_.add(joined("the RIB refuses opcode 0x", std::hex, opcode, std::dec, " from ", sender_of(ref), ": ",
+                               result_text(result)),
+                        why);
+    } catch (const std::exception &) { // no memory for the text
+        return;
+    }
+}
+
+bool rib_service::may_speak(const request &asked, uint32_t client) const {
+    return !binds_names_ || policy_.allows(qip_sender_name(&asked.ref), client);
 }
 
 } // namespace ribkit

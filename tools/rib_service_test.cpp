@@ -4,8 +4,10 @@
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "testing/capture.h"
+#include "testing/pipe.h"
 #include "tools/fabric_file.h"
 #include "tools/fabric_generator.h"
+#include "tools/fault_script.h"
 #include "tools/fspf.h"
 #include "tools/fspf_client.h"
 #include "tools/input_error.h"
@@ -82,8 +84,8 @@ TEST(rib_service, a_short_message_is_refused_and_reported_and_the_rib_goes_on) {
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(client.exchange(std::span(message).first(message.size() - 1)),
               (fcurt_response{RIB_BAD_PARAMETERS, RIB_OPER_UPDATE_RSP, 2, 0, 0}));
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-              "ribkit: the RIB refuses a message: rib_fcurt_update: n_hop at offset 1128 is 1, at most 0 allowed\n");
+    EXPECT_TRUE(::testing::internal::GetCapturedStderr().ends_with(
+        ": bad parameters: rib_fcurt_update: n_hop at offset 1128 is 1, at most 0 allowed\n"));
     message.push_back(0);
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(client.exchange(message).result, RIB_EXCESS_DATA);
@@ -106,8 +108,9 @@ TEST(rib_service, what_does_not_fit_is_reported_and_the_rib_keeps_nothing_that_t
         EXPECT_EQ(client.converge(f).refused, 2U * (19U - 8U));
         reported = ::testing::internal::GetCapturedStderr();
     });
-    EXPECT_EQ(reported.substr(0, reported.find('\n')),
-              "ribkit: the RIB's answer for vsan 1 is \"failed\": 16 routes accepted");
+    EXPECT_NE(reported.find("ribkit: the RIB's answer for vsan 1 is \"failed\": 16 routes accepted\n"),
+              std::string::npos);
+    EXPECT_NE(reported.find(": failed: vsan 1, 16 routes accepted\nribkit: the RIB's answer"), std::string::npos);
     for (size_t link = 0; link < f.links().size(); link++) {
         f.apply({{}, link, false, {}});
     }
@@ -133,6 +136,75 @@ TEST(rib_service, a_message_of_another_kind_is_answered_too) {
         decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer.payload, RIBKIT_FCURT_RSP_SIZE)),
         (fcurt_response{RIB_NOT_SUPPORTED, 0, 0, 0, 0}));
     EXPECT_EQ(rib_wrap_qip_drop(RIB_CLIENT_TEST, handle.number(), &answer.ref), 0);
+}
+
+/// What a handle is answered, as the five words.
+fcurt_response answered(const service_handle &handle, uint32_t opcode, std::span<uint8_t> payload) {
+    rib_wrap_msg request{};
+    rib_wrap_msg answer{};
+    request.opcode = opcode;
+    request.payload = payload.data();
+    request.payload_size = static_cast<uint32_t>(payload.size());
+    if (rib_wrap_qip_req_rsp(handle.number(), &request, &answer) != RIB_OK) {
+        return {};
+    }
+    const std::vector<uint8_t> bytes(answer.payload, answer.payload + answer.payload_size);
+    rib_wrap_qip_drop(RIB_CLIENT_TEST, handle.number(), &answer.ref);
+    return bytes.size() == RIBKIT_FCURT_RSP_SIZE
+               ? decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(bytes))
+               : fcurt_response{};
+}
+
+TEST(rib_service, each_kind_of_refusal_from_each_sender_is_said_once_and_counted) {
+    const testing::filled_pipe said(false);
+    rib_service rib(bus, {.complaints_to = said.way_in()});
+    const service_handle first(bus);
+    const service_handle second(bus);
+    uint8_t byte = 0;
+    for (int i = 0; i < 5; i++) {
+        EXPECT_EQ(answered(first, RIBKIT_OPCODE_FCURT_UPDATE, {&byte, 1}).result, RIB_BAD_PARAMETERS);
+        EXPECT_EQ(answered(first, 0x1ff, {&byte, 1}).result, RIB_NOT_SUPPORTED);
+        EXPECT_EQ(answered(second, 0x1ff, {&byte, 1}).result, RIB_NOT_SUPPORTED);
+        EXPECT_EQ(answered(second, RIBKIT_OPCODE_PROBE, {}).result, RIB_NOT_SUPPORTED); // of which nothing is said
+    }
+    rib.stop();
+    const std::string text = said.read_all();
+    size_t whole = 0;
+    for (size_t at = text.find("more\n"); at != std::string::npos; at = text.find("more\n", at + 1)) {
+        whole++;
+    }
+    EXPECT_GE(whole, 3U) << text;
+    EXPECT_EQ(text.find("opcode 0x0"), std::string::npos) << text;
+    for (const char *end : {" bad parameters: rib_fcurt_update: ", " not supported: no such opcode\n"}) {
+        EXPECT_NE(text.find(end), std::string::npos) << text;
+    }
+}
+
+TEST(rib_service, nobody_has_to_read_what_it_refuses) {
+    const testing::filled_pipe said;
+    rib_service rib(bus, {.complaints_to = said.way_in()});
+    const service_handle client(bus);
+    uint8_t byte = 0;
+    for (uint32_t opcode = 0x200; opcode < 0x400; opcode++) {
+        EXPECT_EQ(answered(client, opcode == RIB_CMI_OPCODE ? 1 : opcode, {&byte, 1}).result, RIB_NOT_SUPPORTED);
+    }
+    rib.stop();
+}
+
+// The pauses grow, and the end does not wait for them.
+TEST(rib_service, a_bus_from_which_nothing_can_be_received_is_said_once_and_left) {
+    const testing::fault_script script("fail recv every 1 EIO\n");
+    const testing::filled_pipe said(false);
+    rib_service rib(bus, {.complaints_to = said.way_in()});
+    EXPECT_EQ(said.read_some(), "ribkit: the RIB cannot receive: Input/output error\n");
+    rib.stop();
+}
+
+TEST(rib_service, a_failure_that_looks_like_the_end_is_not_the_end) {
+    const testing::fault_script script("fail recv 2 ECANCELED\nfail recv 3 EBADF\n");
+    rib_service rib(bus);
+    fspf_client client(bus, {});
+    EXPECT_EQ(client.converge(generated(5, fabric_shape::ring)).refused, 0U);
 }
 
 TEST(rib_service, a_second_rib_on_the_bus_and_an_unknown_bus_are_errors) {

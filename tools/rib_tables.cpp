@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace ribkit {
 
@@ -57,6 +58,13 @@ uint32_t control_of(const next_hop &hop) { return (hop.domain & 0xff) << 5; }
 
 } // namespace
 
+rib_tables::rib_tables(const rib_spaces &spaces, const move_display &shown, const std::map<uint32_t, uint32_t> &quotas)
+    : store_(spaces, shown) {
+    for (const auto &[uuid, most] : quotas) {
+        uses_.emplace(uuid, client_use{most});
+    }
+}
+
 uint32_t rib_tables::held(uint32_t vsan) const {
     const auto found = store_.vsans().find(vsan);
     return found == store_.vsans().end() ? 0 : found->second.routes;
@@ -94,7 +102,8 @@ fcurt_update rib_tables::answer(const fcurt_query &query) const {
     return routes;
 }
 
-fcurt_response rib_tables::take_update(std::span<const uint8_t> message, rib_check_report *why) {
+fcurt_response rib_tables::take_update(std::span<const uint8_t> message, const std::function<bool(uint32_t)> &may_speak,
+                                       rib_check_report *why) {
     const uint32_t size = rib_check_fcurt_update(message.data(), static_cast<uint32_t>(message.size()), why);
     if (size != RIB_OK) {
         fcurt_response response = refusal(size, message);
@@ -103,6 +112,9 @@ fcurt_response rib_tables::take_update(std::span<const uint8_t> message, rib_che
     }
     const fcurt_update update = decode_fcurt_update(message);
     fcurt_response response{judge(update), update.oper, update.vsan, 0, held(update.vsan)};
+    if (response.result == RIB_OK && may_speak && !may_speak(update.uuid)) {
+        response.result = RIB_BAD_PARAMETERS;
+    }
     if (response.result != RIB_OK) {
         return response;
     }
@@ -118,16 +130,9 @@ fcurt_response rib_tables::take_update(std::span<const uint8_t> message, rib_che
 uint32_t rib_tables::take(const fcurt_update &update, const route_change &change) {
     const route_key key{update.vsan, change.to};
     const auto found = index_.find(key);
-    if (change.action == RIB_ACTION_ADD && found != index_.end()) {
-        return store_.replace(*found->second, update.uuid, change.what);
-    }
     if (change.action == RIB_ACTION_ADD) {
-        route_record *made = nullptr;
-        const uint32_t result = store_.add(update.vsan, change.to, update.uuid, change.what, made);
-        if (result == RIB_OK) {
-            index_.emplace(key, made);
-        }
-        return result;
+        return found == index_.end() ? add(key, update.uuid, change.what)
+                                     : replace(*found->second, update.uuid, change.what);
     }
     if (found == index_.end()) {
         return RIB_NO_ENTRY;
@@ -135,11 +140,61 @@ uint32_t rib_tables::take(const fcurt_update &update, const route_change &change
     route_record &held = *found->second;
     if (change.action == RIB_ACTION_DELETE) {
         index_.erase(found);
+        count(held.uuid, -1);
         return store_.remove(held);
     }
     held.flag = (change.action & RIB_ACTION_CHANGE_FLAG) != 0 ? change.what.flag : held.flag;
     held.metric = (change.action & RIB_ACTION_CHANGE_METRIC) != 0 ? change.what.metric : held.metric;
     return RIB_OK;
+}
+
+// The place in the index comes first: once the store has the route, nothing can fail any more.
+uint32_t rib_tables::add(const route_key &key, uint32_t uuid, const route &what) {
+    if (!has_room(uuid)) {
+        return RIB_HW_FULL;
+    }
+    auto place = index_.end();
+    try {
+        place = index_.emplace(key, nullptr).first;
+    } catch (const std::bad_alloc &) {
+        return RIB_OUT_OF_MEMORY;
+    }
+    const uint32_t result = store_.add(key.vsan, key.to, uuid, what, place->second);
+    if (result != RIB_OK) {
+        index_.erase(place);
+        return result;
+    }
+    count(uuid, 1);
+    return RIB_OK;
+}
+
+uint32_t rib_tables::replace(route_record &held, uint32_t uuid, const route &what) {
+    const uint32_t before = held.uuid;
+    if (uuid != before && !has_room(uuid)) {
+        return RIB_HW_FULL;
+    }
+    const uint32_t result = store_.replace(held, uuid, what);
+    if (held.uuid != before) {
+        count(before, -1);
+        count(uuid, 1);
+    }
+    return result;
+}
+
+rib_tables::client_use *rib_tables::use_of(uint32_t uuid) {
+    const auto found = uses_.find(uuid);
+    return found == uses_.end() ? nullptr : &found->second;
+}
+
+bool rib_tables::has_room(uint32_t uuid) {
+    const client_use *use = use_of(uuid);
+    return use == nullptr || use->routes < use->most;
+}
+
+void rib_tables::count(uint32_t uuid, int32_t more) {
+    if (client_use *use = use_of(uuid); use != nullptr) {
+        use->routes += static_cast<uint32_t>(more);
+    }
 }
 
 std::vector<uint8_t> ucast_entry(const route_key &key, const held_route &held) {

@@ -5,12 +5,14 @@
 #include "rib_trace.h"
 #include "tools/fcurt_message.h"
 #include "tools/fcurt_query.h"
+#include "tools/input_error.h"
 
 namespace ribkit {
 
 namespace {
 
 constexpr uint32_t routes_a_query = 1000;
+constexpr size_t most_routes = size_t{1} << 22; ///< four times what all VSANs have with every domain
 
 fcurt_update ask(rib_link &link, const route_reading &wanted, const route_key &from) {
     auto query = encode({wanted.uuid, wanted.vsan ? RIBKIT_QUERY_VSAN_ALL : RIBKIT_QUERY_ALL, routes_a_query, from.vsan,
@@ -34,6 +36,9 @@ held_routes read_routes(rib_link &link, const route_reading &wanted) {
         const fcurt_update part = ask(link, wanted, from);
         if (part.changes.empty()) {
             break;
+        }
+        if (part.changes.size() > routes_a_query || all.size() + part.changes.size() > most_routes) {
+            throw no_answer(joined("it has more than ", all.size(), " routes"));
         }
         for (const route_change &one : part.changes) {
             const route_key key{part.vsan, one.to};

@@ -18,13 +18,11 @@ uint32_t first_failure(uint32_t first, uint32_t second) { return first != RIB_OK
 
 uint8_t domain_of(const destination &to) { return static_cast<uint8_t>(to.fcid >> 16); }
 
-uint8_t port_of(uint32_t if_index) { return static_cast<uint8_t>(if_index); }
-
 } // namespace
 
-route_store::route_store(const rib_spaces &spaces, bool trace)
+route_store::route_store(const rib_spaces &spaces, const move_display &shown)
     : spaces_(spaces), records_(pool_create(records_a_chunk, sizeof(route_record))), paths_(spaces.path_units),
-      positions_(spaces, trace) {
+      positions_(spaces, shown) {
     if (records_ == nullptr) {
         throw std::bad_alloc();
     }
@@ -35,19 +33,17 @@ uint32_t route_store::add(uint32_t vsan, const destination &to, uint32_t uuid, c
     if (result != RIB_OK) {
         return result;
     }
-    made = static_cast<route_record *>(pool_alloc(records_));
+    made = static_cast<route_record *>(pool_alloc(records_.get()));
     if (made == nullptr) {
         leave(vsan);
         return RIB_OUT_OF_MEMORY;
     }
     *made = {vsan, to, uuid, what.metric, what.flag, 0, 0, no_position};
-    result = equip(*made, static_cast<uint32_t>(what.hops.size()));
+    result = equip(*made, what.hops);
     if (result != RIB_OK) {
         strip(*made);
         return result;
     }
-    paths_.write(made->path, what.hops);
-    add_ports(*made);
     vsan_store &owner = vsans_.at(vsan);
     owner.domains.add(domain_of(to));
     owner.routes++;
@@ -57,25 +53,28 @@ uint32_t route_store::add(uint32_t vsan, const destination &to, uint32_t uuid, c
 uint32_t route_store::replace(route_record &record, uint32_t uuid, const route &what) {
     const auto hops = static_cast<uint32_t>(what.hops.size());
     uint32_t path = record.path;
-    uint32_t result = RIB_OK;
-    if (hops != record.hops) {
-        result = paths_.take(hops, path);
-        if (result != RIB_OK) {
-            return result;
-        }
+    uint32_t result = hops == record.hops ? RIB_OK : paths_.take(hops, path);
+    if (result != RIB_OK) {
+        return result;
     }
-    remove_ports(record);
+    result = add_ports(what.hops);
+    if (result != RIB_OK) {
+        if (hops != record.hops) {
+            paths_.give_back(hops, path);
+        }
+        return result;
+    }
+    remove_ports(this->hops(record));
     if (hops != record.hops) {
         result = paths_.give_back(record.hops, record.path);
     }
     paths_.write(path, what.hops);
     record = {record.vsan, record.to, uuid, what.metric, what.flag, hops, path, record.position};
-    add_ports(record);
     return result;
 }
 
 uint32_t route_store::remove(route_record &record) {
-    remove_ports(record);
+    remove_ports(hops(record));
     vsan_store &owner = vsans_.at(record.vsan);
     owner.domains.remove(domain_of(record.to));
     owner.routes--;
@@ -87,10 +86,14 @@ uint32_t route_store::enter(uint32_t vsan) {
     if (vsans_.contains(vsan)) {
         return RIB_OK;
     }
-    uint32_t segment = 0;
-    const uint32_t result = positions_.take_segment(segment);
-    if (result == RIB_OK) {
-        vsans_[vsan].segment = segment;
+    try {
+        vsans_.try_emplace(vsan);
+    } catch (const std::bad_alloc &) {
+        return RIB_OUT_OF_MEMORY;
+    }
+    const uint32_t result = positions_.take_segment(vsans_.at(vsan).segment);
+    if (result != RIB_OK) {
+        vsans_.erase(vsan);
     }
     return result;
 }
@@ -103,14 +106,16 @@ void route_store::leave(uint32_t vsan) {
     }
 }
 
-/// Path units and a position, or as much of that as there is.
-uint32_t route_store::equip(route_record &record, uint32_t hops) {
-    const uint32_t result = paths_.take(hops, record.path);
+/// Path units, ports and a position, or as much of that as there is.
+uint32_t route_store::equip(route_record &record, std::span<const next_hop> hops) {
+    uint32_t result = paths_.take(static_cast<uint32_t>(hops.size()), record.path);
     if (result != RIB_OK) {
         return result;
     }
-    record.hops = hops;
-    return positions_.take(vsans_.at(record.vsan).segment, record);
+    record.hops = static_cast<uint32_t>(hops.size());
+    paths_.write(record.path, hops);
+    result = positions_.take(vsans_.at(record.vsan).segment, record);
+    return result == RIB_OK ? add_ports(hops) : result;
 }
 
 /// Gives back what the record has, then the record.
@@ -120,43 +125,39 @@ uint32_t route_store::strip(route_record &record) {
     if (record.position != no_position) {
         result = first_failure(result, positions_.give_back(vsans_.at(vsan).segment, record));
     }
-    result = first_failure(result, pool_free(records_, &record));
+    result = first_failure(result, pool_free(records_.get(), &record));
     leave(vsan);
     return result;
 }
 
-void route_store::add_ports(const route_record &record) {
-    for (const next_hop &hop : hops(record)) {
-        ports_[hop.if_index >> 8].add(port_of(hop.if_index));
+/// All of them, or none.
+uint32_t route_store::add_ports(std::span<const next_hop> hops) {
+    size_t done = 0;
+    try {
+        for (; done < hops.size(); done++) {
+            ports_[hops[done].if_index]++;
+        }
+    } catch (const std::bad_alloc &) {
+        remove_ports(hops.first(done));
+        return RIB_OUT_OF_MEMORY;
     }
+    return RIB_OK;
 }
 
-void route_store::remove_ports(const route_record &record) {
-    for (const next_hop &hop : hops(record)) {
-        const auto found = ports_.find(hop.if_index >> 8);
-        found->second.remove(port_of(hop.if_index));
-        if (found->second.count() == 0) {
+void route_store::remove_ports(std::span<const next_hop> hops) {
+    for (const next_hop &hop : hops) {
+        const auto found = ports_.find(hop.if_index);
+        if (--found->second == 0) {
             ports_.erase(found);
         }
     }
 }
 
-bool route_store::uses_port(uint32_t if_index) const {
-    const auto found = ports_.find(if_index >> 8);
-    return found != ports_.end() && found->second.has(port_of(if_index));
-}
-
-uint32_t route_store::ports() const {
-    uint32_t count = 0;
-    for (const auto &[group, used] : ports_) {
-        count += used.count();
-    }
-    return count;
-}
+bool route_store::uses_port(uint32_t if_index) const { return ports_.contains(if_index); }
 
 rib_memory route_store::memory() const {
     rib_memory now{0, paths_.used(), 0, spaces_};
-    pool_count(records_, &now.routes);
+    pool_count(records_.get(), &now.routes);
     for (const auto &[id, vsan] : vsans_) {
         now.positions += positions_.used(vsan.segment);
     }
@@ -166,7 +167,7 @@ rib_memory route_store::memory() const {
 void route_store::show() const {
     std::array<char, 32> label{};
     std::puts("\nRoutes: pool");
-    pool_show(records_);
+    pool_show(records_.get());
     std::puts("\nPath units: buddy allocator");
     paths_.show();
     std::puts("\nHardware positions: a segment for each VSAN");
@@ -177,9 +178,20 @@ void route_store::show() const {
         vsan.domains.show(label.data());
     }
     std::puts("\nPorts in use, by interface index");
-    for (const auto &[group, used] : ports_) {
+    show_ports();
+}
+
+/// Bitmaps of the last byte, which is the port's.
+void route_store::show_ports() const {
+    std::array<char, 32> label{};
+    for (auto next = ports_.begin(); next != ports_.end();) {
+        const uint32_t group = next->first >> 8;
+        std::array<uint8_t, 32> members{};
+        for (; next != ports_.end() && next->first >> 8 == group; ++next) {
+            bmap_set(members.data(), members.size() - 1, next->first & 0xff);
+        }
         std::snprintf(label.data(), label.size(), "0x%06xNN", group);
-        used.show(label.data());
+        bmap_show(members.data(), members.size(), label.data());
     }
 }
 

@@ -1,5 +1,5 @@
 // What the routes of the RIB are made of: records in a pool, next hops in the path space, a position in the hardware,
-// and bitmaps of the domains that are reached and of the ports that are used.
+// a bitmap of the domains that are reached, and the ports that are used.
 #pragma once
 
 #include "rib_mem.h"
@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <span>
 
 namespace ribkit {
@@ -33,10 +34,7 @@ struct vsan_store {
 class route_store {
   public:
     /// Throws std::bad_alloc.
-    route_store(const rib_spaces &spaces, bool trace);
-    route_store(const route_store &) = delete;
-    route_store &operator=(const route_store &) = delete;
-    ~route_store() { pool_destroy(records_); }
+    route_store(const rib_spaces &spaces, const move_display &shown);
 
     /// Stores a new route whole, or nothing of it. @return 0, or the result code of what is full
     uint32_t add(uint32_t vsan, const destination &to, uint32_t uuid, const route &what, route_record *&made);
@@ -51,24 +49,29 @@ class route_store {
     [[nodiscard]] const std::map<uint32_t, vsan_store> &vsans() const { return vsans_; }
     [[nodiscard]] const position_space &positions() const { return positions_; }
     [[nodiscard]] bool uses_port(uint32_t if_index) const;
-    [[nodiscard]] uint32_t ports() const;
+    [[nodiscard]] uint32_t ports() const { return static_cast<uint32_t>(ports_.size()); }
     [[nodiscard]] rib_memory memory() const;
     void show() const;
 
   private:
+    struct pool_end {
+        void operator()(struct pool *ended) const { pool_destroy(ended); }
+    };
+
     uint32_t enter(uint32_t vsan);
     void leave(uint32_t vsan);
-    uint32_t equip(route_record &record, uint32_t hops);
+    uint32_t equip(route_record &record, std::span<const next_hop> hops);
     uint32_t strip(route_record &record);
-    void add_ports(const route_record &record);
-    void remove_ports(const route_record &record);
+    uint32_t add_ports(std::span<const next_hop> hops);
+    void remove_ports(std::span<const next_hop> hops);
+    void show_ports() const;
 
     rib_spaces spaces_;
-    struct pool *records_;
+    std::unique_ptr<struct pool, pool_end> records_;
     path_space paths_;
     position_space positions_;
     std::map<uint32_t, vsan_store> vsans_;
-    std::map<uint32_t, counted_map> ports_; ///< by interface index without its last byte, which is the port's
+    std::map<uint32_t, uint32_t> ports_; ///< how many next hops, by interface index
 };
 
 } // namespace ribkit

@@ -9,6 +9,7 @@
 #include "tools/rib_tables.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <set>
 
 namespace ribkit {
@@ -181,7 +182,7 @@ std::vector<route_change> domains_added(uint32_t first, uint32_t last) {
 
 TEST(route_store, a_full_segment_grows_into_its_neighbours_and_their_routes_move) {
     const rib_spaces spaces{3, 24, 64};
-    rib_tables rib(spaces, true);
+    rib_tables rib(spaces, {true, true});
     const std::string text = testing::printed_by([&] {
         update(rib, 1, domains_added(1, 2));
         update(rib, 2, domains_added(1, 2));
@@ -200,7 +201,7 @@ TEST(route_store, a_full_segment_grows_into_its_neighbours_and_their_routes_move
 
 TEST(route_store, a_full_space_is_one_answer_and_has_room_again_after_a_delete) {
     const rib_spaces spaces{1, 8, 64};
-    rib_tables rib(spaces);
+    rib_tables rib(spaces, {false, true});
     std::string text = testing::printed_by([&] {
         EXPECT_EQ(update(rib, 1, domains_added(1, 12)), (fcurt_response{RIB_FAILED, RIB_OPER_UPDATE_RSP, 1, 8, 8}));
     });
@@ -233,11 +234,13 @@ TEST(route_store, a_route_for_which_memory_fails_is_not_there) {
     for (size_t n = 1; happened; n++) {
         rib_tables rib(spaces);
         fcurt_response response{};
-        testing::printed_by([&] {
+        try {
             const testing::failing_allocation failing(n, testing::failing_allocation::how::onwards);
             response = rib.take_update(add.at(0).bytes);
             happened = failing.happened();
-        });
+        } catch (const std::bad_alloc &) {
+            response.result = RIB_OUT_OF_MEMORY;
+        }
         refused += response.result == RIB_OUT_OF_MEMORY ? 1 : 0;
         EXPECT_TRUE(response.result == RIB_OK || response.result == RIB_OUT_OF_MEMORY) << n;
         EXPECT_EQ(rib.routes().size(), response.result == RIB_OK ? 1U : 0U) << n;
@@ -246,6 +249,80 @@ TEST(route_store, a_route_for_which_memory_fails_is_not_there) {
         expect_sound(rib, spaces);
     }
     EXPECT_GE(refused, 4U);
+}
+
+fcurt_response update_of(rib_tables &rib, uint32_t uuid, uint32_t vsan, const route_change &change) {
+    return rib.take_update(encode_whole({uuid, vsan, RIB_OPER_UPDATE_RSP, {change}}));
+}
+
+// The model counts what each client has; whoever adds a route last has it.
+TEST(route_store, a_client_has_no_more_routes_than_its_quota) {
+    const std::map<uint32_t, uint32_t> quotas{{RIB_CLIENT_FSPF, 5}, {RIB_CLIENT_MCAST, 0}, {RIB_CLIENT_TEST, 2}};
+    constexpr uint32_t clients[] = {RIB_CLIENT_FSPF, RIB_CLIENT_MCAST, RIB_CLIENT_TEST, RIB_CLIENT_RSCN};
+    rib_tables rib({}, {}, quotas);
+    std::map<route_key, uint32_t> model;
+    std::mt19937 random(1);
+    std::map<uint32_t, uint32_t> refused;
+    for (int i = 0; i < 20000; i++) {
+        const uint32_t uuid = clients[below(random, 4)];
+        const route_key key{1 + below(random, 3), {(1 + below(random, 15)) << 16, RIB_MASK_DOMAIN}};
+        const bool adds = below(random, 3) != 0;
+        const auto most = quotas.find(uuid);
+        const auto has = std::count_if(model.begin(), model.end(), [&](const auto &one) { return one.second == uuid; });
+        const bool room = most == quotas.end() || static_cast<uint32_t>(has) < most->second ||
+                          (model.contains(key) && model.at(key) == uuid);
+        uint32_t expected = RIB_OK;
+        if (adds) {
+            expected = room ? RIB_OK : RIB_HW_FULL;
+        } else if (!model.contains(key)) {
+            expected = RIB_NO_ENTRY;
+        }
+        const auto response =
+            update_of(rib, uuid, key.vsan, {adds ? RIB_ACTION_ADD : RIB_ACTION_DELETE, key.to, one_hop});
+        ASSERT_EQ(response.result, expected) << i;
+        refused[uuid] += expected == RIB_HW_FULL ? 1 : 0;
+        if (expected == RIB_OK && adds) {
+            model[key] = uuid;
+        } else if (expected == RIB_OK) {
+            model.erase(key);
+        }
+    }
+    const held_routes held = rib.routes();
+    ASSERT_EQ(held.size(), model.size());
+    for (const auto &[key, uuid] : model) {
+        ASSERT_EQ(held.at(key).uuid, uuid);
+    }
+    EXPECT_GT(refused[RIB_CLIENT_FSPF], 100U);
+    EXPECT_GT(refused[RIB_CLIENT_TEST], 100U);
+    EXPECT_EQ(refused[RIB_CLIENT_RSCN], 0U);
+}
+
+// Interfaces without end, each in a group of its own: what they cost is in proportion to the messages.
+TEST(route_store, interfaces_cost_as_much_as_they_say_and_nothing_when_they_are_gone) {
+    constexpr uint32_t routes = 200;
+    rib_tables rib;
+    const auto wide = [](uint32_t number) {
+        route what = one_hop;
+        what.hops.clear();
+        for (uint32_t hop = 0; hop < RIBKIT_MOST_HOPS; hop++) {
+            what.hops.push_back({(number * RIBKIT_MOST_HOPS + hop) << 8, 1});
+        }
+        return what;
+    };
+    const size_t sent = routes * fcurt_record_size(RIBKIT_MOST_HOPS);
+    const size_t before = mallinfo2().uordblks;
+    for (int round = 0; round < 3; round++) {
+        for (uint32_t i = 1; i <= routes; i++) {
+            update(rib, 1, {{RIB_ACTION_ADD, domain(i), wide(i + routes * static_cast<uint32_t>(round))}});
+        }
+        EXPECT_EQ(rib.store().ports(), routes * RIBKIT_MOST_HOPS);
+        EXPECT_LT(mallinfo2().uordblks - before, sent * 12);
+        for (uint32_t i = 1; i <= routes; i++) {
+            update(rib, 1, {{RIB_ACTION_DELETE, domain(i), {}}});
+        }
+        EXPECT_EQ(rib.store().ports(), 0U);
+        EXPECT_LT(mallinfo2().uordblks - before, sent * 3 / 2); // what the buddy allocator keeps for the next ones
+    }
 }
 
 TEST(route_store, vsans_beyond_the_segments_are_refused_until_one_is_empty) {

@@ -21,8 +21,7 @@ std::string shown_url(const std::string &url) {
     return at == std::string::npos || at < host ? url : url.substr(0, host) + url.substr(at + 1);
 }
 
-// A transport that the platform library may be built without: it says so itself.
-static bool names_server(const std::string &url) { return url.starts_with("nats:") || url.starts_with("tls:"); }
+bool names_server(const std::string &url) { return url.starts_with("nats:") || url.starts_with("tls:"); }
 
 service_handle::service_handle(const std::string &url, std::chrono::milliseconds patience) {
     pauses waiting(patience);

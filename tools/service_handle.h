@@ -13,6 +13,9 @@ namespace ribkit {
 /// The bus as it may be printed: without user, password or token.
 std::string shown_url(const std::string &url);
 
+/// Whether a server carries the bus, so that several may listen at one address.
+bool names_server(const std::string &url);
+
 class service_handle {
   public:
     /// Opens the bus. Where no server is there, tries again for as long as `patience`, and says so on standard error.

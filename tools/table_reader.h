@@ -17,6 +17,12 @@
 
 namespace ribkit {
 
+/// What may be said either way.
+struct name_or_number {
+    std::string name;
+    std::optional<uint32_t> number;
+};
+
 class table_reader {
   public:
     using names = std::initializer_list<std::string_view>;
@@ -63,6 +69,15 @@ class table_reader {
         std::vector<std::string> values;
         for (const toml::node &element : list(required(key), key)) {
             values.push_back(text(element, key));
+        }
+        return values;
+    }
+
+    [[nodiscard]] name_or_number either(std::string_view key) const { return either(required(key), key); }
+    [[nodiscard]] std::vector<name_or_number> eithers(std::string_view key) const {
+        std::vector<name_or_number> values;
+        for (const toml::node &element : list(required(key), key)) {
+            values.push_back(either(element, key));
         }
         return values;
     }
@@ -136,6 +151,10 @@ class table_reader {
             throw line_error(line_of(node.source()), joined(key, " takes a whole number"));
         }
         return static_cast<uint32_t>(*value);
+    }
+
+    static name_or_number either(const toml::node &node, std::string_view key) {
+        return node.is_string() ? name_or_number{text(node, key), {}} : name_or_number{{}, number(node, key)};
     }
 
     static const toml::array &list(const toml::node &node, std::string_view key) {
