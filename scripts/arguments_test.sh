@@ -22,6 +22,7 @@ refused "fresh takes * too much" test fresh all all
 refused "there is no benchmark 'nosuch': codec diag mem platform" bench codec nosuch
 refused "nats takes no arguments, so 'extra' is too much" nats extra
 refused "golden takes no arguments, *" golden x
+refused "attack takes no arguments, *" attack x
 refused "format takes no arguments, *" format x
 refused "fuzz takes a number of seconds, not 'x'" fuzz x
 refused "fuzz takes a number of seconds, not '0'" fuzz 0

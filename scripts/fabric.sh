@@ -43,7 +43,7 @@ nats() {
         cat "$scratch/client-$vsan"
     done
     printf '\nrun: ribkit routes\n'
-    "$ribkit" routes --bus "$server_url"
+    finish "$ribkit" routes --bus "$server_url"
     [[ -t 0 ]] || return 0
     printf '\nrun: the RIB goes on until Ctrl-C; more commands for it: %s routes --bus %s\n' "$ribkit" "$server_url"
     trap 'exit 0' INT TERM # as it was announced
