@@ -60,11 +60,11 @@ run_console() {
     rm -f "$scratch"/step*
 }
 
-# A fabric file, kept under the name that its mark gives it.
+# A fabric file, or tables that the sample gets in addition; kept under the name that its mark gives it.
 run_toml() {
     local file
     file=$(mark file)
-    cp "$1" "${file:=fabric.toml}"
+    { grep -q '^local' "$1" || cat examples/fabrics/small.toml; cat "$1"; } >"${file:=fabric.toml}"
     ribkit lab "$file" >"$scratch/output" 2>&1 || fail "is no fabric file: $(cat "$scratch/output")"
 }
 
