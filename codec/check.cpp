@@ -5,8 +5,9 @@
 
 namespace ribkit {
 
-uint32_t check(const layout &l, const char *name, const void *message, uint32_t size, rib_check_report *report) {
-    return checker<uncounted>(name, static_cast<const uint8_t *>(message), size, report).check(l);
+uint32_t check(const check_tables &tables, uint8_t plan, const char *name, const void *message, uint32_t size,
+               rib_check_report *report) {
+    return checker<uncounted>(tables, name, static_cast<const uint8_t *>(message), size, report).check(plan);
 }
 
 } // namespace ribkit

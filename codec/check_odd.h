@@ -7,30 +7,31 @@
 
 namespace ribkit {
 
-template <class Steps> uint32_t checker<Steps>::walk_odd(const layout &l, size_t at, size_t &end) {
-    if (&l == &wire::ucast_route) {
+template <class Steps> uint32_t checker<Steps>::walk_odd(odd_check odd, size_t at, size_t &end) {
+    switch (odd) {
+    case odd_check::none:
+        break;
+    case odd_check::ucast_route:
         return check_ucast_route(at, end);
-    }
-    if (&l == &wire::registration) {
+    case odd_check::registration:
         return check_register(at);
-    }
-    if (&l == &wire::in_info) {
+    case odd_check::in_info:
         return check_in_info(at, end);
-    }
-    if (&l == &wire::verf_info) {
+    case odd_check::verf_info:
         return check_verf_info(at, end);
-    }
-    if (&l == &wire::fcmrt_info) {
+    case odd_check::fcmrt_info:
         return check_overlap<wire::fcmrt_info>();
+    case odd_check::fcurt_info:
+        return check_overlap<wire::fcurt_info>();
     }
-    return &l == &wire::fcurt_info ? check_overlap<wire::fcurt_info>() : RIB_OK;
+    return RIB_OK;
 }
 
 /// The display steps over the hops of a table entry by the labels that each has, the converter by eight bytes: both
 /// must find what they look for.
 template <class Steps> uint32_t checker<Steps>::check_ucast_route(size_t at, size_t &end) {
     const uint32_t hops = word_at(at + wire::ucast_route.at("n_hop"));
-    return walk_run(wire::fclrt_intf, at + wire::ucast_route.size, hops, end);
+    return walk_run(tables_.hop, at + wire::ucast_route.size, hops, end);
 }
 
 /// The name is printed, and so has to end.
@@ -50,7 +51,7 @@ template <class Steps> uint32_t checker<Steps>::check_in_info(size_t at, size_t 
 
 template <class Steps> uint32_t checker<Steps>::check_verf_info(size_t at, size_t &end) {
     const size_t count = word_at(at + wire::verf_info.at("n_key"));
-    const size_t key = wire::key_of(word_at(at + wire::verf_info.at("type"))).size;
+    const size_t key = wire::size_of_key(word_at(at + wire::verf_info.at("type")));
     if (const size_t room = left(end) / key; count > room) {
         return refuse(RIB_CHECK_COUNT, "n_key", at, count, room);
     }

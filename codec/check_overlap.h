@@ -14,13 +14,15 @@ template <class Steps> template <const layout &Info> uint32_t checker<Steps>::ch
     constexpr const row &routes = Info.rows[Info.n_rows - 1];
     constexpr const layout &route = *routes.entry;
     constexpr const row &list = route.rows[route.n_rows - 1];
+    constexpr const char *count_name = route.rows[route.n_rows - 2].name;
+    static_assert(route.at(count_name) == list.count.at);
     size_t swapped = 0;
     size_t entry = routes.offset;
     for (size_t n = word_at(0); n != 0; --n) {
         steps.step();
         const size_t count = word_at(entry + list.count.at);
         if (count != 0 && entry + list.count.at < swapped) {
-            return refuse_count(route, list, entry, count, 0);
+            return refuse(RIB_CHECK_COUNT, count_name, entry + list.count.at, count, 0);
         }
         swapped = std::max(swapped, entry + list.offset + list.stride * count);
         entry += routes.stride;
@@ -30,16 +32,17 @@ template <class Steps> template <const layout &Info> uint32_t checker<Steps>::ch
 
 /// As walk_entries. Routes apart from one another are walked one by one; from the first that overlaps on, a message is
 /// refused in any case, and all that is left to find is the first route whose hops do not hold.
-template <class Steps> uint32_t checker<Steps>::walk_overlapping_routes(size_t first, uint32_t count, size_t &end) {
+template <class Steps>
+uint32_t checker<Steps>::walk_overlapping_routes(uint8_t route, size_t first, uint32_t count, size_t &end) {
     constexpr size_t stride = wire::ucast_route.size;
     const size_t apart = routes_apart(first, count);
-    if (const uint32_t refused = walk_entries(wire::ucast_route, first, stride, static_cast<uint32_t>(apart), end);
+    if (const uint32_t refused = walk_entries(route, first, stride, static_cast<uint32_t>(apart), end);
         refused != 0 || apart == count) {
         return refused;
     }
     const size_t bad_hop = first_with_bad_hop(first, apart, count);
     const size_t bad = first_with_bad_run(first, apart, bad_hop);
-    return bad == count ? RIB_OK : walk(wire::ucast_route, first + bad * stride, end);
+    return bad == count ? RIB_OK : walk(route, first + bad * stride, end);
 }
 
 /// How many routes there are before the first whose count another route's hops would swap, or all.
@@ -60,8 +63,9 @@ template <class Steps> size_t checker<Steps>::routes_apart(size_t first, size_t 
 }
 
 template <class Steps> bool checker<Steps>::has_hop_at(size_t at) const {
-    constexpr row labels = wire::ucast_hop.row_of("label");
-    return left(at) >= wire::ucast_hop.size && count_at(labels.count, at) <= labels.bound;
+    constexpr count_of labels = wire::ucast_hop.row_of("label").count;
+    constexpr uint32_t most = wire::ucast_hop.row_of("label").bound;
+    return left(at) >= wire::ucast_hop.size && count_at(labels, at) <= most;
 }
 
 /// The first route that is cut short or has such a hop where the converter looks for them, eight bytes apart; `count`
@@ -98,12 +102,12 @@ template <class Steps> size_t checker<Steps>::first_with_bad_hop(size_t first, s
 /// has; 0 where it does not fit.
 template <class Steps> size_t checker<Steps>::fitting_hop_at(size_t at) const {
     constexpr const layout &hop = wire::fclrt_intf;
-    constexpr row labels = hop.row_of("push");
+    constexpr count_of labels = hop.row_of("push").count;
     const size_t room = left(at);
     if (room < hop.size) {
         return 0;
     }
-    const size_t size = hop.size + labels.stride * size_t{count_at(labels.count, at)};
+    const size_t size = hop.size + wire::label.size * size_t{count_at(labels, at)};
     return size > room ? 0 : size;
 }
 

@@ -1,5 +1,5 @@
 // Tables of overlapping unicast routes: what the check reports is what a walk of one route after another would.
-#include "codec/check.h"
+#include "codec/check_core.h"
 #include "codec/check_odd.h"
 #include "codec/check_overlap.h"
 
@@ -36,22 +36,22 @@ void PrintTo(const answer &a, std::ostream *out) {
 
 answer one_call(const byte_vector &bytes) {
     answer said;
-    said.code = check(wire::fcurt_info, "", bytes.data(), static_cast<uint32_t>(bytes.size()), &said.report);
+    said.code = rib_check_fcurt_info(bytes.data(), static_cast<uint32_t>(bytes.size()), &said.report);
     return said;
 }
 
 /// Every route walked by itself, then every count looked up in a map of the swapped bytes.
 answer one_by_one(const byte_vector &bytes) {
     answer said;
-    checker<uncounted> c("", bytes.data(), bytes.size(), &said.report);
+    checker<uncounted> c(core_checks::tables, "", bytes.data(), bytes.size(), &said.report);
     size_t end = header;
     if (bytes.size() < header) {
-        said.code = c.walk(wire::fcurt_info, 0, end);
+        said.code = c.walk(core_checks::plan<wire::fcurt_info>(), 0, end);
         return said;
     }
     const uint32_t count = be32(bytes.data());
     for (size_t i = 0; i < count; ++i) {
-        said.code = c.walk(wire::ucast_route, header + i * fixed, end);
+        said.code = c.walk(core_checks::plan<wire::ucast_route>(), header + i * fixed, end);
         if (said.code != 0) {
             return said;
         }

@@ -1,6 +1,7 @@
 // A check looks at each word a few times, whatever the message says: its steps are counted for messages made to cost
 // much, of every kind, and grow as the message does.
 #include "codec/catalogue.h"
+#include "codec/check_core.h"
 #include "codec/check_odd.h"
 #include "codec/check_overlap.h"
 
@@ -82,9 +83,14 @@ class costly {
     }
 };
 
+template <const layout &...L> constexpr std::array<uint8_t, sizeof...(L)> plans_of(layouts<L...> /*all*/) {
+    return {core_checks::plan<L>()...};
+}
+
 uint64_t steps(const layout &l, const byte_vector &bytes) {
-    checker<counted> c("", bytes.data(), bytes.size(), nullptr);
-    c.check(l);
+    static constexpr auto plans = plans_of(all_layouts{});
+    checker<counted> c(core_checks::tables, "", bytes.data(), bytes.size(), nullptr);
+    c.check(plans[all_layouts::index(&l)]);
     return c.steps.n;
 }
 

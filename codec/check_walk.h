@@ -1,9 +1,9 @@
-// The walk that every check is: over the layouts that the converters are made of. A count must fit its array, every
-// entry the bytes there are. Its steps can be counted, so that a test sees that they grow as the message does and no
-// faster; in the library nothing counts them.
+// The walk that every check is: over tables made from the layouts that the converters are made of. A count must fit its
+// array, every entry the bytes there are. Its steps can be counted, so that a test sees that they grow as the message
+// does and no faster; in the library nothing counts them.
 #pragma once
 
-#include "codec/engine.h"
+#include "codec/check_table.h"
 #include "codec/messages/info.h"
 #include "codec/report.h"
 
@@ -19,38 +19,38 @@ struct uncounted {
 template <class Steps> class checker {
   public:
     /// @param report may be null
-    checker(const char *name, const uint8_t *bytes, size_t size, rib_check_report *report)
-        : name_(name), bytes_(bytes), size_(size), report_(report) {}
+    checker(const check_tables &tables, const char *name, const uint8_t *bytes, size_t size, rib_check_report *report)
+        : tables_(tables), name_(name), bytes_(bytes), size_(size), report_(report) {}
 
-    /// Whether the bytes are one message of that layout, and nothing behind it.
-    uint32_t check(const layout &l) {
+    /// Whether the bytes are one message of that plan, and nothing behind it.
+    uint32_t check(uint8_t plan) {
         size_t end = 0;
-        if (const uint32_t refused = walk(l, 0, end); refused != 0) {
+        if (const uint32_t refused = walk(plan, 0, end); refused != 0) {
             return refused;
         }
         return end == size_ ? RIB_OK : refuse(RIB_CHECK_EXCESS, "size", end, size_, end);
     }
 
-    /// What one layout demands at `at`; `end` becomes the furthest byte that anything up to there touches.
-    uint32_t walk(const layout &l, size_t at, size_t &end) {
+    /// What one plan demands at `at`; `end` becomes the furthest byte that anything up to there touches.
+    uint32_t walk(uint8_t number, size_t at, size_t &end) {
+        const check_plan &plan = tables_.plans[number];
         steps.step();
-        if (at > size_ || left(at) < l.size) {
-            return refuse_short(l, at);
+        if (at > size_ || left(at) < plan.size) {
+            return refuse_short(plan, at);
         }
-        end = std::max(end, at + l.size);
-        for (const row &r : l) {
-            if (layout::is_list(r) && r.count.where != count_in::constant) {
-                if (const uint32_t refused = walk_list(l, r, at, end); refused != 0) {
-                    return refused;
-                }
+        end = std::max(end, at + plan.size);
+        for (unsigned i = 0; i < plan.n_lists; ++i) {
+            if (const uint32_t refused = walk_list(plan, tables_.lists[plan.first_list + i], at, end); refused != 0) {
+                return refused;
             }
         }
-        return walk_odd(l, at, end);
+        return walk_odd(plan.odd, at, end);
     }
 
     [[no_unique_address]] Steps steps;
 
   private:
+    const check_tables &tables_;
     const char *name_;
     const uint8_t *bytes_;
     size_t size_;
@@ -68,52 +68,50 @@ template <class Steps> class checker {
     }
     static uint32_t to_word(size_t n) { return static_cast<uint32_t>(std::min(n, size_t{UINT32_MAX})); }
 
-    /// Refuses the first field that the bytes do not hold whole, where a layout's fixed part would stand at `at`.
-    [[nodiscard]] uint32_t refuse_short(const layout &l, size_t at) const {
-        const row *r = l.begin();
-        while (at + r->end() <= size_) {
+    /// Refuses the first field that the bytes do not hold whole, where a plan's fixed part would stand at `at`.
+    [[nodiscard]] uint32_t refuse_short(const check_plan &plan, size_t at) const {
+        const check_row *r = tables_.rows + plan.first_row;
+        size_t begin = at;
+        while (at + r->end <= size_) {
+            begin = at + r->end;
             ++r;
         }
-        return refuse(RIB_CHECK_SHORT, r->name, at + r->offset, at + r->end(), size_);
+        return refuse(RIB_CHECK_SHORT, tables_.names + r->name, begin, at + r->end, size_);
     }
 
-    [[nodiscard]] uint32_t refuse_count(const layout &l, const row &list, size_t at, size_t count,
+    /// Refuses a count, in the name of the field that holds it.
+    [[nodiscard]] uint32_t refuse_count(const check_plan &plan, const check_list &list, size_t at, size_t count,
                                         size_t allowed) const {
-        const row *holder = l.begin();
-        while (list.count.at >= holder->end()) {
+        const check_row *holder = tables_.rows + plan.first_row;
+        size_t begin = at;
+        while (list.count.at >= holder->end) {
+            begin = at + holder->end;
             ++holder;
         }
-        return refuse(RIB_CHECK_COUNT, holder->name, at + holder->offset, count, allowed);
+        return refuse(RIB_CHECK_COUNT, tables_.names + holder->name, begin, count, allowed);
     }
 
-    uint32_t walk_list(const layout &l, const row &list, size_t at, size_t &end) {
-        const layout &entry = *list.entry;
+    uint32_t walk_list(const check_plan &plan, const check_list &list, size_t at, size_t &end) {
         const uint32_t count = count_at(list.count, at);
         const size_t first = at + list.offset;
         if (list.bound != 0 && count > list.bound) {
-            return refuse_count(l, list, at, count, list.bound);
+            return refuse_count(plan, list, at, count, list.bound);
         }
         if (list.stride == 0) {
-            return walk_run(entry, first, count, end);
+            return walk_run(list.entry, first, count, end);
         }
-        if (!is_counted(entry)) {
+        if (list.entry == check_list::no_plan) {
             if (const size_t room = left(first) / list.stride; list.bound == 0 && count > room) {
-                return refuse_count(l, list, at, count, room);
+                return refuse_count(plan, list, at, count, room);
             }
             end = std::max(end, first + size_t{count} * list.stride);
             return RIB_OK;
         }
-        return &entry == &wire::ucast_route ? walk_overlapping_routes(first, count, end)
-                                            : walk_entries(entry, first, list.stride, count, end);
+        return plan.odd == odd_check::fcurt_info ? walk_overlapping_routes(list.entry, first, count, end)
+                                                 : walk_entries(list.entry, first, list.stride, count, end);
     }
 
-    /// Whether a number says how much of the layout there is.
-    static bool is_counted(const layout &l) {
-        return std::any_of(l.begin(), l.end(),
-                           [](const row &r) { return layout::is_list(r) && r.count.where != count_in::constant; });
-    }
-
-    uint32_t walk_entries(const layout &entry, size_t first, size_t stride, uint32_t count, size_t &end) {
+    uint32_t walk_entries(uint8_t entry, size_t first, size_t stride, uint32_t count, size_t &end) {
         for (size_t i = 0; i < count; ++i) {
             if (const uint32_t refused = walk(entry, first + i * stride, end); refused != 0) {
                 return refused;
@@ -123,9 +121,10 @@ template <class Steps> class checker {
     }
 
     /// Entries one behind the other that each say their own size.
-    uint32_t walk_run(const layout &entry, size_t at, uint32_t count, size_t &end) {
-        if (const row *list = only_list(entry); list != nullptr && count != 0 && at <= size_) {
-            skip_records(entry, *list, at, count);
+    uint32_t walk_run(uint8_t entry, size_t at, uint32_t count, size_t &end) {
+        const check_plan &plan = tables_.plans[entry];
+        if (plan.is_record && count != 0 && at <= size_) {
+            skip_records(plan.size, tables_.lists[plan.first_list], at, count);
         }
         for (; count != 0; --count) {
             size_t entry_end = at;
@@ -138,23 +137,15 @@ template <class Steps> class checker {
         return RIB_OK;
     }
 
-    /// The list of a record that is a fixed part and one open list of words; null where the layout is anything else.
-    static const row *only_list(const layout &l) {
-        const row &last = *(l.end() - 1);
-        const bool fits = layout::is_open(last) && last.stride != 0 && last.stride == last.entry->size &&
-                          is_words_only(*last.entry) && is_fixed(*last.entry);
-        return fits && std::count_if(l.begin(), l.end(), layout::is_list) == 1 ? &last : nullptr;
-    }
-
     /// Steps over records that fit, as far as they do. Those of one size follow one another: as long as that holds,
     /// nothing but their count has to be looked at.
-    void skip_records(const layout &l, const row &list, size_t &at, uint32_t &count) {
-        while (count != 0 && left(at) >= l.size) {
+    void skip_records(size_t fixed, const check_list &list, size_t &at, uint32_t &count) {
+        while (count != 0 && left(at) >= fixed) {
             const uint32_t entries = count_at(list.count, at);
-            if (entries > (left(at) - l.size) / list.stride) {
+            if (entries > (left(at) - fixed) / list.stride) {
                 return;
             }
-            const size_t size = l.size + size_t{list.stride} * entries;
+            const size_t size = fixed + size_t{list.stride} * entries;
             do {
                 steps.step();
                 at += size;
@@ -164,7 +155,7 @@ template <class Steps> class checker {
     }
 
     // What a layout cannot say (check_odd.h), looked at once it has been walked.
-    uint32_t walk_odd(const layout &l, size_t at, size_t &end);
+    uint32_t walk_odd(odd_check odd, size_t at, size_t &end);
     uint32_t check_ucast_route(size_t at, size_t &end);
     uint32_t check_register(size_t at);
     uint32_t check_in_info(size_t at, size_t &end);
@@ -172,7 +163,7 @@ template <class Steps> class checker {
 
     // Entries that stand closer than they are long (check_overlap.h).
     template <const layout &Info> uint32_t check_overlap();
-    uint32_t walk_overlapping_routes(size_t first, uint32_t count, size_t &end);
+    uint32_t walk_overlapping_routes(uint8_t route, size_t first, uint32_t count, size_t &end);
     size_t routes_apart(size_t first, size_t count);
     size_t first_with_bad_hop(size_t first, size_t from, size_t count);
     size_t first_with_bad_run(size_t first, size_t from, size_t count);

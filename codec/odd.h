@@ -86,7 +86,7 @@ template <> struct conversion<wire::in_info> {
 /// Keys are nothing but words. @return the key's size
 template <class Isa, bool Swaps> uint32_t convert_key(uint32_t type, const uint8_t *src, uint8_t *dst) {
     static_assert(is_words_only(wire::verf_fcl) && is_words_only(wire::verf_fcm) && is_words_only(wire::verf_fcu));
-    const uint32_t size = wire::key_of(type).size;
+    const uint32_t size = wire::size_of_key(type);
     Isa::template run<Swaps>(src, dst, size / 4);
     return size;
 }

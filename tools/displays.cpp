@@ -15,7 +15,7 @@ namespace {
 
 /// The check of what is no message of its own.
 template <const layout &L> uint32_t fits(const void *record, uint32_t size, rib_check_report *report) {
-    return check(L, L.name, record, size, report);
+    return check<L>(L.name, record, size, report);
 }
 
 /// A display that takes a header flag and a record, whatever it returns.

@@ -63,4 +63,8 @@ constexpr const layout &key_of(uint32_t type) {
     return (type & 0x1111) != 0 ? verf_fcl : (type & 0x2222) != 0 ? verf_fcm : verf_fcu;
 }
 
+constexpr uint32_t size_of_key(uint32_t type) {
+    return (type & 0x1111) != 0 ? verf_fcl.size : (type & 0x2222) != 0 ? verf_fcm.size : verf_fcu.size;
+}
+
 } // namespace ribkit::wire

@@ -1,0 +1,216 @@
+// What the checks keep of the layouts in memory: where rows end and what they are called, how lists are counted. Made
+// when the program is compiled, without pointers, so that nothing is left to do when it is loaded.
+#pragma once
+
+#include "codec/engine.h"
+#include "codec/messages/info.h"
+
+#include <array>
+#include <span>
+
+namespace ribkit {
+
+/// Demands that a layout cannot express: see check_odd.h.
+enum class odd_check : uint8_t { none, ucast_route, registration, in_info, verf_info, fcmrt_info, fcurt_info };
+
+struct check_row {
+    uint16_t end;  // the next row begins there
+    uint16_t name; // in the names
+};
+
+/// A list whose number of entries varies.
+struct check_list {
+    count_of count;
+    uint16_t offset, stride, bound; // as in a layout's row
+    uint8_t entry;                  // its plan; no_plan where nothing in it is counted
+    static constexpr uint8_t no_plan = 0xff;
+};
+
+/// What is demanded of the bytes of one layout.
+struct check_plan {
+    uint16_t size;
+    uint16_t first_row;
+    uint8_t first_list, n_lists;
+    odd_check odd;
+    bool is_record; // a fixed part and one open list of words: many can be stepped over fast
+};
+
+struct check_tables {
+    const check_plan *plans;
+    const check_row *rows;
+    const check_list *lists;
+    const char *names;
+    uint8_t hop; // the plan of a unicast route's hop, where its display steps from hop to hop
+};
+
+template <const layout &> inline constexpr odd_check odd_check_of = odd_check::none;
+template <> inline constexpr odd_check odd_check_of<wire::ucast_route> = odd_check::ucast_route;
+template <> inline constexpr odd_check odd_check_of<wire::registration> = odd_check::registration;
+template <> inline constexpr odd_check odd_check_of<wire::in_info> = odd_check::in_info;
+template <> inline constexpr odd_check odd_check_of<wire::verf_info> = odd_check::verf_info;
+template <> inline constexpr odd_check odd_check_of<wire::fcmrt_info> = odd_check::fcmrt_info;
+template <> inline constexpr odd_check odd_check_of<wire::fcurt_info> = odd_check::fcurt_info;
+
+constexpr bool is_counted_list(const row &r) { return layout::is_list(r) && r.count.where != count_in::constant; }
+
+/// Whether a number says how much of the layout there is.
+constexpr bool is_counted(const layout &l) {
+    for (const row &r : l) {
+        if (is_counted_list(r)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether a layout is a fixed part and one open list of words.
+constexpr bool is_record_of_words(const layout &l) {
+    size_t lists = 0;
+    for (const row &r : l) {
+        lists += layout::is_list(r) ? 1 : 0;
+    }
+    const row &last = *(l.end() - 1);
+    return lists == 1 && layout::is_open(last) && last.stride != 0 && last.stride == last.entry->size &&
+           is_words_only(*last.entry) && is_fixed(*last.entry);
+}
+
+void two_layouts_of_one_name(); // not constexpr: the error message
+
+/// The tables of some layouts, and of the entries in them whose own counts have to be looked at.
+class check_table_maker {
+  public:
+    static constexpr size_t most = 160;
+
+    consteval void add(const layout &l, odd_check odd) {
+        if (find(l) == n_plans) {
+            layouts[n_plans] = &l;
+            odds[n_plans++] = odd;
+        }
+        if (odd == odd_check::ucast_route) {
+            add(wire::fclrt_intf, odd_check::none);
+        }
+    }
+
+    /// Entries, once all that have something odd are there.
+    consteval void add_entries() {
+        for (size_t i = 0; i < n_plans; ++i) {
+            for (const row &r : *layouts[i]) {
+                if (needs_plan(r)) {
+                    add(*r.entry, odd_check::none);
+                }
+            }
+        }
+    }
+
+    consteval void count() {
+        for (size_t i = 0; i < n_plans; ++i) {
+            for (const row &r : *layouts[i]) {
+                n_rows += has_room(r) ? 1 : 0;
+                n_lists += is_counted_list(r) ? 1 : 0;
+                n_chars += has_room(r) && !named_before(i, r) ? length(r.name) + 1 : 0;
+            }
+        }
+    }
+
+    [[nodiscard]] consteval size_t find(const layout &wanted) const {
+        size_t i = 0;
+        while (i < n_plans && std::string_view(layouts[i]->name) != wanted.name) {
+            ++i;
+        }
+        if (i < n_plans && (layouts[i]->size != wanted.size || layouts[i]->n_rows != wanted.n_rows)) {
+            two_layouts_of_one_name();
+        }
+        return i;
+    }
+
+    static constexpr bool has_room(const row &r) { return r.size != 0; }
+    static constexpr bool needs_plan(const row &r) {
+        return is_counted_list(r) && (r.stride == 0 || is_counted(*r.entry));
+    }
+    static constexpr size_t length(std::string_view text) { return text.size(); }
+
+    std::array<const layout *, most> layouts{};
+    std::array<odd_check, most> odds{};
+    size_t n_plans = 0, n_rows = 0, n_lists = 0, n_chars = 0;
+
+  private:
+    [[nodiscard]] consteval bool named_before(size_t plan, const row &wanted) const {
+        for (size_t i = 0; i <= plan; ++i) {
+            for (const row &r : *layouts[i]) {
+                if (i == plan && r.offset == wanted.offset) {
+                    return false;
+                }
+                if (has_room(r) && std::string_view(r.name) == wanted.name) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+};
+
+template <const layout &...L> class checked_layouts {
+    static consteval check_table_maker make() {
+        check_table_maker m;
+        (m.add(L, odd_check_of<L>), ...);
+        m.add_entries();
+        m.count();
+        return m;
+    }
+    static constexpr check_table_maker made = make();
+
+    struct storage {
+        std::array<check_plan, made.n_plans> plans{};
+        std::array<check_row, made.n_rows> rows{};
+        std::array<check_list, made.n_lists> lists{};
+        std::array<char, made.n_chars> names{};
+
+        consteval storage() {
+            for (size_t i = 0; i < made.n_plans; ++i) {
+                add(*made.layouts[i], plans[i], made.odds[i]);
+            }
+        }
+
+      private:
+        size_t n_rows = 0, n_lists = 0, n_chars = 0;
+
+        consteval void add(const layout &l, check_plan &plan, odd_check odd) {
+            plan = {l.size, static_cast<uint16_t>(n_rows), static_cast<uint8_t>(n_lists), 0,
+                    odd,    is_record_of_words(l)};
+            for (const row &r : l) {
+                if (made.has_room(r)) {
+                    rows[n_rows++] = {static_cast<uint16_t>(r.end()), name_at(r.name)};
+                }
+                if (is_counted_list(r)) {
+                    const size_t entry = made.needs_plan(r) ? made.find(*r.entry) : size_t{check_list::no_plan};
+                    lists[n_lists++] = {r.count, r.offset, r.stride, r.bound, static_cast<uint8_t>(entry)};
+                    ++plan.n_lists;
+                }
+            }
+        }
+
+        consteval uint16_t name_at(std::string_view name) {
+            for (size_t at = 0; at < n_chars; at += std::string_view(&names[at]).size() + 1) {
+                if (name == std::string_view(&names[at])) {
+                    return static_cast<uint16_t>(at);
+                }
+            }
+            const size_t at = n_chars;
+            for (const char c : name) {
+                names[n_chars++] = c;
+            }
+            ++n_chars;
+            return static_cast<uint16_t>(at);
+        }
+    };
+    static constexpr storage is{};
+    static_assert(made.n_plans < check_list::no_plan && made.n_lists <= UINT8_MAX);
+
+  public:
+    static constexpr check_tables tables{is.plans.data(), is.rows.data(), is.lists.data(), is.names.data(),
+                                         static_cast<uint8_t>(made.find(wire::fclrt_intf))};
+
+    template <const layout &Wanted> static consteval uint8_t plan() { return static_cast<uint8_t>(made.find(Wanted)); }
+};
+
+} // namespace ribkit
