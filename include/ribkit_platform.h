@@ -43,6 +43,7 @@ extern "C" {
  *         - EINVAL: malformed, or a key without its certificate
  *         - EPROTONOSUPPORT: no such transport
  *         - ECONNREFUSED: no server there, or it hangs up
+ *         - EHOSTUNREACH: the name of its host has no address
  *         - ETIMEDOUT: it does not answer within five seconds
  *         - EACCES: it does not know us
  *         - EPROTO: no TLS comes about, since one side does not want it or does not believe the other's certificate (a

@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cstdlib>
 #include <initializer_list>
+#include <netdb.h>
+#include <optional>
 #include <system_error>
 #include <unistd.h>
 
@@ -84,17 +86,29 @@ bool is_port(std::string_view text) {
     return error == std::errc{} && end == text.data() + text.size() && port != 0;
 }
 
-// Of "nats://IDENTITY@HOST:PORT"; an IPv6 address stands in brackets, the port may be left out.
-bool names_server(std::string_view server) {
+struct host_and_port {
+    std::string_view host; ///< an IPv6 address without its brackets
+    std::string_view port; ///< with its colon; empty where it is left out
+};
+
+// Of "nats://IDENTITY@HOST:PORT"; an IPv6 address stands in brackets.
+std::optional<host_and_port> server_parts(std::string_view server) {
     server.remove_prefix(server.find("://") + 3);
     server.remove_prefix(server.rfind('@') + 1); // npos + 1 is 0
-    const size_t bracket = server.starts_with('[') ? server.find(']') : 0;
+    const bool bracketed = server.starts_with('[');
+    const size_t bracket = bracketed ? server.find(']') : 0;
     if (bracket == std::string_view::npos) {
-        return false;
+        return std::nullopt;
     }
     const size_t end = std::min(server.find(':', bracket), server.size());
     const std::string_view host = server.substr(0, end);
-    return !host.empty() && host != "[]" && (end == server.size() || is_port(server.substr(end + 1)));
+    return host_and_port{bracketed && host.size() == bracket + 1 ? host.substr(1, bracket - 1) : host,
+                         server.substr(end)};
+}
+
+bool names_server(std::string_view server) {
+    const auto parts = server_parts(server);
+    return parts && !parts->host.empty() && (parts->port.empty() || is_port(parts->port.substr(1)));
 }
 
 } // namespace
@@ -130,6 +144,16 @@ int set_nats_options(natsOptions *options, const nats_place &place) {
         set_identity(options),
         set_tls(options, place),
     }));
+}
+
+bool is_resolved(const nats_place &place) {
+    const auto parts = server_parts(place.server);
+    addrinfo *found = nullptr;
+    const int failure = parts ? getaddrinfo(std::string{parts->host}.c_str(), nullptr, nullptr, &found) : EAI_NONAME;
+    if (failure == 0) {
+        freeaddrinfo(found);
+    }
+    return failure != EAI_NONAME && failure != EAI_AGAIN && failure != EAI_NODATA;
 }
 
 int errno_of(natsStatus status) {

@@ -23,6 +23,9 @@ bool parse_nats_url(std::string_view url, nats_place &place);
 /// RIBKIT_NATS_KEY (files), each of which asks for TLS, as the scheme tls does. 0 or an errno.
 int set_nats_options(natsOptions *options, const nats_place &place);
 
+/// Whether the name of the server's host has an address. Asks the system, which may ask others.
+bool is_resolved(const nats_place &place);
+
 /// What a failure of the client library means here.
 int errno_of(natsStatus status);
 

@@ -36,6 +36,9 @@ int nats_endpoint::connect() {
     natsConnection *connected = nullptr;
     const natsStatus status = natsConnection_Connect(&connected, made);
     connection_.reset(connected);
+    if (status == NATS_NO_SERVER && !is_resolved(place_)) {
+        return EHOSTUNREACH;
+    }
     if (const int error = errno_of(status); error != 0) {
         return error == ENOTCONN ? ECONNREFUSED : error; // it hung up
     }

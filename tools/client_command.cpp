@@ -1,9 +1,7 @@
 #include "tools/client_command.h"
 
 #include "tools/command_output.h"
-#include "tools/fabric_file.h"
 #include "tools/fabric_run.h"
-#include "tools/input_error.h"
 #include "tools/run_json.h"
 #include "tools/run_text.h"
 #include "tools/stop_signals.h"
@@ -13,19 +11,6 @@
 namespace ribkit {
 
 namespace {
-
-fabric read_fabric(const client_command_options &options) {
-    fabric f = read_fabric_file(options.fabric_file);
-    for (const uint32_t vsan : options.vsans) {
-        if (!f.has_vsan(vsan)) {
-            throw input_error(joined("--vsan ", vsan, ": the fabric has no VSAN ", vsan));
-        }
-    }
-    if (!options.vsans.empty()) {
-        f.keep_vsans(options.vsans);
-    }
-    return f;
-}
 
 // Whether it came to its end.
 bool play(fabric_run &run, bool stay) {
@@ -45,7 +30,7 @@ bool play(fabric_run &run, bool stay) {
 } // namespace
 
 int run_client(const client_command_options &options) {
-    const fabric f = read_fabric(options);
+    const fabric f = chosen_fabric(options);
     load_faults(options.bus);
     command_output out(options.output, options.inputs());
     progress_line progress;

@@ -3,14 +3,10 @@
 
 #include "tools/run_options.h"
 
-#include <cstdint>
-#include <vector>
-
 namespace ribkit {
 
 struct client_command_options : run_options {
-    std::vector<uint32_t> vsans; ///< that it serves; none: all
-    bool stay = false;           ///< when all events are done, until a signal
+    bool stay = false; ///< when all events are done, until a signal
 };
 
 /// Runs the client and prints. @return the command's exit code: 0, or 1 where the RIB refused something or the client

@@ -4,16 +4,19 @@
 #include "tools/client_command.h"
 #include "tools/command_output.h"
 #include "tools/fabric.h"
-#include "tools/fabric_generator.h"
+#include "tools/fabric_command.h"
 #include "tools/input_error.h"
 #include "tools/lab.h"
 #include "tools/rib_command.h"
 #include "tools/routes_command.h"
 #include "tools/show.h"
 #include "tools/text.h"
+#include "tools/usage_errors.h"
 
 #include <algorithm>
+#include <charconv>
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -26,28 +29,58 @@ namespace {
 
 using action = std::function<int()>;
 
-/// The words of the command line behind the command's name.
-using words = std::vector<std::string>;
+/// A variable that a script has left empty names no file, nor does an option that follows it then.
+const CLI::Validator file_name(
+    [](const std::string &name) {
+        if (name.empty()) {
+            return std::string("the name of the file is empty");
+        }
+        return name.size() > 1 && name[0] == '-' ? joined(name, " is no name of a file (./", name, " is)") : "";
+    },
+    "");
 
-constexpr const char *json_spelling = "--json alone writes to standard output, --json=FILE to a file";
+/// Digits, and within its limits; said with both where it is not.
+CLI::Validator whole_number(uint64_t least, uint64_t most) {
+    const std::string limits = joined(least, " to ", most);
+    return {[=](const std::string &text) {
+                uint64_t value = 0;
+                const char *end = text.data() + text.size();
+                const auto [stopped, error] = std::from_chars(text.data(), end, value);
+                const bool good = error == std::errc() && stopped == end && value >= least && value <= most;
+                return good ? ""
+                            : joined("takes a whole number from ", limits, ", not ", text.empty() ? "nothing" : text);
+            },
+            "", ""};
+}
 
-/// A variable that a script has left empty names no file.
-const CLI::Validator
-    file_name([](const std::string &name) { return name.empty() ? "the name of the file is empty" : ""; }, "");
+/// An option that takes one.
+template <typename Number>
+CLI::Option *add_number(CLI::App &app, const char *name, Number &value, uint64_t least, uint64_t most,
+                        const std::string &what) {
+    return app.add_option(name, value, joined(what, ", ", least, " to ", most))->check(whole_number(least, most));
+}
 
-void add_bus(CLI::App &app, bus_options &bus, const char *url) {
+/// What runs by itself has its partners in other processes.
+const CLI::Validator shared_bus(
+    [](const std::string &url) {
+        return url.starts_with("local:") ? url + " stays in this process, where nobody could reach it" : "";
+    },
+    "");
+
+CLI::Option *add_bus(CLI::App &app, bus_options &bus, const char *url) {
     bus.url = url;
-    app.add_option("--bus", bus.url,
-                   "local:[NAME] in this process, nats://HOST[:PORT][/FABRIC] or tls://... over a server")
-        ->type_name("URL")
-        ->capture_default_str();
+    CLI::Option *added =
+        app.add_option("--bus", bus.url,
+                       "local:[NAME] in this process, nats://HOST[:PORT][/FABRIC] or tls://... over a server")
+            ->type_name("URL")
+            ->capture_default_str();
     app.add_option("--faults", bus.faults_file, "script of what goes wrong on the bus")
         ->type_name("FILE")
         ->check(file_name);
-    app.add_option("--wait", bus.wait, "how long a server or the RIB's answer is waited for")
-        ->check(CLI::Range(0U, 86400U))
+    add_number(app, "--wait", bus.wait, 0, 86400, "how long a server or the RIB's answer is waited for")
         ->type_name("SECONDS")
         ->capture_default_str();
+    return added;
 }
 
 void add_tables(CLI::App &app, std::string &tables) {
@@ -62,22 +95,6 @@ void add_file(CLI::App &app, output_options &output) {
         ->type_name("FILE")
         ->check(file_name)
         ->capture_default_str();
-}
-
-/// The file that `--json=FILE` names, or an empty name where it stands alone. A word of its own behind it is none of
-/// its: no option's value can be left out and be a word of its own.
-std::string json_file(const words &given) {
-    constexpr std::string_view with_file = "--json=";
-    const auto end = std::find(given.begin(), given.end(), "--");
-    const auto named = std::find_if(given.begin(), end, [=](const auto &word) { return word.starts_with(with_file); });
-    if (named == end) {
-        return "";
-    }
-    const std::string file = named->substr(with_file.size());
-    if (file.empty() || file == "-") {
-        throw input_error(joined(*named, ": names no file: ", json_spelling));
-    }
-    return file;
 }
 
 CLI::Option *add_json(CLI::App &app, output_options &output, const words &given) {
@@ -104,11 +121,16 @@ void add_run(CLI::App &app, run_options &options, const words &given) {
         ->check(file_name);
     app.add_flag("--trace", options.output.traces, "print every message sent to the RIB");
     add_output(app, options.output, given);
-    app.add_option("--message-size", options.message_limit, "longest update message in bytes")
-        ->check(CLI::Range(smallest_message_limit, size_t{1} << 20))
+    add_number(app, "--message-size", options.message_limit, smallest_message_limit, size_t{1} << 20,
+               "longest update message in bytes")
         ->type_name("BYTES")
         ->capture_default_str();
     app.add_flag("--real-time", options.real_time, "wait until an event is due");
+    app.add_option("--local", options.local, "compute the routes of this switch, not of the file's local one")
+        ->type_name("SWITCH");
+    add_number(app, "--vsan", options.vsans, 1, last_vsan, "serve this VSAN only; repeat it for more")
+        ->allow_extra_args(false)
+        ->type_name("VSAN");
     add_envelopes(app, options.envelopes);
 }
 
@@ -127,6 +149,8 @@ action declare_lab(CLI::App &app, const words &given) {
     add_bus(app, options->bus, "local:");
     add_tables(app, options->tables);
     app.add_flag("--memory", options->memory, "display at the end what the RIB's tables are made of");
+    app.add_flag("--check", options->check, "read all that is given, say what the fabric is, and run nothing")
+        ->excludes("--json");
     return [options] {
         refuse_beside_json(options->output, {{options->output.traces, "--trace"}, {options->memory, "--memory"}});
         return run_lab(*options);
@@ -143,7 +167,7 @@ action declare_rib(CLI::App &app, const words &given) {
         ->check(file_name)
         ->type_name("FILE");
     app.add_flag("--trace", options->output.traces, "print every route that moves in the hardware");
-    add_bus(app, options->bus, server_here);
+    add_bus(app, options->bus, server_here)->check(shared_bus);
     add_tables(app, options->tables);
     add_output(app, options->output, given);
     app.add_flag("--memory", options->memory, "display at the end what the tables are made of");
@@ -156,8 +180,7 @@ action declare_rib(CLI::App &app, const words &given) {
 action declare_client(CLI::App &app, const words &given) {
     const auto options = std::make_shared<client_command_options>();
     add_run(app, *options, given);
-    add_bus(app, options->bus, server_here);
-    app.add_option("--vsan", options->vsans, "serve these VSANs only")->type_name("VSAN");
+    add_bus(app, options->bus, server_here)->check(shared_bus);
     app.add_flag("--stay", options->stay, "go on after the last event, and bring a RIB that starts anew up to date");
     return [options] {
         refuse_beside_json(options->output, {{options->output.traces, "--trace"}});
@@ -167,41 +190,36 @@ action declare_client(CLI::App &app, const words &given) {
 
 action declare_routes(CLI::App &app, const words &given) {
     const auto options = std::make_shared<routes_command_options>();
-    add_bus(app, options->bus, server_here);
-    app.add_option("--vsan", options->vsan, "routes of this VSAN only")
-        ->type_name("VSAN")
-        ->check(CLI::Range(uint32_t{1}, last_vsan));
+    add_bus(app, options->bus, server_here)->check(shared_bus);
+    add_number(app, "--vsan", options->vsan, 1, last_vsan, "routes of this VSAN only")->type_name("VSAN");
     add_output(app, options->output, given);
     add_envelopes(app, options->envelopes);
     return [options] { return run_routes(*options); };
 }
 
-int write_fabric(const fabric_plan &plan, const output_options &output) {
-    command_output out(output);
-    out.print(generate_fabric(plan));
-    out.finish();
-    return 0;
-}
-
 action declare_fabric(CLI::App &app, const words & /*given*/) {
-    const auto plan = std::make_shared<fabric_plan>();
-    const auto shape = std::make_shared<std::string>(shape_name(plan->shape));
-    const auto output = std::make_shared<output_options>();
-    const auto count = [&app](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
-        app.add_option(name, value, what)->check(CLI::Range(least, most))->type_name("N")->capture_default_str();
+    const auto options = std::make_shared<fabric_command_options>();
+    fabric_plan &plan = options->plan;
+    CLI::Option *dot = app.add_flag("--dot", options->dot, "draw it, for Graphviz: ribkit fabric --dot | dot -Tsvg");
+    CLI::Option *file = app.add_option("FABRIC", options->fabric_file, "draw this fabric file, - for standard input")
+                            ->check(file_name)
+                            ->needs(dot);
+    const auto count = [&](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
+        file->excludes(add_number(app, name, value, least, most, what)->type_name("N")->capture_default_str());
     };
-    count("--switches", plan->switches, 2, last_domain, "how many switches");
-    count("--vsans", plan->vsans, 1, last_vsan, "how many VSANs");
-    count("--events", plan->events, 0, 10'000, "how many links fail and come back");
-    app.add_option("--shape", *shape, "how they are linked")
-        ->check(CLI::IsMember(std::vector<std::string>(shape_names.begin(), shape_names.end())))
-        ->type_name("SHAPE")
-        ->capture_default_str();
-    app.add_option("--seed", plan->seed, "draws what is left to chance")->type_name("N")->capture_default_str();
-    add_file(app, *output);
-    return [plan, shape, output] {
-        plan->shape = shape_named(*shape);
-        return write_fabric(*plan, *output);
+    count("--switches", plan.switches, 2, last_domain, "how many switches");
+    count("--vsans", plan.vsans, 1, last_vsan, "how many VSANs");
+    count("--events", plan.events, 0, 10'000, "how many links fail and come back");
+    count("--seed", plan.seed, 0, UINT32_MAX, "draws what is left to chance");
+    const auto shape = std::make_shared<std::string>(shape_name(plan.shape));
+    file->excludes(app.add_option("--shape", *shape, "how they are linked")
+                       ->check(CLI::IsMember(std::vector<std::string>(shape_names.begin(), shape_names.end())))
+                       ->type_name("SHAPE")
+                       ->capture_default_str());
+    add_file(app, options->output);
+    return [options, shape] {
+        options->plan.shape = shape_named(*shape);
+        return run_fabric(*options);
     };
 }
 
@@ -232,13 +250,15 @@ action declare_show(CLI::App &app, const words &given) {
 action declare_text(CLI::App &app, const words &given) {
     const auto options = std::make_shared<text_options>();
     app.add_option("VOCABULARY", options->vocabulary, "kind of number: rib_uuid, fib_oper, ...");
-    app.add_option("VALUE", options->values, "decimal, or hexadecimal behind 0x");
-    app.add_flag("--list", options->list, "every text of the vocabulary, or of all");
+    app.add_option("VALUE", options->values,
+                   "decimal, or hexadecimal behind 0x, or a text; without one, all are listed");
+    const auto list = std::make_shared<bool>(false);
+    app.add_flag("--list", *list, "every text of the vocabulary, or of all");
     add_output(app, options->output, given);
-    return [options] {
-        const bool asks = !options->vocabulary.empty() && !options->values.empty();
-        if (options->list ? !options->values.empty() : !asks) {
-            throw input_error("ribkit text: either a VOCABULARY with a VALUE, or --list (see ribkit text --help)");
+    return [options, list] {
+        if (*list ? !options->values.empty() : options->vocabulary.empty()) {
+            throw input_error(
+                "ribkit text: either a VOCABULARY, with or without a VALUE, or --list (see ribkit text --help)");
         }
         return run_text(*options);
     };
@@ -248,57 +268,63 @@ struct command {
     const char *name;
     const char *description;
     action (*declare)(CLI::App &app, const words &given);
-    /// Whether what stands behind `--json` may be meant as the command's first argument.
+    /// Whether it has to have an argument, so that what stands behind `--json` may be meant as that.
     bool has_own_word;
+    const char *example;
+    const char *failure; ///< when its exit code is 1
 };
+
+constexpr const char *output_lost = "the output cannot be written";
 
 constexpr command commands[] = {
-    {"lab", "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date", declare_lab,
-     true},
-    {"rib", "Runs the RIB by itself, for clients in other processes", declare_rib, false},
+    {"lab", "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date", declare_lab, true,
+     "lab --trace examples/fabrics/small.toml",
+     "the RIB refused something or did not answer, or the output cannot be written"},
+    {"rib", "Runs the RIB by itself, for clients in other processes", declare_rib, false,
+     "rib --bus nats://127.0.0.1:4222 examples/fabrics/small.toml",
+     "the bus cannot be opened, another RIB is there, or the output cannot be written"},
     {"client", "Runs a route client by itself: FSPF computes routes and keeps a RIB elsewhere up to date",
-     declare_client, true},
-    {"routes", "Displays the routes of a RIB that runs", declare_routes, false},
-    {"fabric", "Generates a fabric file", declare_fabric, false},
-    {"show", "Displays records of a file of network bytes, each checked before it is shown", declare_show, false},
-    {"text", "Prints what numbers are called", declare_text, true},
+     declare_client, true, "client --vsan 1 --vsan 20 examples/fabrics/small.toml",
+     "the RIB refused something or did not answer, the client was stopped, or the output cannot be written"},
+    {"routes", "Displays the routes of a RIB that runs", declare_routes, false, "routes --vsan 1 --json",
+     "the RIB did not answer, or the output cannot be written"},
+    {"fabric", "Generates a fabric file, or draws one", declare_fabric, false,
+     "fabric --shape ring --switches 20 --events 5 -o ring.toml", output_lost},
+    {"show", "Displays records of a file of network bytes, each checked before it is shown", declare_show, false,
+     "show fcu examples/messages/fcu.hex", output_lost},
+    {"text", "Prints what numbers are called", declare_text, true, "text rib_uuid 12 fspf", output_lost},
 };
 
-bool is_option(const std::string &word) { return word.starts_with('-') && word != "-"; }
-
-/// A file's name behind `--json` that is not its own: taken for an argument that can be left out, or for one too many.
-void refuse_json_in_two_words(const command &c, const words &given, bool left_over) {
-    const auto end = std::find(given.begin(), given.end(), "--");
-    const auto alone = std::find(given.begin(), end, "--json");
-    if (alone == end || alone + 1 == end || is_option(alone[1]) || (alone[1] != "-" && c.has_own_word && !left_over)) {
-        return;
-    }
-    throw input_error(
-        joined("ribkit ", c.name, ": ",
-               alone[1] == "-" ? json_spelling
-                               : joined("--json=", alone[1], " writes to that file, --json alone to standard output")));
-}
-
 const command &command_named(const std::string &name) {
-    return *std::find_if(std::begin(commands), std::end(commands), [&](const command &c) { return c.name == name; });
+    return *std::find_if(std::begin(commands), std::end(commands), [&](const command &c) { return name == c.name; });
 }
 
-constexpr CLI::ExitCodes one_too_many[] = {CLI::ExitCodes::ExtrasError, CLI::ExitCodes::ExcludesError};
+std::vector<std::string> option_names(const CLI::App &app) {
+    std::vector<std::string> names;
+    for (const CLI::Option *option : app.get_options()) {
+        for (const std::string &name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
 
 /// One line, where CLI11 may say more.
 input_error usage_error(const CLI::App &app, const CLI::ParseError &error, const words &given) {
     const auto chosen = app.get_subcommands();
     if (chosen.empty()) {
-        std::string names;
-        for (const command &c : commands) {
-            names += joined(names.empty() ? "" : ", ", c.name);
-        }
-        return input_error(joined("ribkit: the commands are ", names, " (see ribkit --help)"));
+        std::vector<std::string_view> names;
+        std::transform(std::begin(commands), std::end(commands), std::back_inserter(names),
+                       [](const command &c) { return c.name; });
+        return no_command(given, names);
     }
-    const bool left_over = std::any_of(std::begin(one_too_many), std::end(one_too_many),
-                                       [&](auto code) { return error.get_exit_code() == static_cast<int>(code); });
-    refuse_json_in_two_words(command_named(chosen.front()->get_name()), given, left_over);
-    const std::string name = "ribkit " + chosen.front()->get_name();
+    const CLI::App &sub = *chosen.front();
+    const std::string name = "ribkit " + sub.get_name();
+    const bool left_over = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    refuse_json_in_two_words(name, given, command_named(sub.get_name()).has_own_word, left_over);
+    if (left_over) {
+        return unexpected(name, app.remaining(true), option_names(sub));
+    }
     const std::string what = error.what();
     return input_error(joined(name, ": ", what.substr(0, what.find('\n')), " (see ", name, " --help)"));
 }
@@ -311,8 +337,12 @@ struct parsed_line {
 
 void declare(parsed_line &line, const words &given) {
     line.app.require_subcommand(1);
+    line.app.set_version_flag("--version", "ribkit " RIBKIT_VERSION);
+    line.app.footer("ribkit COMMAND --help says what a command takes, with an example and its exit codes.");
     for (const command &c : commands) {
         CLI::App *sub = line.app.add_subcommand(c.name, c.description);
+        sub->footer(joined("Example:\n  ribkit ", c.example, "\n\nExit codes:\n  0  all went well\n  1  ", c.failure,
+                           "\n  2  the command line or an input is wrong: one line says where, and nothing was run"));
         const action run = c.declare(*sub, given);
         sub->callback([&line, &c, run] {
             line.chosen = &c;
@@ -321,9 +351,9 @@ void declare(parsed_line &line, const words &given) {
     }
 }
 
-int print_help(const CLI::App &app) {
+int print_asked(const std::string &text) {
     command_output out({});
-    out.print(app.help());
+    out.print(text);
     out.finish();
     return 0;
 }
@@ -336,12 +366,14 @@ int run_command_line(int argc, char **argv) {
     declare(line, given);
     try {
         line.app.parse(argc, argv);
+    } catch (const CLI::CallForVersion &version) {
+        return print_asked(joined(version.what(), '\n'));
     } catch (const CLI::Success &) {
-        return print_help(line.app);
+        return print_asked(line.app.help());
     } catch (const CLI::ParseError &error) {
         throw usage_error(line.app, error, given);
     }
-    refuse_json_in_two_words(*line.chosen, given, false);
+    refuse_json_in_two_words(joined("ribkit ", line.chosen->name), given, line.chosen->has_own_word, false);
     return line.run();
 }
 

@@ -2,7 +2,6 @@
 #include "tools/lab.h"
 
 #include "tools/command_output.h"
-#include "tools/fabric_file.h"
 #include "tools/fabric_run.h"
 #include "tools/input_error.h"
 #include "tools/rib_state.h"
@@ -13,13 +12,18 @@
 namespace ribkit {
 
 int run_lab(const lab_options &options) {
-    const fabric f = read_fabric_file(options.fabric_file);
+    const fabric f = chosen_fabric(options);
     const table_choice tables(options.tables);
     if (tables.vsan() && !f.has_vsan(*tables.vsan())) {
         throw input_error(joined("--tables ", *tables.vsan(), ": the fabric has no VSAN ", *tables.vsan()));
     }
     load_faults(options.bus);
     command_output out(options.output, options.inputs());
+    if (options.check) {
+        out.print_line(head_text(f));
+        out.finish();
+        return 0;
+    }
     progress_line progress;
     refuse_second_rib(options.bus.url, options.bus.patience());
     rib_service rib(options.bus.url, {f.spaces(),

@@ -8,6 +8,7 @@ namespace ribkit {
 
 struct lab_options : run_options {
     std::string tables{"auto"}; ///< as table_choice
+    bool check = false;         ///< only whether all that is given is sound
     bool memory = false;        ///< display what the RIB's tables are made of, at the end
 };
 

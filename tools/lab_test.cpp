@@ -171,6 +171,39 @@ TEST(lab, a_rib_that_cannot_listen_and_one_that_is_never_heard_are_reported) {
     EXPECT_NE(silent.output.find("ribkit: no answer from the RIB: Connection timed out\n"), std::string::npos);
 }
 
+TEST(lab, computes_the_routes_of_another_switch_and_of_some_vsans) {
+    const auto head = [](const std::string &options) {
+        const outcome run = run_command("lab " + options + " " + small);
+        EXPECT_EQ(run.exit_code, 0) << options;
+        return run.output.substr(0, run.output.find('\n'));
+    };
+    const std::string begin = "small: 5 switches, 7 links; routes of ";
+    EXPECT_EQ(head("--local edge-3"), begin + "edge-3 (domain 3) in VSAN 1 (production), 20 (backup)");
+    EXPECT_EQ(head("--vsan 20"), begin + "edge-1 (domain 1) in VSAN 20 (backup)");
+    EXPECT_EQ(head("--vsan 20 --vsan 1"), begin + "edge-1 (domain 1) in VSAN 1 (production), 20 (backup)");
+    const std::string other = run_command(std::string("lab --tables all --vsan 1 --local edge-3 ") + small).output;
+    EXPECT_NE(other.find("fspf        1     010000 ff0000"), std::string::npos) << other;
+    EXPECT_EQ(other.find("fspf        1     030000 ff0000"), std::string::npos) << "the local switch itself";
+    EXPECT_EQ(complaint(std::string("lab --local edge-9 ") + small),
+              "--local edge-9: the fabric has no such switch; near: edge-1, edge-2, edge-3\n");
+    EXPECT_EQ(complaint(std::string("lab --vsan 1 --vsan 2 ") + small), "--vsan 2: the fabric has no VSAN 2\n");
+}
+
+TEST(lab, checks_without_a_run) {
+    const outcome run = run_command(std::string("lab --check --real-time ") + small);
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_EQ(run.output,
+              "small: 5 switches, 7 links; routes of edge-1 (domain 1) in VSAN 1 (production), 20 (backup)\n");
+    EXPECT_EQ(run_command(std::string("lab --check --bus nats://127.0.0.1:1 ") + small).exit_code, 0)
+        << "nothing is opened";
+    const testing::input_file damaged("name = \"x\"\nlocal = 3\n");
+    EXPECT_EQ(complaint("lab --check " + damaged.path()), complaint("lab " + damaged.path()));
+    const testing::input_file faults("seed x\n");
+    EXPECT_EQ(complaint("lab --check --faults " + faults.path() + " " + small),
+              faults.path() + ":1: seed takes one number\n");
+    EXPECT_EQ(complaint(std::string("lab --check --tables 7 ") + small), "--tables 7: the fabric has no VSAN 7\n");
+}
+
 TEST(lab, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(complaint(std::string("lab --bus pigeon: ") + small).substr(0, 26), "pigeon:: no such transport");
     EXPECT_EQ(complaint(std::string("lab --faults nowhere ") + small), "nowhere: cannot be read\n");

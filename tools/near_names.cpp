@@ -36,16 +36,18 @@ std::vector<std::string_view> near_names(std::string_view wanted, const std::vec
     return near;
 }
 
+std::string near_text(std::string_view wanted, const std::vector<std::string_view> &names) {
+    std::string text;
+    for (const std::string_view name : near_names(wanted, names)) {
+        text += text.empty() ? "; near: " : ", ";
+        text += name;
+    }
+    return text;
+}
+
 std::string no_such_name(std::string_view wanted, std::string_view kind, const std::vector<std::string_view> &names,
                          std::string_view command) {
-    std::string text = joined(wanted, ": no ", kind, " has this name");
-    const char *before = "; near: ";
-    for (const std::string_view name : near_names(wanted, names)) {
-        text += before;
-        text += name;
-        before = ", ";
-    }
-    return joined(text, "; ", command, " names them all");
+    return joined(wanted, ": no ", kind, " has this name", near_text(wanted, names), "; ", command, " names them all");
 }
 
 } // namespace ribkit

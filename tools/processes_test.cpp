@@ -313,6 +313,17 @@ TEST(roles, are_all_that_the_processes_need) {
     EXPECT_EQ(impostor.output, "ribkit: the RIB cannot listen on " + server.url() + ": Permission denied\n");
 }
 
+TEST(bus, that_is_not_there_is_told_with_what_helps) {
+    const outcome refused = run_command("routes --bus nats://127.0.0.1:1 --wait 0 2>&1");
+    EXPECT_EQ(refused.exit_code, 1);
+    EXPECT_EQ(refused.output,
+              "ribkit: cannot open nats://127.0.0.1:1: Connection refused; nats-server starts a server, "
+              "unix:PATH needs none\n");
+    const outcome unknown = run_command("routes --bus nats://no..where --wait 0 2>&1");
+    EXPECT_EQ(unknown.exit_code, 1);
+    EXPECT_EQ(unknown.output, "ribkit: cannot open nats://no..where: the name of the host has no address\n");
+}
+
 TEST(secrets, are_not_printed) {
     const nats_server server("authorization { user: me, password: secret-word }");
     background rib("rib --bus " + server.url("me:secret-word"));

@@ -2,6 +2,8 @@
 #include "tools/progress.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 namespace ribkit {
@@ -11,10 +13,16 @@ namespace {
 constexpr std::chrono::milliseconds silent_at_first{250};
 constexpr std::chrono::milliseconds between_drawings{100};
 
+/// A terminal, and one that can clear its line.
+bool understands_escapes() {
+    const char *kind = std::getenv("TERM");
+    return isatty(STDERR_FILENO) != 0 && kind != nullptr && *kind != '\0' && std::strcmp(kind, "dumb") != 0;
+}
+
 } // namespace
 
 progress_line::progress_line()
-    : on_terminal_(isatty(STDERR_FILENO) != 0), next_(std::chrono::steady_clock::now() + silent_at_first) {}
+    : on_terminal_(understands_escapes()), next_(std::chrono::steady_clock::now() + silent_at_first) {}
 
 void progress_line::show(const char *what, size_t done, size_t total) {
     const auto now = std::chrono::steady_clock::now();

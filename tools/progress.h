@@ -8,7 +8,7 @@ namespace ribkit {
 
 class progress_line {
   public:
-    /// Shows nothing unless standard error is a terminal.
+    /// Shows nothing unless standard error is a terminal, and none that TERM calls dumb or does not name.
     progress_line();
     progress_line(const progress_line &) = delete;
     progress_line &operator=(const progress_line &) = delete;

@@ -3,10 +3,12 @@
 
 #include "tools/bus_options.h"
 #include "tools/command_output.h"
+#include "tools/fabric.h"
 #include "tools/fspf_client.h"
 #include "tools/progress.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,8 @@ struct run_options {
     std::string fabric_file; ///< "-" is standard input
     output_options output;
     size_t message_limit = client_options{}.message_limit;
+    std::string local;           ///< switch whose routes are computed; empty: the file's
+    std::vector<uint32_t> vsans; ///< that it serves; none: all
     bool envelopes = false;
     bool real_time = false; ///< wait until an event is due
 
@@ -29,5 +33,8 @@ struct run_options {
                 [&progress](const char *what, size_t done, size_t total) { progress.show(what, done, total); }};
     }
 };
+
+/// The fabric of the file, with the VSANs and the local switch that were chosen. Throws an input_error.
+fabric chosen_fabric(const run_options &options);
 
 } // namespace ribkit

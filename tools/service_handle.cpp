@@ -7,7 +7,8 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <system_error>
+#include <cstring>
+#include <stdexcept>
 
 namespace ribkit {
 
@@ -23,6 +24,22 @@ std::string shown_url(const std::string &url) {
 
 bool names_server(const std::string &url) { return url.starts_with("nats:") || url.starts_with("tls:"); }
 
+namespace {
+
+bool may_come(int reason) { return reason == ECONNREFUSED || reason == EHOSTUNREACH; }
+
+/// Why the bus is not there, and what the user can do about it.
+std::string why_closed(int reason, const std::string &url) {
+    if (!names_server(url) || !may_come(reason)) {
+        return std::strerror(reason);
+    }
+    return reason == EHOSTUNREACH
+               ? "the name of the host has no address"
+               : joined(std::strerror(reason), "; nats-server starts a server, unix:PATH needs none");
+}
+
+} // namespace
+
 service_handle::service_handle(const std::string &url, std::chrono::milliseconds patience) {
     pauses waiting(patience);
     while (qip_open(url.c_str(), &number_) != 0) {
@@ -35,12 +52,13 @@ service_handle::service_handle(const std::string &url, std::chrono::milliseconds
             throw input_error(
                 joined(shown_url(url), ": a server keeps real time: no fault script with \"clock virtual\""));
         }
-        const auto pause = reason == ECONNREFUSED ? waiting.next() : std::nullopt;
+        const auto pause = may_come(reason) ? waiting.next() : std::nullopt;
         if (!pause) {
-            throw std::system_error(reason, std::generic_category(), "cannot open " + shown_url(url));
+            throw std::runtime_error(joined("cannot open ", shown_url(url), ": ", why_closed(reason, url)));
         }
         if (waiting.first()) {
-            std::fprintf(stderr, "ribkit: waiting for a server at %s\n", shown_url(url).c_str());
+            std::fprintf(stderr, "ribkit: waiting for a server at %s%s\n", shown_url(url).c_str(),
+                         reason == EHOSTUNREACH ? ": the name of the host has no address" : "");
         }
         sleep_stoppably(*pause); // nothing has begun yet that has to be ended in order
     }

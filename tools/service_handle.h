@@ -19,7 +19,7 @@ bool names_server(const std::string &url);
 class service_handle {
   public:
     /// Opens the bus. Where no server is there, tries again for as long as `patience`, and says so on standard error.
-    /// Throws an input_error where the URL is none of a bus, and std::system_error where it cannot be opened.
+    /// Throws an input_error where the URL is none of a bus, and std::runtime_error where it cannot be opened.
     explicit service_handle(const std::string &url, std::chrono::milliseconds patience = {});
     service_handle(const service_handle &) = delete;
     service_handle &operator=(const service_handle &) = delete;

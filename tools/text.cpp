@@ -5,7 +5,6 @@
 #include "tools/near_names.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iomanip>
 
 namespace ribkit {
@@ -13,32 +12,6 @@ namespace ribkit {
 namespace {
 
 constexpr size_t prefix_length = 4; // of "rib_" and "fib_"
-constexpr size_t longest_text = 64;
-
-uint32_t number_of(const std::string &written) {
-    const bool hex = written.starts_with("0x") || written.starts_with("0X");
-    const char *end = written.data() + written.size();
-    uint32_t value = 0;
-    const auto [stopped, error] = std::from_chars(written.data() + (hex ? 2 : 0), end, value, hex ? 16 : 10);
-    if (error != std::errc() || stopped != end) {
-        throw input_error(joined('"', written, "\" is no number from 0 to 0xffffffff"));
-    }
-    return value;
-}
-
-std::vector<value_text> texts_of(const vocabulary &words, const std::vector<std::string> &values) {
-    std::vector<value_text> texts;
-    for (const std::string &written : values) {
-        char text[longest_text] = "";
-        const uint32_t value = number_of(written);
-        words.converter(value, text);
-        texts.push_back({value, written, text});
-    }
-    return texts;
-}
-
-/// Small numbers are known by their decimal digits, masks and codes by their bits.
-std::string shown(uint32_t value) { return value < 0x100 ? joined(value) : joined("0x", std::hex, value); }
 
 std::string line(const std::string &value, const char *text) {
     return joined("  ", std::left, std::setw(10), value, "  ", text, '\n');
@@ -62,7 +35,8 @@ void list(const std::vector<const vocabulary *> &listed, command_output &out) {
 
 void print(const std::vector<value_text> &texts, command_output &out) {
     for (const value_text &text : texts) {
-        out.print_line(joined(text.written, "  ", text.text));
+        out.print_line(joined(text.written, "  ", text.text, text.errno_name.empty() ? "" : "  ", text.errno_name,
+                              text.errno_name.empty() ? "" : ": ", text.errno_text));
     }
     out.print_json(json_of(texts));
 }
@@ -104,7 +78,7 @@ int run_text(const text_options &options) {
     command_output out(options.output);
     if (options.vocabulary.empty()) {
         list(all_vocabularies(), out);
-    } else if (const vocabulary &words = vocabulary_named(options.vocabulary); options.list) {
+    } else if (const vocabulary &words = vocabulary_named(options.vocabulary); options.values.empty()) {
         list({&words}, out);
     } else {
         print(texts_of(words, options.values), out);

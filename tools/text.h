@@ -13,9 +13,8 @@ namespace ribkit {
 struct vocabulary;
 
 struct text_options {
-    std::string vocabulary; ///< empty where all are listed
-    std::vector<std::string> values;
-    bool list = false;
+    std::string vocabulary;          ///< empty where all are listed
+    std::vector<std::string> values; ///< numbers or texts; none: every text is listed
     output_options output;
 };
 
@@ -23,7 +22,15 @@ struct value_text {
     uint32_t value;
     std::string written; ///< the value as the user wrote it
     std::string text;
+    std::string errno_name; ///< of the system's reason that a result code carries; empty: none
+    std::string errno_text;
 };
+
+/// What the values are called, or the numbers that are called so. Throws an input_error where one is neither.
+std::vector<value_text> texts_of(const vocabulary &words, const std::vector<std::string> &values);
+
+/// Small numbers are known by their decimal digits, masks and codes by their bits.
+std::string shown(uint32_t value);
 
 int run_text(const text_options &options);
 

@@ -17,12 +17,21 @@ std::string text_of(const json &document) {
 
 json entry(uint32_t value, const std::string &text) { return {{"value", value}, {"text", text}}; }
 
+json entry(const value_text &t) {
+    json one = entry(t.value, t.text);
+    if (!t.errno_name.empty()) {
+        one["errno"] = t.errno_name;
+        one["errno_text"] = t.errno_text;
+    }
+    return one;
+}
+
 } // namespace
 
 std::string json_of(const std::vector<value_text> &texts) {
     json entries = json::array();
     for (const value_text &t : texts) {
-        entries.push_back(entry(t.value, t.text));
+        entries.push_back(entry(t));
     }
     return text_of(entries);
 }

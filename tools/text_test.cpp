@@ -55,6 +55,57 @@ TEST(text_command, a_vocabulary_is_listed_alone) {
     EXPECT_EQ(printed("vsan_bal --list"), printed("--list rib_vsan_bal"));
 }
 
+TEST(text_command, a_vocabulary_without_values_is_listed) {
+    EXPECT_EQ(printed("rib_uuid"), printed("--list rib_uuid"));
+    EXPECT_EQ(printed("uuid --json"), printed("--list rib_uuid --json"));
+}
+
+TEST(text_command, a_text_has_its_numbers) {
+    EXPECT_EQ(printed("rib_uuid fspf"), "12  fspf\n");
+    EXPECT_EQ(printed("rib_uuid FSPF 0x27 rib"), "12  fspf\n0x27  rib-config\n10  rib\n") << "the whole text first";
+    EXPECT_EQ(printed("rib_uuid 'port man'"), "16  Port Manager\n");
+    for (const vocabulary &words : vocabularies) {
+        for (const text_row &row : words.rows) {
+            const auto found = texts_of(words, {row.text});
+            EXPECT_TRUE(std::any_of(found.begin(), found.end(),
+                                    [&](const value_text &one) {
+                                        return one.value == row.value && one.text == row.text &&
+                                               one.written == shown(row.value);
+                                    }))
+                << words.name << ' ' << row.text;
+        }
+    }
+}
+
+TEST(text_command, a_text_that_several_numbers_have_has_them_all) {
+    constexpr text_row rows[] = {{1, "first"}, {2, "First half"}, {0x100, "first"}};
+    vocabulary words("rib_order", without_result<rib_uuid_to_uc_str>);
+    words.rows = rows;
+    const auto numbers = [&](const std::string &wanted) {
+        std::vector<std::string> written;
+        for (const value_text &found : texts_of(words, {wanted})) {
+            written.push_back(found.written);
+        }
+        return written;
+    };
+    EXPECT_EQ(numbers("first"), (std::vector<std::string>{"1", "0x100"}));
+    EXPECT_EQ(numbers("half"), std::vector<std::string>{"2"});
+    EXPECT_EQ(numbers("irst"), (std::vector<std::string>{"1", "2", "0x100"}));
+}
+
+TEST(text_command, a_result_of_the_system_has_its_errno_behind_it) {
+    EXPECT_EQ(printed("rtn 0x80520016"), "0x80520016  80520016h??  EINVAL: Invalid argument\n");
+    EXPECT_EQ(printed("rib_rtn 0x8052006b"),
+              "0x8052006b  8052006bh??  ENOTCONN: Transport endpoint is not connected\n");
+    EXPECT_EQ(
+        printed("rib_rtn 0x80520000 0x8052ffff 0x80530016 0x40520001"),
+        "0x80520000  80520000h??\n0x8052ffff  8052ffffh??\n0x80530016  80530016h??\n0x40520001  bad parameters\n");
+    EXPECT_EQ(printed("rib_uuid 0x80520016"), "0x80520016  client 2152857622??\n");
+    EXPECT_EQ(printed("rtn 0x80520016 --json"),
+              "[\n  {\n    \"value\": 2152857622,\n    \"text\": \"80520016h??\",\n    \"errno\": \"EINVAL\",\n"
+              "    \"errno_text\": \"Invalid argument\"\n  }\n]\n");
+}
+
 TEST(text_command, texts_are_json_too) {
     EXPECT_EQ(printed("--json uuid 0xc 99"), "[\n  {\n    \"value\": 12,\n    \"text\": \"fspf\"\n  },\n"
                                              "  {\n    \"value\": 99,\n    \"text\": \"client 99??\"\n  }\n]\n");
@@ -82,14 +133,19 @@ TEST(text_command, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(complaint("text colour 1"), "colour: no vocabulary has this name; ribkit text --list names them all\n");
     EXPECT_EQ(complaint("text --list rib_ink"),
               "rib_ink: no vocabulary has this name; near: rib_in; ribkit text --list names them all\n");
-    for (const char *value : {"x", "0x", "12x", "1.5", "4294967296", "0x100000000", "\"\"", "\" 1\"", "+1", "0x-1"}) {
+    for (const char *value : {"xyz", "0x", "12x", "1.5", "4294967296", "0x100000000", "\"\"", "\" 1\"", "+1", "0x-1"}) {
         const std::string bare = value[0] == '"' ? std::string(value).substr(1, std::string(value).size() - 2) : value;
         EXPECT_EQ(complaint(std::string("text rib_uuid 1 ") + value),
-                  '"' + bare + "\" is no number from 0 to 0xffffffff\n");
+                  '"' + bare + "\" is no number from 0 to 0xffffffff, and no text of rib_uuid\n");
     }
-    EXPECT_EQ(complaint("text rib_uuid"),
-              "ribkit text: either a VOCABULARY with a VALUE, or --list (see ribkit text --help)\n");
-    EXPECT_EQ(complaint("text '' 12"), complaint("text rib_uuid"));
+    EXPECT_EQ(complaint("text rib_uuid fspx"),
+              "\"fspx\" is no number from 0 to 0xffffffff, and no text of rib_uuid; near: fspf\n");
+    EXPECT_EQ(complaint("text rib_fcurt_flag D"),
+              "\"D\" is no number from 0 to 0xffffffff, and no text of rib_fcurt_flag\n");
+    EXPECT_EQ(complaint("text"),
+              "ribkit text: either a VOCABULARY, with or without a VALUE, or --list (see ribkit text "
+              "--help)\n");
+    EXPECT_EQ(complaint("text '' 12"), complaint("text"));
     for (const char *arguments : {"", "--json", "''", "--list rib_uuid 12", "rib_uuid -1", "--lost"}) {
         complaint(std::string("text ") + arguments);
     }
