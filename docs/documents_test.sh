@@ -14,6 +14,8 @@ printf '#!/bin/sh\n[ "$1" = lab ] && shift && RIBKIT_FABRIC=examples/fabrics/sma
     >"$scratch/tree/run"
 chmod +x "$scratch/tree/run"
 cd "$scratch/tree"
+temporary=$(mktemp -d)
+trap 'rm -rf "$temporary"' EXIT
 
 # fail WHAT: with the place in the document.
 fail() {
@@ -31,10 +33,13 @@ need_prefix() {
 # mark KEY: what the comments in front of the block say of KEY.
 mark() { sed -n "s/^$1: //p" "$marks"; }
 
-# A block's commands, ended with all that they started, with PREFIX in its place.
+# A block's commands, ended with all that they started; PREFIX and what is in /tmp are this test's own.
 commands() {
     ! grep -q PREFIX "$1" || need_prefix
-    { echo 'trap "kill \$(jobs -p) 2>/dev/null || true" EXIT'; sed "s:\bPREFIX\b:$prefix:g" "$1"; } >"$scratch/commands"
+    {
+        echo 'trap "kill \$(jobs -p) 2>/dev/null || true" EXIT'
+        sed -e "s:/tmp/:$temporary/:g" -e "s:\bPREFIX\b:$prefix:g" "$1"
+    } >"$scratch/commands"
     timeout 120 bash -eo pipefail "$scratch/commands" </dev/null
 }
 
@@ -119,8 +124,10 @@ run_block() {
         run_excerpt "$1" "$(mark from)"
     elif declare -F "run_$language" >/dev/null; then
         "run_$language" "$1"
-    elif [[ $language != text ]]; then
+    elif [[ $language != @(text|none) ]]; then
         fail "a block is one of sh, console, toml, c, cpp, cmake, text, not '$language'"
+    elif grep -qE '^(\$|\./run|ribkit|[a-z]+ --?[a-z]) ' "$1"; then
+        fail "has commands: a block of them is sh or console"
     fi
 }
 

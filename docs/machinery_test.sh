@@ -24,6 +24,7 @@ Right: `ribkit lab --trace` and `ribkit text`.
 
 ```sh
 test -f examples/fabrics/small.toml
+touch /tmp/here-only
 ```
 <!-- not run: it would end everything -->
 ```sh
@@ -66,6 +67,7 @@ rib_uuid_to_str(12, text);
 rib_uuid_to_str
 ```
 END
+[[ ! -e /tmp/here-only ]] || fail "a block writes into /tmp itself"
 [[ $status == 0 && $said == *"not run: it would end everything"* && $said == *"8 blocks, 0 wrong" ]] ||
     fail "a right document is wrong"
 
@@ -85,7 +87,8 @@ wrong "is no fabric file" <<<$'\n```toml\nlocal = 1\n```'
 wrong "does not compile" <<<$'\n```c\nnosuch();\n```'
 wrong "does not compile" <<<$'\n```cpp\nstd::nosuch();\n```'
 wrong "does not build" <<<$'\n```cmake\nfind_package(ribkit REQUIRED nosuch)\ntarget_link_libraries(program nosuch::nosuch)\n```'
-wrong "a block is one of" <<<$'\n```\nribkit\n```'
+wrong "a block is one of" <<<$'\n```shell\nribkit\n```'
+wrong "has commands" <<<$'\n```\nribkit lab\n```'
 wrong "has no --nosuch" <<<$'\nSee `ribkit lab --nosuch`.'
 wrong "there is no ribkit nosuch" <<<$'\nSee `ribkit nosuch`.'
 wrong "there is no ./run nosuch" <<<$'\nSee `./run nosuch 3`.'
