@@ -16,12 +16,13 @@ bench() {
     for name in "${names[@]}"; do
         finish build/release/*/"${name}_bench" "$server_url"
     done
-    [[ " ${names[*]} " != *" codec "* ]] || finish instructions
+    [[ " ${names[*]} " != *" codec "* ]] || finish instructions build/release/bench/codec_instructions
+    [[ " ${names[*]} " != *" mem "* ]] || finish instructions build/release/tools/route_instructions
 }
 
-# Instructions of one conversion, as callgrind counts them: the figure that repeats.
+# instructions PROGRAM: of one conversion, or one route, as callgrind counts them: the figure that repeats.
 instructions() {
-    local program=build/release/bench/codec_instructions name
+    local program=$1 name
     printf '\n%-58s %12s\n' "instructions" "each"
     for name in $("$program"); do
         valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect=ribkit_bench_counted \
