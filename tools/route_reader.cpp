@@ -12,7 +12,6 @@ namespace ribkit {
 namespace {
 
 constexpr uint32_t routes_a_query = 1000;
-constexpr size_t most_routes = size_t{1} << 22; ///< four times what all VSANs have with every domain
 
 fcurt_update ask(rib_link &link, const route_reading &wanted, const route_key &from) {
     auto query = encode({wanted.uuid, wanted.vsan ? RIBKIT_QUERY_VSAN_ALL : RIBKIT_QUERY_ALL, routes_a_query, from.vsan,
@@ -37,12 +36,12 @@ held_routes read_routes(rib_link &link, const route_reading &wanted) {
         if (part.changes.empty()) {
             break;
         }
-        if (part.changes.size() > routes_a_query || all.size() + part.changes.size() > most_routes) {
-            throw no_answer(joined("it has more than ", all.size(), " routes"));
+        if (all.size() + part.changes.size() > wanted.most_routes) {
+            throw no_answer(joined("it has more than ", wanted.most_routes, " routes"));
         }
         for (const route_change &one : part.changes) {
             const route_key key{part.vsan, one.to};
-            if (key < from) {
+            if (key < from || part.changes.size() > routes_a_query) {
                 throw no_answer("what came is not what was asked for");
             }
             all.emplace_hint(all.end(), key, held_route{part.uuid, one.what});

@@ -4,6 +4,7 @@
 #include "tools/rib_link.h"
 #include "tools/routes.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -13,9 +14,11 @@ struct route_reading {
     uint32_t uuid;                ///< of the client that asks
     std::optional<uint32_t> vsan; ///< none: all
     bool trace = false;           ///< print each query
+    /// Beyond which reading ends: four times what all VSANs have with every domain.
+    size_t most_routes = size_t{1} << 22;
 };
 
-/// The routes that the RIB holds. Throws no_answer and link_closed.
+/// The routes that the RIB holds. Throws no_answer, also where it has more than `most_routes`, and link_closed.
 held_routes read_routes(rib_link &link, const route_reading &wanted);
 
 } // namespace ribkit

@@ -161,6 +161,15 @@ TEST(route_reader, routes_that_were_not_asked_for_end_the_reading) {
     serving.join();
 }
 
+TEST(route_reader, a_rib_that_always_has_one_more_route_is_left) {
+    const rib_service rib(bus);
+    rib_link link(bus, RIB_CLIENT_TEST);
+    add(link, RIB_CLIENT_FSPF, 1, table_of(3, 1));
+    add(link, RIB_CLIENT_FSPF, 2, table_of(3, 1));
+    EXPECT_EQ(read_routes(link, {.uuid = RIB_CLIENT_TEST, .vsan = {}, .most_routes = 6}).size(), 6U);
+    EXPECT_THROW(read_routes(link, {.uuid = RIB_CLIENT_TEST, .vsan = {}, .most_routes = 5}), no_answer);
+}
+
 TEST(route_reader, queries_are_traced_on_request) {
     rib_service rib(bus);
     rib_link link(bus, RIB_CLIENT_TEST);
