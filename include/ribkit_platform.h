@@ -19,19 +19,20 @@ extern "C" {
  *
  * "local:" joins the one bus of this process, "local:NAME" the bus of that name.
  *
- * "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?queue=NAME]" connects to a server ("tls://..." with TLS);
- * handles with the same FABRIC (default "rib") meet there. The environment may say the identity where the URL does not:
- * RIBKIT_NATS_USER and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, or RIBKIT_NATS_CREDENTIALS (a file). RIBKIT_NATS_CA and
- * RIBKIT_NATS_CERT with RIBKIT_NATS_KEY (files) ask for TLS, too: the authority that the server's certificate is
- * checked with, and HOST against it (the system's authorities without), and our own certificate.
+ * "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?name=NAME][&queue=NAME]" connects to a server ("tls://..." with
+ * TLS); handles with the same FABRIC (default "rib") meet there. The environment may say the identity where the URL
+ * does not: RIBKIT_NATS_USER and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, or RIBKIT_NATS_CREDENTIALS (a file).
+ * RIBKIT_NATS_CA and RIBKIT_NATS_CERT with RIBKIT_NATS_KEY (files) ask for TLS, too: the authority that the server's
+ * certificate is checked with, and HOST against it (the system's authorities without), and our own certificate.
  *
- * An address is the subject FABRIC.NODE.SAP (node as eight hexadecimal digits), answers go to subjects below _INBOX.
- * What differs from "local:":
+ * An address is the subject FABRIC.NODE.SAP.NAME (node as eight hexadecimal digits), answers go to subjects below
+ * _INBOX. NAME is the sender's, of letters, digits, '-' and '_': the URL's, else the user where he is called so, else
+ * one made up for the handle. The server's permissions say who may send under which. What differs from "local:":
  *
  * - Several handles may listen at one address. All are given every message, or, with queue=NAME, one of those with that
  *   name.
- * - A full queue holds messages back at the receiver: no send fails or waits for it. Beyond 65536 messages or 64 MiB so
- *   held back, new ones are lost; the history tells.
+ * - A full queue holds messages back at the receiver: no send fails or waits for it. Beyond 65536 messages of one NAME,
+ *   or its share of 64 MiB, new ones of this NAME are lost; the history tells.
  * - That nobody listens (ENOTCONN) is known when the answer is awaited.
  * - A lost server ends waits for answers with ECONNRESET and lets sends fail with ENOTCONN until the handle has
  *   reconnected, which it does by itself.
@@ -80,8 +81,8 @@ int qip_listen(uint32_t handle, const struct qip_addr *addr, uint32_t bound);
 
 /**
  * Like qip_listen, for whoever knows the NAMEs of those who may send here: over a server nobody else's messages arrive,
- * and each NAME has a limit of its own to what is held back. In process nobody vouches for a name, and the list is
- * ignored.
+ * and each NAME has a subscription, a thread and 64 MiB of its own for what is held back. In process nobody vouches for
+ * a name, and the list is ignored.
  * @param names the NAMEs, of letters, digits, '-' and '_'; only read during the call
  * @param count of them; 0 makes no difference from qip_listen
  * @return 0; else non-zero with errno as qip_listen (EINVAL also: not a NAME)

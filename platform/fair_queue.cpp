@@ -44,6 +44,20 @@ bool fair_queue::has_room(const door &way_in, uint32_t sender) const {
     return found == lanes_.end() ? lanes_.size() < most_lanes : !is_full(*found);
 }
 
+bool fair_queue::can_hold_back(const door &way_in, const message &letter) const {
+    const auto found = find_lane(lanes_, &way_in, sender_of(letter));
+    if (found == lanes_.end()) {
+        return lanes_.size() < most_lanes;
+    }
+    return found->waiting.size() < most_held_back &&
+           found->bytes + letter.size + bytes_around <= most_bytes_held_back / lanes_.size();
+}
+
+bool fair_queue::is_first_lost(const door &way_in, uint32_t sender) {
+    const auto found = find_lane(lanes_, &way_in, sender);
+    return found == lanes_.end() || !std::exchange(found->has_lost, true);
+}
+
 packet fair_queue::packed(door *way_in, message letter) {
     packet made;
     get_one(spare_.parcels, made.parcels);
@@ -65,7 +79,10 @@ void fair_queue::put(packet &one) noexcept {
         found = std::prev(lanes_.end());
         found->sender = sender;
         found->way_in = first.way_in;
+        found->bytes = 0;
+        found->has_lost = false;
     }
+    found->bytes += first.letter.size + bytes_around;
     move_first(one.parcels, found->waiting);
     give_one(one.lanes, spare_.lanes, most_spare);
 }
@@ -90,6 +107,7 @@ bool fair_queue::take(message &letter) noexcept {
     const bool was_crowded = lanes_.size() >= most_lanes;
     const uint32_t sender = turn->sender;
     letter = std::move(turn->waiting.front().letter);
+    turn->bytes -= letter.size + bytes_around;
     give_one(turn->waiting, spare_.parcels, most_spare);
     end_turn(sender);
     if (was_crowded && lanes_.size() < most_lanes) {

@@ -26,6 +26,8 @@ struct lane {
     uint32_t sender = 0;
     door *way_in = nullptr;
     std::list<parcel> waiting{};
+    size_t bytes = 0;
+    bool has_lost = false; ///< a message that could not be held back
 };
 
 /// Messages on their way, and the lanes that they may have to open.
@@ -41,11 +43,20 @@ inline uint32_t sender_of(const message &letter) { return letter.from == nullptr
 class fair_queue {
   public:
     static constexpr size_t most_lanes = 1024; ///< senders with something waiting, counted for each address
+    static constexpr size_t most_held_back = 65536;
+    static constexpr size_t most_bytes_held_back = 64 << 20; ///< shared by the senders with something waiting
+    static constexpr size_t bytes_around = 256;              ///< that a message takes beyond its payload
 
     explicit fair_queue(post_office &office) : office_(office) {}
 
     door &add_door(uint32_t bound) { return doors_.emplace_back(door{.bound = bound}); }
     [[nodiscard]] bool has_room(const door &way_in, uint32_t sender) const;
+
+    /// Beyond the bound, for a receiver that cannot make this sender wait.
+    [[nodiscard]] bool can_hold_back(const door &way_in, const message &letter) const;
+
+    /// A message of this sender was lost: whether it is the first since nothing of his waited.
+    bool is_first_lost(const door &way_in, uint32_t sender);
 
     packet packed(door *way_in, message letter);
 

@@ -110,6 +110,7 @@ void mailbox::expect_no_more(uint32_t token) {
         *found = awaited_.back();
         awaited_.pop_back();
     }
+    std::erase_if(answers_, [=](const message &one) { return one.token == token; });
 }
 
 void mailbox::take_in_answer(message &letter) noexcept {

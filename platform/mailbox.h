@@ -41,6 +41,12 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
     /// Whether another message of this sender may wait at the address. Room that is made is told to the office.
     [[nodiscard]] bool has_room(const door &way_in, uint32_t sender) const { return queue_.has_room(way_in, sender); }
 
+    /// Beyond the bound, where a sender cannot be made to wait: within limits of his own.
+    [[nodiscard]] bool can_hold_back(const door &way_in, const message &letter) const {
+        return queue_.can_hold_back(way_in, letter);
+    }
+    bool is_first_lost(const door &way_in, uint32_t sender) { return queue_.is_first_lost(way_in, sender); }
+
     /// The sender has room there, or insists. All of it happens, or nothing where it throws.
     void put(door &way_in, message letter);
 

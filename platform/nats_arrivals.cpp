@@ -3,10 +3,12 @@
 
 #include "codec/bytes.h"
 #include "platform/history.h"
+#include "platform/names.h"
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 namespace ribkit::platform {
 
@@ -33,10 +35,15 @@ class way_home final : public return_path {
     std::string subject_;
 };
 
-template <typename Action> void at(void *target, const Action &action) {
+// Nothing may be thrown at the client library.
+template <typename Action> void at(void *target, const Action &action) noexcept {
     const auto *one = static_cast<const callback_target *>(target);
     if (const auto end = one->end.lock()) {
-        action(*end, *one);
+        try {
+            action(*end, *one);
+        } catch (const std::exception &) { // memory; what was sent is lost, as anywhere on the way
+            record_event("nats: no memory for what arrived");
+        }
     }
 }
 
@@ -48,7 +55,7 @@ void forget(void *target) { delete static_cast<callback_target *>(target); }
 
 void on_message(natsConnection * /*connection*/, natsSubscription * /*subscription*/, natsMsg *arrived, void *target) {
     const message_handle owned{arrived};
-    at(target, [&](nats_endpoint &end, const callback_target &one) { end.take_in(*arrived, one.way_in); });
+    at(target, [&](nats_endpoint &end, const callback_target &one) { end.take_in(*arrived, one); });
 }
 
 void on_disconnect(natsConnection * /*connection*/, void *target) {
@@ -67,19 +74,25 @@ void on_closed(natsConnection * /*connection*/, void *target) { forget(target); 
 
 } // namespace nats_callbacks
 
-void nats_endpoint::take_in(natsMsg &arrived, door *way_in) {
+void nats_endpoint::take_in(natsMsg &arrived, const callback_target &target) {
     const auto *bytes = reinterpret_cast<const uint8_t *>(natsMsg_GetData(&arrived));
     const auto size = static_cast<size_t>(natsMsg_GetDataLength(&arrived));
-    message letter;
-    if (size >= nats_head_size) {
-        letter = new_message(be32(bytes), {bytes + nats_head_size, size - nats_head_size});
-    }
-    if (way_in == nullptr) {
-        take_answer(arrived, std::move(letter));
-        return;
-    }
-    if (size < nats_head_size) {
+    const bool has_head = size >= nats_head_size;
+    if (target.way_in == nullptr) {
+        take_answer(arrived, has_head ? std::span{bytes, size} : std::span<const uint8_t>{});
+    } else if (has_head) {
+        take_request(arrived, target, new_message(be32(bytes), {bytes + nats_head_size, size - nats_head_size}));
+    } else {
         record_event("nats: a message without its head was thrown away");
+    }
+}
+
+// Who has a subscription of his own waits in its thread; the others may not be kept waiting, so that what cannot be
+// held back is lost.
+void nats_endpoint::take_request(natsMsg &arrived, const callback_target &target, message letter) {
+    const std::string_view name = std::string_view{natsMsg_GetSubject(&arrived)}.substr(target.name_at);
+    if (!is_name(name)) {
+        record_event("nats: a message of nobody who has a name was thrown away");
         return;
     }
     if (const char *reply = natsMsg_GetReply(&arrived); reply != nullptr && *reply != '\0') {
@@ -87,22 +100,48 @@ void nats_endpoint::take_in(natsMsg &arrived, door *way_in) {
         letter.token = token_of(reply);
     }
     std::unique_lock locked{office_->lock};
-    while (!box_->closed() && !box_->has_room(*way_in, sender_of(letter))) {
-        office_->wait_for_room(locked, sender_of(letter));
+    letter.from = sender_named(name);
+    const uint32_t sender = sender_of(letter);
+    while (target.is_named && !box_->closed() && !box_->has_room(*target.way_in, sender)) {
+        office_->wait_for_room(locked, sender);
     }
-    box_->put(*way_in, std::move(letter));
+    if (target.is_named || box_->can_hold_back(*target.way_in, letter)) {
+        box_->put(*target.way_in, std::move(letter));
+    } else if (box_->is_first_lost(*target.way_in, sender)) {
+        record_event("nats: more than can be held back for " + letter.from->name + ", messages lost");
+    }
 }
 
-void nats_endpoint::take_answer(natsMsg &arrived, message letter) {
-    const char *subject = natsMsg_GetSubject(&arrived);
-    const uint32_t token = token_of(subject);
-    const std::scoped_lock lock{office_->lock};
-    if (letter.bytes == nullptr) {
-        box_->fail(token, natsMsg_IsNoResponders(&arrived) ? ENOTCONN : EBADMSG);
-        return;
+sender_ptr nats_endpoint::sender_named(std::string_view name) {
+    const auto known = senders_.find(name);
+    if (known != senders_.end()) {
+        return known->second;
     }
-    letter.token = token;
-    box_->put_answer(std::move(letter));
+    if (senders_.size() >= most_senders_) {
+        std::erase_if(senders_, [](const auto &one) { return one.second.use_count() == 1; });
+        most_senders_ = 2 * senders_.size() + 1024;
+    }
+    return senders_.emplace(name, new_sender(std::string{name})).first->second;
+}
+
+// No head, no answer: the server says that nobody listens, or a stranger answers. An answer that there is no memory for
+// ends the wait, too.
+void nats_endpoint::take_answer(natsMsg &arrived, std::span<const uint8_t> bytes) {
+    const uint32_t token = token_of(natsMsg_GetSubject(&arrived));
+    int error = natsMsg_IsNoResponders(&arrived) ? ENOTCONN : EBADMSG;
+    try {
+        if (!bytes.empty()) {
+            message letter = new_message(be32(bytes.data()), bytes.subspan(nats_head_size));
+            letter.token = token;
+            const std::scoped_lock lock{office_->lock};
+            box_->put_answer(std::move(letter));
+            return;
+        }
+    } catch (const std::bad_alloc &) {
+        error = ENOMEM;
+    }
+    const std::scoped_lock lock{office_->lock};
+    box_->fail(token, error);
 }
 
 void nats_endpoint::lost_connection() {

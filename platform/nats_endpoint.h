@@ -5,12 +5,15 @@
 #include "platform/nats_options.h"
 #include <atomic>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <random>
 #include <set>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ribkit::platform {
@@ -35,6 +38,8 @@ class nats_endpoint;
 struct callback_target {
     std::weak_ptr<nats_endpoint> end;
     door *way_in = nullptr; // null for the inbox
+    size_t name_at = 0;     // where the sender's NAME begins in the subject
+    bool is_named = false;  // one sender's: its thread may wait for room
 };
 
 class nats_endpoint final : public endpoint, public std::enable_shared_from_this<nats_endpoint> {
@@ -53,13 +58,19 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     void close() override { shut(); }
 
     int publish(const std::string &subject, const std::string &reply, const message &letter);
-    void take_in(natsMsg &arrived, door *way_in);
+    void take_in(natsMsg &arrived, const callback_target &target);
     void lost_connection();
     void found_connection();
     void failed(natsStatus status);
 
   private:
-    int subscribe(const std::string &subject, bool one_of_many, door *way_in);
+    class listening_mark;
+    class request_mark;
+
+    int subscribe(const std::string &subject, bool one_of_many, callback_target wanted, subscription_ptr &made);
+    int subscribe_to_names(const qip_addr &address, std::span<const char *const> names, door *way_in);
+    void take_request(natsMsg &arrived, const callback_target &target, message letter);
+    sender_ptr sender_named(std::string_view name);
     bool is_settled(const std::string &subject);
     int publish_first(const std::string &subject, const std::string &reply, const message &letter);
     int ready();
@@ -67,7 +78,7 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     std::string last_refusal();
     std::string last_refused(const char *act);
     int expect(const std::string &subject, uint32_t &token);
-    void take_answer(natsMsg &arrived, message letter);
+    void take_answer(natsMsg &arrived, std::span<const uint8_t> bytes);
     void shut();
 
     [[nodiscard]] std::string subject_of(const qip_addr &address) const {
@@ -89,9 +100,11 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     // Guarded by the office's lock.
     std::vector<subscription_ptr> subscriptions_;
     std::set<std::string> listening_;
-    std::set<std::string> settled_;         // subjects that the server has let us publish to
-    std::map<uint32_t, std::string> asked_; // the subject that a token's request went to
-    size_t most_asked_ = 64;                // then those that are awaited no more are forgotten
+    std::set<std::string> settled_;                          // subjects that the server has let us publish to
+    std::map<uint32_t, std::string> asked_;                  // the subject that a token's request went to
+    size_t most_asked_ = 64;                                 // then those that are awaited no more are forgotten
+    std::map<std::string, sender_ptr, std::less<>> senders_; // by NAME
+    size_t most_senders_ = 1024;                             // then those who have nothing here are forgotten
     uint32_t last_token_ = 0;
 };
 

@@ -63,6 +63,21 @@ TEST_F(nats_roles, send_where_they_belong) {
     EXPECT_EQ(taken(module, within(60000)), "news");
 }
 
+TEST_F(nats_roles, send_under_their_own_names) {
+    ASSERT_EQ(error_of(qip_listen(rib_handle, &rib, 10)), 0);
+    for (const char *name : {"rib", "module", "clients", "another"}) {
+        const uint32_t impostor = opened(server.url("client:cl1ent") + "?name=" + name);
+        EXPECT_EQ(send_text(impostor, "?"), EACCES) << name;
+        qip_close(impostor);
+    }
+    ASSERT_EQ(send_text(client, "honest"), 0);
+    qip_ref ref{};
+    ASSERT_EQ(qip_recv(rib_handle, &ref, nullptr), 0);
+    EXPECT_STREQ(qip_sender_name(&ref), "client");
+    EXPECT_EQ(text_of(ref), "honest");
+    qip_drop(rib_handle, &ref);
+}
+
 TEST_F(nats_roles, are_answered) {
     ASSERT_EQ(error_of(qip_listen(rib_handle, &rib, 10)), 0);
     ASSERT_EQ(error_of(qip_listen(module, &a_module, 10)), 0);

@@ -4,12 +4,15 @@
 #include "platform/names.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
 #include <netdb.h>
 #include <optional>
+#include <random>
 #include <system_error>
 #include <unistd.h>
 
@@ -111,23 +114,74 @@ bool names_server(std::string_view server) {
     return parts && !parts->host.empty() && (parts->port.empty() || is_port(parts->port.substr(1)));
 }
 
+// "name=NAME" and "queue=NAME", each once, in any order.
+bool parse_query(std::string_view query, nats_place &place) {
+    for (bool more = true; more;) {
+        const size_t end = query.find('&');
+        const std::string_view one = query.substr(0, end);
+        const size_t equals = std::min(one.find('='), one.size());
+        const std::string_view key = one.substr(0, equals);
+        const std::string_view value = one.substr(std::min(equals + 1, one.size()));
+        if (key != "name" && key != "queue") {
+            return false;
+        }
+        std::string &wanted = key == "name" ? place.name : place.queue;
+        if (!wanted.empty() || !is_name(value)) {
+            return false;
+        }
+        wanted = value;
+        more = end != std::string_view::npos;
+        query.remove_prefix(more ? end + 1 : query.size());
+    }
+    return true;
+}
+
+// Nobody else's, so that handles that say nothing of themselves take turns, too.
+std::string made_up_name() {
+    std::random_device random;
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "anonymous-%08x%08x", random(), random());
+    return text.data();
+}
+
+// The user whom the server knows us as, where he is called as a sender may be.
+std::string name_of_user(std::string_view server) {
+    const size_t start = server.find("://") + 3;
+    const size_t at = server.rfind('@');
+    const bool has_identity = at != std::string_view::npos && at >= start;
+    const std::string_view identity = has_identity ? server.substr(start, at - start) : std::string_view{};
+    const size_t colon = identity.find(':');
+    const char *variable = setting("RIBKIT_NATS_USER");
+    const std::string_view user = colon != std::string_view::npos        ? identity.substr(0, colon)
+                                  : !has_identity && variable != nullptr ? std::string_view{variable}
+                                                                         : std::string_view{};
+    return is_name(user) ? std::string{user} : made_up_name();
+}
+
 } // namespace
 
 bool parse_nats_url(std::string_view url, nats_place &place) {
-    constexpr std::string_view queue_key = "queue=";
     const size_t question = url.find('?');
-    const std::string_view query = question == std::string_view::npos ? std::string_view{} : url.substr(question + 1);
+    const bool has_query = question != std::string_view::npos;
+    const std::string_view query = has_query ? url.substr(question + 1) : std::string_view{};
     url = url.substr(0, question);
-    const size_t host = url.find("://");
-    if (host == std::string_view::npos || (question != std::string_view::npos && !query.starts_with(queue_key))) {
+    const size_t slashes = url.find("://");
+    if (slashes == std::string_view::npos) {
         return false;
     }
-    const size_t path = url.find('/', host + 3);
+    const size_t path = url.find('/', slashes + 3);
     place.server = url.substr(0, path);
     const std::string_view fabric = path == std::string_view::npos ? std::string_view{} : url.substr(path + 1);
     place.prefix = fabric.empty() ? "rib" : fabric;
-    place.queue = query.empty() ? std::string_view{} : query.substr(queue_key.size());
-    return names_server(place.server) && is_name(place.prefix) && (query.empty() || is_name(place.queue));
+    place.name.clear();
+    place.queue.clear();
+    if (!names_server(place.server) || !is_name(place.prefix) || (has_query && !parse_query(query, place))) {
+        return false;
+    }
+    if (place.name.empty()) {
+        place.name = name_of_user(place.server);
+    }
+    return true;
 }
 
 int set_nats_options(natsOptions *options, const nats_place &place) {

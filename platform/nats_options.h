@@ -12,10 +12,12 @@ inline constexpr int64_t server_limit = 5000; // milliseconds that a server may 
 struct nats_place {
     std::string server; ///< the URL for the client library; may hold a password, so it is never printed
     std::string prefix; ///< of every subject: the fabric's name, "rib" without one
+    std::string name;   ///< that we send under: of the URL, the user's, or made up
     std::string queue;  ///< of the ordinary addresses; empty where every listener is given every message
 };
 
-/// Takes "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?queue=NAME]" apart; false where it is malformed.
+/// Takes "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?name=NAME][&queue=NAME]" apart, and finds a name; false
+/// where it is malformed.
 bool parse_nats_url(std::string_view url, nats_place &place);
 
 /// Server, reconnecting for ever with growing pauses, sending at once, and what the environment adds: RIBKIT_NATS_USER

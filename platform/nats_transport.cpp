@@ -1,7 +1,7 @@
 // One connection an endpoint. What arrives goes into the same mailbox as in process, on the client library's threads;
-// a subject's thread waits where its queue is full. A message's payload follows eight bytes: opcode and sender,
-// big-endian. News that come later than a send (nobody listens, not permitted, connection lost) end the waits for its
-// answer.
+// where the thread of a sender's own subscription waits for room. A message's payload follows eight bytes: opcode and a
+// number, big-endian. News that come later than a send (nobody listens, not permitted, connection lost) end the waits
+// for its answer.
 #include "platform/nats_transport.h"
 
 #include "codec/bytes.h"
@@ -10,10 +10,14 @@
 
 #include <cerrno>
 #include <climits>
+#include <iterator>
 
 namespace ribkit::platform {
 
 using namespace nats_callbacks;
+
+static constexpr int most_pending = 65536; // messages and bytes of a subscription that wait for its thread
+static constexpr int most_bytes_pending = 64 << 20;
 
 int nats_endpoint::connect() {
     has_real_time_ = claim_real_time(); // which the server keeps
@@ -49,28 +53,53 @@ int nats_endpoint::connect() {
     }
     inbox_ = std::string{inbox} + ".";
     natsInbox_Destroy(inbox);
-    return subscribe(inbox_ + "*", false, nullptr);
-}
-
-int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, door *way_in) {
-    const std::scoped_lock one_at_a_time{settling_};
-    auto target = std::make_unique<callback_target>(callback_target{weak_from_this(), way_in});
-    natsSubscription *made = nullptr;
-    const natsStatus status =
-        one_of_many && !place_.queue.empty()
-            ? natsConnection_QueueSubscribe(&made, connection_.get(), subject.c_str(), place_.queue.c_str(), on_message,
-                                            target.get())
-            : natsConnection_Subscribe(&made, connection_.get(), subject.c_str(), on_message, target.get());
-    if (status != NATS_OK) {
-        return errno_of(status);
-    }
-    natsSubscription_SetOnCompleteCB(made, forget, target.release());
-    subscription_ptr subscription{made};
-    if (const int error = settle(subject, nats_subscribing); error != 0) {
+    subscription_ptr answers;
+    if (const int error = subscribe(inbox_ + "*", false, {}, answers); error != 0) {
         return error;
     }
     const std::scoped_lock lock{office_->lock};
-    subscriptions_.push_back(std::move(subscription));
+    subscriptions_.push_back(std::move(answers));
+    return 0;
+}
+
+int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, callback_target wanted,
+                             subscription_ptr &made) {
+    const std::scoped_lock one_at_a_time{settling_};
+    auto target = std::make_unique<callback_target>(std::move(wanted));
+    target->end = weak_from_this();
+    natsSubscription *subscription = nullptr;
+    const natsStatus status =
+        one_of_many && !place_.queue.empty()
+            ? natsConnection_QueueSubscribe(&subscription, connection_.get(), subject.c_str(), place_.queue.c_str(),
+                                            on_message, target.get())
+            : natsConnection_Subscribe(&subscription, connection_.get(), subject.c_str(), on_message, target.get());
+    if (status != NATS_OK) {
+        return errno_of(status);
+    }
+    natsSubscription_SetOnCompleteCB(subscription, forget, target.release());
+    made.reset(subscription);
+    natsSubscription_SetPendingLimits(subscription, most_pending, most_bytes_pending);
+    return settle(subject, nats_subscribing);
+}
+
+// All of them or none.
+int nats_endpoint::subscribe_to_names(const qip_addr &address, std::span<const char *const> names, door *way_in) {
+    const std::string stem = subject_of(address) + ".";
+    std::vector<subscription_ptr> made;
+    std::set<std::string_view> each{names.begin(), names.end()}; // two subscriptions of one name would double messages
+    if (each.empty()) {
+        each.insert("*");
+    }
+    for (const std::string_view name : each) {
+        const callback_target wanted{{}, way_in, stem.size(), !names.empty()};
+        if (const int error = subscribe(stem + std::string{name}, !is_group(address), wanted, made.emplace_back());
+            error != 0) {
+            return error;
+        }
+    }
+    const std::scoped_lock lock{office_->lock};
+    subscriptions_.insert(subscriptions_.end(), std::make_move_iterator(made.begin()),
+                          std::make_move_iterator(made.end()));
     return 0;
 }
 
@@ -105,7 +134,28 @@ int nats_endpoint::settle(const std::string &subject, const char *act) {
     return status == NATS_OK && last_refused(act) == subject ? EACCES : errno_of(status);
 }
 
-int nats_endpoint::listen(const qip_addr &address, uint32_t bound, std::span<const char *const> /*names*/) {
+/// Forgets an address that nothing came of.
+class nats_endpoint::listening_mark {
+  public:
+    listening_mark(nats_endpoint &end, const std::string &subject) : end_(end), subject_(subject) {}
+    listening_mark(const listening_mark &) = delete;
+    listening_mark &operator=(const listening_mark &) = delete;
+    ~listening_mark() {
+        const std::scoped_lock lock{end_.office_->lock};
+        if (!stays_) {
+            end_.listening_.erase(subject_);
+        }
+    }
+
+    void stay() { stays_ = true; }
+
+  private:
+    nats_endpoint &end_;
+    const std::string &subject_;
+    bool stays_ = false;
+};
+
+int nats_endpoint::listen(const qip_addr &address, uint32_t bound, std::span<const char *const> names) {
     const std::string subject = subject_of(address);
     door *way_in = nullptr;
     {
@@ -113,15 +163,16 @@ int nats_endpoint::listen(const qip_addr &address, uint32_t bound, std::span<con
         if (box_->closed()) {
             return ECANCELED;
         }
-        if (!listening_.insert(subject).second) {
+        if (listening_.contains(subject)) {
             return EADDRINUSE;
         }
         way_in = &box_->add_door(bound);
+        listening_.insert(subject);
     }
-    const int error = subscribe(subject, !is_group(address), way_in);
-    if (error != 0) {
-        const std::scoped_lock lock{office_->lock};
-        listening_.erase(subject);
+    listening_mark mark{*this, subject};
+    const int error = subscribe_to_names(address, names, way_in);
+    if (error == 0) {
+        mark.stay();
     }
     return error;
 }
@@ -185,16 +236,36 @@ int nats_endpoint::publish_first(const std::string &subject, const std::string &
     return error;
 }
 
-int nats_endpoint::send(const qip_addr &address, message letter, bool /*may_wait*/, uint32_t *token) {
-    const std::string subject = subject_of(address);
-    int error = token == nullptr ? 0 : expect(subject, *token);
-    if (error == 0) {
-        const std::string reply = token == nullptr ? "" : inbox_ + std::to_string(*token);
-        error = is_settled(subject) ? publish(subject, reply, letter) : publish_first(subject, reply, letter);
+/// A request that was not sent awaits no answer.
+class nats_endpoint::request_mark {
+  public:
+    request_mark(nats_endpoint &end, const uint32_t *token) : end_(end), token_(token) {}
+    request_mark(const request_mark &) = delete;
+    request_mark &operator=(const request_mark &) = delete;
+    ~request_mark() {
+        if (token_ != nullptr) {
+            const std::scoped_lock lock{end_.office_->lock};
+            end_.box_->expect_no_more(*token_);
+        }
     }
-    if (error != 0 && token != nullptr) {
-        const std::scoped_lock lock{office_->lock};
-        box_->expect_no_more(*token);
+
+    void stay() { token_ = nullptr; }
+
+  private:
+    nats_endpoint &end_;
+    const uint32_t *token_;
+};
+
+int nats_endpoint::send(const qip_addr &address, message letter, bool /*may_wait*/, uint32_t *token) {
+    const std::string subject = subject_of(address) + "." + place_.name;
+    if (const int error = token == nullptr ? 0 : expect(subject, *token); error != 0) {
+        return error;
+    }
+    request_mark mark{*this, token};
+    const std::string reply = token == nullptr ? "" : inbox_ + std::to_string(*token);
+    const int error = is_settled(subject) ? publish(subject, reply, letter) : publish_first(subject, reply, letter);
+    if (error == 0) {
+        mark.stay();
     }
     return error;
 }

@@ -2,6 +2,7 @@
 // can be written with by hand: two queues, each with a mutex and a condition variable, the payload copied once each
 // way.
 #include "bench/harness.h"
+#include "platform/attack_bench.h"
 #include "platform/nats_bench.h"
 #include "platform/service_peer.h"
 #include "platform/unix_bench.h"
@@ -98,5 +99,6 @@ int main(int argc, char **argv) {
     }
     ribkit::bench::unix_rows();
     ribkit::bench::nats_rows(argc > 1 ? argv[1] : nullptr);
+    ribkit::bench::attack_rows(argc > 1 ? argv[1] : nullptr);
     return 0;
 }
