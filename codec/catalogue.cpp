@@ -1,6 +1,6 @@
 #include "codec/catalogue.h"
 
-#include "codec/messages/info.h"
+#include "codec/messages/forms.h"
 #include "codec/messages/query.h"
 #include "codec/messages/route.h"
 #include "fib_codec.h"
@@ -36,10 +36,10 @@ static constexpr message messages[] = {
     {"rib", "verify", &wire::verify, rib_hton_verify, rib_ntoh_verify},
     {"rib", "reg_query", &wire::reg_query, rib_hton_reg_query, rib_ntoh_reg_query,
      "A receiver reads it as it arrived: rib_ntoh_reg_query converts nothing."},
-    {"rib", "dm_query", &wire::state_query, rib_hton_dm_query, rib_ntoh_dm_query},
-    {"rib", "sys_query", &wire::state_query, rib_hton_sys_query, rib_ntoh_sys_query},
-    {"rib", "db_query", &wire::state_query, rib_hton_db_query, rib_ntoh_db_query},
-    {"rib", "in_query", &wire::state_query, rib_hton_in_query, rib_ntoh_in_query},
+    {"rib", "dm_query", &wire::dm_query, rib_hton_dm_query, rib_ntoh_dm_query},
+    {"rib", "sys_query", &wire::sys_query, rib_hton_sys_query, rib_ntoh_sys_query},
+    {"rib", "db_query", &wire::db_query, rib_hton_db_query, rib_ntoh_db_query},
+    {"rib", "in_query", &wire::in_query, rib_hton_in_query, rib_ntoh_in_query},
     {"rib", "test_info", &wire::test_info, rib_hton_test_info, rib_ntoh_test_info},
     {"rib", "node_query", &wire::node_query, rib_hton_node_query, rib_ntoh_node_query},
     {"rib", "test_query", &wire::test_query, rib_hton_test_query, rib_ntoh_test_query},
@@ -58,7 +58,8 @@ static constexpr message messages[] = {
     {"rib", "sys_info", &wire::sys_info, rib_hton_sys_info, rib_ntoh_sys_info},
     {"rib", "node_info", &wire::node, rib_hton_node_info, rib_ntoh_node_info},
     {"rib", "verf_query", &wire::verf_query, rib_hton_verf_query, rib_ntoh_verf_query,
-     "The key is a verf_fcl where the low half of the type has a bit of 0x1111, else a verf_fcm where it has one of "
+     "The key is a verf_fcl, whose word at 8 is then the cursor, where the low half of the type has a bit of 0x1111, "
+     "else a verf_fcm where it has one of "
      "0x2222, else a verf_fcu; the rest of its room is not touched."},
     {"rib", "verf_info", &wire::verf_info, rib_hton_verf_info, rib_ntoh_verf_info,
      "n_key keys follow: verf_fcl where the low half of the type has a bit of 0x1111, else verf_fcm where it has one "
@@ -96,6 +97,16 @@ static constexpr message messages[] = {
 
 std::span<const message> catalogue() { return messages; }
 
+static constexpr form all_forms[] = {
+    {&wire::cmi_envelope, "Content follows: a request has its operation code in front of it, an answer begins at 112."},
+    {&wire::fib_state},
+    {&wire::vsan_query},
+    {&wire::in_ha, "The body of a rib_in_info of kind 1. Flags are true where they are 1."},
+    {&wire::in_mem, "The body of a rib_in_info of kind 2."},
+};
+
+std::span<const form> forms() { return all_forms; }
+
 const message *find_message(const char *name) {
     for (const message &m : messages) {
         const size_t prefix = std::strlen(m.prefix);
@@ -126,22 +137,54 @@ struct digest {
     }
 };
 
-} // namespace
-
-uint32_t fingerprint(const layout &l) {
-    digest d;
-    d.text(l.name);
-    d.number(l.size);
-    for (const row &r : l) {
-        d.byte(static_cast<uint8_t>(r.kind));
-        d.byte(static_cast<uint8_t>(r.means));
-        d.byte(static_cast<uint8_t>(r.count.where));
-        for (const unsigned n :
-             {r.offset + 0U, r.size + 0U, r.mask + 0U, r.count.at + 0U, r.stride + 0U, r.bound + 0U}) {
+/// What a row does to the message, one word, half or byte after another: how the rows are split does not matter.
+void add_wire(digest &d, const row &r) {
+    if (layout::is_list(r)) {
+        for (const unsigned n : {static_cast<unsigned>(r.kind), static_cast<unsigned>(r.count.where), r.count.at + 0U,
+                                 r.offset + 0U, r.stride + 0U, r.bound + 0U, wire_fingerprint(*r.entry)}) {
             d.number(n);
         }
-        d.text(r.name);
-        d.number(r.entry != nullptr ? fingerprint(*r.entry) : 0);
+        return;
+    }
+    const uint32_t unit = r.kind == row_kind::words  ? 4
+                          : r.kind == row_kind::half ? 2
+                          : r.kind == row_kind::name ? r.size
+                                                     : 1;
+    for (uint32_t at = r.offset; at < r.end(); at += unit) {
+        for (const uint32_t n : {static_cast<uint32_t>(r.kind), at, unit, uint32_t{r.mask}}) {
+            d.number(n);
+        }
+    }
+}
+
+} // namespace
+
+uint32_t wire_fingerprint(const layout &l) {
+    digest d;
+    d.number(l.size);
+    for (const row &r : l) {
+        add_wire(d, r);
+    }
+    return d.value;
+}
+
+uint32_t description_fingerprint(const layout &l) {
+    digest d;
+    d.number(wire_fingerprint(l));
+    d.text(l.name);
+    for (const row &r : l) {
+        for (const char *text : {r.name, r.vocabulary, r.unit}) {
+            d.text(text);
+        }
+        d.byte(static_cast<uint8_t>(r.means));
+        d.byte(r.shown_more);
+        for (size_t i = 0; i < r.n_parts; ++i) {
+            d.text(r.parts[i].name);
+            d.text(r.parts[i].vocabulary);
+            d.byte(r.parts[i].shift);
+            d.byte(r.parts[i].bits);
+        }
+        d.number(r.entry != nullptr ? description_fingerprint(*r.entry) : 0);
     }
     return d.value;
 }

@@ -42,10 +42,22 @@ struct message {
 
 std::span<const message> catalogue();
 
+/// A form that no converter handles.
+struct form {
+    const layout *wire;
+    const char *odd = "";
+};
+
+std::span<const form> forms();
+
 /// The message of that name ("rib_fcurt" or, where it is the only one, "fcurt"); null where there is none.
 const message *find_message(const char *name);
 
-/// A digest of a layout, entries included: it changes with every offset, size, kind, bound and name.
-uint32_t fingerprint(const layout &l);
+/// A digest of what a layout does to bytes, entries included: it changes with every offset, size, kind, mask, count,
+/// stride and bound, and with no name.
+uint32_t wire_fingerprint(const layout &l);
+
+/// A digest of what a layout says to a reader, its bytes included: it changes with every name, too.
+uint32_t description_fingerprint(const layout &l);
 
 } // namespace ribkit

@@ -5,6 +5,7 @@
 #include "testing/golden.h"
 
 #include <cstdio>
+#include <functional>
 #include <gtest/gtest.h>
 #include <set>
 #include <sstream>
@@ -48,28 +49,126 @@ TEST(catalogue, finds_messages_with_and_without_prefix) {
 TEST(catalogue, layouts_change_on_purpose_only) {
     std::string lines;
     for (const message &m : catalogue()) {
-        char line[80];
-        std::snprintf(line, sizeof line, "%s_%s %08x\n", m.prefix, m.name, fingerprint(*m.wire));
+        char line[100];
+        std::snprintf(line, sizeof line, "%s_%s wire %08x description %08x\n", m.prefix, m.name,
+                      wire_fingerprint(*m.wire), description_fingerprint(*m.wire));
         lines += line;
     }
     expect_golden("codec/fingerprints.txt", lines);
 }
 
-TEST(catalogue, fingerprint_tells_every_part_of_a_row) {
-    static constexpr layout entry{"entry", 4, {word(0, "a")}};
-    static constexpr layout other_entry{"entry", 4, {word(0, "b")}};
-    static constexpr layout plain{"l", 8, {word(0, "n"), word(4, "x")}};
-    static constexpr layout renamed{"l", 8, {word(0, "n"), word(4, "y")}};
+template <size_t N> std::set<uint32_t> digests(const layout *const (&all)[N], uint32_t (*digest)(const layout &)) {
+    std::set<uint32_t> different;
+    for (const layout *l : all) {
+        different.insert(digest(*l));
+    }
+    return different;
+}
+
+constexpr layout entry{"entry", 4, {word(0, "a")}};
+constexpr layout other_entry{"entry", 4, {bytes(0, 4, "a")}};
+constexpr layout plain{"l", 8, {word(0, "n"), word(4, "x")}};
+
+TEST(catalogue, wire_fingerprint_tells_everything_about_the_bytes) {
     static constexpr layout carried{"l", 8, {word(0, "n"), bytes(4, 4, "x")}};
-    static constexpr layout meant{"l", 8, {word(0, "n"), word(4, "x", meaning::label)}};
+    static constexpr layout masks{"l", 5, {word(0, "n"), masked(4, 0x80, "x")}};
+    static constexpr layout other_mask{"l", 5, {word(0, "n"), masked(4, 0x40, "x")}};
     static constexpr layout one{"l", 8, {word(0, "n"), list(4, "x", in::word(0), entry, 4, 1)}};
     static constexpr layout other{"l", 8, {word(0, "n"), list(4, "x", in::word(0), other_entry, 4, 1)}};
     static constexpr layout second{"l", 8, {word(0, "n"), list(4, "x", in::second_byte(0), entry, 4, 1)}};
-    std::set<uint32_t> digests;
-    for (const layout *l : {&plain, &renamed, &carried, &meant, &one, &other, &second}) {
-        digests.insert(fingerprint(*l));
+    static constexpr layout open{"l", 4, {word(0, "n"), list(4, "x", in::word(0), entry, 4)}};
+    static constexpr layout apart{"l", 4, {word(0, "n"), list(4, "x", in::word(0), entry, 8)}};
+    const layout *const all[] = {&plain, &carried, &masks, &other_mask, &one, &other, &second, &open, &apart};
+    EXPECT_EQ(digests(all, wire_fingerprint).size(), 9U);
+}
+
+TEST(catalogue, wire_fingerprint_knows_no_name_and_no_split) {
+    static constexpr layout renamed{"m", 8, {word(0, "n"), word(4, "y", meaning::label).says("rib_uuid")}};
+    static constexpr layout run{"l", 8, {word(0, "n"), also(word(4, "x"))}};
+    const layout *const words[] = {&plain, &renamed, &run};
+    EXPECT_EQ(digests(words, wire_fingerprint).size(), 1U);
+    static constexpr layout whole{"l", 8, {bytes(0, 8, "x")}};
+    static constexpr layout halves{"l", 8, {bytes(0, 3, "x"), bytes(3, 5, "y")}};
+    const layout *const carried[] = {&whole, &halves};
+    EXPECT_EQ(digests(carried, wire_fingerprint).size(), 1U);
+}
+
+TEST(catalogue, description_fingerprint_tells_every_part_of_a_row) {
+    static constexpr row_part low[] = {part("low", 0, 4)};
+    static constexpr row_part wider[] = {part("low", 0, 5)};
+    static constexpr layout renamed{"l", 8, {word(0, "n"), word(4, "y")}};
+    static constexpr layout meant{"l", 8, {word(0, "n"), word(4, "x", meaning::label)}};
+    static constexpr layout says{"l", 8, {word(0, "n"), word(4, "x").says("rib_uuid")}};
+    static constexpr layout measured{"l", 8, {word(0, "n"), word(4, "x").in("ms")}};
+    static constexpr layout from_one{"l", 8, {word(0, "n"), word(4, "x").shown_plus_one()}};
+    static constexpr layout split{"l", 8, {word(0, "n"), word(4, "x").split(low)}};
+    static constexpr layout more{"l", 8, {word(0, "n"), word(4, "x").split(wider)}};
+    const layout *const all[] = {&plain, &renamed, &meant, &says, &measured, &from_one, &split, &more};
+    EXPECT_EQ(digests(all, description_fingerprint).size(), 8U);
+}
+
+/// Every name of a layout's rows and parts, lists' entries included.
+void for_each_row(const layout &l, const std::function<void(const row &)> &examine) {
+    for (const row &r : l) {
+        examine(r);
+        if (r.entry != nullptr) {
+            for_each_row(*r.entry, examine);
+        }
     }
-    EXPECT_EQ(digests.size(), 7U);
+}
+
+void for_each_row(const std::function<void(const row &)> &examine) {
+    for (const message &m : catalogue()) {
+        for_each_row(*m.wire, examine);
+    }
+    for (const form &f : forms()) {
+        for_each_row(*f.wire, examine);
+    }
+}
+
+bool is_identifier(std::string_view name) {
+    return !name.empty() && name.front() >= 'a' && name.front() <= 'z' &&
+           name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_") == std::string_view::npos;
+}
+
+TEST(layouts, names_are_identifiers_and_the_nameless_say_where_they_stand) {
+    for_each_row([](const row &r) {
+        EXPECT_TRUE(is_identifier(r.name)) << r.name;
+        for (const std::string_view kind : {"word_", "half_", "byte_", "bytes_"}) {
+            if (std::string_view(r.name).starts_with(kind)) {
+                EXPECT_EQ(r.name, std::string(kind) + std::to_string(r.offset));
+            }
+        }
+        for (size_t i = 0; i < r.n_parts; ++i) {
+            EXPECT_TRUE(is_identifier(r.parts[i].name)) << r.name;
+        }
+    });
+}
+
+void expect_vocabulary(std::string_view name) {
+    static const std::string exports = '\n' + file_content("exports.txt");
+    const std::string converter = '\n' + std::string(name) + "_to_str\n";
+    EXPECT_TRUE(name.empty() || exports.find(converter) != std::string::npos) << name;
+}
+
+TEST(layouts, texts_are_those_of_an_exported_function) {
+    for_each_row([](const row &r) {
+        expect_vocabulary(r.vocabulary);
+        for (size_t i = 0; i < r.n_parts; ++i) {
+            expect_vocabulary(r.parts[i].vocabulary);
+        }
+    });
+}
+
+TEST(layouts, parts_do_not_overlap_but_where_a_word_is_read_in_two_ways) {
+    for_each_row([](const row &r) {
+        uint32_t taken = 0;
+        for (size_t i = 0; i < r.n_parts; ++i) {
+            const uint32_t bits = ((uint32_t{1} << r.parts[i].bits) - 1) << r.parts[i].shift;
+            EXPECT_TRUE((taken & bits) == 0 || std::string_view(r.parts[i].name) == "domain") << r.name;
+            taken |= bits;
+        }
+    });
 }
 
 TEST(manual, is_what_the_layouts_say) { expect_golden("docs/wire-formats.md", wire_formats()); }

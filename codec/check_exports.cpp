@@ -83,16 +83,16 @@ uint32_t rib_check_reg_query(const void *message, uint32_t size, struct rib_chec
     return checked_as<reg_query>("rib_reg_query", message, size, report);
 }
 uint32_t rib_check_dm_query(const void *message, uint32_t size, struct rib_check_report *report) {
-    return checked_as<state_query>("rib_dm_query", message, size, report);
+    return checked_as<dm_query>("rib_dm_query", message, size, report);
 }
 uint32_t rib_check_sys_query(const void *message, uint32_t size, struct rib_check_report *report) {
-    return checked_as<state_query>("rib_sys_query", message, size, report);
+    return checked_as<sys_query>("rib_sys_query", message, size, report);
 }
 uint32_t rib_check_db_query(const void *message, uint32_t size, struct rib_check_report *report) {
-    return checked_as<state_query>("rib_db_query", message, size, report);
+    return checked_as<db_query>("rib_db_query", message, size, report);
 }
 uint32_t rib_check_in_query(const void *message, uint32_t size, struct rib_check_report *report) {
-    return checked_as<state_query>("rib_in_query", message, size, report);
+    return checked_as<in_query>("rib_in_query", message, size, report);
 }
 uint32_t rib_check_test_info(const void *message, uint32_t size, struct rib_check_report *report) {
     return checked_as<test_info>("rib_test_info", message, size, report);

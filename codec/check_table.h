@@ -5,8 +5,8 @@
 #include "codec/engine.h"
 #include "codec/messages/info.h"
 
+#include <algorithm>
 #include <array>
-#include <span>
 
 namespace ribkit {
 
@@ -22,6 +22,7 @@ struct check_row {
 struct check_list {
     count_of count;
     uint16_t offset, stride, bound; // as in a layout's row
+    uint16_t counted_by;            // the name of the word that holds the count
     uint8_t entry;                  // its plan; no_plan where nothing in it is counted
     static constexpr uint8_t no_plan = 0xff;
 };
@@ -74,7 +75,30 @@ constexpr bool is_record_of_words(const layout &l) {
            is_words_only(*last.entry) && is_fixed(*last.entry);
 }
 
-void two_layouts_of_one_name(); // not constexpr: the error message
+/// What a report calls a row: its name, or the first and the last of a run ("uuid..vsan").
+struct field_name {
+    std::array<char, 64> text{};
+    size_t size = 0;
+
+    consteval field_name(const row &r) {
+        add(r.name);
+        if (*r.until != '\0') {
+            add("..");
+            add(r.until);
+        }
+    }
+
+  private:
+    consteval void add(std::string_view more) {
+        for (const char c : more) {
+            text[size++] = c;
+        }
+    }
+};
+
+// Not constexpr: the error messages.
+void two_layouts_of_one_name();
+void count_of_a_list_must_be_a_word_of_its_own();
 
 /// The tables of some layouts, and of the entries in them whose own counts have to be looked at.
 class check_table_maker {
@@ -104,10 +128,10 @@ class check_table_maker {
 
     consteval void count() {
         for (size_t i = 0; i < n_plans; ++i) {
-            for (const row &r : *layouts[i]) {
+            const layout runs = layouts[i]->with_runs_merged();
+            for (const row &r : runs) {
                 n_rows += has_room(r) ? 1 : 0;
                 n_lists += is_counted_list(r) ? 1 : 0;
-                n_chars += has_room(r) && !named_before(i, r) ? length(r.name) + 1 : 0;
             }
         }
     }
@@ -127,26 +151,10 @@ class check_table_maker {
     static constexpr bool needs_plan(const row &r) {
         return is_counted_list(r) && (r.stride == 0 || is_counted(*r.entry));
     }
-    static constexpr size_t length(std::string_view text) { return text.size(); }
 
     std::array<const layout *, most> layouts{};
     std::array<odd_check, most> odds{};
-    size_t n_plans = 0, n_rows = 0, n_lists = 0, n_chars = 0;
-
-  private:
-    [[nodiscard]] consteval bool named_before(size_t plan, const row &wanted) const {
-        for (size_t i = 0; i <= plan; ++i) {
-            for (const row &r : *layouts[i]) {
-                if (i == plan && r.offset == wanted.offset) {
-                    return false;
-                }
-                if (has_room(r) && std::string_view(r.name) == wanted.name) {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
+    size_t n_plans = 0, n_rows = 0, n_lists = 0;
 };
 
 template <const layout &...L> class checked_layouts {
@@ -159,11 +167,12 @@ template <const layout &...L> class checked_layouts {
     }
     static constexpr check_table_maker made = make();
 
-    struct storage {
+    template <size_t Chars> struct storage {
         std::array<check_plan, made.n_plans> plans{};
         std::array<check_row, made.n_rows> rows{};
         std::array<check_list, made.n_lists> lists{};
-        std::array<char, made.n_chars> names{};
+        std::array<char, Chars> names{};
+        size_t n_chars = 0;
 
         consteval storage() {
             for (size_t i = 0; i < made.n_plans; ++i) {
@@ -172,38 +181,49 @@ template <const layout &...L> class checked_layouts {
         }
 
       private:
-        size_t n_rows = 0, n_lists = 0, n_chars = 0;
+        size_t n_rows = 0, n_lists = 0;
 
         consteval void add(const layout &l, check_plan &plan, odd_check odd) {
             plan = {l.size, static_cast<uint16_t>(n_rows), static_cast<uint8_t>(n_lists), 0,
                     odd,    is_record_of_words(l)};
-            for (const row &r : l) {
+            const layout runs = l.with_runs_merged();
+            for (const row &r : runs) {
                 if (made.has_room(r)) {
-                    rows[n_rows++] = {static_cast<uint16_t>(r.end()), name_at(r.name)};
+                    rows[n_rows++] = {static_cast<uint16_t>(r.end()), name_at(field_name(r))};
                 }
                 if (is_counted_list(r)) {
                     const size_t entry = made.needs_plan(r) ? made.find(*r.entry) : size_t{check_list::no_plan};
-                    lists[n_lists++] = {r.count, r.offset, r.stride, r.bound, static_cast<uint8_t>(entry)};
+                    lists[n_lists++] = {
+                        r.count, r.offset, r.stride, r.bound, name_at(holder(l, r.count)), static_cast<uint8_t>(entry)};
                     ++plan.n_lists;
                 }
             }
         }
 
-        consteval uint16_t name_at(std::string_view name) {
+        static consteval field_name holder(const layout &l, count_of count) {
+            for (const row &r : l) {
+                if (r.offset == count.at) {
+                    return field_name(r);
+                }
+            }
+            count_of_a_list_must_be_a_word_of_its_own();
+            return field_name(*l.begin());
+        }
+
+        consteval uint16_t name_at(const field_name &name) {
             for (size_t at = 0; at < n_chars; at += std::string_view(&names[at]).size() + 1) {
-                if (name == std::string_view(&names[at])) {
+                if (std::string_view(&names[at]) == name.text.data()) {
                     return static_cast<uint16_t>(at);
                 }
             }
             const size_t at = n_chars;
-            for (const char c : name) {
-                names[n_chars++] = c;
-            }
-            ++n_chars;
+            n_chars = std::copy_n(name.text.begin(), name.size + 1, names.begin() + at) - names.begin();
             return static_cast<uint16_t>(at);
         }
     };
-    static constexpr storage is{};
+    static constexpr size_t enough = 8192;
+    static constexpr size_t n_chars = storage<enough>{}.n_chars;
+    static constexpr storage<n_chars> is{};
     static_assert(made.n_plans < check_list::no_plan && made.n_lists <= UINT8_MAX);
 
   public:

@@ -280,7 +280,7 @@ TEST(check, counts_of_entries_with_their_own_size_have_to_fit_the_bytes) {
         EXPECT_EQ(said("rib_lbl_route", draft(40).word(28, count).add(label_entry(0)).bytes()),
                   "bad rib_lbl_route: ctrl at offset 48 ends at 52, but the bytes end at 48");
         EXPECT_EQ(said("rib_fclrt_info", draft(44).word(0, count).bytes()),
-                  "bad rib_fclrt_info: words at offset 44 ends at 68, but the bytes end at 44");
+                  "bad rib_fclrt_info: uuid..mask at offset 44 ends at 68, but the bytes end at 44");
         EXPECT_EQ(said("rib_fcmrt_info", draft(24).word(0, count).bytes()),
                   "bad rib_fcmrt_info: uuid at offset 24 ends at 28, but the bytes end at 24");
         EXPECT_EQ(said("rib_fcurt_update", draft(980).word(16, count).add(unicast(1)).bytes()),

@@ -80,29 +80,22 @@ template <class Steps> class checker {
     }
 
     /// Refuses a count, in the name of the field that holds it.
-    [[nodiscard]] uint32_t refuse_count(const check_plan &plan, const check_list &list, size_t at, size_t count,
-                                        size_t allowed) const {
-        const check_row *holder = tables_.rows + plan.first_row;
-        size_t begin = at;
-        while (list.count.at >= holder->end) {
-            begin = at + holder->end;
-            ++holder;
-        }
-        return refuse(RIB_CHECK_COUNT, tables_.names + holder->name, begin, count, allowed);
+    [[nodiscard]] uint32_t refuse_count(const check_list &list, size_t at, size_t count, size_t allowed) const {
+        return refuse(RIB_CHECK_COUNT, tables_.names + list.counted_by, at + list.count.at, count, allowed);
     }
 
     uint32_t walk_list(const check_plan &plan, const check_list &list, size_t at, size_t &end) {
         const uint32_t count = count_at(list.count, at);
         const size_t first = at + list.offset;
         if (list.bound != 0 && count > list.bound) {
-            return refuse_count(plan, list, at, count, list.bound);
+            return refuse_count(list, at, count, list.bound);
         }
         if (list.stride == 0) {
             return walk_run(list.entry, first, count, end);
         }
         if (list.entry == check_list::no_plan) {
             if (const size_t room = left(first) / list.stride; list.bound == 0 && count > room) {
-                return refuse_count(plan, list, at, count, room);
+                return refuse_count(list, at, count, room);
             }
             end = std::max(end, first + size_t{count} * list.stride);
             return RIB_OK;

@@ -91,10 +91,10 @@ template <direction D, std::endian Host, class Isa> struct engine {
 
     /// Converts one message; returns its size in bytes.
     template <const layout &L> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
-        if constexpr (Isa::template has_shortcut<L>()) {
-            return Isa::template shortcut<L, order, swaps>(src, dst, &rows_apart<L>);
+        if constexpr (Isa::template has_shortcut<merged<L>>()) {
+            return Isa::template shortcut<merged<L>, order, swaps>(src, dst, &rows_apart<merged<L>>);
         } else {
-            return rows<L>(src, dst);
+            return rows<merged<L>>(src, dst);
         }
     }
 
@@ -156,7 +156,7 @@ template <direction D, std::endian Host, class Isa> struct engine {
                 const uint32_t size = convert<entry>(src + at, dst + at);
                 at += r.stride != 0 ? r.stride : size;
             };
-            if constexpr (Isa::template has_shortcut<entry>() && r.bound != 0) {
+            if constexpr (Isa::template has_shortcut<merged<entry>>() && r.bound != 0) {
                 for (; count >= 2; count -= 2) { // little but the loop itself is left to save
                     one();
                     one();

@@ -66,8 +66,8 @@ uint32_t rib_next_fclrt_query(void *cur, void *next) {
 
 uint32_t rib_next_verf_query(void *cur, void *next) {
     constexpr uint32_t key = wire::verf_query.at("key");
-    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), key + wire::verf_fcl.at("words 8"),
-                      key + wire::verf_fcl.at("label"));
+    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), key + wire::verf_fcl.at("word_8"),
+                      key + wire::verf_fcl.at("label_0"));
 }
 
 uint32_t rib_next_fcm_tuple(uint32_t *vsan, uint32_t *fcid) {

@@ -3,6 +3,7 @@
 // up.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -38,6 +39,9 @@ enum class meaning : uint8_t {
     domain,
     cost,
     count,
+    time,
+    domains,
+    ports,
 };
 
 enum class count_in : uint8_t { none, word, second_byte, constant };
@@ -56,7 +60,23 @@ constexpr count_of constant(uint16_t count) { return {count_in::constant, count}
 
 struct layout;
 
-/// Small, because the checks keep every layout in memory.
+/// Some bits of a word or byte that have a name of their own.
+struct row_part {
+    const char *name = "";
+    uint8_t shift = 0; // of its lowest bit
+    uint8_t bits = 0;
+    const char *vocabulary = ""; // as in a row
+};
+
+constexpr row_part part(const char *name, uint8_t shift, uint8_t bits, const char *vocabulary = "") {
+    return {name, shift, bits, vocabulary};
+}
+
+// Not constexpr: naming one of these while a layout is compiled is the error message.
+void row_has_a_part_outside();
+
+/// A line of a layout's table. A name is what accessors, traces and displays call the field; what none of them names is
+/// called by its kind and offset ("word_16"). Only compilers, tools and tests hold rows: see merged.
 struct row {
     row_kind kind{};
     meaning means{};
@@ -68,18 +88,53 @@ struct row {
     uint16_t bound = 0;  // entries of a bounded list, whose unused ones are zero-filled; 0 for an open list
     const char *name = "";
     const layout *entry = nullptr;
+    bool continues = false;      // in one run with the row before: see also
+    uint8_t shown_more = 0;      // what a reader is shown is the number and this
+    const char *until = "";      // of merged rows, the last one's name
+    const char *vocabulary = ""; // the function that makes a text of the number, without "_to_str"
+    const char *unit = "";
+    static constexpr size_t most_parts = 6;
+    uint8_t n_parts = 0;
+    std::array<row_part, most_parts> parts{};
 
     [[nodiscard]] constexpr uint32_t end() const { return uint32_t{offset} + size; }
+
+    /// Its number has texts.
+    [[nodiscard]] constexpr row says(const char *texts) const {
+        row with = *this;
+        with.vocabulary = texts;
+        return with;
+    }
+    /// Its bits have names.
+    template <size_t N> [[nodiscard]] constexpr row split(const row_part (&names)[N]) const {
+        static_assert(N <= most_parts);
+        row with = *this;
+        for (const row_part &p : names) {
+            if (p.shift + p.bits > 8 * size) {
+                row_has_a_part_outside();
+            }
+            with.parts[with.n_parts++] = p;
+        }
+        return with;
+    }
+    [[nodiscard]] constexpr row in(const char *measure) const {
+        row with = *this;
+        with.unit = measure;
+        return with;
+    }
+    /// Modules and the like are numbered from 0 and shown from 1.
+    [[nodiscard]] constexpr row shown_plus_one() const {
+        row with = *this;
+        with.shown_more = 1;
+        return with;
+    }
 };
 
 constexpr uint16_t times(uint16_t a, uint16_t b) { return static_cast<uint16_t>(a * b); }
 
 // The rows, as a layout's table writes them.
-constexpr row words(uint16_t offset, uint16_t n, const char *name, meaning means = meaning::plain) {
-    return {.kind = row_kind::words, .means = means, .offset = offset, .size = times(4, n), .name = name};
-}
 constexpr row word(uint16_t offset, const char *name, meaning means = meaning::plain) {
-    return words(offset, 1, name, means);
+    return {.kind = row_kind::words, .means = means, .offset = offset, .size = 4, .name = name};
 }
 constexpr row half(uint16_t offset, const char *name) {
     return {.kind = row_kind::half, .offset = offset, .size = 2, .name = name};
@@ -93,11 +148,17 @@ constexpr row masked(uint16_t offset, uint8_t mask, const char *name) {
 constexpr row zero(uint16_t offset, uint16_t size) {
     return {.kind = row_kind::zero, .offset = offset, .size = size, .name = "zero"};
 }
-constexpr row gap(uint16_t offset, uint16_t size) {
-    return {.kind = row_kind::gap, .offset = offset, .size = size, .name = "gap"};
+constexpr row gap(uint16_t offset, uint16_t size, const char *name = "gap", meaning means = meaning::plain) {
+    return {.kind = row_kind::gap, .means = means, .offset = offset, .size = size, .name = name};
 }
 constexpr row name(uint16_t offset, uint16_t size, uint8_t longest, const char *called) {
     return {.kind = row_kind::name, .mask = longest, .offset = offset, .size = size, .name = called};
+}
+
+/// In one run with the row before it: converted, and where bytes are missing reported, as one.
+consteval row also(row next) {
+    next.continues = true;
+    return next;
 }
 
 /// An open list: as many entries as its count says, to the end of the message.
@@ -128,11 +189,12 @@ void layout_rows_leave_a_hole_or_overlap();
 void layout_count_must_stand_in_a_word_before_its_list();
 void layout_open_list_must_be_last();
 void layout_size_differs_from_its_rows();
+void layout_run_is_of_one_kind_only();
 void layout_has_too_many_rows();
 void layout_has_no_such_field();
 
 struct layout {
-    static constexpr size_t most_rows = 12;
+    static constexpr size_t most_rows = 14;
 
     const char *name;
     uint16_t size; // of the fixed part, bounded lists included
@@ -149,6 +211,9 @@ struct layout {
             if (n_rows != 0 && is_open(rows[n_rows - 1])) {
                 layout_open_list_must_be_last();
             }
+            if (r.continues && (n_rows == 0 || rows[n_rows - 1].kind != r.kind || !can_continue(r.kind))) {
+                layout_run_is_of_one_kind_only();
+            }
             if (r.offset != next) {
                 layout_rows_leave_a_hole_or_overlap();
             }
@@ -161,6 +226,25 @@ struct layout {
         if (next != size) {
             layout_size_differs_from_its_rows();
         }
+    }
+
+    /// The same but for its last row.
+    consteval layout(const layout &other, row last) : layout(other) { rows[n_rows - 1] = last; }
+
+    /// Every run as one row.
+    [[nodiscard]] consteval layout with_runs_merged() const {
+        layout runs = *this;
+        runs.n_rows = 0;
+        for (const row &r : *this) {
+            if (r.continues) {
+                row &run = runs.rows[runs.n_rows - 1];
+                run.size = static_cast<uint16_t>(run.size + r.size);
+                run.until = r.name;
+            } else {
+                runs.rows[runs.n_rows++] = r;
+            }
+        }
+        return runs;
     }
 
     [[nodiscard]] constexpr const row *begin() const { return rows; }
@@ -182,6 +266,7 @@ struct layout {
     [[nodiscard]] consteval uint16_t at(std::string_view field) const { return row_of(field).offset; }
 
   private:
+    static constexpr bool can_continue(row_kind kind) { return kind == row_kind::words || kind == row_kind::bytes; }
     [[nodiscard]] constexpr bool has_word_at(uint32_t offset) const {
         for (const row &r : *this) {
             if (r.kind == row_kind::words && offset >= r.offset && offset < r.end() && offset % 4 == 0) {
@@ -191,5 +276,8 @@ struct layout {
         return false;
     }
 };
+
+/// What converters and checks are made from: fewer and longer rows, of the same bytes.
+template <const layout &L> inline constexpr layout merged = L.with_runs_merged();
 
 } // namespace ribkit

@@ -64,8 +64,43 @@ const char *meaning_of(meaning means) {
         return "route cost";
     case meaning::count:
         return "count";
+    case meaning::time:
+        return "time";
+    case meaning::domains:
+        return "bitmap of domains 0 to 239";
+    case meaning::ports:
+        return "bitmap of ports; its second half is the gap behind it";
     }
     return "";
+}
+
+/// "bits 31-12 `label`, 8 `bottom`"
+std::string parts_of(const row &r) {
+    std::string text;
+    for (size_t i = 0; i < r.n_parts; ++i) {
+        const row_part &p = r.parts[i];
+        text += text.empty() ? "bits " : ", ";
+        text += p.bits == 1 ? "" : std::to_string(p.shift + p.bits - 1) + "-";
+        text += std::to_string(p.shift) + " `" + p.name + "`";
+        text += *p.vocabulary == '\0' ? "" : std::string(" (texts `") + p.vocabulary + "`)";
+    }
+    return text;
+}
+
+std::string joined(std::initializer_list<std::string> phrases) {
+    std::string text;
+    for (const std::string &phrase : phrases) {
+        text += text.empty() || phrase.empty() ? "" : "; ";
+        text += phrase;
+    }
+    return text;
+}
+
+/// What a reader makes of the number.
+std::string reading_of(const row &r) {
+    return joined({meaning_of(r.means), *r.unit == '\0' ? "" : std::string("in ") + r.unit,
+                   r.shown_more == 0 ? "" : "shown counted from 1",
+                   *r.vocabulary == '\0' ? "" : std::string("texts `") + r.vocabulary + "`", parts_of(r)});
 }
 
 std::string hex(uint32_t value) {
@@ -101,13 +136,13 @@ std::string note_of(const row &r) {
     case row_kind::zero:
         return "written as zero";
     case row_kind::gap:
-        return "carried by nobody";
+        return joined({"carried by nobody", reading_of(r)});
     case row_kind::name:
         return "at most " + std::to_string(r.mask) + " characters, zero-filled";
     case row_kind::bytes:
-        return std::string("as they stand") + (r.means == meaning::plain ? "" : ": ") + meaning_of(r.means);
+        return joined({"as they stand", reading_of(r)});
     default:
-        return meaning_of(r.means);
+        return reading_of(r);
     }
 }
 
@@ -148,19 +183,22 @@ std::vector<std::vector<const message *>> chapters() {
     return all;
 }
 
+void print_layout(std::string &text, const layout &l, const char *odd, bool open) {
+    text += "\n\n" + std::to_string(l.size) + " bytes" + (open ? ", and what follows.\n" : ".\n");
+    text += "\n| Offset | Bytes | Kind | Field | Meaning |\n| --- | --- | --- | --- | --- |\n";
+    print_rows(text, l, "", "");
+    if (odd[0] != '\0') {
+        text += std::string("\n") + odd + "\n";
+    }
+}
+
 void print_chapter(std::string &text, const std::vector<const message *> &chapter) {
     text += "\n##";
     for (const message *m : chapter) {
         text += std::string(m == chapter[0] ? " " : ", ") + m->prefix + "_" + m->name;
     }
     const layout &l = *chapter[0]->wire;
-    const bool open = layout::is_open(l.rows[l.n_rows - 1]) || chapter[0]->odd[0] != '\0';
-    text += "\n\n" + std::to_string(l.size) + " bytes" + (open ? ", and what follows.\n" : ".\n");
-    text += "\n| Offset | Bytes | Kind | Field | Meaning |\n| --- | --- | --- | --- | --- |\n";
-    print_rows(text, l, "", "");
-    if (chapter[0]->odd[0] != '\0') {
-        text += std::string("\n") + chapter[0]->odd + "\n";
-    }
+    print_layout(text, l, chapter[0]->odd, layout::is_open(l.rows[l.n_rows - 1]) || chapter[0]->odd[0] != '\0');
 }
 
 } // namespace
@@ -174,10 +212,17 @@ Every message of the RIB's client protocol and of the RIB-to-FIB protocol, writt
 Offsets and sizes are bytes, from the start of the message; an offset with a plus sign counts from the start of an entry of
 the list above it, two plus signs from an entry of that entry's list. Words (32 bits) and halves (16 bits) are big-endian
 on the wire; everything else travels as it stands. The second byte of a word holds its bits 23 to 16. `PREFIX_NAME` has the
-converters `PREFIX_hton_NAME` and `PREFIX_ntoh_NAME`.
+converters `PREFIX_hton_NAME` and `PREFIX_ntoh_NAME`; the forms at the end have none.
+
+A field that nothing names is called by its kind and offset (`word_16`). Texts of a number are those of the function of that
+name with `_to_str` behind it; `ribkit text NAME` lists them. Bits are counted from 0, the lowest; of bytes, in each byte.
 )";
     for (const auto &chapter : chapters()) {
         print_chapter(text, chapter);
+    }
+    for (const form &f : forms()) {
+        text += std::string("\n## ") + f.wire->name;
+        print_layout(text, *f.wire, f.odd, false);
     }
     return text;
 }

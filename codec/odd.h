@@ -27,8 +27,8 @@ template <> struct conversion<wire::fcu_path> {
     }
 
   private:
-    static constexpr uint8_t special = 0xf0; // in the second of the marks
-    static bool is_special(const uint8_t *path) { return path[wire::fcu_path.at("marks") + 1] == special; }
+    static constexpr uint8_t special = 0xf0;
+    static bool is_special(const uint8_t *path) { return path[wire::fcu_path.at("special")] == special; }
     static bool is_well_known(uint32_t fcid) { return (fcid & 0x00fffff0) == 0x00fffff0 && fcid != 0x00ffffff; }
     static uint32_t fcid_of(const uint8_t *path) { return be32(path + wire::fcu_path.at("fcid")); }
 

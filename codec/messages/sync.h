@@ -8,7 +8,8 @@ namespace ribkit::wire {
 /// Three labels' room, of which the next hop takes all but the last: see ucast_route.
 inline constexpr layout ucast_hop{"ucast_hop",
                                   20,
-                                  {word(0, "ctrl", meaning::control), word(4, "intf", meaning::interface),
+                                  {word(0, "ctrl", meaning::control).says("rib_fclrt_ctrl").split(ucast_ctrl_parts),
+                                   word(4, "intf", meaning::interface),
                                    list(8, "label", in::second_byte(0), raw_label, 4, 3)}};
 
 /// Hops stand 8 bytes apart although each is 20 long: a later hop overwrites the labels of the one before it, and only
@@ -16,13 +17,16 @@ inline constexpr layout ucast_hop{"ucast_hop",
 inline constexpr layout ucast_route{"ucast_route",
                                     36,
                                     {
-                                        word(0, "uuid", meaning::client),
+                                        word(0, "uuid", meaning::client).says("rib_uuid"),
                                         word(4, "vsan", meaning::vsan),
                                         bytes(8, 4, "fcid", meaning::fc_id),
                                         word(12, "mask", meaning::fc_mask),
-                                        bytes(16, 8, "rctl"),
+                                        bytes(16, 1, "rctl"),
+                                        also(bytes(17, 1, "rctl_mask")),
+                                        also(bytes(18, 1, "byte_18").split(rewrite_parts)),
+                                        also(bytes(19, 5, "bytes_19")),
                                         word(24, "cost", meaning::cost),
-                                        word(28, "flag", meaning::flags),
+                                        word(28, "flag", meaning::flags).says("rib_fcurt_flag").split(flag_parts),
                                         word(32, "n_hop", meaning::count),
                                         list(36, "hop", in::word(32), ucast_hop, 8),
                                     }};
@@ -30,7 +34,12 @@ inline constexpr layout ucast_route{"ucast_route",
 inline constexpr layout lbl_route{"lbl_route",
                                   40,
                                   {
-                                      words(0, 6, "words"),
+                                      word(0, "uuid", meaning::client).says("rib_uuid"),
+                                      also(word(4, "type").says("rib_route_type")),
+                                      also(word(8, "vsan", meaning::vsan)),
+                                      also(word(12, "src", meaning::interface)),
+                                      also(word(16, "fcid", meaning::fc_id)),
+                                      also(word(20, "mask", meaning::fc_mask)),
                                       word(24, "n_match", meaning::count),
                                       word(28, "n_intf", meaning::count),
                                       list(32, "match", in::word(24), label, 4, 2),
@@ -40,7 +49,7 @@ inline constexpr layout lbl_route{"lbl_route",
 inline constexpr layout mcast_route{"mcast_route",
                                     20,
                                     {
-                                        word(0, "uuid", meaning::client),
+                                        word(0, "uuid", meaning::client).says("rib_uuid"),
                                         word(4, "vsan", meaning::vsan),
                                         bytes(8, 4, "fcid", meaning::fc_id),
                                         word(12, "mask", meaning::fc_mask),
@@ -48,15 +57,55 @@ inline constexpr layout mcast_route{"mcast_route",
                                         list(20, "intf", in::word(16), member, 4),
                                     }};
 
-inline constexpr layout topo{
-    "topo",
-    12,
-    {words(0, 2, "words"), word(8, "n_version", meaning::count), list(12, "version", in::word(8), version, 4)}};
+inline constexpr layout topo{"topo",
+                             12,
+                             {word(0, "uuid", meaning::client).says("rib_uuid"), also(word(4, "vsan", meaning::vsan)),
+                              word(8, "n_version", meaning::count), list(12, "version", in::word(8), version, 4)}};
 
-inline constexpr layout sync_fcl{"sync_fcl", 52, {words(0, 13, "words")}};
-inline constexpr layout sync_fcm{"sync_fcm", 28, {words(0, 7, "words")}};
-inline constexpr layout sync_fcu{"sync_fcu", 32, {words(0, 8, "words")}};
-inline constexpr layout sync_query{"sync_query", 12, {words(0, 3, "words")}};
-inline constexpr layout sync_info{"sync_info", 8, {words(0, 2, "words")}};
+/// The log of changes that a peer RIB is brought up to date with. Index 128 is a marker, whose operation word is a
+/// count.
+inline constexpr layout sync_fcl{"sync_fcl",
+                                 52,
+                                 {
+                                     word(0, "index"),
+                                     also(word(4, "sequence")),
+                                     also(word(8, "time", meaning::time)),
+                                     also(word(12, "oper", meaning::operation).says("fib_oper")),
+                                     also(word(16, "action", meaning::action).says("fib_action")),
+                                     also(word(20, "type").says("rib_route_type")),
+                                     also(word(24, "vsan", meaning::vsan)),
+                                     also(word(28, "fcid", meaning::fc_id)),
+                                     also(word(32, "mask", meaning::fc_mask)),
+                                     also(word(36, "word_36")),
+                                     also(word(40, "label_0", meaning::label).split(label_parts)),
+                                     also(word(44, "label_1", meaning::label).split(label_parts)),
+                                     also(word(48, "intf", meaning::interface)),
+                                 }};
+inline constexpr layout sync_fcm{"sync_fcm",
+                                 28,
+                                 {
+                                     word(0, "index"),
+                                     also(word(4, "sequence")),
+                                     also(word(8, "time", meaning::time)),
+                                     also(word(12, "oper", meaning::operation).says("fib_oper")),
+                                     also(word(16, "action", meaning::action).says("fib_action")),
+                                     also(word(20, "vsan", meaning::vsan)),
+                                     also(word(24, "fcid", meaning::fc_id)),
+                                 }};
+inline constexpr layout sync_fcu{"sync_fcu",
+                                 32,
+                                 {
+                                     word(0, "index"),
+                                     also(word(4, "sequence")),
+                                     also(word(8, "time", meaning::time)),
+                                     also(word(12, "oper", meaning::operation).says("fib_oper")),
+                                     also(word(16, "action", meaning::action).says("fib_action")),
+                                     also(word(20, "vsan", meaning::vsan)),
+                                     also(word(24, "fcid", meaning::fc_id)),
+                                     also(word(28, "mask", meaning::fc_mask)),
+                                 }};
+inline constexpr layout sync_query{
+    "sync_query", 12, {word(0, "word_0"), also(word(4, "word_4")), also(word(8, "word_8"))}};
+inline constexpr layout sync_info{"sync_info", 8, {word(0, "word_0"), also(word(4, "word_4"))}};
 
 } // namespace ribkit::wire
