@@ -80,7 +80,7 @@ struct field_name {
     std::array<char, 64> text{};
     size_t size = 0;
 
-    consteval field_name(const row &r) {
+    constexpr field_name(const row &r) {
         add(r.name);
         if (*r.until != '\0') {
             add("..");
@@ -89,7 +89,7 @@ struct field_name {
     }
 
   private:
-    consteval void add(std::string_view more) {
+    constexpr void add(std::string_view more) {
         for (const char c : more) {
             text[size++] = c;
         }
@@ -105,7 +105,7 @@ class check_table_maker {
   public:
     static constexpr size_t most = 160;
 
-    consteval void add(const layout &l, odd_check odd) {
+    constexpr void add(const layout &l, odd_check odd) {
         if (find(l) == n_plans) {
             layouts[n_plans] = &l;
             odds[n_plans++] = odd;
@@ -116,7 +116,7 @@ class check_table_maker {
     }
 
     /// Entries, once all that have something odd are there.
-    consteval void add_entries() {
+    constexpr void add_entries() {
         for (size_t i = 0; i < n_plans; ++i) {
             for (const row &r : *layouts[i]) {
                 if (needs_plan(r)) {
@@ -126,7 +126,7 @@ class check_table_maker {
         }
     }
 
-    consteval void count() {
+    constexpr void count() {
         for (size_t i = 0; i < n_plans; ++i) {
             const layout runs = layouts[i]->with_runs_merged();
             for (const row &r : runs) {
@@ -136,7 +136,7 @@ class check_table_maker {
         }
     }
 
-    [[nodiscard]] consteval size_t find(const layout &wanted) const {
+    [[nodiscard]] constexpr size_t find(const layout &wanted) const {
         size_t i = 0;
         while (i < n_plans && std::string_view(layouts[i]->name) != wanted.name) {
             ++i;
@@ -157,80 +157,98 @@ class check_table_maker {
     size_t n_plans = 0, n_rows = 0, n_lists = 0;
 };
 
-template <const layout &...L> class checked_layouts {
-    static consteval check_table_maker make() {
-        check_table_maker m;
-        (m.add(L, odd_check_of<L>), ...);
-        m.add_entries();
-        m.count();
-        return m;
+template <const layout &...L> constexpr check_table_maker make_check_tables() {
+    check_table_maker m;
+    (m.add(L, odd_check_of<L>), ...);
+    m.add_entries();
+    m.count();
+    return m;
+}
+
+template <const layout &...L> inline constexpr check_table_maker made_check_tables = make_check_tables<L...>();
+
+/// The tables of what was made, with room for the characters of all names.
+template <const check_table_maker &Made, size_t Chars> struct check_storage {
+    std::array<check_plan, Made.n_plans> plans{};
+    std::array<check_row, Made.n_rows> rows{};
+    std::array<check_list, Made.n_lists> lists{};
+    std::array<char, Chars> names{};
+    size_t n_rows = 0, n_lists = 0, n_chars = 0;
+
+    constexpr check_storage() {
+        for (size_t i = 0; i < Made.n_plans; ++i) {
+            add(*Made.layouts[i], plans[i], Made.odds[i]);
+        }
     }
-    static constexpr check_table_maker made = make();
 
-    template <size_t Chars> struct storage {
-        std::array<check_plan, made.n_plans> plans{};
-        std::array<check_row, made.n_rows> rows{};
-        std::array<check_list, made.n_lists> lists{};
-        std::array<char, Chars> names{};
-        size_t n_chars = 0;
-
-        consteval storage() {
-            for (size_t i = 0; i < made.n_plans; ++i) {
-                add(*made.layouts[i], plans[i], made.odds[i]);
+  private:
+    constexpr void add(const layout &l, check_plan &plan, odd_check odd) {
+        plan = {l.size, static_cast<uint16_t>(n_rows), static_cast<uint8_t>(n_lists), 0, odd, is_record_of_words(l)};
+        const layout runs = l.with_runs_merged();
+        for (const row &r : runs) {
+            if (Made.has_room(r)) {
+                rows[n_rows++] = {static_cast<uint16_t>(r.end()), name_at(field_name(r))};
+            }
+            if (is_counted_list(r)) {
+                const size_t entry = Made.needs_plan(r) ? Made.find(*r.entry) : size_t{check_list::no_plan};
+                lists[n_lists++] = {
+                    r.count, r.offset, r.stride, r.bound, name_at(holder(l, r.count)), static_cast<uint8_t>(entry)};
+                ++plan.n_lists;
             }
         }
+    }
 
-      private:
-        size_t n_rows = 0, n_lists = 0;
-
-        consteval void add(const layout &l, check_plan &plan, odd_check odd) {
-            plan = {l.size, static_cast<uint16_t>(n_rows), static_cast<uint8_t>(n_lists), 0,
-                    odd,    is_record_of_words(l)};
-            const layout runs = l.with_runs_merged();
-            for (const row &r : runs) {
-                if (made.has_room(r)) {
-                    rows[n_rows++] = {static_cast<uint16_t>(r.end()), name_at(field_name(r))};
-                }
-                if (is_counted_list(r)) {
-                    const size_t entry = made.needs_plan(r) ? made.find(*r.entry) : size_t{check_list::no_plan};
-                    lists[n_lists++] = {
-                        r.count, r.offset, r.stride, r.bound, name_at(holder(l, r.count)), static_cast<uint8_t>(entry)};
-                    ++plan.n_lists;
-                }
+    static constexpr field_name holder(const layout &l, count_of count) {
+        for (const row &r : l) {
+            if (r.offset == count.at) {
+                return field_name(r);
             }
         }
+        count_of_a_list_must_be_a_word_of_its_own();
+        return field_name(*l.begin());
+    }
 
-        static consteval field_name holder(const layout &l, count_of count) {
-            for (const row &r : l) {
-                if (r.offset == count.at) {
-                    return field_name(r);
-                }
+    /// In front of each name stands its length, so that few steps find whether it is there.
+    constexpr uint16_t name_at(const field_name &name) {
+        for (size_t at = 0; at < n_chars; at += static_cast<size_t>(names[at]) + 2) {
+            if (static_cast<size_t>(names[at]) == name.size && names[at + 1] == name.text[0] &&
+                stands_at(at + 1, name)) {
+                return static_cast<uint16_t>(at + 1);
             }
-            count_of_a_list_must_be_a_word_of_its_own();
-            return field_name(*l.begin());
         }
+        names[n_chars++] = static_cast<char>(name.size);
+        const size_t at = n_chars;
+        for (size_t i = 0; i <= name.size; ++i) {
+            names[n_chars++] = name.text[i];
+        }
+        return static_cast<uint16_t>(at);
+    }
 
-        consteval uint16_t name_at(const field_name &name) {
-            for (size_t at = 0; at < n_chars; at += std::string_view(&names[at]).size() + 1) {
-                if (std::string_view(&names[at]) == name.text.data()) {
-                    return static_cast<uint16_t>(at);
-                }
-            }
-            const size_t at = n_chars;
-            n_chars = std::copy_n(name.text.begin(), name.size + 1, names.begin() + at) - names.begin();
-            return static_cast<uint16_t>(at);
+    [[nodiscard]] constexpr bool stands_at(size_t at, const field_name &name) const {
+        size_t i = 0;
+        while (i < name.size && names[at + i] == name.text[i]) {
+            ++i;
         }
-    };
+        return i == name.size;
+    }
+};
+
+template <const layout &...L> class checked_layouts {
+    static constexpr const check_table_maker &made = made_check_tables<L...>;
     static constexpr size_t enough = 8192;
-    static constexpr size_t n_chars = storage<enough>{}.n_chars;
-    static constexpr storage<n_chars> is{};
+    static constexpr size_t n_chars = check_storage<made_check_tables<L...>, enough>{}.n_chars;
+    static constexpr check_storage<made_check_tables<L...>, n_chars> is{};
     static_assert(made.n_plans < check_list::no_plan && made.n_lists <= UINT8_MAX);
 
   public:
     static constexpr check_tables tables{is.plans.data(), is.rows.data(), is.lists.data(), is.names.data(),
                                          static_cast<uint8_t>(made.find(wire::fclrt_intf))};
 
-    template <const layout &Wanted> static consteval uint8_t plan() { return static_cast<uint8_t>(made.find(Wanted)); }
+    template <const layout &Wanted> static constexpr uint8_t plan() {
+        constexpr size_t found = made.find(Wanted);
+        static_assert(found < made.n_plans);
+        return static_cast<uint8_t>(found);
+    }
 };
 
 } // namespace ribkit

@@ -232,7 +232,7 @@ struct layout {
     consteval layout(const layout &other, row last) : layout(other) { rows[n_rows - 1] = last; }
 
     /// Every run as one row.
-    [[nodiscard]] consteval layout with_runs_merged() const {
+    [[nodiscard]] constexpr layout with_runs_merged() const {
         layout runs = *this;
         runs.n_rows = 0;
         for (const row &r : *this) {
