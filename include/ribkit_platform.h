@@ -136,7 +136,7 @@ uint32_t qip_refs_held(void);
  * handles; messages as they arrive, requests, answers and notifications alike, over all handles.
  *
  * @param file the script's path; null ends the one in force
- * @param error receives, within error_size bytes, "FILE:LINE: what is wrong" or "FILE: cannot be read" on failure
+ * @param error receives, within error_size bytes, "FILE:LINE: what is wrong" or "FILE: cannot be read: why" on failure
  * @return 0; else non-zero with errno EINVAL, and the script before stays in force
  */
 int qip_faults_load(const char *file, char *error, uint32_t error_size);
@@ -146,6 +146,15 @@ int qip_faults_load(const char *file, char *error, uint32_t error_size);
  * thread's start or end: under a virtual clock the others run, and the time passes, without it until its next call.
  */
 void qip_step_aside(void);
+
+/**
+ * The time of the virtual clock that a fault script has put in force: it begins at zero, and passes only while all
+ * threads wait. For programs whose other clocks are to agree with it.
+ *
+ * @param microseconds filled with it
+ * @return 0; else non-zero with errno ENOTSUP, where real time is kept
+ */
+int qip_virtual_time(uint64_t *microseconds);
 
 /*
  * The debug history behind yelk.h: the latest events of this process, at most 1024. Every event is recorded unless its

@@ -71,6 +71,8 @@ real_delays &delays() {
 
 } // namespace
 
+std::optional<time_point> virtual_now() { return is_virtual() ? std::optional{clock_now()} : std::nullopt; }
+
 time_point clock_now() { return is_virtual() ? virtual_time().now() : real_clock::now(); }
 
 bool set_virtual_clock(bool on) { return virtual_time().set(on); }

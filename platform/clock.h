@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace ribkit::platform {
 
@@ -16,6 +17,9 @@ using time_point = std::chrono::steady_clock::time_point;
 inline constexpr time_point never = time_point::max();
 
 time_point clock_now();
+
+/// The time of the virtual clock, where it is in force.
+std::optional<time_point> virtual_now();
 
 /// Switches; the virtual clock starts at zero. What waits at that moment goes on under the new clock when it wakes.
 /// False, and nothing happens, where the virtual clock is asked for while real time is claimed.

@@ -1,9 +1,12 @@
 #include "platform/faults.h"
 
 #include "platform/clock.h"
+
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -11,6 +14,8 @@
 namespace ribkit::platform {
 
 namespace {
+
+constexpr size_t largest_script = size_t{1} << 20;
 
 // Asked by every call; the flag spares the lock where there is no script.
 struct slot {
@@ -32,24 +37,28 @@ void replace(std::shared_ptr<fault_script> script) {
     here.script.swap(script);
 }
 
-bool read(const char *file, std::string &text) {
+/// Why it cannot be read, or an empty text.
+std::string read(const char *file, std::string &text) {
     const std::unique_ptr<FILE, int (*)(FILE *)> stream{std::fopen(file, "re"), [](FILE *one) { return fclose(one); }};
     if (stream == nullptr) {
-        return false;
+        return std::strerror(errno);
     }
     std::array<char, 4096> piece{};
     while (const size_t size = std::fread(piece.data(), 1, piece.size(), stream.get())) {
         text.append(piece.data(), size);
+        if (text.size() > largest_script) {
+            return "it is longer than 1 MiB";
+        }
     }
-    return std::ferror(stream.get()) == 0;
+    return std::ferror(stream.get()) == 0 ? "" : std::strerror(errno);
 }
 
 } // namespace
 
 std::string load_faults(const char *file) {
     std::string text;
-    if (!read(file, text)) {
-        return " cannot be read";
+    if (const std::string why = read(file, text); !why.empty()) {
+        return " cannot be read: " + why;
     }
     auto script = std::make_shared<fault_script>();
     std::string wrong = script->parse(text);

@@ -18,9 +18,9 @@ using std::chrono::seconds;
 TEST_F(faulty, files_that_cannot_be_read_or_parsed) {
     char error[40] = "";
     EXPECT_EQ(error_of(qip_faults_load("/no/such/file", error, sizeof error)), EINVAL);
-    EXPECT_STREQ(error, "/no/such/file: cannot be read");
+    EXPECT_STREQ(error, "/no/such/file: cannot be read: No such file or directory");
     EXPECT_EQ(error_of(qip_faults_load("/tmp", error, sizeof error)), EINVAL);
-    EXPECT_STREQ(error, "/tmp: cannot be read");
+    EXPECT_STREQ(error, "/tmp: cannot be read: Is a directory");
     char cut[4] = "";
     EXPECT_EQ(error_of(qip_faults_load("/no/such/file", cut, sizeof cut)), EINVAL);
     EXPECT_STREQ(cut, "/no");

@@ -235,6 +235,17 @@ uint32_t qip_refs_held(void) { return references_held(); }
 
 void qip_step_aside(void) { step_aside(); }
 
+int qip_virtual_time(uint64_t *microseconds) {
+    const auto now = virtual_now();
+    if (!now) {
+        errno = ENOTSUP;
+        return -1;
+    }
+    const auto passed = std::chrono::duration_cast<std::chrono::microseconds>(now->time_since_epoch());
+    *microseconds = static_cast<uint64_t>(passed.count());
+    return 0;
+}
+
 int qip_faults_load(const char *file, char *error, uint32_t error_size) {
     return answered_by([&] {
         if (file == nullptr) {

@@ -69,11 +69,11 @@ const CLI::Validator shared_bus(
 
 CLI::Option *add_bus(CLI::App &app, bus_options &bus, const char *url) {
     bus.url = url;
-    CLI::Option *added =
-        app.add_option("--bus", bus.url,
-                       "local:[NAME] in this process, nats://HOST[:PORT][/FABRIC] or tls://... over a server")
-            ->type_name("URL")
-            ->capture_default_str();
+    CLI::Option *added = app.add_option("--bus", bus.url,
+                                        "local:[NAME] in this process, unix:PATH on this machine, "
+                                        "nats://HOST[:PORT][/FABRIC] or tls://... over a server")
+                             ->type_name("URL")
+                             ->capture_default_str();
     app.add_option("--faults", bus.faults_file, "script of what goes wrong on the bus")
         ->type_name("FILE")
         ->check(file_name);

@@ -90,6 +90,17 @@ TEST(command_output, json_stands_alone_or_beside_in_a_file) {
     EXPECT_TRUE(is_json(run_command(std::string("lab --json") + small + "--envelopes").output));
 }
 
+TEST(command_output, of_a_file_whose_name_is_no_utf_8_is_json_too) {
+    const temporary_directory home;
+    const std::string path = home.file("f\xff.toml");
+    const std::string content = file_content("examples/fabrics/small.toml");
+    std::ofstream(path) << content.substr(content.find("local = "));
+    const outcome run = run_command("lab --json " + path + " 2>&1");
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_NE(run.output.find("f\xef\xbf\xbd.toml\""), std::string::npos) << run.output;
+    EXPECT_NE(run_command("lab --check " + path).output.find("f\\xff.toml: 5 switches"), std::string::npos);
+}
+
 TEST(command_output, json_in_two_words_is_refused_with_the_spelling) {
     const auto refused = [](const std::string &name) {
         return "ribkit " + name + ": --json=x.json writes to that file, --json alone to standard output\n";

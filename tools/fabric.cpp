@@ -110,8 +110,10 @@ fabric_port fabric::parse_port(std::string_view text, const char *what, uint32_t
     }
     fabric_port port{found->second, std::string(text.substr(blank + 1)), 0};
     if (if_index_parse(port.name.c_str(), &port.if_index) != 0 || !carries_links(port.if_index)) {
-        throw line_error(line,
-                         joined('"', port.name, "\" is no interface for a link: \"fc1/1\" and \"port-channel 1\" are"));
+        throw line_error(
+            line, joined('"', port.name,
+                         "\" is no interface for a link: fcS/P (slot 1 to 255, port 1 to 65535), \"port-channel N\" (1 "
+                         "to 65535) and fc-tunnelN (0 to 65535) are"));
     }
     return port;
 }

@@ -4,11 +4,9 @@
 #include "tools/duration.h"
 #include "tools/input_error.h"
 #include "tools/input_file.h"
+#include "tools/nesting.h"
 #include "tools/policy_file.h"
 #include "tools/table_reader.h"
-
-#include <algorithm>
-#include <cstddef>
 
 namespace ribkit {
 
@@ -31,23 +29,10 @@ void read_event(fabric &result, const table_reader &table) {
     const std::string at = table.text("at");
     const auto moment = parse_duration(at);
     if (!moment) {
-        throw line_error(table.line("at"), joined('"', at, "\" is no time: \"3s\", \"250ms\" and \"1.5m\" are"));
+        throw line_error(table.line("at"),
+                         joined('"', at, "\" is no time: \"3s\", \"250ms\" and \"1.5m\" are, up to 1440m"));
     }
     result.add_event(*moment, table.text("link"), table.state("state"), table.optional_number("cost"), table.line());
-}
-
-// The parser and the tables that it makes go one call deeper with every part of a dotted key.
-void refuse_deep_keys(std::string_view text) {
-    constexpr std::ptrdiff_t most_dots = 1000;
-    uint32_t line = 0;
-    while (!text.empty()) {
-        const std::string_view one = text.substr(0, text.find('\n'));
-        text.remove_prefix(std::min(one.size() + 1, text.size()));
-        ++line;
-        if (!one.starts_with('#') && std::count(one.begin(), one.end(), '.') > most_dots) {
-            throw line_error(line, joined("more than ", most_dots, " dots in one line"));
-        }
-    }
 }
 
 fabric read_fabric(const toml::table &document, const std::string &file) {
@@ -77,7 +62,7 @@ fabric read_fabric(const toml::table &document, const std::string &file) {
 // Calls `read` with the document.
 template <typename Read> auto read_document(std::string_view text, const std::string &file, const Read &read) {
     try {
-        refuse_deep_keys(text);
+        refuse_deep_nesting(text);
         return read(toml::parse(text));
     } catch (const toml::parse_error &error) {
         throw input_error(joined(file, ':', table_reader::line_of(error.source()), ": ", error.description()));

@@ -129,9 +129,19 @@ TEST(fabric_file, keys_without_end_are_refused) {
     for (int part = 1; part < 40000; part++) {
         key += ".a";
     }
-    EXPECT_EQ(complaint(key + " = 1\n"), "f.toml:16: more than 1000 dots in one line");
-    EXPECT_EQ(complaint('[' + key + "]\n"), "f.toml:16: more than 1000 dots in one line");
+    EXPECT_EQ(complaint(key + " = 1\n"), "f.toml:16: more than 1000 dots in one statement");
+    EXPECT_EQ(complaint('[' + key + "]\n"), "f.toml:16: more than 1000 dots in one statement");
     EXPECT_EQ(complaint("# " + std::string(2000, '.') + "\n"), "nothing");
+}
+
+TEST(fabric_file, brackets_without_end_are_refused) {
+    std::string tables = "a = ";
+    for (int i = 0; i < 40000; i++) {
+        tables += "{a=";
+    }
+    EXPECT_EQ(complaint(tables), "f.toml:16: more than 64 brackets inside each other");
+    EXPECT_EQ(complaint("a = [\n[\n" + std::string(100000, '[')), "f.toml:18: more than 64 brackets inside each other");
+    EXPECT_NE(complaint("a = " + std::string(64, '[') + std::string(64, ']')), complaint(tables)) << "not too deep";
 }
 
 TEST(fabric_file, events_of_one_moment_keep_their_order) {
@@ -199,7 +209,9 @@ TEST(fabric_file, links_join_two_switches_by_interfaces_of_their_own) {
     EXPECT_EQ(link("a fc1/1", "b fc1/2"), "f.toml:16: a fc1/1 has a link already, on line 14");
     for (const std::string name : {"eth0", "mgmt0", "vsan1", "", "fc1", "fc1/1 "}) {
         EXPECT_EQ(link("a fc1/2", ("b " + name).c_str()),
-                  "f.toml:16: \"" + name + "\" is no interface for a link: \"fc1/1\" and \"port-channel 1\" are");
+                  "f.toml:16: \"" + name +
+                      "\" is no interface for a link: fcS/P (slot 1 to 255, port 1 to 65535), "
+                      "\"port-channel N\" (1 to 65535) and fc-tunnelN (0 to 65535) are");
     }
     EXPECT_EQ(link("a", "b fc1/2"), "f.toml:16: link to \"a\" names no interface: \"a fc1/1\" would");
     EXPECT_EQ(complaint("[[link]]\nends = [\"a fc1/2\"]\n"),
@@ -211,7 +223,7 @@ TEST(fabric_file, links_join_two_switches_by_interfaces_of_their_own) {
 TEST(fabric_file, events_change_a_link_that_is_there) {
     const auto event = [](const std::string &lines) { return complaint("[[event]]\n" + lines); };
     EXPECT_EQ(event("at = \"3\"\nlink = \"a fc1/1\"\nstate = \"up\"\n"),
-              "f.toml:17: \"3\" is no time: \"3s\", \"250ms\" and \"1.5m\" are");
+              "f.toml:17: \"3\" is no time: \"3s\", \"250ms\" and \"1.5m\" are, up to 1440m");
     EXPECT_EQ(event("at = \"3s\"\nlink = \"a fc1/2\"\nstate = \"up\"\n"), "f.toml:16: a fc1/2 has no link");
     EXPECT_EQ(event("at = \"3s\"\nlink = \"c fc1/2\"\nstate = \"up\"\n"),
               "f.toml:16: link of \"c\", but there is no such switch");
@@ -225,11 +237,11 @@ TEST(fabric_file, events_change_a_link_that_is_there) {
 }
 
 TEST(fabric_file, values_have_their_types) {
-    EXPECT_EQ(complaint("cost = \"250\"\n"), "f.toml:16: cost takes a whole number");
-    EXPECT_EQ(complaint("cost = -1\n"), "f.toml:16: cost takes a whole number");
-    EXPECT_EQ(complaint("cost = 4294967297\n"), "f.toml:16: cost takes a whole number");
+    EXPECT_EQ(complaint("cost = \"250\"\n"), "f.toml:16: cost takes a whole number from 0 to 4294967295");
+    EXPECT_EQ(complaint("cost = -1\n"), "f.toml:16: cost takes a whole number from 0 to 4294967295");
+    EXPECT_EQ(complaint("cost = 4294967297\n"), "f.toml:16: cost takes a whole number from 0 to 4294967295");
     EXPECT_EQ(complaint("vsans = 20\n"), "f.toml:16: vsans takes a list in square brackets");
-    EXPECT_EQ(complaint("vsans = [\"20\"]\n"), "f.toml:16: vsans takes a whole number");
+    EXPECT_EQ(complaint("vsans = [\"20\"]\n"), "f.toml:16: vsans takes a whole number from 0 to 4294967295");
     EXPECT_EQ(complaint("[[switch]]\nname = 4\ndomain = 3\n"), "f.toml:17: name takes a text in quotation marks");
     EXPECT_EQ(complaint_about("event = 4\nlocal = \"a\"\n[[vsan]]\nid = 1\n[[switch]]\nname = \"a\"\ndomain = 1\n"),
               "f.toml:1: event is written as [[event]] tables");

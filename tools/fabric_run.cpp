@@ -2,6 +2,7 @@
 
 #include "tools/duration.h"
 #include "tools/input_error.h"
+#include "tools/run_clock.h"
 #include "tools/run_text.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ namespace ribkit {
 namespace {
 
 using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 } // namespace
 
@@ -23,7 +23,7 @@ fabric_run::fabric_run(fabric f, fspf_client &client, progress_line &progress, b
     : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), out_(out) {}
 
 void fabric_run::play() {
-    start_ = steady_clock::now();
+    start_ = run_now();
     say("at 0s: the fabric starts");
     step({});
     const auto events = fabric_.events();
@@ -44,7 +44,7 @@ void fabric_run::stay() {
 
 // The RIB may start anew meanwhile.
 void fabric_run::wait_until(milliseconds at) {
-    for (auto now = steady_clock::now(); real_time_ && now < start_ + at; now = steady_clock::now()) {
+    for (auto now = run_now(); real_time_ && now < start_ + at; now = run_now()) {
         const auto left = std::chrono::ceil<milliseconds>(start_ + at - now);
         if (client_.rib_started(left)) {
             start_anew();
@@ -53,7 +53,7 @@ void fabric_run::wait_until(milliseconds at) {
 }
 
 void fabric_run::start_anew() {
-    const auto passed = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start_);
+    const auto passed = std::chrono::duration_cast<milliseconds>(run_now() - start_);
     const auto at = std::max(passed, record_.steps.back().at); // events may have been ahead of the time
     say(joined("at ", duration_text(at), ": the RIB is there again"));
     step({at, {}, {}});

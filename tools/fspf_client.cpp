@@ -8,6 +8,7 @@
 #include "tools/fspf.h"
 #include "tools/pauses.h"
 #include "tools/route_reader.h"
+#include "tools/run_clock.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -16,8 +17,6 @@
 namespace ribkit {
 
 namespace {
-
-using steady = std::chrono::steady_clock;
 
 void report(const fcurt_response &response) {
     std::fprintf(stderr, "ribkit: the RIB's answer for vsan %u is \"%s\": %u routes accepted\n", response.vsan,
@@ -66,17 +65,17 @@ bool fspf_client::rib_started(std::chrono::milliseconds limit) {
 client_traffic fspf_client::converge(const fabric &f) {
     traffic_ = {};
     to_send_ = 0;
-    const auto start = steady::now();
+    const auto start = run_now();
     vsan_routes wanted;
     for (const fabric_vsan &vsan : f.vsans()) {
         options_.progress("VSANs computed", wanted.size(), f.vsans().size());
         wanted.emplace(vsan.id, fspf_routes(f, vsan.id));
     }
-    const auto computed = steady::now();
+    const auto computed = run_now();
     rib_started({});
     bring_all(wanted);
     traffic_.computing = computed - start;
-    traffic_.exchanging = steady::now() - computed;
+    traffic_.exchanging = run_now() - computed;
     const link_traffic carried = link_.take_traffic();
     traffic_.messages = carried.messages;
     traffic_.bytes_sent = carried.bytes_sent;

@@ -12,13 +12,13 @@ namespace ribkit {
 
 /// A mistake on a line of a file whose name is not known here.
 struct line_error : std::runtime_error {
-    line_error(uint32_t at, const std::string &what) : std::runtime_error(printable(what)), line(at) {}
+    line_error(uint32_t at, const std::string &what) : std::runtime_error(one_line(what)), line(at) {}
     uint32_t line;
 };
 
 /// A mistake ready to be printed, "FILE:LINE: what" or whatever names its place.
 struct input_error : std::runtime_error {
-    explicit input_error(const std::string &what) : std::runtime_error(printable(what)) {}
+    explicit input_error(const std::string &what) : std::runtime_error(one_line(what)) {}
 };
 
 /// Everything given, one after the other, as text.

@@ -12,6 +12,8 @@ namespace ribkit {
 
 namespace {
 
+constexpr size_t largest_input = size_t{64} << 20;
+
 void close_file(std::FILE *file) { std::fclose(file); }
 
 } // namespace
@@ -25,11 +27,15 @@ std::string read_input(const std::string &path) {
     std::string content;
     std::array<char, 65536> part{};
     size_t read = 0;
-    while (file && (read = std::fread(part.data(), 1, part.size(), file.get())) > 0) {
+    while (file && content.size() <= largest_input &&
+           (read = std::fread(part.data(), 1, part.size(), file.get())) > 0) {
         content.append(part.data(), read);
     }
     if (!file || std::ferror(file.get()) != 0) {
-        throw input_error(joined(path, ": cannot be read: ", std::strerror(errno)));
+        throw input_error(joined(input_title(path), ": cannot be read: ", std::strerror(errno)));
+    }
+    if (content.size() > largest_input) {
+        throw input_error(joined(input_title(path), ": holds more than ", largest_input, " bytes"));
     }
     return content;
 }

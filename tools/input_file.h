@@ -8,7 +8,7 @@ namespace ribkit {
 /// What the input is called in a message.
 std::string input_title(const std::string &path);
 
-/// Everything in it. Throws input_error where it cannot be read.
+/// Everything in it. Throws input_error where it cannot be read, or is longer than 64 MiB.
 std::string read_input(const std::string &path);
 
 } // namespace ribkit

@@ -53,7 +53,7 @@ int run_command(int argc, char **argv) {
         std::fprintf(stderr, "%s\n", error.what());
         return wrong_input;
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "ribkit: %s\n", printable(error.what()).c_str());
+        std::fprintf(stderr, "ribkit: %s\n", one_line(error.what()).c_str());
         return failed;
     }
 }

@@ -34,6 +34,22 @@ TEST(main, a_mistake_is_told_though_the_output_is_lost) {
     EXPECT_EQ(run.output, "nowhere.hex: cannot be read: No such file or directory\n");
 }
 
+TEST(main, inputs_without_end_or_reason_are_refused) {
+    EXPECT_EQ(complaint("show fcu /dev/zero"), "/dev/zero: holds more than 67108864 bytes\n");
+    EXPECT_EQ(complaint("lab /dev/zero"), "/dev/zero: holds more than 67108864 bytes\n");
+    EXPECT_EQ(complaint("show fcu - < examples"), "standard input: cannot be read: Is a directory\n");
+    EXPECT_EQ(complaint("lab --faults /dev/zero examples/fabrics/small.toml"),
+              "/dev/zero: cannot be read: it is longer than 1 MiB\n");
+    EXPECT_EQ(complaint("lab --faults examples examples/fabrics/small.toml"),
+              "examples: cannot be read: Is a directory\n");
+    const std::string digits(100000, '7');
+    EXPECT_LT(complaint("lab --wait " + digits + " examples/fabrics/small.toml").size(), 400U);
+    EXPECT_LT(complaint("text uuid " + digits).size(), 400U);
+    EXPECT_LT(complaint(digits).size(), 400U);
+    EXPECT_LT(complaint("show " + digits).size(), 400U);
+    EXPECT_LT(complaint("lab " + digits).size(), 400U);
+}
+
 TEST(main, says_its_version) {
     const outcome run = run_command("--version");
     EXPECT_EQ(run.exit_code, 0);

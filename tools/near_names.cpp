@@ -13,6 +13,9 @@ constexpr size_t most_edits = 2;
 
 /// How many letters have to be added, removed or replaced to make one of the other.
 size_t edits(std::string_view a, std::string_view b) {
+    if (a.size() > b.size() + most_edits) {
+        return a.size() - b.size();
+    }
     std::vector<size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), size_t{0});
     for (const char letter : a) {

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::string_view blanks = " \t\v\f\r";
 constexpr uint32_t most_copies = 1 << 20;
+constexpr size_t most_bytes = size_t{64} << 20;
 
 bool is_binary(char c) {
     const auto code = static_cast<unsigned char>(c);
@@ -62,6 +63,9 @@ void add_number(std::vector<uint8_t> &bytes, std::string_view number, uint32_t l
     }
     if (digits.size() % 2 != 0) {
         throw line_error(line, joined('"', number, "\" has an odd number of digits"));
+    }
+    if (digits.size() / 2 > (most_bytes - bytes.size()) / count) {
+        throw line_error(line, joined("more than ", most_bytes, " bytes"));
     }
     for (uint32_t i = 0; i < count; i++) {
         for (size_t at = 0; at < digits.size(); at += 2) {

@@ -15,7 +15,8 @@ enum class byte_form : uint8_t {
 
 /// The bytes that `content` holds. As text: hexadecimal numbers of whole bytes, "0x" in front or not, apart or not;
 /// `00*24` is that many times 00; `#` and what follows on its line is a comment; in a line of a dump, which begins with
-/// an offset and a colon, the offset and the characters behind two blanks are passed over. Throws line_error.
+/// an offset and a colon, the offset and the characters behind two blanks are passed over. It is 64 MiB at most. Throws
+/// line_error.
 std::vector<uint8_t> network_bytes(std::string_view content, byte_form form);
 
 } // namespace ribkit

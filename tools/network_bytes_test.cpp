@@ -55,6 +55,25 @@ TEST(network_bytes, mistakes_name_their_line) {
     }
 }
 
+TEST(network_bytes, have_a_limit_that_a_short_line_does_not_pass) {
+    std::string line = "00\n01";
+    for (int i = 0; i < 1000; i++) {
+        line += " 00*1048576";
+    }
+    EXPECT_EQ(mistake(line), "2: more than 67108864 bytes");
+    const std::string number(4096, '0');
+    EXPECT_EQ(mistake(number + "*1048576"), "1: more than 67108864 bytes");
+    EXPECT_EQ(mistake(number + "*32767 00*2049"), "1: more than 67108864 bytes");
+    EXPECT_EQ(hex(number + "*32767 00*2048").size(), size_t{64} << 20);
+}
+
+TEST(network_bytes, a_mistake_of_any_length_is_told_shortly) {
+    const std::string told = mistake(std::string(10 << 20, '0') + "x");
+    EXPECT_LT(told.size(), 300U);
+    EXPECT_EQ(told.substr(0, 8), "1: \"0000");
+    EXPECT_EQ(told.substr(told.size() - 30), "000x\" is no hexadecimal number");
+}
+
 TEST(network_bytes, control_characters_are_no_text) {
     using namespace std::string_view_literals;
     EXPECT_EQ(network_bytes("00\0"sv, byte_form::detected), (bytes{'0', '0', 0}));

@@ -1,6 +1,7 @@
 // UTF-8 is read by hand, character by character, so that what is none of it is seen.
 #include "tools/printable.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -74,7 +75,41 @@ std::string all_printable(std::string_view text, std::string_view kept) {
     return result;
 }
 
+constexpr size_t longest_word = 200;
+constexpr size_t longest_line = 1000;
+
+bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xc0U) == 0x80; }
+
+/// The first third and the last quarter of `most` bytes. No character is cut in two.
+std::string shortened(std::string_view text, size_t most) {
+    if (text.size() <= most) {
+        return std::string(text);
+    }
+    size_t first = most / 3;
+    size_t last = text.size() - most / 4;
+    while (first > 0 && continues_character(text[first])) {
+        first--;
+    }
+    while (last < text.size() && continues_character(text[last])) {
+        last++;
+    }
+    return std::string(text.substr(0, first)) + "..." + std::string(text.substr(last));
+}
+
+std::string with_short_words(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const size_t end = std::min(text.find(' '), text.size());
+        result += shortened(text.substr(0, end), longest_word);
+        result += end < text.size() ? " " : "";
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return result;
+}
+
 } // namespace
+
+std::string one_line(std::string_view text) { return printable(shortened(with_short_words(text), longest_line)); }
 
 std::string printable(std::string_view text) { return all_printable(text, ""); }
 

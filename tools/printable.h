@@ -11,6 +11,10 @@ namespace ribkit {
 /// writing or belong to the second set of controls as "\uNNNN". It is one line.
 std::string printable(std::string_view text);
 
+/// The same, and no longer than a few lines of a terminal: of a long word, and of a long text, the first and the last
+/// part is left.
+std::string one_line(std::string_view text);
+
 /// The same for text of several lines: line ends and tabs stay.
 std::string printable_lines(std::string_view text);
 

@@ -39,4 +39,28 @@ TEST(printable, bytes_that_are_no_utf_8_are_escaped) {
     EXPECT_EQ(printable("\xf4\x8f\xbf\xbf"), "\xf4\x8f\xbf\xbf");
 }
 
+TEST(one_line, is_short_and_cuts_no_character) {
+    EXPECT_EQ(one_line("as it is"), "as it is");
+    EXPECT_EQ(one_line(std::string(200, 'a')), std::string(200, 'a'));
+    EXPECT_EQ(one_line("\"" + std::string(10 << 20, '7') + "\" is no number"),
+              "\"" + std::string(65, '7') + "..." + std::string(49, '7') + "\" is no number");
+    for (const std::string &letter : {std::string("\u00e4"), std::string("\u6771"), std::string("\U0001f9c0")}) {
+        std::string word;
+        while (word.size() < 1000) {
+            word += letter;
+        }
+        for (size_t shift = 0; shift < 4; shift++) {
+            const std::string cut = one_line(std::string(shift, 'x') + word + "yz");
+            EXPECT_EQ(cut.find('\\'), std::string::npos) << "half a character would be escaped: " << cut;
+            EXPECT_NE(cut.find("..."), std::string::npos);
+        }
+    }
+    std::string words;
+    while (words.size() < 100000) {
+        words += "word ";
+    }
+    EXPECT_LT(one_line(words).size(), 1000U);
+    EXPECT_EQ(one_line(std::string(10 << 20, '\n')).size(), (66 + 50) * 4 + 3U);
+}
+
 } // namespace ribkit

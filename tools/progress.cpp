@@ -10,7 +10,6 @@ namespace ribkit {
 
 namespace {
 
-constexpr std::chrono::milliseconds silent_at_first{250};
 constexpr std::chrono::milliseconds between_drawings{100};
 
 /// A terminal, and one that can clear its line.
@@ -21,7 +20,7 @@ bool understands_escapes() {
 
 } // namespace
 
-progress_line::progress_line()
+progress_line::progress_line(std::chrono::milliseconds silent_at_first)
     : on_terminal_(understands_escapes()), next_(std::chrono::steady_clock::now() + silent_at_first) {}
 
 void progress_line::show(const char *what, size_t done, size_t total) {

@@ -9,12 +9,13 @@ namespace ribkit {
 class progress_line {
   public:
     /// Shows nothing unless standard error is a terminal, and none that TERM calls dumb or does not name.
-    progress_line();
+    /// @param silent_at_first short work is done before that, and shows nothing
+    explicit progress_line(std::chrono::milliseconds silent_at_first = std::chrono::milliseconds(250));
     progress_line(const progress_line &) = delete;
     progress_line &operator=(const progress_line &) = delete;
     ~progress_line() { clear(); }
 
-    /// Redraws the line, at most ten times a second and not at all in the first quarter of one.
+    /// Redraws the line, at most ten times a second.
     void show(const char *what, size_t done, size_t total);
     void clear();
 

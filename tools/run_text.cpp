@@ -22,7 +22,7 @@ std::string vsans_text(const fabric &f) {
     }
     std::string text;
     for (const auto &[id, name] : f.vsans()) {
-        text += joined(text.empty() ? "VSAN " : ", ", id, name.empty() ? "" : joined(" (", name, ')'));
+        text += joined(text.empty() ? "VSAN " : ", ", id, name.empty() ? "" : joined(" (", printable(name), ')'));
     }
     return text;
 }
@@ -37,7 +37,7 @@ std::string seconds_text(double seconds) { return joined(std::fixed, std::setpre
 } // namespace
 
 std::string head_text(const fabric &f) {
-    return joined(f.name, ": ", counted(f.switches().size(), "switch", "switches"), ", ",
+    return joined(printable(f.name), ": ", counted(f.switches().size(), "switch", "switches"), ", ",
                   counted(f.links().size(), "link"), "; routes of ", f.local().name, " (domain ", f.local().domain,
                   ") in ", vsans_text(f));
 }

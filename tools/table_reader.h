@@ -148,7 +148,8 @@ class table_reader {
     static uint32_t number(const toml::node &node, std::string_view key) {
         const auto value = node.value_exact<int64_t>();
         if (!value || *value < 0 || *value > std::numeric_limits<uint32_t>::max()) {
-            throw line_error(line_of(node.source()), joined(key, " takes a whole number"));
+            throw line_error(line_of(node.source()),
+                             joined(key, " takes a whole number from 0 to ", std::numeric_limits<uint32_t>::max()));
         }
         return static_cast<uint32_t>(*value);
     }
