@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <optional>
+#include <thread>
 
 namespace ribkit::platform {
 
@@ -267,15 +269,21 @@ TEST_F(no_memory, a_server_that_waits_in_virtual_time) {
 void wait_for_room_until_it_is_closed() {
     std::optional<server_thread> sending;
     int last = 0;
+    std::atomic<bool> begun{false};
     with_each_failing(
         [&](const parties &all) {
-            sending.emplace(all.client, [&last](uint32_t handle) {
+            begun = false;
+            sending.emplace(all.client, [&](uint32_t handle) {
+                while (!begun) {
+                    std::this_thread::yield();
+                }
                 do {
                     last = send(handle, rib);
                 } while (is_outcome(last));
             });
         },
         [&](const parties &all) {
+            begun = true;
             for (uint32_t count = 0; count < 2 * rib_bound; ++count) {
                 qip_ref ref{};
                 receive(all.server, within(50), ref);
