@@ -19,6 +19,18 @@ extern "C" {
  *
  * "local:" joins the one bus of this process, "local:NAME" the bus of that name.
  *
+ * "unix:DIRECTORY" meets the handles of all processes of this machine that say the same directory, without a server:
+ * whoever listens has a socket there, named NODE.SAP. What differs from "local:":
+ *
+ * - The first who listens makes the directory (mode 0700). Who may write in it may listen, who may reach a socket in it
+ *   may send: to anybody else that is EACCES.
+ * - A request counts against the listener's bound until it is answered or dropped, or the listener receives again.
+ * - A group's message that may wait does so for a second at most: who then has no room misses it; the history tells.
+ * - Beyond 64 MiB a message is EMSGSIZE.
+ * - A listener that ends lets waits for its answers end with ECONNRESET, and sends fail with ENOTCONN until another one
+ *   is there, which the next send finds. A connection that it refuses, as there are too many, is ENOBUFS.
+ * - After a fork the handle is the parent's alone.
+ *
  * "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?name=NAME][&queue=NAME]" connects to a server ("tls://..." with
  * TLS); handles with the same FABRIC (default "rib") meet there. The environment may say the identity where the URL
  * does not: RIBKIT_NATS_USER and RIBKIT_NATS_PASSWORD, RIBKIT_NATS_TOKEN, or RIBKIT_NATS_CREDENTIALS (a file).
@@ -51,7 +63,8 @@ extern "C" {
  *           server may also just hang up on ours), or a file holds none; or no NATS server is there
  *         - EIO: a file of credentials is damaged, or the server refuses for another reason
  *         - ENOENT and others of opening a file: one named by the environment cannot be read
- *         - ENOTSUP: a server keeps real time, and a fault script has put the virtual clock in force
+ *         - ENOTSUP: other processes keep real time, and a fault script has put the virtual clock in force
+ *         - ENOTDIR: DIRECTORY is none
  */
 int qip_open(const char *url, uint32_t *handle);
 
@@ -95,20 +108,21 @@ uint32_t qip_opcode_get(const struct qip_ref *ref);
 
 /**
  * Who sent a received request or notification, as the transport knows it and not as its payload says.
- * @return a number, the same for all messages of one sender and nobody else's: of a handle ("local:"), or of a NAME
- *         (over a server); 0 for an answer
+ * @return a number, the same for all messages of one sender and nobody else's: of a handle ("local:"), of a connection
+ *         ("unix:"), or of a NAME (over a server); 0 for an answer
  */
 uint32_t qip_sender_get(const struct qip_ref *ref);
 
 /**
- * @return the NAME under which the sender of a message is known: over a server the last token of the subject; "" where
+ * @return the NAME under which the sender of a message is known: over a server the last token of the subject,
+ *         over "unix:" the user of its process (the digits of an unknown one); "" where
  *         the transport knows none ("local:"), and for an answer. Valid until the reference is dropped
  */
 const char *qip_sender_name(const struct qip_ref *ref);
 
 /**
- * How often a handle has lost its server and found it again. What was sent to its addresses meanwhile did not arrive,
- * so that whoever lives on notifications looks again.
+ * How often a handle has lost its server, or a listener ("unix:"), and found it again. What was sent to its addresses
+ * meanwhile did not arrive, so that whoever lives on notifications looks again.
  * @return the number since the handle was opened; 0 in process, and for an unknown handle
  */
 uint32_t qip_reconnections(uint32_t handle);
@@ -123,7 +137,7 @@ uint32_t qip_refs_held(void);
  *
  * - seed NUMBER: of the random choices; 1 without such a line
  * - clock virtual: waits and delays take no real time: it jumps whenever every thread that has used the service waits
- * in it. Not while a handle on a server is open
+ * in it. Not while a handle is open that other processes reach
  * - fail CALL WHEN ERRNO: CALL is open, listen, send, recv or drop (which releases all the same), ERRNO a name or a
  * number
  * - drop WHEN: a message is lost

@@ -64,7 +64,7 @@ std::string load_faults(const char *file) {
     std::string wrong = script->parse(text);
     const uint32_t line = script->virtual_clock_line();
     if (wrong.empty() && !set_virtual_clock(line != 0)) {
-        wrong = std::to_string(line) + ": no virtual clock while a handle on a server is open";
+        wrong = std::to_string(line) + ": no virtual clock while a handle is open that other processes reach";
     }
     if (wrong.empty()) {
         replace(std::move(script));

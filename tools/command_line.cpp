@@ -70,7 +70,7 @@ const CLI::Validator shared_bus(
 CLI::Option *add_bus(CLI::App &app, bus_options &bus, const char *url) {
     bus.url = url;
     CLI::Option *added = app.add_option("--bus", bus.url,
-                                        "local:[NAME] in this process, unix:PATH on this machine, "
+                                        "local:[NAME] in this process, unix:DIRECTORY on this machine, "
                                         "nats://HOST[:PORT][/FABRIC] or tls://... over a server")
                              ->type_name("URL")
                              ->capture_default_str();

@@ -51,7 +51,7 @@ TEST(service_handle, a_url_is_shown_without_its_secrets) {
 }
 
 TEST(service_handle, a_mistaken_url_is_the_users) {
-    const std::string forms = "; local:[NAME], nats://HOST[:PORT][/FABRIC] or tls://...";
+    const std::string forms = "; local:[NAME], unix:DIRECTORY, nats://HOST[:PORT][/FABRIC] or tls://...";
     EXPECT_EQ(complaint_of("pigeon:"), "pigeon:: no such transport" + forms);
     EXPECT_EQ(complaint_of("nats://"), "nats://: malformed URL" + forms);
 }

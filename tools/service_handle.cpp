@@ -46,11 +46,11 @@ service_handle::service_handle(const std::string &url, std::chrono::milliseconds
         const int reason = errno;
         if (reason == EINVAL || (reason == EPROTONOSUPPORT && !names_server(url))) {
             throw input_error(joined(shown_url(url), ": ", reason == EINVAL ? "malformed URL" : "no such transport",
-                                     "; local:[NAME], nats://HOST[:PORT][/FABRIC] or tls://..."));
+                                     "; local:[NAME], unix:DIRECTORY, nats://HOST[:PORT][/FABRIC] or tls://..."));
         }
         if (reason == ENOTSUP) {
             throw input_error(
-                joined(shown_url(url), ": a server keeps real time: no fault script with \"clock virtual\""));
+                joined(shown_url(url), ": other processes keep real time: no fault script with \"clock virtual\""));
         }
         const auto pause = may_come(reason) ? waiting.next() : std::nullopt;
         if (!pause) {

@@ -1,0 +1,121 @@
+// RIB and clients as processes of one machine that meet in a directory.
+#include "tools/background_command.h"
+
+#include <list>
+#include <memory>
+
+namespace ribkit {
+namespace {
+
+using testing::background;
+using testing::in_time;
+using testing::outcome;
+using testing::run_command;
+using testing::tables;
+
+constexpr const char *small = "examples/fabrics/small.toml";
+
+class unix_processes : public ::testing::Test {
+  protected:
+    [[nodiscard]] std::string command(const std::string &name, const std::string &arguments = "") const {
+        return name + " --bus " + url + " " + arguments;
+    }
+
+    [[nodiscard]] bool holds_lab_tables() const {
+        return in_time([this] { return tables(run_command(command("routes") + " 2>&1").output) == wanted; });
+    }
+
+    testing::temporary_directory home;
+    std::string url = "unix:" + home.file("bus");
+    std::string wanted = tables(run_command(std::string("lab --tables all ") + small).output);
+};
+
+TEST_F(unix_processes, start_in_any_order) {
+    ASSERT_NE(wanted, "");
+    background production(command("client --vsan 1", small));
+    background backup(command("client --envelopes --vsan 20", small));
+    ASSERT_TRUE(in_time([&] { return !production.so_far().empty() && !backup.so_far().empty(); }));
+    background rib(command("rib", small));
+    const outcome first = production.ended();
+    const outcome second = backup.ended();
+    EXPECT_EQ(first.exit_code, 0) << first.output;
+    EXPECT_EQ(second.exit_code, 0) << second.output;
+    EXPECT_TRUE(holds_lab_tables());
+    const outcome last = rib.stopped(SIGINT);
+    EXPECT_EQ(last.exit_code, 0);
+    EXPECT_EQ(tables(last.output), wanted);
+    EXPECT_TRUE(std::filesystem::is_empty(home.file("bus")));
+}
+
+TEST_F(unix_processes, several_clients_of_one_fabric_end_with_its_tables) {
+    background rib(command("rib"));
+    std::list<background> clients;
+    for (int i = 0; i < 5; i++) {
+        clients.emplace_back(command("client", small));
+    }
+    for (background &client : clients) {
+        const outcome run = client.ended();
+        EXPECT_EQ(run.exit_code, 0) << run.output;
+    }
+    EXPECT_TRUE(holds_lab_tables());
+}
+
+// Once the RIB ends in order, once it is killed and leaves its socket.
+TEST_F(unix_processes, a_client_that_stays_tells_a_new_rib) {
+    auto rib = std::make_unique<background>(command("rib"));
+    background client(command("client --stay", small));
+    ASSERT_TRUE(in_time([&] { return client.so_far().find("\nat 5.5s: ") != std::string::npos; }));
+    EXPECT_TRUE(holds_lab_tables());
+    for (const int signal : {SIGTERM, SIGKILL}) {
+        rib->stopped(signal);
+        rib = std::make_unique<background>(command("rib"));
+        EXPECT_TRUE(holds_lab_tables());
+    }
+    EXPECT_EQ(client.stopped(SIGINT).exit_code, 0);
+    EXPECT_EQ(rib->stopped(SIGINT).exit_code, 0);
+}
+
+TEST_F(unix_processes, routes_are_displayed_once_a_rib_is_there) {
+    background routes(command("routes"));
+    ASSERT_TRUE(in_time([&] { return routes.so_far().find("waiting for a RIB") != std::string::npos; }));
+    background rib(command("rib"));
+    const outcome run = routes.ended();
+    EXPECT_EQ(run.exit_code, 0) << run.output;
+    EXPECT_NE(run.output.find("0 routes"), std::string::npos) << run.output;
+}
+
+TEST_F(unix_processes, a_second_rib_is_refused_even_where_the_first_is_busy) {
+    background rib(command("rib"));
+    ASSERT_TRUE(in_time([&] { return !rib.so_far().empty(); }));
+    const outcome second = run_command(command("rib") + " 2>&1");
+    EXPECT_EQ(second.exit_code, 1);
+    EXPECT_NE(second.output.find("another RIB answers at " + url + "\n"), std::string::npos) << second.output;
+    rib.suspend();
+    const outcome third = run_command(command("rib") + " 2>&1");
+    EXPECT_EQ(third.exit_code, 1);
+    EXPECT_NE(third.output.find("another RIB listens, but does not answer, at " + url + "\n"), std::string::npos)
+        << third.output;
+}
+
+TEST_F(unix_processes, places_where_nobody_can_meet) {
+    EXPECT_EQ(run_command("rib --bus unix:" + home.file("no/such") + " 2>&1").exit_code, 1);
+    const testing::input_file file("");
+    const outcome run = run_command("rib --bus unix:" + file.path() + " 2>&1");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_EQ(run.output, "ribkit: cannot open unix:" + file.path() + ": Not a directory\n");
+    EXPECT_NE(testing::complaint("rib --bus unix:").find("unix:: malformed URL; "), std::string::npos);
+    const testing::input_file script("clock virtual\n");
+    EXPECT_EQ(testing::complaint(command("rib --faults " + script.path())),
+              url + ": other processes keep real time: no fault script with \"clock virtual\"\n");
+}
+
+TEST_F(unix_processes, the_lab_runs_there_as_it_does_alone) {
+    const auto steady = [](const outcome &run) {
+        EXPECT_EQ(run.exit_code, 0);
+        return run.output.substr(0, run.output.find("  seconds "));
+    };
+    EXPECT_EQ(steady(run_command(command("lab", small))), steady(run_command(std::string("lab ") + small)));
+}
+
+} // namespace
+} // namespace ribkit
