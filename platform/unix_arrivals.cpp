@@ -17,6 +17,7 @@ namespace ribkit::platform {
 namespace {
 
 constexpr uint64_t most_unread = 1 << 20; // bytes beyond which a connection is not read
+constexpr uint64_t most_held = 256 << 20; // bytes that wait for a reader, or for the rest of their message
 constexpr int packets_a_turn = 16;        // then it is another connection's
 constexpr int accepts_a_turn = 64;
 constexpr int accept_again_after = 100; // milliseconds
@@ -28,25 +29,22 @@ size_t most_senders() {
     return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min<size_t>(most, limit.rlim_cur / 2) : most;
 }
 
-bool has_full_queue(const unix_connection &from) {
-    const uint32_t unread = from.arrived.unread;
-    return from.listener != nullptr &&
-           (unread >= from.listener->bound || (unread != 0 && from.arrived.bytes >= most_unread));
-}
-
 class way_home final : public return_path {
   public:
     way_home(std::weak_ptr<unix_endpoint> end, std::shared_ptr<unix_waker> waker, unix_endpoint::connection_ptr from,
              const message &letter)
         : end_(std::move(end)), waker_(std::move(waker)), from_(std::move(from)), token_(letter.token),
           size_(letter.size) {
-        from_->arrived.add(size_);
+        ++from_->arrived.unread;
+        from_->arrived.bytes += size_;
+        waker_->unread_bytes += size_;
     }
     way_home(const way_home &) = delete;
     way_home &operator=(const way_home &) = delete;
     ~way_home() override {
-        if (was_read()) {
-            waker_->wake(); // it was thrown away, and its sender has to be told
+        was_read(); // or thrown away
+        if (from_->arrived.room_owed != 0) {
+            waker_->wake(); // its sender has to be told, whom no answer has
         }
     }
 
@@ -54,7 +52,10 @@ class way_home final : public return_path {
     bool was_read() {
         const bool first = !read_.exchange(true);
         if (first) {
-            from_->arrived.remove(size_);
+            --from_->arrived.unread;
+            from_->arrived.bytes -= size_;
+            waker_->unread_bytes -= size_;
+            ++from_->arrived.room_owed;
         }
         return first;
     }
@@ -80,6 +81,13 @@ class way_home final : public return_path {
 };
 
 } // namespace
+
+void record_quietly(const char *text) {
+    try {
+        record_event(text);
+    } catch (const std::bad_alloc &) {
+    }
+}
 
 int unix_waker::open() {
     event_ = descriptor{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)};
@@ -126,7 +134,11 @@ void unix_endpoint::look_for_arrivals() {
 
 void unix_endpoint::handle(std::span<const epoll_event> events) {
     for (const epoll_event &one : events) {
-        handle(one);
+        try {
+            handle(one);
+        } catch (const std::bad_alloc &) {
+            record_quietly("unix: memory failed");
+        }
     }
 }
 
@@ -225,6 +237,12 @@ const std::string &unix_endpoint::user_name(uid_t user) {
     return known;
 }
 
+bool unix_endpoint::has_full_queue(const unix_connection &from) const {
+    const uint32_t unread = from.arrived.unread;
+    const bool has_much = from.arrived.bytes >= most_unread || waker_->unread_bytes >= most_held / 2;
+    return from.listener != nullptr && (unread >= from.listener->bound || (unread != 0 && has_much));
+}
+
 void unix_endpoint::read(const connection_ptr &from) {
     for (int left = packets_a_turn; left != 0 && from->is_open() && !has_full_queue(*from); --left) {
         std::span<const uint8_t> packet;
@@ -281,11 +299,33 @@ bool unix_endpoint::take_piece(const connection_ptr &from, const packet_head &he
     if (!incoming.add(head, piece)) {
         return false;
     }
-    if (incoming.is_whole()) {
+    from->last_fed = ++pieces_;
+    held_pieces_ += piece.size();
+    if (!incoming.is_whole()) {
+        make_room_for_pieces();
+    } else {
+        held_pieces_ -= incoming.arrived();
         incoming.kind() == packet_kind::message ? take_message(from, incoming.take())
                                                 : take_answer(*from, incoming.take());
     }
     return true;
+}
+
+// Those that stopped in the middle of a message, if there are any, have waited longest for their next piece.
+void unix_endpoint::make_room_for_pieces() {
+    while (held_pieces_ + waker_->unread_bytes > most_held) {
+        connection_ptr oldest;
+        for (const auto &[number, one] : connections_) {
+            if (one->incoming.is_begun() && (oldest == nullptr || one->last_fed < oldest->last_fed)) {
+                oldest = one;
+            }
+        }
+        if (oldest == nullptr) {
+            return;
+        }
+        record_quietly("unix: a connection was closed, since too many large messages arrive at once");
+        drop(oldest, ENOBUFS);
+    }
 }
 
 void unix_endpoint::take_message(const connection_ptr &from, message letter) {
@@ -301,22 +341,14 @@ void unix_endpoint::take_answer(unix_connection &from, message letter) {
 }
 
 int unix_endpoint::receive(const selector &selected, message &letter) {
-    selector at_once = selected;
-    at_once.may_wait = false;
     {
         const std::scoped_lock lock{office_->lock};
         for (const connection_ptr &one : std::exchange(owing_, {})) {
             settle(one);
         }
+        look_for_arrivals();
     }
-    int error = box_->receive(at_once, letter);
-    if (error == EAGAIN) {
-        {
-            const std::scoped_lock lock{office_->lock};
-            look_for_arrivals();
-        }
-        error = box_->receive(selected, letter);
-    }
+    const int error = box_->receive(selected, letter);
     if (error == 0 && letter.reply != nullptr) {
         was_read(letter);
     }
@@ -330,12 +362,15 @@ void unix_endpoint::was_read(message &letter) {
         return;
     }
     const std::scoped_lock lock{office_->lock};
-    if (letter.token == 0) {
-        settle(way.from());
-    } else {
-        owing_.push_back(way.from());
-        watch(*way.from());
+    if (letter.token != 0) {
+        try {
+            owing_.push_back(way.from());
+            watch(*way.from());
+            return;
+        } catch (const std::bad_alloc &) { // then it is said at once
+        }
     }
+    settle(way.from());
 }
 
 void unix_endpoint::settle(const connection_ptr &from) {
@@ -383,7 +418,9 @@ void unix_endpoint::drop(const connection_ptr &lost, int reason) {
     if (!lost->is_open()) {
         return;
     }
+    lost->ended_by = reason;
     connections_.erase(lost->socket());
+    held_pieces_ -= lost->incoming.arrived();
     lost->close();
     if (lost->listener != nullptr) {
         --senders_;
@@ -391,12 +428,14 @@ void unix_endpoint::drop(const connection_ptr &lost, int reason) {
     }
     to_.erase(lost->name);
     changed_.notify_all();
-    for (const uint32_t token : lost->asked) {
-        if (std::none_of(to_.begin(), to_.end(), [=](const auto &one) { return one.second->asked.contains(token); })) {
+    const auto may_answer = [](uint32_t token) {
+        return [=](const auto &one) { return one.second->asked.contains(token); };
+    };
+    for (const uint32_t token : std::exchange(lost->asked, {})) {
+        if (std::none_of(to_.begin(), to_.end(), may_answer(token))) {
             box_->fail(token, reason);
         }
     }
-    lost->asked.clear();
     if (!unix_place::is_member(lost->name)) {
         lost_.insert(lost->name);
     }

@@ -35,8 +35,8 @@ void unix_connection::close() {
 
 void unix_connection::post(packet_kind kind, message letter) {
     const packet_head head{kind, 0, letter.token, letter.opcode, letter.size};
-    bytes_to_send_ += letter.size;
     to_send_.push_back({head, std::move(letter)});
+    bytes_to_send_ += head.size;
 }
 
 message unix_connection::unpost() {

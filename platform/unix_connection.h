@@ -24,16 +24,6 @@ struct arrived_messages {
     std::atomic<uint32_t> unread{0};
     std::atomic<uint64_t> bytes{0};
     std::atomic<uint32_t> room_owed{0}; ///< read, and not yet said to the sender
-
-    void add(uint32_t size) {
-        ++unread;
-        bytes += size;
-    }
-    void remove(uint32_t size) {
-        --unread;
-        bytes -= size;
-        ++room_owed;
-    }
 };
 
 class unix_connection {
@@ -69,6 +59,7 @@ class unix_connection {
 
     arrived_messages arrived;
     message_builder incoming;
+    uint64_t last_fed = 0;       // pieces that had arrived everywhere when the latest one did here
     uint32_t watched = 0;        // the events
     bool is_socket_full = false; // something is to be sent that it did not take
 
@@ -76,6 +67,7 @@ class unix_connection {
     std::string name;         // that it is connected to
     uint32_t room = 0;        // messages that may be sent
     std::set<uint32_t> asked; // tokens of requests without an answer
+    int ended_by = 0;         // why it was closed
     bool is_slow = false;     // a member that its group has waited for in vain
 
     // Of whoever listens.

@@ -30,17 +30,22 @@ struct unix_listener {
     std::vector<std::string> senders; ///< whose messages are wanted; empty: everybody's
 };
 
-/// Wakes the thread that serves an endpoint; outlives it.
+/// What messages that wait for a reader need of their endpoint, which they may outlive.
 class unix_waker {
   public:
     int open();
-    void wake() const;
+    void wake() const; ///< the thread that serves the endpoint
     void sleep() const;
     [[nodiscard]] int number() const { return event_.get(); }
+
+    std::atomic<uint64_t> unread_bytes{0};
 
   private:
     descriptor event_;
 };
+
+/// Memory may be what has just failed.
+void record_quietly(const char *text);
 
 class unix_endpoint final : public endpoint, public std::enable_shared_from_this<unix_endpoint> {
   public:
@@ -80,9 +85,11 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     void accept_again();
     void accept_one(const unix_listener &listener, descriptor socket);
     int refusal_of(const unix_listener &listener, const unix_connection &sender) const;
+    bool has_full_queue(const unix_connection &from) const;
     void read(const connection_ptr &from);
     bool take_packet(const connection_ptr &from, std::span<const uint8_t> packet);
     bool take_piece(const connection_ptr &from, const packet_head &head, std::span<const uint8_t> piece);
+    void make_room_for_pieces();
     void take_message(const connection_ptr &from, message letter);
     void take_answer(unix_connection &from, message letter);
     void flush(const connection_ptr &to);
@@ -113,7 +120,9 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     std::set<std::string> lost_;               // names that there was a connection to
     std::vector<connection_ptr> owing_;        // whose messages were read, which they may not know
     std::map<uid_t, std::string> user_names_;
-    size_t senders_ = 0; // connections of others to us
+    size_t senders_ = 0;       // connections of others to us
+    uint64_t pieces_ = 0;      // that have arrived
+    uint64_t held_pieces_ = 0; // bytes of messages that are not whole
     uint32_t last_token_ = 0;
     bool accepts_later_ = false; // there are no descriptors left
 };

@@ -114,10 +114,12 @@ bool is_member_of(std::string_view name, std::string_view group) {
 
 } // namespace
 
-taken_name::~taken_name() {
+void taken_name::release() {
     if (lock_.is_open()) {
         remove(directory_.get(), name_);
     }
+    socket_.reset();
+    lock_.reset();
 }
 
 int taken_name::listen(const std::string &path) {

@@ -27,10 +27,13 @@ class taken_name {
         name_.swap(other.name_);
         return *this;
     }
-    ~taken_name();
+    ~taken_name() { release(); }
 
     /// Makes the socket; 0 or an errno.
     int listen(const std::string &path);
+
+    /// Nobody finds it any more.
+    void release();
 
     [[nodiscard]] int socket() const { return socket_.get(); }
 

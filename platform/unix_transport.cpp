@@ -117,9 +117,13 @@ int unix_endpoint::send(const qip_addr &address, message letter, bool may_wait, 
         letter.token = *token;
     }
     const uint32_t awaited = letter.token;
-    const int error = is_group(address)
-                          ? send_to_group(address, std::move(letter), may_wait, awaited, lock)
-                          : send_to_one(place_.name_of(address), std::move(letter), may_wait, awaited, lock);
+    int error = 0;
+    try {
+        error = is_group(address) ? send_to_group(address, std::move(letter), may_wait, awaited, lock)
+                                  : send_to_one(place_.name_of(address), std::move(letter), may_wait, awaited, lock);
+    } catch (const std::bad_alloc &) {
+        error = ENOMEM;
+    }
     if (error != 0 && token != nullptr) {
         box_->expect_no_more(*token);
     }
@@ -140,8 +144,13 @@ int unix_endpoint::find(const std::string &name, connection_ptr &found) {
     auto made = std::make_shared<unix_connection>(std::move(socket));
     made->name = name;
     made->room = bound;
-    to_[name] = made;
-    connections_[made->socket()] = made;
+    connections_.emplace(made->socket(), made);
+    try {
+        to_.emplace(name, made);
+    } catch (const std::bad_alloc &) {
+        connections_.erase(made->socket());
+        throw;
+    }
     watch(*made);
     reconnections_ += static_cast<uint32_t>(lost_.erase(name));
     found = std::move(made);
@@ -172,8 +181,9 @@ int unix_endpoint::post(const connection_ptr &to, message &letter, uint32_t toke
     }
     letter = to->unpost();
     to->asked.erase(token);
+    read(to); // the listener may have said why
     drop(to, ECONNRESET);
-    return error;
+    return is_gone(error) ? to->ended_by : error;
 }
 
 int unix_endpoint::send_to_one(const std::string &name, message letter, bool may_wait, uint32_t token, locked &lock) {
@@ -227,7 +237,7 @@ int unix_endpoint::find_members(const qip_addr &group, std::vector<connection_pt
         } else if (error == ENOTCONN) {
             place_.remove_if_dead(name);
         } else {
-            record_event("unix: a listener of " + name + " cannot be reached");
+            record_quietly("unix: a listener of a group cannot be reached");
         }
     }
     return 0;
@@ -282,7 +292,7 @@ int unix_endpoint::send_answer(const connection_ptr &to, message letter) {
         return 0;
     }
     if (to->bytes_to_send() > most_answers) {
-        record_event("unix: a connection whose answers are not read was closed");
+        record_quietly("unix: a connection whose answers are not read was closed");
         drop(to, ENOBUFS);
         return 0;
     }
@@ -293,7 +303,6 @@ int unix_endpoint::send_answer(const connection_ptr &to, message letter) {
 
 void unix_endpoint::shut() {
     mailbox::leftovers unread;
-    std::vector<taken_name> names;
     {
         const std::scoped_lock lock{office_->lock};
         if (box_->closed()) {
@@ -301,11 +310,10 @@ void unix_endpoint::shut() {
         }
         unread = box_->close();
         for (const auto &[socket, listener] : listeners_) { // which their connections still point at
-            names.push_back(std::move(listener->name));
+            listener->name.release();
         }
         changed_.notify_all();
     }
-    names.clear();
     waker_->wake();
     if (thread_.joinable()) {
         thread_.join();
