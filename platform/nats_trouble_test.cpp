@@ -96,7 +96,8 @@ TEST_F(over_nats, a_stranger_answers) {
 
 TEST_F(over_nats, no_virtual_clock_while_a_handle_is_open) {
     ASSERT_EQ(load_script("fail send 1 EIO"), "");
-    EXPECT_EQ(load_script("seed 1\nclock virtual\n"), ":2: no virtual clock while a handle is open that other processes reach");
+    EXPECT_EQ(load_script("seed 1\nclock virtual\n"),
+              ":2: no virtual clock while a handle is open that other processes reach");
     EXPECT_EQ(send_text(client, "?"), EIO); // the script before stays in force
     qip_close(client);
     EXPECT_EQ(load_script("clock virtual"), ":1: no virtual clock while a handle is open that other processes reach");

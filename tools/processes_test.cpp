@@ -247,7 +247,7 @@ TEST(bus, that_is_not_there_is_told_with_what_helps) {
     EXPECT_EQ(refused.exit_code, 1);
     EXPECT_EQ(refused.output,
               "ribkit: cannot open nats://127.0.0.1:1: Connection refused; nats-server starts a server, "
-              "unix:PATH needs none\n");
+              "unix:DIRECTORY needs none\n");
     const outcome unknown = run_command("routes --bus nats://no..where --wait 0 2>&1");
     EXPECT_EQ(unknown.exit_code, 1);
     EXPECT_EQ(unknown.output, "ribkit: cannot open nats://no..where: the name of the host has no address\n");

@@ -35,7 +35,7 @@ std::string why_closed(int reason, const std::string &url) {
     }
     return reason == EHOSTUNREACH
                ? "the name of the host has no address"
-               : joined(std::strerror(reason), "; nats-server starts a server, unix:PATH needs none");
+               : joined(std::strerror(reason), "; nats-server starts a server, unix:DIRECTORY needs none");
 }
 
 } // namespace
