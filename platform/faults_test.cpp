@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 TEST_F(faulty, files_that_cannot_be_read_or_parsed) {
-    char error[40] = "";
+    char error[100] = "";
     EXPECT_EQ(error_of(qip_faults_load("/no/such/file", error, sizeof error)), EINVAL);
     EXPECT_STREQ(error, "/no/such/file: cannot be read: No such file or directory");
     EXPECT_EQ(error_of(qip_faults_load("/tmp", error, sizeof error)), EINVAL);
