@@ -127,6 +127,12 @@ const char *qip_sender_name(const struct qip_ref *ref);
  */
 uint32_t qip_reconnections(uint32_t handle);
 
+/**
+ * @return microseconds on the clock that waits and delays are measured by: since the machine's start, or, under the
+ *         virtual clock, since that was put in force
+ */
+uint64_t qip_now(void);
+
 /** @return references handed out by this process's transports and not yet dropped */
 uint32_t qip_refs_held(void);
 

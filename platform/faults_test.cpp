@@ -40,6 +40,7 @@ TEST_F(faulty, a_script_takes_the_place_of_the_one_before) {
     EXPECT_EQ(send_text(client, "first again"), 0);
     EXPECT_EQ(send_text(client, "second"), EAGAIN);
     EXPECT_GT(clock_now().time_since_epoch(), seconds{0}); // and not virtual any more
+    EXPECT_GT(qip_now(), 0U);
 }
 
 TEST_F(faulty, a_script_is_replaced_while_it_is_asked) {
@@ -83,6 +84,7 @@ TEST_F(faulty, a_virtual_clock_needs_no_time) {
     EXPECT_EQ(clock_now() - before, seconds{3600});
     EXPECT_EQ(taken(client, within(7)), refused(ETIMEDOUT));
     EXPECT_EQ(clock_now() - before, seconds{3600} + milliseconds{7});
+    EXPECT_EQ(qip_now(), 3600'007'000U);
 }
 
 TEST_F(faulty, who_steps_aside_under_a_virtual_clock_lets_the_others_on) {

@@ -231,6 +231,11 @@ uint32_t qip_reconnections(uint32_t handle) {
     return end == nullptr ? 0 : end->reconnections();
 }
 
+uint64_t qip_now(void) {
+    const auto passed = std::chrono::duration_cast<std::chrono::microseconds>(clock_now().time_since_epoch());
+    return static_cast<uint64_t>(passed.count());
+}
+
 uint32_t qip_refs_held(void) { return references_held(); }
 
 void qip_step_aside(void) { step_aside(); }
