@@ -6,28 +6,7 @@
 #include "tools/run_text.h"
 #include "tools/stop_signals.h"
 
-#include <cstdio>
-
 namespace ribkit {
-
-namespace {
-
-// Whether it came to its end.
-bool play(fabric_run &run, bool stay) {
-    bool played = false;
-    try {
-        run.play();
-        played = true;
-        if (stay) {
-            run.stay();
-        }
-    } catch (const link_closed &) {
-        std::fputs("ribkit: stopped\n", stderr);
-    }
-    return played;
-}
-
-} // namespace
 
 int run_client(const client_command_options &options) {
     const fabric f = chosen_fabric(options);
@@ -39,8 +18,17 @@ int run_client(const client_command_options &options) {
     signals.call([&client] { client.close(); });
     client.start_over(f);
     fabric_run run(f, client, progress, options.real_time, out);
+    run.announce_routes();
     out.print_line(head_text(f) + '\n');
-    const bool played = play(run, options.stay);
+    bool played = false;
+    unless_stopped([&] {
+        client.find_rib();
+        run.play();
+        played = true;
+        if (options.stay) {
+            run.stay();
+        }
+    });
     out.print_line('\n' + summary_text(run.record(), nullptr));
     if (out.wants_json()) {
         out.print_json(client_json(run));

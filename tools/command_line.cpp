@@ -77,7 +77,7 @@ CLI::Option *add_bus(CLI::App &app, bus_options &bus, const char *url) {
     app.add_option("--faults", bus.faults_file, "script of what goes wrong on the bus")
         ->type_name("FILE")
         ->check(file_name);
-    add_number(app, "--wait", bus.wait, 0, 86400, "how long a server or the RIB's answer is waited for")
+    add_number(app, "--wait", bus.wait, 0, 86400, "how long a server, the RIB and its answers are waited for, together")
         ->type_name("SECONDS")
         ->capture_default_str();
     return added;
@@ -192,6 +192,8 @@ action declare_routes(CLI::App &app, const words &given) {
     const auto options = std::make_shared<routes_command_options>();
     add_bus(app, options->bus, server_here)->check(shared_bus);
     add_number(app, "--vsan", options->vsan, 1, last_vsan, "routes of this VSAN only")->type_name("VSAN");
+    add_number(app, "--wait-for", options->least, 0, UINT32_MAX, "wait until the RIB holds so many routes")
+        ->type_name("NUMBER");
     add_output(app, options->output, given);
     add_envelopes(app, options->envelopes);
     return [options] { return run_routes(*options); };

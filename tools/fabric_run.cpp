@@ -69,13 +69,46 @@ void fabric_run::happen(milliseconds at, std::vector<fabric_event> events) {
 }
 
 void fabric_run::step(run_step next) {
-    next.traffic = client_.converge(fabric_);
+    try {
+        next.traffic = client_.converge(fabric_);
+    } catch (...) {
+        next.traffic = client_.traffic(); // as far as it came
+        record(std::move(next));
+        throw;
+    }
     progress_.clear();
+    next.lost = client_.lost();
     say(joined("  ", traffic_text(next.traffic)));
-    record_.total += next.traffic;
-    record_.steps.push_back(std::move(next));
+    if (!next.lost.empty()) {
+        say(unreachable_text(fabric_, next.lost));
+    }
+    if (announces_ && next.events.empty()) {
+        announce(next.traffic.refused);
+    }
+    record(std::move(next));
+}
+
+void fabric_run::announce(size_t refused) {
+    const size_t wanted = client_.wanted();
+    say(refused == 0 ? joined("  the RIB has all ", wanted, wanted == 1 ? " route" : " routes")
+                     : joined("  the RIB has refused ", refused, " of ", wanted, " routes"));
+}
+
+void fabric_run::record(run_step step) {
+    record_.total += step.traffic;
+    record_.steps.push_back(std::move(step));
 }
 
 void fabric_run::say(const std::string &line) { out_.print_line(line); }
+
+bool unless_stopped(const std::function<void()> &action) {
+    try {
+        action();
+        return true;
+    } catch (const link_closed &) {
+        std::fputs("ribkit: stopped\n", stderr);
+        return false;
+    }
+}
 
 } // namespace ribkit

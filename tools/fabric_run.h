@@ -7,6 +7,7 @@
 #include "tools/progress.h"
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ struct run_step {
     std::chrono::milliseconds at;
     std::vector<fabric_event> events;
     client_traffic traffic;
+    std::vector<unreachable_domains> lost{}; ///< domains that became unreachable
 };
 
 struct run_record {
@@ -35,6 +37,9 @@ class fabric_run {
     /// @param out where it is said what happens
     fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, command_output &out);
 
+    /// From now on it is also said when all routes of the client are in a RIB that did not have them.
+    void announce_routes() { announces_ = true; }
+
     /// All events, one moment after the other. Throws as the client does; what was done until then is on record.
     void play();
 
@@ -49,6 +54,8 @@ class fabric_run {
     void happen(std::chrono::milliseconds at, std::vector<fabric_event> events);
     void start_anew();
     void step(run_step next);
+    void record(run_step step);
+    void announce(size_t refused);
     void say(const std::string &line);
 
     fabric fabric_;
@@ -56,8 +63,12 @@ class fabric_run {
     progress_line &progress_;
     bool real_time_;
     command_output &out_;
+    bool announces_ = false;
     run_record record_;
     std::chrono::steady_clock::time_point start_;
 };
+
+/// Does something that a signal may stop by closing the link. @return false, said on standard error, where it did
+bool unless_stopped(const std::function<void()> &action);
 
 } // namespace ribkit

@@ -14,11 +14,12 @@ namespace {
 /// Links of the local switch with the local end first, then all others.
 class vsan_graph {
   public:
-    vsan_graph(const fabric &f, uint32_t vsan) {
+    vsan_graph(const fabric &f, std::span<const size_t> carrying) {
         const size_t local = f.local_index();
         std::vector<spf_link> others;
-        for (const fabric_link &link : f.links()) {
-            if (!link.up || !link.carries(vsan)) {
+        for (const size_t index : carrying) {
+            const fabric_link &link = f.links()[index];
+            if (!link.up) {
                 continue;
             }
             const auto &[a, b] = link.ends;
@@ -61,16 +62,29 @@ route route_of(const fabric &f, const vsan_graph &graph, size_t to, const spf_pa
 
 } // namespace
 
-route_table fspf_routes(const fabric &f, uint32_t vsan) {
-    const vsan_graph graph(f, vsan);
+fspf_outcome run_fspf(const fabric &f, std::span<const size_t> links) {
+    const vsan_graph graph(f, links);
     const auto paths = shortest_paths(f.switches().size(), graph.links(), f.local_index());
-    route_table table;
+    fspf_outcome outcome;
     for (size_t to = 0; to < paths.size(); to++) {
+        outcome.costs.push_back(paths[to].cost);
         if (to != f.local_index() && paths[to].cost != unreachable) {
-            table[{f.switches()[to].domain << 16, RIB_MASK_DOMAIN}] = route_of(f, graph, to, paths[to]);
+            outcome.routes[{f.switches()[to].domain << 16, RIB_MASK_DOMAIN}] = route_of(f, graph, to, paths[to]);
         }
     }
-    return table;
+    return outcome;
 }
+
+std::vector<size_t> links_of(const fabric &f, uint32_t vsan) {
+    std::vector<size_t> links;
+    for (size_t i = 0; i < f.links().size(); i++) {
+        if (f.links()[i].carries(vsan)) {
+            links.push_back(i);
+        }
+    }
+    return links;
+}
+
+route_table fspf_routes(const fabric &f, uint32_t vsan) { return run_fspf(f, links_of(f, vsan)).routes; }
 
 } // namespace ribkit

@@ -4,10 +4,26 @@
 #include "tools/fabric.h"
 #include "tools/routes.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
 namespace ribkit {
 
-/// Routes of one VSAN: one to every domain that its links reach, with every next hop of equal cost, at most 16, in the
-/// order of their interfaces.
+struct fspf_outcome {
+    route_table routes;
+    std::vector<uint32_t> costs; ///< of the cheapest path to each switch, or `unreachable`
+};
+
+/// Routes over some of the fabric's links (ascending), of which those that are down are left out: one route to every
+/// domain that they reach, with every next hop of equal cost, at most 16, in the order of their interfaces.
+fspf_outcome run_fspf(const fabric &f, std::span<const size_t> links);
+
+/// Indices of the links that carry a VSAN, up or not.
+std::vector<size_t> links_of(const fabric &f, uint32_t vsan);
+
+/// Routes of one VSAN, over the links that carry it.
 route_table fspf_routes(const fabric &f, uint32_t vsan);
 
 } // namespace ribkit

@@ -6,13 +6,14 @@
 #include "rib_codes.h"
 #include "rib_trace.h"
 #include "tools/fspf.h"
-#include "tools/pauses.h"
 #include "tools/route_reader.h"
 #include "tools/run_clock.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <memory>
+#include <utility>
 
 namespace ribkit {
 
@@ -28,20 +29,19 @@ bool is_damage_report(const fcurt_response &response) {
     return response.accepted == 0 && (response.result == RIB_BAD_PARAMETERS || response.result == RIB_EXCESS_DATA);
 }
 
-} // namespace
-
-client_traffic &client_traffic::operator+=(const client_traffic &more) {
-    added += more.added;
-    deleted += more.deleted;
-    changed += more.changed;
-    refused += more.refused;
-    messages += more.messages;
-    bytes_sent += more.bytes_sent;
-    bytes_received += more.bytes_received;
-    computing += more.computing;
-    exchanging += more.exchanging;
-    return *this;
+const route_table &table_of(const shared_routes &routes) {
+    static const route_table empty;
+    return routes == nullptr ? empty : *routes;
 }
+
+shared_routes changed(route_table table, std::span<const route_change> changes) {
+    for (const route_change &change : changes) {
+        apply_change(table, change);
+    }
+    return std::make_shared<const route_table>(std::move(table));
+}
+
+} // namespace
 
 fspf_client::fspf_client(const std::string &url, client_options options)
     : link_(url, RIB_CLIENT_FSPF, options.link), options_(std::move(options)) {}
@@ -66,106 +66,162 @@ client_traffic fspf_client::converge(const fabric &f) {
     traffic_ = {};
     to_send_ = 0;
     const auto start = run_now();
-    vsan_routes wanted;
-    for (const fabric_vsan &vsan : f.vsans()) {
-        options_.progress("VSANs computed", wanted.size(), f.vsans().size());
-        wanted.emplace(vsan.id, fspf_routes(f, vsan.id));
-    }
+    routes_.follow(f, [this](size_t done, size_t total) { options_.progress("VSANs computed", done, total); });
     const auto computed = run_now();
-    rib_started({});
-    bring_all(wanted);
     traffic_.computing = computed - start;
-    traffic_.exchanging = run_now() - computed;
-    const link_traffic carried = link_.take_traffic();
-    traffic_.messages = carried.messages;
-    traffic_.bytes_sent = carried.bytes_sent;
-    traffic_.bytes_received = carried.bytes_received;
+    const auto finish = [&] {
+        const link_traffic carried = link_.take_traffic();
+        traffic_.messages = carried.messages;
+        traffic_.bytes_sent = carried.bytes_sent;
+        traffic_.bytes_received = carried.bytes_received;
+        traffic_.exchanging = run_now() - computed;
+    };
+    try {
+        rib_started({});
+        bring_all(f);
+        link_.renew_patience(); // for what happens next
+    } catch (...) {
+        finish();
+        throw;
+    }
+    finish();
     return traffic_;
 }
 
 // A RIB that starts while this goes on has lost what it was sent before: all VSANs have their turn again.
-void fspf_client::bring_all(const vsan_routes &wanted) {
-    pauses trying(options_.link.patience);
-    for (auto next = wanted.begin(); next != wanted.end();) {
+void fspf_client::bring_all(const fabric &f) {
+    std::set<uint32_t> vsans;
+    for (const fabric_vsan &vsan : f.vsans()) {
+        vsans.insert(vsan.id);
+    }
+    for (auto next = vsans.begin(); next != vsans.end();) {
+        const uint32_t vsan = *next;
         try {
-            bring(next->first, next->second);
-            trying = pauses(options_.link.patience);
             ++next;
+            if (!bring(vsan, routes_.of(vsan))) {
+                continue;
+            }
+            link_.renew_patience();
         } catch (const no_answer &why) {
-            unsure_.insert(next->first);
+            unsure_.insert(vsan);
             std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
-            if (!link_.await(trying)) {
+            if (!link_.await()) {
                 throw;
             }
+            --next;
         }
-        next = rib_started({}) ? wanted.begin() : next;
+        next = rib_started({}) ? vsans.begin() : next;
     }
 }
 
-// Where somebody else has changed this client's routes meanwhile, what to send is found anew.
-void fspf_client::bring(uint32_t vsan, const route_table &wanted) {
+/// Where somebody else has changed this client's routes meanwhile, what to send is found anew. @return whether the RIB
+/// was asked anything
+bool fspf_client::bring(uint32_t vsan, const shared_routes &wanted) {
     constexpr int most_rounds = 8;
+    bool asked = false;
     for (int round = 1; round <= most_rounds; round++) {
         if (unsure_.contains(vsan)) {
             read(vsan);
+            asked = true;
         }
-        const auto changes = changes_between(accepted_[vsan], wanted);
-        to_send_ += changes.size();
-        send(vsan, changes, round == most_rounds);
+        const fcurt_update &update = update_to(vsan, wanted);
+        if (update.changes.empty()) {
+            accepted_[vsan] = wanted; // the same, and shared
+        } else {
+            asked = true;
+            to_send_ += update.changes.size();
+            send(update, round == most_rounds);
+        }
         if (!unsure_.contains(vsan)) {
-            return;
+            return asked;
         }
     }
+    return asked;
+}
+
+const fcurt_update &fspf_client::update_to(uint32_t vsan, const shared_routes &wanted) {
+    const shared_routes &before = accepted_[vsan];
+    if (difference_.after != wanted || difference_.before != before) {
+        const uint32_t oper = options_.link.envelopes ? RIB_OPER_UPDATE_CMI : RIB_OPER_UPDATE_RSP;
+        difference_ = {before, wanted, {RIB_CLIENT_FSPF, vsan, oper, {}}};
+        difference_.update.changes = changes_between(table_of(before), *wanted);
+    }
+    difference_.update.vsan = vsan;
+    return difference_.update;
 }
 
 void fspf_client::read(uint32_t vsan) {
     unsure_.insert(vsan);
-    route_table &mine = accepted_[vsan];
-    mine.clear();
+    route_table mine;
     for (const auto &[key, held] : read_routes(link_, {RIB_CLIENT_FSPF, vsan, options_.trace})) {
         if (held.uuid == RIB_CLIENT_FSPF) {
             mine.emplace_hint(mine.end(), key.to, held.what);
         }
     }
+    settle(vsan, mine);
+    accepted_[vsan] = std::make_shared<const route_table>(std::move(mine));
     unsure_.erase(vsan);
 }
 
-void fspf_client::send(uint32_t vsan, const std::vector<route_change> &changes, bool last_round) {
-    const uint32_t oper = options_.link.envelopes ? RIB_OPER_UPDATE_CMI : RIB_OPER_UPDATE_RSP;
-    std::span<const route_change> left = changes;
-    for (auto &[bytes, size] : encode(fcurt_update{RIB_CLIENT_FSPF, vsan, oper, changes}, options_.message_limit)) {
-        if (options_.trace) {
-            trace(bytes);
-        }
-        const fcurt_response response = exchange(bytes);
-        if (is_damage_report(response)) {
-            throw no_answer(result_text(response.result));
-        }
-        for (const route_change &change : left.first(size)) {
-            count(vsan, change);
-            if (response.result == RIB_OK) {
-                apply_change(accepted_[vsan], change);
-            }
-        }
-        if (response.result == RIB_NO_ENTRY && !last_round) {
-            unsure_.insert(vsan);
-            return;
-        }
-        if (response.result != RIB_OK) {
-            find_refused(response, vsan, left.first(size));
-        }
-        left = left.subspan(size);
-        options_.progress("routes sent", traffic_.sent(), to_send_);
+void fspf_client::settle(uint32_t vsan, const route_table &after) {
+    if (auto open = open_.extract(vsan)) {
+        auto &[changes, made] = open.mapped();
+        traffic_.count(table_of(accepted_[vsan]), effective(std::move(changes), after, made));
     }
 }
 
-// The answer counts what took effect without naming it, so the RIB is asked what it has.
-void fspf_client::find_refused(const fcurt_response &response, uint32_t vsan, std::span<const route_change> changes) {
-    read(vsan);
-    const auto refused = std::count_if(changes.begin(), changes.end(), [&](const route_change &change) {
-        return !has_effect(accepted_[vsan], change);
-    });
-    traffic_.refused += static_cast<size_t>(refused);
+// The answer counts what took effect without naming it, so the RIB is asked what it has. From then on the table is this
+// VSAN's own.
+void fspf_client::send(const fcurt_update &update, bool last_round) {
+    const uint32_t vsan = update.vsan;
+    shared_routes &accepted = accepted_[vsan];
+    const shared_routes before = accepted;
+    std::span<const route_change> left = update.changes;
+    for (auto &[bytes, size] : encode(update, options_.message_limit)) {
+        const auto part = left.first(size);
+        left = left.subspan(size);
+        const fcurt_response response = deliver(vsan, bytes, part);
+        if (response.result == RIB_OK) {
+            traffic_.count(table_of(accepted), part);
+            if (accepted != before) {
+                accepted = changed(*accepted, part);
+            }
+        } else {
+            open_[vsan] = {{part.begin(), part.end()}, response.accepted};
+            if (response.result == RIB_NO_ENTRY && !last_round) {
+                unsure_.insert(vsan);
+                return;
+            }
+            read(vsan);
+            note_refused(response, part);
+        }
+        options_.progress("routes sent", traffic_.sent(), to_send_);
+    }
+    if (accepted == before) {
+        accepted = difference_.after;
+    }
+}
+
+fcurt_response fspf_client::deliver(uint32_t vsan, std::span<uint8_t> message, std::span<const route_change> changes) {
+    if (options_.trace) {
+        trace(message);
+    }
+    try {
+        const fcurt_response response = exchange(message);
+        if (is_damage_report(response)) {
+            throw no_answer(result_text(response.result));
+        }
+        return response;
+    } catch (const no_answer &) {
+        open_[vsan] = {{changes.begin(), changes.end()}, changes.size()};
+        throw;
+    }
+}
+
+void fspf_client::note_refused(const fcurt_response &response, std::span<const route_change> changes) {
+    const route_table &held = *accepted_[response.vsan];
+    traffic_.refused += static_cast<size_t>(std::count_if(
+        changes.begin(), changes.end(), [&](const route_change &change) { return !has_effect(held, change); }));
     report(response);
 }
 
@@ -175,16 +231,6 @@ fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
         throw no_answer(result_text(RIB_MISSING_RESPONSE));
     }
     return decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer.data(), RIBKIT_FCURT_RSP_SIZE));
-}
-
-void fspf_client::count(uint32_t vsan, const route_change &change) {
-    if (change.action == RIB_ACTION_DELETE) {
-        traffic_.deleted++;
-    } else if (change.action == RIB_ACTION_ADD && !accepted_[vsan].contains(change.to)) {
-        traffic_.added++;
-    } else {
-        traffic_.changed++;
-    }
 }
 
 void fspf_client::trace(std::span<const uint8_t> update) {

@@ -1,8 +1,11 @@
 // FSPF as a client of the RIB: it keeps what the RIB has accepted, and sends what changed since. Where it is not known
-// what the RIB has, because an answer is missing or the RIB has started anew, the client reads it.
+// what the RIB has, because an answer is missing or the RIB has started anew, the client reads it. What it counts is
+// what became of the RIB's routes, however often that had to be sent.
 #pragma once
 
+#include "tools/client_traffic.h"
 #include "tools/fabric.h"
+#include "tools/fabric_routes.h"
 #include "tools/fcurt_message.h"
 #include "tools/rib_link.h"
 #include "tools/routes.h"
@@ -26,18 +29,6 @@ struct client_options {
     std::function<void(const char *what, size_t done, size_t total)> progress = [](const char *, size_t, size_t) {};
 };
 
-/// What went over the bus, counted in route records.
-struct client_traffic {
-    size_t added = 0, deleted = 0, changed = 0;
-    size_t refused = 0; ///< of those sent, not in the RIB as they were meant to be
-    size_t messages = 0;
-    size_t bytes_sent = 0, bytes_received = 0;
-    std::chrono::duration<double> computing{}, exchanging{};
-
-    [[nodiscard]] size_t sent() const { return added + deleted + changed; }
-    client_traffic &operator+=(const client_traffic &more);
-};
-
 class fspf_client {
   public:
     fspf_client(const std::string &url, client_options options);
@@ -45,10 +36,23 @@ class fspf_client {
     /// Has what the RIB holds of this client read before anything is sent.
     void start_over(const fabric &f);
 
-    /// Computes the routes of every VSAN and brings the RIB up to date. What the RIB refuses is reported on standard
-    /// error and sent again the next time. Where it does not answer, it is asked again for as long as the link's
-    /// patience; throws no_answer after that, and link_closed.
+    /// Looks for the RIB, and waits for it. Throws no_answer where there is none in time, and link_closed.
+    void find_rib() { link_.find(); }
+
+    /// Brings the RIB up to date with the fabric, of which only the state and the cost of its links may have changed
+    /// since the last call. What the RIB refuses is reported on standard error and sent again the next time. Where it
+    /// does not answer, it is asked again for as long as the link's patience lasts, which is renewed whenever a VSAN's
+    /// routes are in; throws no_answer after that, and link_closed.
     client_traffic converge(const fabric &f);
+
+    /// Routes that the RIB should have after the last call to converge.
+    [[nodiscard]] size_t wanted() const { return routes_.size(); }
+
+    /// What the last call to converge came to, also where it has thrown.
+    [[nodiscard]] const client_traffic &traffic() const { return traffic_; }
+
+    /// Domains that the last call to converge has found to be without a path.
+    [[nodiscard]] const std::vector<unreachable_domains> &lost() const { return routes_.lost(); }
 
     /// Sends one update and awaits the answer. Throws no_answer and link_closed.
     fcurt_response exchange(std::span<uint8_t> update);
@@ -61,21 +65,35 @@ class fspf_client {
     void close() { link_.close(); }
 
   private:
-    using vsan_routes = std::map<uint32_t, route_table>;
+    /// Changes of which it is not known yet which of them the RIB has made.
+    struct open_changes {
+        std::vector<route_change> changes;
+        size_t made; ///< at most
+    };
+    /// What makes one table of another. Many VSANs in turn ask for the same.
+    struct difference {
+        shared_routes before, after;
+        fcurt_update update;
+    };
 
-    void bring_all(const vsan_routes &wanted);
-    void bring(uint32_t vsan, const route_table &wanted);
-    void send(uint32_t vsan, const std::vector<route_change> &changes, bool last_round);
-    void find_refused(const fcurt_response &response, uint32_t vsan, std::span<const route_change> changes);
+    void bring_all(const fabric &f);
+    bool bring(uint32_t vsan, const shared_routes &wanted);
+    const fcurt_update &update_to(uint32_t vsan, const shared_routes &wanted);
+    void send(const fcurt_update &update, bool last_round);
+    fcurt_response deliver(uint32_t vsan, std::span<uint8_t> message, std::span<const route_change> changes);
+    void note_refused(const fcurt_response &response, std::span<const route_change> changes);
     void read(uint32_t vsan);
-    void count(uint32_t vsan, const route_change &change);
+    void settle(uint32_t vsan, const route_table &after);
     static void trace(std::span<const uint8_t> update);
 
     rib_link link_;
     client_options options_;
-    vsan_routes accepted_;      ///< by VSAN
-    std::set<uint32_t> unsure_; ///< VSANs of which it is not known what the RIB has
-    client_traffic traffic_;    ///< of the current call
+    fabric_routes routes_;
+    std::map<uint32_t, shared_routes> accepted_; ///< by VSAN; null is empty
+    std::map<uint32_t, open_changes> open_;      ///< by VSAN, since `accepted_`
+    std::set<uint32_t> unsure_;                  ///< VSANs of which it is not known what the RIB has
+    difference difference_;                      ///< the last one asked for
+    client_traffic traffic_;                     ///< of the current call
     size_t to_send_ = 0;
 };
 

@@ -8,6 +8,7 @@
 #include "tools/route_display.h"
 #include "tools/run_json.h"
 #include "tools/run_text.h"
+#include "tools/stop_signals.h"
 
 namespace ribkit {
 
@@ -25,18 +26,21 @@ int run_lab(const lab_options &options) {
         return 0;
     }
     progress_line progress;
-    refuse_second_rib(options.bus.url, options.bus.patience());
+    stop_signals signals;
+    patience waiting(options.bus.patience());
+    refuse_second_rib(options.bus.url, waiting);
     rib_service rib(options.bus.url, {f.spaces(),
                                       options.output.traces,
-                                      options.bus.patience(),
+                                      waiting.left(),
                                       options.memory,
                                       f.policy,
                                       {},
                                       !options.bus.faults_file.empty()});
     fspf_client client(options.bus.url, options.client(progress));
+    signals.call([&client] { client.close(); });
     fabric_run run(f, client, progress, options.real_time, out);
     out.print_line(head_text(f) + '\n');
-    run.play();
+    const bool played = unless_stopped([&] { run.play(); });
     rib.stop();
     const rib_state state(rib);
     out.display([&] { tables.display(rib, options.memory); });
@@ -45,7 +49,7 @@ int run_lab(const lab_options &options) {
         out.print_json(lab_json(run, state));
     }
     out.finish();
-    return run.record().total.refused == 0 ? 0 : 1;
+    return played && run.record().total.refused == 0 ? 0 : 1;
 }
 
 } // namespace ribkit

@@ -12,7 +12,8 @@ struct lab_options : run_options {
     bool memory = false;        ///< display what the RIB's tables are made of, at the end
 };
 
-/// Runs the lab and prints. @return the command's exit code: 0, or 1 where the RIB refused something. Throws an
+/// Runs the lab and prints. @return the command's exit code: 0, or 1 where the RIB refused something or a
+/// signal stopped the run. Throws an
 /// input_error, with nothing printed, where the options or a file are wrong.
 int run_lab(const lab_options &options);
 

@@ -132,6 +132,21 @@ TEST(lab, every_route_of_the_largest_fabric_arrives) {
     EXPECT_NE(run.output.find("3808 sent: 3808 added, 0 deleted, 0 changed; the RIB holds 3808\n"), std::string::npos);
 }
 
+TEST(lab, domains_that_no_link_reaches_are_told) {
+    const testing::temporary_directory home;
+    const std::string path = home.file("lonely.toml");
+    std::ofstream(path) << testing::file_content(small) << "[[switch]]\nname = \"lonely\"\ndomain = 77\n";
+    const std::string text = run_command("lab --tables none " + path).output;
+    EXPECT_NE(text.find("at 0s: the fabric starts\n"
+                        "  8 routes added, in 2 messages\n"
+                        "  domain 77 (lonely) is unreachable in VSAN 1\n"
+                        "  domain 77 (lonely) is unreachable in VSAN 20\n"
+                        "at 2s:"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("lonely", text.find("at 2s:")), std::string::npos); // once
+}
+
 TEST(lab, envelopes_and_a_bus_with_a_name_change_nothing) {
     const std::string plain = steady(run_command(std::string("lab ") + small).output);
     EXPECT_EQ(steady(run_command(std::string("lab --envelopes --bus local:named ") + small).output), plain);
@@ -142,7 +157,8 @@ TEST(lab, envelopes_and_a_bus_with_a_name_change_nothing) {
 
 TEST(lab, a_rough_bus_gives_the_same_transcript_every_time_and_a_quiet_ones_tables) {
     const auto rough = [](const std::string &outputs) {
-        return run_command(std::string("lab --trace --faults examples/faults/rough.faults ") + small + outputs);
+        return run_command(std::string("lab --trace --wait 600 --faults examples/faults/rough.faults ") + small +
+                           outputs);
     };
     const outcome run = rough(" 2>/dev/null");
     const outcome errors = rough(" 2>&1 >/dev/null");

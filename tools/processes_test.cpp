@@ -54,13 +54,14 @@ TEST_F(processes, start_in_any_order) {
     background backup(command("client --envelopes --vsan 20", small));
     ASSERT_TRUE(in_time([&] { return !production.so_far().empty() && !backup.so_far().empty(); }));
     server.start();
-    ASSERT_TRUE(in_time([&] { return backup.so_far().find("asking again") != std::string::npos; }));
+    ASSERT_TRUE(in_time([&] { return backup.so_far().find("waiting for a RIB") != std::string::npos; }));
     background rib(command("rib", small));
     const outcome first = production.ended();
     const outcome second = backup.ended();
     EXPECT_EQ(first.exit_code, 0) << first.output;
     EXPECT_EQ(second.exit_code, 0) << second.output;
-    EXPECT_NE(first.output.find("ribkit: waiting for a server at " + server.url() + "\n"), std::string::npos);
+    EXPECT_NE(first.output.find("ribkit: waiting for a server at " + server.url() + ", for 30s at most\n"),
+              std::string::npos);
     EXPECT_NE(first.output.find("11 sent: 4 added, 0 deleted, 7 changed\n"), std::string::npos) << first.output;
     EXPECT_NE(second.output.find("16 sent: 8 added, 4 deleted, 4 changed\n"), std::string::npos) << second.output;
     const outcome again = run_command(command("client", small)); // finds what the others have left
@@ -129,18 +130,19 @@ TEST_F(processes, a_client_without_a_rib_gives_up_or_is_stopped) {
     EXPECT_EQ(tired.exit_code, 1);
     EXPECT_NE(tired.output.find("ribkit: no answer from the RIB: nobody listens\n"), std::string::npos) << tired.output;
     background client(command("client", small));
-    ASSERT_TRUE(in_time([&] { return client.so_far().find("asking again") != std::string::npos; }));
+    ASSERT_TRUE(in_time([&] { return client.so_far().find("waiting for a RIB") != std::string::npos; }));
     const outcome stopped = client.stopped(SIGTERM);
     EXPECT_EQ(stopped.exit_code, 1);
     EXPECT_NE(stopped.output.find("0 sent: 0 added, 0 deleted, 0 changed\n"), std::string::npos) << stopped.output;
     EXPECT_EQ(run_command(command("routes --wait 0") + " 2>&1").output,
-              "No response from RIB!\nribkit: no answer from the RIB: nobody listens\n");
+              "ribkit: no answer from the RIB: nobody listens\n");
 }
 
 TEST_F(processes, routes_are_displayed_once_a_rib_is_there) {
     const testing::temporary_directory home;
     background routes(command("routes --json=" + home.file("routes")));
-    ASSERT_TRUE(in_time([&] { return routes.so_far() == "ribkit: waiting for a RIB\n"; }));
+    ASSERT_TRUE(in_time(
+        [&] { return routes.so_far().starts_with("ribkit: waiting for a RIB at " + server.url() + ", for "); }));
     background rib(command("rib"));
     const outcome run = routes.ended();
     EXPECT_EQ(run.exit_code, 0);

@@ -42,7 +42,9 @@ int run_rib(const rib_command_options &options) {
     load_faults(options.bus);
     const stop_signals signals;
     command_output out(options.output, {options.fabric_file, options.who_file, options.bus.faults_file});
-    refuse_second_rib(options.bus.url, options.bus.patience());
+    patience waiting(options.bus.patience());
+    refuse_second_rib(options.bus.url, waiting);
+    service.patience = waiting.left();
     service.gave_way = [&signals] { signals.end_wait(); };
     std::optional<patient_output> printing(STDOUT_FILENO);
     rib_service rib(options.bus.url, service);

@@ -2,7 +2,8 @@
 // started.
 #pragma once
 
-#include "tools/pauses.h"
+#include "rib_wrap.h"
+#include "tools/patience.h"
 #include "tools/service_handle.h"
 
 #include <chrono>
@@ -36,8 +37,8 @@ struct link_traffic {
 };
 
 struct link_options {
-    bool envelopes = false; ///< requests and answers travel in CMI envelopes
-    std::chrono::milliseconds patience{0};
+    bool envelopes = false;                     ///< requests and answers travel in CMI envelopes
+    std::chrono::milliseconds patience{30'000}; ///< as rib_link::renew_patience
 };
 
 /// Whether a RIB answers anything at all, within a second. Prints nothing. Throws link_closed.
@@ -45,13 +46,17 @@ bool is_answered(const service_handle &handle);
 
 /// Throws std::runtime_error where a RIB listens on this bus already, however busy: over a server two could listen at
 /// one address, and each would be asked. Opens the bus as service_handle does.
-void refuse_second_rib(const std::string &url, std::chrono::milliseconds patience);
+void refuse_second_rib(const std::string &url, patience &waiting);
 
 class rib_link {
   public:
-    /// Opens the bus as service_handle does, and listens for notifications.
+    /// Opens the bus as service_handle does, and listens for notifications. Its patience begins here.
     rib_link(const std::string &url, uint32_t uuid, const link_options &options = {});
 
+    /// All that is waited for from now on, together, may take as long as was allowed: server, RIB, answers, pauses.
+    void renew_patience();
+
+    /// Waits for the answer as long as patience lasts, and the wrappers wait.
     /// @return the answer's payload. Throws no_answer, or link_closed.
     std::vector<uint8_t> ask(uint32_t opcode, std::span<uint8_t> request);
 
@@ -59,14 +64,25 @@ class rib_link {
     /// both are there again. Waits for that so long; 0 does not wait. Throws link_closed.
     bool heard_of_start(std::chrono::milliseconds limit = {});
 
-    /// Whether the RIB answers now. Throws link_closed.
-    [[nodiscard]] bool is_answered() const { return ribkit::is_answered(handle_); }
+    /// Looks for a RIB, and waits for one as `await` does. Throws no_answer, or link_closed.
+    void find();
 
-    /// Pauses until the RIB answers, for as long as patience lasts. @return whether it does. Throws link_closed.
-    bool await(pauses &trying);
+    /// A pause before asking again, during which news are heard. @return false, at once, where no patience is left.
+    /// Throws link_closed.
+    bool pause();
+
+    /// Pauses until the RIB answers, for as long as patience lasts, and says once on standard error that it waits.
+    /// @return whether the RIB answers. Throws link_closed.
+    bool await();
 
     /// Since the last call.
     link_traffic take_traffic() { return std::exchange(traffic_, {}); }
+
+    /// The bus, as it may be printed.
+    [[nodiscard]] const std::string &shown_url() const { return shown_url_; }
+
+    /// What is left of the patience.
+    [[nodiscard]] std::chrono::seconds seconds_left() const { return waiting_.seconds_left(); }
 
     /// From any thread.
     void close() { handle_.close(); }
@@ -76,9 +92,17 @@ class rib_link {
     void take_notes(std::chrono::milliseconds limit);
     void look_around();
 
+    uint32_t ask(rib_wrap_msg &asked, rib_wrap_msg &answer);
+    uint32_t ask_within(std::chrono::milliseconds limit, rib_wrap_msg &asked, rib_wrap_msg &answer);
+    uint32_t open_answer(rib_wrap_msg &answer) const;
+    int failure_now();
+
+    std::string shown_url_;
+    patience waiting_;
     service_handle handle_;
     uint32_t uuid_;
     bool envelopes_;
+    bool told_ = false;          ///< that it waits, since patience was renewed
     bool started_ = false;       ///< heard of it, told nobody yet
     uint32_t reconnections_ = 0; ///< of the handle, before what is known was heard
     link_traffic traffic_;

@@ -7,7 +7,6 @@
 #include "testing/capture.h"
 #include "tools/fault_script.h"
 #include "tools/input_error.h"
-#include "tools/pauses.h"
 #include "tools/rib_service.h"
 
 #include <gtest/gtest.h>
@@ -61,28 +60,11 @@ TEST(service_handle, a_server_is_waited_for_with_patience) {
                                        "fail open 5 EACCES\n");
     ::testing::internal::CaptureStderr();
     EXPECT_NO_THROW(service_handle(bus, 1s));
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "ribkit: waiting for a server at local:rib_link_test\n");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ribkit: waiting for a server at local:rib_link_test, for 1s at most\n");
     EXPECT_THROW(service_handle(bus, no_wait), std::runtime_error); // the fourth
     EXPECT_THROW(service_handle(bus, 1s), std::runtime_error);      // not permitted, which no patience helps
     EXPECT_NO_THROW(service_handle(bus, no_wait));
-}
-
-TEST(pauses, double_until_patience_ends) {
-    pauses trying(400ms);
-    EXPECT_FALSE(trying.first());
-    EXPECT_EQ(trying.next(), 50ms);
-    EXPECT_TRUE(trying.first());
-    EXPECT_EQ(trying.next(), 100ms);
-    EXPECT_FALSE(trying.first());
-    EXPECT_EQ(trying.next(), 200ms);
-    EXPECT_EQ(trying.next(), 50ms);
-    EXPECT_EQ(trying.next(), std::nullopt);
-    EXPECT_EQ(pauses(no_wait).next(), std::nullopt);
-    pauses longest(1h);
-    for (int i = 0; i < 5; i++) {
-        longest.next();
-    }
-    EXPECT_EQ(longest.next(), 1000ms);
 }
 
 TEST(rib_link, hears_that_the_rib_has_started) {
@@ -119,23 +101,76 @@ TEST(rib_link, silence_has_a_reason) {
     EXPECT_EQ(result_text(RIB_PLATFORM_FAILURE | EACCES), "Permission denied");
 }
 
-TEST(rib_link, awaits_a_rib_without_a_word) {
+TEST(rib_link, awaits_a_rib_with_one_word_on_standard_error) {
     const testing::fault_script script("clock virtual\n");
-    rib_link link(bus, RIB_CLIENT_FSPF);
+    rib_link link(bus, RIB_CLIENT_FSPF, {.patience = 1min});
+    ::testing::internal::CaptureStderr();
     const std::string printed = printed_by([&] {
-        pauses trying(1min);
         EXPECT_FALSE(is_answered(service_handle(bus)));
-        EXPECT_FALSE(link.await(trying));
-        EXPECT_EQ(trying.next(), std::nullopt);
+        EXPECT_FALSE(link.await());
+        EXPECT_FALSE(link.pause());
         const rib_service rib(bus);
-        trying = pauses(1min);
+        EXPECT_FALSE(link.await()); // with no patience left
+        link.renew_patience();
         EXPECT_TRUE(is_answered(service_handle(bus)));
-        EXPECT_TRUE(link.await(trying));
-        EXPECT_EQ(trying.next(), 100ms); // after one pause
+        EXPECT_TRUE(link.await());
         EXPECT_TRUE(link.heard_of_start());
         EXPECT_FALSE(link.heard_of_start());
+        link.find();
     });
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ribkit: waiting for a RIB at local:rib_link_test, for 60s at most\n");
     EXPECT_EQ(printed, "");
+    EXPECT_EQ(qip_now(), 60'000'000U); // in vain; then the first pause ends with the news that the RIB has started
+    EXPECT_EQ(qip_refs_held(), 0U);
+}
+
+/// Listens where the RIB does, and answers nothing.
+class silent_rib {
+  public:
+    silent_rib() : handle_(bus) { EXPECT_EQ(qip_listen(handle_.number(), &ribkit_rib_address, 64), 0); }
+
+  private:
+    service_handle handle_;
+};
+
+TEST(rib_link, an_answer_is_waited_for_as_long_as_patience_and_the_wrappers_last) {
+    const testing::fault_script script("clock virtual\n");
+    const silent_rib rib;
+    for (const bool envelopes : {false, true}) {
+        const std::chrono::seconds wrapper = envelopes ? 10s : 20s;
+        const auto start = qip_now();
+        const auto passed = [&] { return std::chrono::microseconds(qip_now() - start); };
+        rib_link link(bus, RIB_CLIENT_FSPF, {.envelopes = envelopes, .patience = wrapper + 2s});
+        EXPECT_EQ(failure_of(link), "no answer from the RIB: Connection timed out");
+        EXPECT_EQ(passed(), wrapper);
+        EXPECT_EQ(failure_of(link), "no answer from the RIB: Connection timed out");
+        EXPECT_EQ(passed(), wrapper + 2s);
+        EXPECT_EQ(failure_of(link), "no answer from the RIB: Connection timed out");
+        EXPECT_FALSE(link.await());
+        EXPECT_THROW(link.find(), no_answer);
+        EXPECT_EQ(passed(), wrapper + 2s); // since all is used up
+    }
+    EXPECT_EQ(qip_refs_held(), 0U);
+}
+
+TEST(rib_link, a_rib_that_is_there_has_a_second_for_an_answer_where_nothing_is_waited_for) {
+    const testing::fault_script script("clock virtual\n");
+    const silent_rib rib;
+    rib_link link(bus, RIB_CLIENT_FSPF, {.patience = no_wait});
+    EXPECT_EQ(failure_of(link), "no answer from the RIB: Connection timed out");
+    EXPECT_EQ(qip_now(), 1'000'000U);
+}
+
+TEST(rib_link, an_answer_within_a_shorter_wait_is_the_same_answer) {
+    const rib_service rib(bus);
+    for (const bool envelopes : {false, true}) {
+        const auto answer_in = [&](std::chrono::milliseconds patience) {
+            return rib_link(bus, RIB_CLIENT_FSPF, {.envelopes = envelopes, .patience = patience}).ask(1, {});
+        };
+        EXPECT_EQ(answer_in(1h).size(), RIBKIT_FCURT_RSP_SIZE);
+        EXPECT_EQ(answer_in(9s), answer_in(1h));
+    }
     EXPECT_EQ(qip_refs_held(), 0U);
 }
 

@@ -76,10 +76,9 @@ class rib_processes : public ::testing::Test {
         for (;;) {
             try {
                 auto link = std::make_unique<rib_link>(url, RIB_CLIENT_FSPF);
-                if (link->is_answered()) {
-                    return link;
-                }
-            } catch (const std::system_error &) { // nobody has made the place yet
+                link->find();
+                return link;
+            } catch (const std::runtime_error &) { // nobody has made the place yet
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }

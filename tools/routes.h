@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <tuple>
 #include <vector>
 
@@ -33,6 +34,9 @@ struct destination {
 };
 
 using route_table = std::map<destination, route>;
+
+/// A table that several share, and nobody changes.
+using shared_routes = std::shared_ptr<const route_table>;
 
 struct route_key {
     uint32_t vsan;

@@ -2,35 +2,58 @@
 
 #include "rib_codes.h"
 #include "tools/command_output.h"
+#include "tools/duration.h"
 #include "tools/input_error.h"
-#include "tools/pauses.h"
 #include "tools/route_display.h"
 #include "tools/route_reader.h"
 #include "tools/run_json.h"
 
 #include <cstdio>
-#include <thread>
+#include <stdexcept>
 
 namespace ribkit {
 
 namespace {
 
-held_routes read_patiently(rib_link &link, const route_reading &wanted, std::chrono::milliseconds patience) {
-    pauses trying(patience);
-    if (patience.count() > 0 && !link.is_answered()) {
-        std::fputs("ribkit: waiting for a RIB\n", stderr);
-        link.await(trying);
-    }
+std::string counted(size_t count) { return joined(count, count == 1 ? " route" : " routes"); }
+
+held_routes read_patiently(rib_link &link, const route_reading &wanted) {
     for (;;) {
         try {
             return read_routes(link, wanted);
         } catch (const no_answer &why) {
-            if (!link.await(trying)) {
+            if (!link.await()) {
                 throw;
             }
             std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
         }
     }
+}
+
+std::runtime_error too_few(const rib_link &link, const route_reading &wanted, size_t held, size_t least) {
+    const std::string where = wanted.vsan ? joined(" of VSAN ", *wanted.vsan) : "";
+    return std::runtime_error(
+        joined("the RIB at ", link.shown_url(), " holds ", counted(held), where, ", not ", least));
+}
+
+// There is no news of routes, so that they are read again and again.
+held_routes read_enough(rib_link &link, const route_reading &wanted, size_t least) {
+    held_routes routes = read_patiently(link, wanted);
+    if (routes.size() < least) {
+        std::fprintf(stderr, "ribkit: waiting for %s of the RIB at %s, for %s at most\n", counted(least).c_str(),
+                     link.shown_url().c_str(), duration_text(link.seconds_left()).c_str());
+    }
+    while (routes.size() < least) {
+        if (!link.pause()) {
+            throw too_few(link, wanted, routes.size(), least);
+        }
+        try {
+            routes = read_patiently(link, wanted);
+        } catch (const no_answer &) {
+            throw too_few(link, wanted, routes.size(), least);
+        }
+    }
+    return routes;
 }
 
 } // namespace
@@ -39,9 +62,10 @@ int run_routes(const routes_command_options &options) {
     load_faults(options.bus);
     command_output out(options.output, {options.bus.faults_file});
     rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
-    const auto routes = read_patiently(link, {RIB_CLIENT_OPERATOR, options.vsan}, options.bus.patience());
+    link.find();
+    const auto routes = read_enough(link, {RIB_CLIENT_OPERATOR, options.vsan}, options.least);
     out.display([&] { table_choice("all").display(routes); });
-    out.print_line(joined('\n', routes.size(), routes.size() == 1 ? " route" : " routes"));
+    out.print_line('\n' + counted(routes.size()));
     if (out.wants_json()) {
         out.print_json(routes_json(routes));
     }

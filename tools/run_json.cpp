@@ -55,7 +55,11 @@ json step_json(const fabric &f, const run_step &step) {
     for (const fabric_event &event : step.events) {
         events.push_back(event_json(f, event));
     }
-    json value{{"at_ms", step.at.count()}, {"events", events}};
+    json unreachable = json::array();
+    for (const auto &[vsan, domains] : step.lost) {
+        unreachable.push_back({{"vsan", vsan}, {"domains", domains}});
+    }
+    json value{{"at_ms", step.at.count()}, {"events", events}, {"unreachable", unreachable}};
     value.update(traffic_json(step.traffic));
     return value;
 }

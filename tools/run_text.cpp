@@ -3,14 +3,17 @@
 
 #include "tools/input_error.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iomanip>
+#include <set>
 
 namespace ribkit {
 
 namespace {
 
 constexpr size_t few_vsans = 4;
+constexpr size_t few_unreachable = 3;
 
 std::string counted(size_t count, const std::string &one, const std::string &many = "") {
     return joined(count, ' ', count == 1 ? one : many.empty() ? one + "s" : many);
@@ -25,6 +28,26 @@ std::string vsans_text(const fabric &f) {
         text += joined(text.empty() ? "VSAN " : ", ", id, name.empty() ? "" : joined(" (", printable(name), ')'));
     }
     return text;
+}
+
+std::string domain_text(const fabric &f, uint32_t domain) {
+    const auto found = std::find_if(f.switches().begin(), f.switches().end(),
+                                    [&](const fabric_switch &one) { return one.domain == domain; });
+    return joined("domain ", domain, " (", found->name, ')');
+}
+
+// In every VSAN the same domains, but where it says "some".
+std::string unreachable_count(const fabric &f, const std::vector<unreachable_domains> &lost) {
+    std::set<uint32_t> domains;
+    size_t pairs = 0;
+    for (const unreachable_domains &in_vsan : lost) {
+        domains.insert(in_vsan.domains.begin(), in_vsan.domains.end());
+        pairs += in_vsan.domains.size();
+    }
+    return joined(domains.size() == 1 ? domain_text(f, *domains.begin()) + " is"
+                                      : joined(domains.size(), " domains are"),
+                  " unreachable in ", pairs == domains.size() * lost.size() ? "" : "some of ",
+                  lost.size() == 1 ? joined("VSAN ", lost[0].vsan) : counted(lost.size(), "VSAN"));
 }
 
 std::string memory_text(const rib_memory &m) {
@@ -59,7 +82,22 @@ std::string traffic_text(const client_traffic &traffic) {
     add(traffic.added, "added");
     add(traffic.deleted, "deleted");
     add(traffic.changed, "changed");
+    add(traffic.refused, "refused");
     return text.empty() ? "no route changed" : joined(text, ", in ", counted(traffic.messages, "message"));
+}
+
+std::string unreachable_text(const fabric &f, const std::vector<unreachable_domains> &lost) {
+    std::string text;
+    size_t lines = 0;
+    for (const auto &[vsan, domains] : lost) {
+        for (const uint32_t domain : domains) {
+            if (++lines > few_unreachable) {
+                return "  " + unreachable_count(f, lost);
+            }
+            text += joined(text.empty() ? "" : "\n", "  ", domain_text(f, domain), " is unreachable in VSAN ", vsan);
+        }
+    }
+    return text;
 }
 
 std::string summary_text(const run_record &run, const rib_state *rib) {

@@ -5,6 +5,7 @@
 #include "tools/rib_state.h"
 
 #include <string>
+#include <vector>
 
 namespace ribkit {
 
@@ -16,6 +17,10 @@ std::string event_text(const fabric &f, const fabric_event &event);
 
 /// "4 routes added, 3 changed, in 2 messages"
 std::string traffic_text(const client_traffic &traffic);
+
+/// Domains that have become unreachable, a line each, or where there are many, how many; "" without any. The last line
+/// has no newline.
+std::string unreachable_text(const fabric &f, const std::vector<unreachable_domains> &lost);
 
 /// The figures of a whole run, in lines; the last one has no newline.
 /// @param rib null where the RIB is elsewhere

@@ -1,8 +1,8 @@
 // Opening: what may be waited for, and what is a mistake of the user's.
 #include "tools/service_handle.h"
 
+#include "tools/duration.h"
 #include "tools/input_error.h"
-#include "tools/pauses.h"
 #include "tools/stop_signals.h"
 
 #include <cerrno>
@@ -38,12 +38,25 @@ std::string why_closed(int reason, const std::string &url) {
                : joined(std::strerror(reason), "; nats-server starts a server, unix:DIRECTORY needs none");
 }
 
+/// The errno of opening, which is waiting, too; 0 where it is open.
+int opened(const std::string &url, uint32_t &number, patience &waiting) {
+    const patience::waiting counted(waiting);
+    return qip_open(url.c_str(), &number) == 0 ? 0 : errno;
+}
+
 } // namespace
 
-service_handle::service_handle(const std::string &url, std::chrono::milliseconds patience) {
-    pauses waiting(patience);
-    while (qip_open(url.c_str(), &number_) != 0) {
-        const int reason = errno;
+service_handle::service_handle(const std::string &url, patience &waiting) { open(url, waiting); }
+
+service_handle::service_handle(const std::string &url, std::chrono::milliseconds allowed) {
+    patience waiting(allowed);
+    open(url, waiting);
+}
+
+void service_handle::open(const std::string &url, patience &waiting) {
+    const auto allowed = waiting.seconds_left();
+    bool told = false;
+    for (int reason = opened(url, number_, waiting); reason != 0; reason = opened(url, number_, waiting)) {
         if (reason == EINVAL || (reason == EPROTONOSUPPORT && !names_server(url))) {
             throw input_error(joined(shown_url(url), ": ", reason == EINVAL ? "malformed URL" : "no such transport",
                                      "; local:[NAME], unix:DIRECTORY, nats://HOST[:PORT][/FABRIC] or tls://..."));
@@ -52,13 +65,15 @@ service_handle::service_handle(const std::string &url, std::chrono::milliseconds
             throw input_error(
                 joined(shown_url(url), ": other processes keep real time: no fault script with \"clock virtual\""));
         }
-        const auto pause = may_come(reason) ? waiting.next() : std::nullopt;
+        const auto pause = may_come(reason) ? waiting.next_pause() : std::nullopt;
         if (!pause) {
             throw std::runtime_error(joined("cannot open ", shown_url(url), ": ", why_closed(reason, url)));
         }
-        if (waiting.first()) {
-            std::fprintf(stderr, "ribkit: waiting for a server at %s%s\n", shown_url(url).c_str(),
+        if (!told) {
+            std::fprintf(stderr, "ribkit: waiting for a server at %s, for %s at most%s\n", shown_url(url).c_str(),
+                         duration_text(allowed).c_str(),
                          reason == EHOSTUNREACH ? ": the name of the host has no address" : "");
+            told = true;
         }
         sleep_stoppably(*pause); // nothing has begun yet that has to be ended in order
     }

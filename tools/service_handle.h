@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ribkit_platform.h"
+#include "tools/patience.h"
 
 #include <atomic>
 #include <chrono>
@@ -18,9 +19,10 @@ bool names_server(const std::string &url);
 
 class service_handle {
   public:
-    /// Opens the bus. Where no server is there, tries again for as long as `patience`, and says so on standard error.
-    /// Throws an input_error where the URL is none of a bus, and std::runtime_error where it cannot be opened.
-    explicit service_handle(const std::string &url, std::chrono::milliseconds patience = {});
+    /// Opens the bus. Where no server is there, tries again for as long as patience lasts, and says so on standard
+    /// error. Throws an input_error where the URL is none of a bus, and std::runtime_error where it cannot be opened.
+    service_handle(const std::string &url, patience &waiting);
+    explicit service_handle(const std::string &url, std::chrono::milliseconds allowed = {});
     service_handle(const service_handle &) = delete;
     service_handle &operator=(const service_handle &) = delete;
     ~service_handle() { close(); }
@@ -31,6 +33,8 @@ class service_handle {
     [[nodiscard]] uint32_t number() const { return number_; }
 
   private:
+    void open(const std::string &url, patience &waiting);
+
     uint32_t number_ = 0;
     std::atomic<bool> open_{true};
 };
