@@ -40,7 +40,8 @@ TEST(policy_file, without_who_nobody_is_bound) {
 TEST(policy_file, mistakes_are_named_with_their_lines) {
     EXPECT_EQ(mistake("[[quota]]\nclient = \"fspg\"\nroutes = 1\n"),
               "p.toml:2: fspg: no client has this name; near: fspf; ribkit text rib_uuid names them all");
-    EXPECT_EQ(mistake("[[quota]]\nclient = 1.5\nroutes = 1\n"), "p.toml:2: client takes a whole number");
+    EXPECT_EQ(mistake("[[quota]]\nclient = 1.5\nroutes = 1\n"),
+              "p.toml:2: client takes a whole number from 0 to 4294967295");
     EXPECT_EQ(mistake("[[quota]]\nclient = 1\n"), "p.toml:1: [[quota]] needs a key \"routes\"");
     EXPECT_EQ(mistake("[[quota]]\nclient = 12\nroutes = 1\n[[quota]]\nclient = \"fspf\"\nroutes = 1\n"),
               "p.toml:5: client 12 has a quota already");

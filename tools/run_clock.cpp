@@ -5,9 +5,7 @@
 namespace ribkit {
 
 std::chrono::steady_clock::time_point run_now() {
-    using clock = std::chrono::steady_clock;
-    uint64_t passed = 0;
-    return qip_virtual_time(&passed) == 0 ? clock::time_point(std::chrono::microseconds(passed)) : clock::now();
+    return std::chrono::steady_clock::time_point(std::chrono::microseconds(qip_now()));
 }
 
 } // namespace ribkit
