@@ -206,7 +206,7 @@ TEST(show, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(complaint("show vsan " + letters.path()), letters.path() + ":1: \"0000000g\" is no hexadecimal number\n");
     const input_file cut("000001f4 0321");
     EXPECT_EQ(complaint("show vsan < " + cut.path()),
-              "standard input: record 1 at byte 0: fib_vsan: flags, state, vsan at offset 4 ends at 8, but the bytes "
+              "standard input: record 1 at byte 0: fib_vsan: word_4 at offset 4 ends at 8, but the bytes "
               "end at 6\n");
     for (const char *arguments : {"--list fcu", "--list fcu x", "--json", "--json fcu x", "\"\"", "--hex --raw fcu x",
                                   "fcu x y", "--hax fcu", "FCU"}) {
