@@ -19,8 +19,8 @@ namespace ribkit {
 
 namespace {
 
-void report(const fcurt_response &response) {
-    std::fprintf(stderr, "ribkit: the RIB's answer for vsan %u is \"%s\": %u routes accepted\n", response.vsan,
+void report(uint32_t vsan, const fcurt_response &response) {
+    std::fprintf(stderr, "ribkit: the RIB's answer for vsan %u is \"%s\": %u routes accepted\n", vsan,
                  result_text(response.result).c_str(), response.accepted);
 }
 
@@ -193,7 +193,7 @@ void fspf_client::send(const fcurt_update &update, bool last_round) {
                 return;
             }
             read(vsan);
-            note_refused(response, part);
+            note_refused(vsan, response, part);
         }
         options_.progress("routes sent", traffic_.sent(), to_send_);
     }
@@ -218,11 +218,12 @@ fcurt_response fspf_client::deliver(uint32_t vsan, std::span<uint8_t> message, s
     }
 }
 
-void fspf_client::note_refused(const fcurt_response &response, std::span<const route_change> changes) {
-    const route_table &held = *accepted_[response.vsan];
+// Of the VSAN that was asked about: a refusal that comes before the update was read names none.
+void fspf_client::note_refused(uint32_t vsan, const fcurt_response &response, std::span<const route_change> changes) {
+    const route_table &held = *accepted_[vsan];
     traffic_.refused += static_cast<size_t>(std::count_if(
         changes.begin(), changes.end(), [&](const route_change &change) { return !has_effect(held, change); }));
-    report(response);
+    report(vsan, response);
 }
 
 fcurt_response fspf_client::exchange(std::span<uint8_t> update) {

@@ -81,7 +81,7 @@ class fspf_client {
     const fcurt_update &update_to(uint32_t vsan, const shared_routes &wanted);
     void send(const fcurt_update &update, bool last_round);
     fcurt_response deliver(uint32_t vsan, std::span<uint8_t> message, std::span<const route_change> changes);
-    void note_refused(const fcurt_response &response, std::span<const route_change> changes);
+    void note_refused(uint32_t vsan, const fcurt_response &response, std::span<const route_change> changes);
     void read(uint32_t vsan);
     void settle(uint32_t vsan, const route_table &after);
     static void trace(std::span<const uint8_t> update);

@@ -179,6 +179,29 @@ TEST(fspf_client, what_somebody_else_has_done_already_is_not_refused) {
     EXPECT_TRUE(held_by(rib).empty());
 }
 
+/// Answers everything without having looked at it, until its handle is closed.
+void refuse_everything(uint32_t handle) {
+    const auto refused = encode(fcurt_response{RIB_OUT_OF_MEMORY, 0, 0, 0, 0});
+    const auto empty = encode_whole({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {}});
+    const qip_recv_opts opts{{QIP_RECV_INCOMING}};
+    for (qip_ref asked{}; qip_recv(handle, &asked, &opts) == 0; qip_drop(handle, &asked)) {
+        const bool query = qip_opcode_get(&asked) == RIBKIT_OPCODE_FCURT_QUERY;
+        const void *answer = query ? static_cast<const void *>(empty.data()) : refused.data();
+        rib_wrap_qip_rsp(handle, &asked, answer, static_cast<uint32_t>(query ? empty.size() : refused.size()));
+    }
+}
+
+TEST(fspf_client, a_refusal_that_names_no_vsan_is_of_the_one_that_was_sent) {
+    const fabric f = generated();
+    service_handle rib(bus);
+    ASSERT_EQ(qip_listen(rib.number(), &ribkit_rib_address, 64), 0);
+    std::thread serving(refuse_everything, rib.number());
+    fspf_client client(bus, {.link = patient});
+    silently([&] { EXPECT_EQ(client.converge(f).refused, 3U * 11U); });
+    rib.close();
+    serving.join();
+}
+
 TEST(fspf_client, envelopes_leave_the_same_tables) {
     fabric f = generated();
     rib_service rib(bus);
