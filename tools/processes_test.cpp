@@ -238,6 +238,9 @@ TEST(roles, are_all_that_the_processes_need) {
     const outcome client = run_command("client" + as_client + small + " 2>&1");
     EXPECT_EQ(client.exit_code, 0) << client.output;
     EXPECT_NE(run_command("routes" + as_client).output.find("\n\n8 routes\n"), std::string::npos);
+    const outcome another = run_command("rib --bus " + server.url("rib:r1b") + " 2>&1");
+    EXPECT_EQ(another.exit_code, 1);
+    EXPECT_EQ(another.output.find("ribkit: another RIB answers at "), 0U) << another.output;
     EXPECT_EQ(rib.stopped(SIGINT).exit_code, 0);
     const outcome impostor = run_command("rib" + as_client + "2>&1");
     EXPECT_EQ(impostor.exit_code, 1);
