@@ -13,9 +13,9 @@ int run_client(const client_command_options &options) {
     load_faults(options.bus);
     command_output out(options.output, options.inputs());
     progress_line progress;
-    stop_signals signals;
+    const stop_signals signals;
     fspf_client client(options.bus.url, options.client(progress));
-    signals.call([&client] { client.close(); });
+    const stop_call stopping(signals, [&client] { client.close(); });
     client.start_over(f);
     fabric_run run(f, client, progress, options.real_time, out);
     run.announce_routes();

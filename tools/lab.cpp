@@ -26,7 +26,7 @@ int run_lab(const lab_options &options) {
         return 0;
     }
     progress_line progress;
-    stop_signals signals;
+    const stop_signals signals;
     patience waiting(options.bus.patience());
     refuse_second_rib(options.bus.url, waiting);
     rib_service rib(options.bus.url, {f.spaces(),
@@ -37,7 +37,7 @@ int run_lab(const lab_options &options) {
                                       {},
                                       !options.bus.faults_file.empty()});
     fspf_client client(options.bus.url, options.client(progress));
-    signals.call([&client] { client.close(); });
+    const stop_call stopping(signals, [&client] { client.close(); });
     fabric_run run(f, client, progress, options.real_time, out);
     out.print_line(head_text(f) + '\n');
     const bool played = unless_stopped([&] { run.play(); });

@@ -198,7 +198,7 @@ bool rib_link::await() {
         if (failure_now() == 0) {
             return true;
         }
-        if (!told_) {
+        if (!told_ && waiting_.seconds_left().count() > 0) {
             std::fprintf(stderr, "ribkit: waiting for a RIB at %s, for %s at most\n", shown_url_.c_str(),
                          duration_text(waiting_.seconds_left()).c_str());
             told_ = true;

@@ -73,17 +73,22 @@ struct stop_signals::events {
     }
 
     /// @return whether it came; false where nobody wants to know any more
-    bool wait() {
+    bool wait(const bool &over) {
         std::unique_lock locked(lock);
-        changed.wait(locked, [this] { return came || ended; });
-        return came;
+        changed.wait(locked, [&] { return came || over; });
+        return !over;
+    }
+
+    void give_up(bool &over) {
+        const std::scoped_lock locked(lock);
+        over = true;
+        changed.notify_all();
     }
 
     /// @return whether a signal had come
     bool end() {
         const std::scoped_lock locked(lock);
         ended = true;
-        changed.notify_all();
         return heard;
     }
 };
@@ -111,9 +116,6 @@ stop_signals::stop_signals() : events_(std::make_shared<events>()) {
 
 stop_signals::~stop_signals() {
     const bool heard = events_->end();
-    if (calling_.joinable()) {
-        calling_.join();
-    }
     if (heard) {
         watching_.detach();
     } else {
@@ -123,16 +125,20 @@ stop_signals::~stop_signals() {
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-void stop_signals::call(std::function<void()> stop) {
-    calling_ = std::thread([all = events_, stop = std::move(stop)] {
-        if (all->wait()) {
-            stop();
-        }
-    });
-}
-
-void stop_signals::wait() const { events_->wait(); }
+void stop_signals::wait() const { events_->wait(false); }
 
 void stop_signals::end_wait() const { events_->announce(false); }
+
+stop_call::stop_call(const stop_signals &signals, std::function<void()> stop)
+    : events_(signals.events_), calling_([this, stop = std::move(stop)] {
+          if (events_->wait(over_)) {
+              stop();
+          }
+      }) {}
+
+stop_call::~stop_call() {
+    events_->give_up(over_);
+    calling_.join();
+}
 
 } // namespace ribkit

@@ -20,19 +20,31 @@ class stop_signals {
     stop_signals &operator=(const stop_signals &) = delete;
     ~stop_signals();
 
-    /// Calls `stop` on another thread when a signal comes; once.
-    void call(std::function<void()> stop);
-
     /// Waits for a signal, or for end_wait.
     void wait() const;
     void end_wait() const;
 
   private:
+    friend class stop_call;
     struct events;
 
     sigset_t before_{};
     std::shared_ptr<events> events_;
     std::thread watching_; ///< goes on after this object once a signal has come
+};
+
+/// A call that a signal causes, on a thread of its own; once. None goes on after this object, so it is made behind what
+/// it calls.
+class stop_call {
+  public:
+    stop_call(const stop_signals &signals, std::function<void()> stop);
+    stop_call(const stop_call &) = delete;
+    stop_call &operator=(const stop_call &) = delete;
+    ~stop_call();
+
+  private:
+    std::shared_ptr<stop_signals::events> events_;
+    bool over_ = false; ///< guarded by the events' lock
     std::thread calling_;
 };
 

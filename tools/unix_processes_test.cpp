@@ -84,6 +84,46 @@ TEST_F(unix_processes, routes_are_displayed_once_a_rib_is_there) {
     EXPECT_NE(run.output.find("0 routes"), std::string::npos) << run.output;
 }
 
+TEST_F(unix_processes, routes_are_displayed_once_there_are_as_many) {
+    background rib(command("rib"));
+    background routes(command("routes --wait-for 8"));
+    const outcome client = run_command(command("client", small));
+    EXPECT_EQ(client.exit_code, 0);
+    EXPECT_NE(client.output.find("\n  the RIB has all 8 routes\n"), std::string::npos) << client.output;
+    const outcome run = routes.ended();
+    EXPECT_EQ(run.exit_code, 0) << run.output;
+    EXPECT_NE(run.output.find("\n8 routes\n"), std::string::npos) << run.output;
+    const outcome more = run_command(command("routes --wait-for 9 --wait 1") + " 2>&1");
+    EXPECT_EQ(more.exit_code, 1);
+    EXPECT_EQ(more.output, "ribkit: waiting for 9 routes of the RIB at " + url + ", for 1s at most\n" +
+                               "ribkit: the RIB at " + url + " holds 8 routes, not 9\n");
+}
+
+TEST_F(unix_processes, a_client_whose_routes_are_refused_fails) {
+    const testing::input_file quota("[[quota]]\nclient = \"fspf\"\nroutes = 3\n");
+    background rib(command("rib --who " + quota.path()));
+    const outcome client = run_command(command("client", small) + " 2>&1");
+    EXPECT_EQ(client.exit_code, 1);
+    EXPECT_NE(client.output.find("the RIB has refused 5 of 8 routes\n"), std::string::npos) << client.output;
+    EXPECT_NE(rib.stopped(SIGINT).output.find("the RIB refuses opcode 0x101 from "), std::string::npos);
+}
+
+// Its next event is an hour ahead.
+TEST_F(unix_processes, a_stopped_lab_tells_what_there_is) {
+    std::string later = testing::content(RIBKIT_SOURCE_DIR "/" + std::string(small));
+    for (const char *at : {"\"2s\"", "\"3s\"", "\"5.5s\""}) {
+        later.replace(later.find(at), std::string(at).size(), "\"60m\"");
+    }
+    const testing::input_file fabric(later);
+    background lab("lab --tables all --real-time " + fabric.path());
+    ASSERT_TRUE(in_time([&] { return lab.so_far().find("8 routes added") != std::string::npos; }));
+    const outcome run = lab.stopped(SIGINT);
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_NE(run.output.find("ribkit: stopped\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("; the RIB holds 8\n"), std::string::npos) << run.output;
+    EXPECT_NE(tables(run.output), "");
+}
+
 TEST_F(unix_processes, a_second_rib_is_refused_even_where_the_first_is_busy) {
     background rib(command("rib"));
     ASSERT_TRUE(in_time([&] { return !rib.so_far().empty(); }));
