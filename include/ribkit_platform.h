@@ -69,6 +69,13 @@ extern "C" {
 int qip_open(const char *url, uint32_t *handle);
 
 /**
+ * As qip_open, for whoever has less time.
+ * @param milliseconds how long a server may take to answer, when the handle is opened and whenever it is asked later:
+ * at an address's first message, and when an address is listened at. At least 1; more than five seconds are five
+ */
+int qip_open_within(const char *url, uint32_t milliseconds, uint32_t *handle);
+
+/**
  * Closes a handle: what waits for it unread is dropped, every wait on it ends with ECANCELED. References that it handed
  * out stay valid until they are dropped. @return 0; else non-zero with errno (EBADF: unknown handle)
  */

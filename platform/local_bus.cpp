@@ -195,7 +195,7 @@ std::shared_ptr<bus> bus_named(std::string_view name) {
 
 } // namespace
 
-int open_local(std::string_view url, endpoint_ptr &opened) {
+int open_local(std::string_view url, std::chrono::milliseconds /*server_limit*/, endpoint_ptr &opened) {
     opened = std::make_shared<local_endpoint>(bus_named(url.substr(url.find(':') + 1)));
     return 0;
 }

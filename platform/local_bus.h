@@ -8,6 +8,6 @@
 namespace ribkit::platform {
 
 /// Joins the bus of the URL "local:NAME"; it lives as long as an endpoint is on it.
-int open_local(std::string_view url, endpoint_ptr &opened);
+int open_local(std::string_view url, std::chrono::milliseconds server_limit, endpoint_ptr &opened);
 
 } // namespace ribkit::platform

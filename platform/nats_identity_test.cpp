@@ -50,8 +50,8 @@ TEST_F(nats_roles, listen_where_they_belong) {
 }
 
 TEST_F(nats_roles, send_where_they_belong) {
-    const std::pair<uint32_t, qip_addr> others[] = {{rib_handle, rib},  {client, local}, {client, modules},
-                                                    {client, a_module}, {module, rib},   {module, modules}};
+    const std::pair<uint32_t, qip_addr> others[] = {
+        {client, local}, {client, modules}, {client, a_module}, {module, rib}, {module, modules}};
     for (const auto &[handle, address] : others) {
         EXPECT_EQ(send_text(handle, "?", nullptr, address), EACCES) << std::hex << address.node;
         EXPECT_EQ(answer_to(handle, "?", address), not_sent(EACCES)) << std::hex << address.node;

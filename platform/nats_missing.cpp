@@ -6,7 +6,7 @@
 
 namespace ribkit::platform {
 
-int open_nats(std::string_view /*url*/, endpoint_ptr & /*opened*/) {
+int open_nats(std::string_view /*url*/, std::chrono::milliseconds /*server_limit*/, endpoint_ptr & /*opened*/) {
     std::fputs("nats: built without the NATS client library (Debian package libnats-dev)\n", stderr);
     return EPROTONOSUPPORT;
 }

@@ -192,7 +192,7 @@ int set_nats_options(natsOptions *options, const nats_place &place) {
         natsOptions_SetURL(options, place.server.c_str()),
         natsOptions_SetName(options, "ribkit"),
         natsOptions_SetSendAsap(options, true),
-        natsOptions_SetTimeout(options, server_limit),
+        natsOptions_SetTimeout(options, place.server_limit.count()),
         natsOptions_SetMaxReconnect(options, -1),
         natsOptions_SetCustomReconnectDelay(options, pause_before, nullptr),
         set_identity(options),

@@ -1,19 +1,21 @@
 // How to reach a server: what the URL and the environment say, put into the client library's options.
 #pragma once
 
+#include <chrono>
 #include <nats/nats.h>
 #include <string>
 #include <string_view>
 
 namespace ribkit::platform {
 
-inline constexpr int64_t server_limit = 5000; // milliseconds that a server may take to answer
+inline constexpr std::chrono::milliseconds longest_server_limit{5000};
 
 struct nats_place {
     std::string server; ///< the URL for the client library; may hold a password, so it is never printed
     std::string prefix; ///< of every subject: the fabric's name, "rib" without one
     std::string name;   ///< that we send under: of the URL, the user's, or made up
     std::string queue;  ///< of the ordinary addresses; empty where every listener is given every message
+    std::chrono::milliseconds server_limit = longest_server_limit; ///< that the server may take to answer, each time
 };
 
 /// Takes "nats://[USER:PASSWORD@|TOKEN@]HOST[:PORT][/FABRIC][?name=NAME][&queue=NAME]" apart, and finds a name; false

@@ -161,8 +161,10 @@ TEST_F(nats_senders, may_be_forgotten_but_not_while_something_is_theirs) {
     ASSERT_EQ(qip_recv(rib_handle, &kept, nullptr), 0);
     stranger other{server.url()};
     for (int number = 0; number < 3000; ++number) {
-        other.say(("rib.fe000001.25.n" + std::to_string(number)).c_str(), "8 bytes.");
-        EXPECT_EQ(taken_from(rib_handle), "n" + std::to_string(number) + ": ");
+        std::string name{"n"};
+        name.append(std::to_string(number));
+        other.say(("rib.fe000001.25." + name).c_str(), "8 bytes.");
+        EXPECT_EQ(taken_from(rib_handle), name + ": ");
     }
     ASSERT_EQ(send_text(handles[2], "again"), 0);
     uint32_t again = 0;

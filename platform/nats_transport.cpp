@@ -8,6 +8,7 @@
 #include "platform/clock.h"
 #include "platform/nats_endpoint.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <iterator>
@@ -130,7 +131,7 @@ std::string nats_endpoint::last_refused(const char *act) {
 // Waits until the server has seen all that was sent, and asks whether it refused this, with `settling_` held: only its
 // last refusal is known.
 int nats_endpoint::settle(const std::string &subject, const char *act) {
-    const natsStatus status = natsConnection_FlushTimeout(connection_.get(), server_limit);
+    const natsStatus status = natsConnection_FlushTimeout(connection_.get(), place_.server_limit.count());
     return status == NATS_OK && last_refused(act) == subject ? EACCES : errno_of(status);
 }
 
@@ -290,11 +291,12 @@ void nats_endpoint::shut() {
     }
 }
 
-int open_nats(std::string_view url, endpoint_ptr &opened) {
+int open_nats(std::string_view url, std::chrono::milliseconds server_limit, endpoint_ptr &opened) {
     nats_place place;
     if (!parse_nats_url(url, place)) {
         return EINVAL;
     }
+    place.server_limit = std::clamp(server_limit, std::chrono::milliseconds{1}, longest_server_limit);
     auto end = std::make_shared<nats_endpoint>(std::move(place));
     const int error = end->connect();
     if (error == 0) {

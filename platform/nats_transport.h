@@ -7,6 +7,6 @@
 namespace ribkit::platform {
 
 /// Connects; without the client library it says what is missing, and fails with EPROTONOSUPPORT.
-int open_nats(std::string_view url, endpoint_ptr &opened);
+int open_nats(std::string_view url, std::chrono::milliseconds server_limit, endpoint_ptr &opened);
 
 } // namespace ribkit::platform

@@ -159,6 +159,14 @@ TEST(nats_servers, that_are_something_else) {
     EXPECT_EQ(error_of_opening(something_else{""}.url()), ECONNREFUSED);
 }
 
+TEST(nats_servers, that_do_not_answer_are_waited_for_as_long_as_said) {
+    const nats_server server;
+    server.suspend();
+    uint32_t handle = 0;
+    EXPECT_EQ(error_of(qip_open_within(server.url().c_str(), 1, &handle)), ETIMEDOUT);
+    EXPECT_EQ(handle, 0U);
+}
+
 TEST(nats_servers, that_are_not_there) {
     nats_server server;
     server.stop();

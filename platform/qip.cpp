@@ -130,10 +130,12 @@ const message *received(const qip_ref *ref) {
 
 } // namespace
 
-int qip_open(const char *url, uint32_t *handle) {
+int qip_open(const char *url, uint32_t *handle) { return qip_open_within(url, UINT32_MAX, handle); }
+
+int qip_open_within(const char *url, uint32_t milliseconds, uint32_t *handle) {
     return called(service_call::open, [&] {
         endpoint_ptr opened;
-        const int error = open_endpoint(url, opened);
+        const int error = open_endpoint(url, std::chrono::milliseconds{milliseconds}, opened);
         if (error == 0) {
             *handle = add_handle(std::move(opened));
         }

@@ -46,8 +46,9 @@ class endpoint {
 
 using endpoint_ptr = std::shared_ptr<endpoint>;
 
-/// Opens an endpoint by URL: the one table of transports; 0 or an errno.
-int open_endpoint(std::string_view url, endpoint_ptr &opened);
+/// Opens an endpoint by URL: the one table of transports; 0 or an errno. A server may take so long to answer, each
+/// time.
+int open_endpoint(std::string_view url, std::chrono::milliseconds server_limit, endpoint_ptr &opened);
 
 /// A group's address: any number of endpoints may listen there.
 constexpr bool is_group(const qip_addr &address) { return address.sap == 0; }

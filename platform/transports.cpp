@@ -13,7 +13,7 @@ namespace {
 
 struct transport {
     std::string_view scheme;
-    int (*open)(std::string_view url, endpoint_ptr &opened);
+    int (*open)(std::string_view url, std::chrono::milliseconds server_limit, endpoint_ptr &opened);
 };
 
 constexpr std::array transports{
@@ -25,14 +25,14 @@ constexpr std::array transports{
 
 } // namespace
 
-int open_endpoint(std::string_view url, endpoint_ptr &opened) {
+int open_endpoint(std::string_view url, std::chrono::milliseconds server_limit, endpoint_ptr &opened) {
     const size_t colon = url.find(':');
     if (colon == std::string_view::npos || colon == 0) {
         return EINVAL;
     }
     for (const transport &one : transports) {
         if (url.substr(0, colon) == one.scheme) {
-            return one.open(url, opened);
+            return one.open(url, server_limit, opened);
         }
     }
     return EPROTONOSUPPORT;

@@ -344,7 +344,7 @@ void unix_endpoint::send_the_rest() {
     owing_.clear();
 }
 
-int open_unix(std::string_view url, endpoint_ptr &opened) {
+int open_unix(std::string_view url, std::chrono::milliseconds /*server_limit*/, endpoint_ptr &opened) {
     unix_place place;
     if (const int error = place.parse(url); error != 0) {
         return error;

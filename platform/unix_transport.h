@@ -5,6 +5,6 @@
 
 namespace ribkit::platform {
 
-int open_unix(std::string_view url, endpoint_ptr &opened);
+int open_unix(std::string_view url, std::chrono::milliseconds server_limit, endpoint_ptr &opened);
 
 } // namespace ribkit::platform

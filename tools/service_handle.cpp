@@ -5,6 +5,7 @@
 #include "tools/input_error.h"
 #include "tools/stop_signals.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -41,7 +42,8 @@ std::string why_closed(int reason, const std::string &url) {
 /// The errno of opening, which is waiting, too; 0 where it is open.
 int opened(const std::string &url, uint32_t &number, patience &waiting) {
     const patience::waiting counted(waiting);
-    return qip_open(url.c_str(), &number) == 0 ? 0 : errno;
+    const auto limit = static_cast<uint32_t>(std::max(waiting.for_answer().count(), patience::milliseconds::rep{1}));
+    return qip_open_within(url.c_str(), limit, &number) == 0 ? 0 : errno;
 }
 
 } // namespace
