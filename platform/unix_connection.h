@@ -22,7 +22,7 @@ struct unix_listener;
 /// What has arrived over a connection and waits for a reader. Messages end on any thread.
 struct arrived_messages {
     std::atomic<uint32_t> unread{0};
-    std::atomic<uint64_t> bytes{0};
+    std::atomic<size_t> bytes{0};
     std::atomic<uint32_t> room_owed{0}; ///< read, and not yet said to the sender
 };
 

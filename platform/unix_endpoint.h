@@ -38,7 +38,7 @@ class unix_waker {
     void sleep() const;
     [[nodiscard]] int number() const { return event_.get(); }
 
-    std::atomic<uint64_t> unread_bytes{0};
+    std::atomic<size_t> unread_bytes{0};
 
   private:
     descriptor event_;

@@ -215,12 +215,16 @@ int unix_place::members(const qip_addr &group, std::vector<std::string> &names) 
         return errno == ENOENT ? 0 : errno;
     }
     const std::string group_name = name_of(group);
-    while (const dirent *entry = readdir(directory.get())) {
+    for (;;) {
+        errno = 0;
+        const dirent *entry = readdir(directory.get());
+        if (entry == nullptr) {
+            return errno; // 0 at the end
+        }
         if (is_member_of(entry->d_name, group_name)) {
             names.emplace_back(entry->d_name);
         }
     }
-    return 0;
 }
 
 void unix_place::remove_if_dead(const std::string &name) const {
