@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <system_error>
 
 namespace ribkit {
 namespace {
@@ -53,7 +54,10 @@ int run_command(int argc, char **argv) {
         std::fprintf(stderr, "%s\n", error.what());
         return wrong_input;
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "ribkit: %s\n", one_line(error.what()).c_str());
+        const auto *system = dynamic_cast<const std::system_error *>(&error);
+        const bool no_thread = system != nullptr && system->code() == std::errc::resource_unavailable_try_again;
+        std::fprintf(stderr, "ribkit: %s%s\n", no_thread ? "a thread cannot be started: " : "",
+                     one_line(error.what()).c_str());
         return failed;
     }
 }
