@@ -73,9 +73,11 @@ bool fabric_routes::is_touched(const topology &t, const fabric &f, size_t link) 
     if (!std::binary_search(t.links.begin(), t.links.end(), link)) {
         return false;
     }
-    const auto &[a, b] = f.links()[link].ends;
+    const auto &ends = f.links()[link].ends;
+    const uint32_t near = t.costs[ends[0].owner];
+    const uint32_t far = t.costs[ends[1].owner];
     const auto is_part = [&](const link_state &state) {
-        return state.up && is_on_shortest_path(t.costs[a.owner], t.costs[b.owner], state.cost);
+        return state.up && is_on_shortest_path(near, far, state.cost);
     };
     return is_part(links_[link]) || is_part({f.links()[link].up, f.links()[link].cost});
 }
