@@ -17,6 +17,7 @@ refused() {
 }
 refused "there is no command 'nosuch'; *" nosuch
 refused "there is no preset 'nosuch' to test: release asan *" test release nosuch
+refused "test all is everything, so 'release' is too much" test all release
 refused "test fresh takes 'all' or nothing, not 'release'" test fresh release
 refused "fresh takes * too much" test fresh all all
 refused "there is no benchmark 'nosuch': codec diag mem platform" bench codec nosuch

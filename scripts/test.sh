@@ -6,10 +6,15 @@ short_fuzzing=10
 # Adds up what ctest says of every preset, and ends with one line for all; in front of it the names of what failed, whose
 # output is shown whole. Fuzzing, for a moment only, comes last.
 run_tests() {
-    local presets=("$@") preset passed=0 failures=()
+    local presets=("$@") preset passed=0 failures=() thorough=
     if [[ ${1-} == fresh ]]; then
         test_fresh "${@:2}"
         return
+    fi
+    if [[ ${1-} == all ]]; then
+        (($# == 1)) || refuse "test all is everything, so '$2' is too much"
+        thorough=yes presets=()
+        shift
     fi
     for preset; do
         [[ " ${test_presets[*]} debug " == *" $preset "* ]] ||
@@ -29,7 +34,7 @@ test_preset() {
     local preset=$1 log=build/$1/tests.log all bad names
     build "$preset" -DRIBKIT_TESTS=ON --
     echo "run: testing $preset, log $log" >&2
-    attend "testing $preset" "$log" ctest --preset "$preset" ||
+    attend "testing $preset" "$log" tests_of "$preset" ||
         grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed ' "$log" >&2
     read -r bad all < <(sed -nE 's/.*tests passed, ([0-9]+) tests? failed out of ([0-9]+).*/\1 \2/p' "$log") || true
     [[ ${all-} ]] || { echo "run: $preset ran no test" >&2; exit 1; }
@@ -37,6 +42,15 @@ test_preset() {
     mapfile -t names < <(failed_in "$log")
     failures+=("${names[@]/#/$preset }")
     passed=$((passed + all - bad))
+}
+
+# What takes hours is done with one compiler.
+tests_of() {
+    if [[ $thorough && $1 == release ]]; then
+        RIBKIT_ALL=1 ctest --preset "$1" --timeout 7200
+    else
+        ctest --preset "$1"
+    fi
 }
 
 # failed_in LOG: the names at the end of what ctest says, and how each failed.
