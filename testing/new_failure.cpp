@@ -10,6 +10,12 @@ void *operator new(size_t size) {
     return block;
 }
 
+void *operator new(size_t size, const std::nothrow_t & /*unused*/) noexcept {
+    return std::malloc(size == 0 ? 1 : size);
+}
+
 void operator delete(void *block) noexcept { std::free(block); }
 
 void operator delete(void *block, size_t /*size*/) noexcept { std::free(block); }
+
+void operator delete(void *block, const std::nothrow_t & /*unused*/) noexcept { std::free(block); }
