@@ -4,13 +4,14 @@
 //   RIBKIT_FAIL_ONWARDS=1    and every one after it
 //   RIBKIT_FAIL_REPORT=FILE  says at the end how many allocations there were, and from where each failing one was asked
 //                            for, as far as the first few
-// What the system does before main, and two places in other people's libraries that end the process when memory fails,
-// are spared.
+// What the system does before main, three places in other people's libraries that end the process when memory fails,
+// and OpenSSL, which does not survive it while it prepares itself, are spared.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <link.h>
 #include <stdatomic.h>
 #include <stdbool.h>
 #include <stddef.h>
@@ -36,9 +37,9 @@ static bool onwards;
 static int report = -1;
 static __thread bool looking; // the search for the place allocates itself
 
-// libnats gives up a connection whose lock it has not made yet; glibc ends the process where it cannot note that a
-// thread has something to destroy.
-static const char *const spared[] = {"natsConn_create", "__cxa_thread_atexit_impl"};
+// libnats gives up a connection whose lock it has not made yet, and a JSON object whose fields have no room yet; glibc
+// ends the process where it cannot note that a thread has something to destroy.
+static const char *const spared[] = {"natsConn_create", "nats_JSONParse", "__cxa_thread_atexit_impl"};
 
 static bool is_spared(void *const *frames, int count) {
     for (int i = 0; i < count; i++) {
@@ -80,11 +81,33 @@ static bool fails(void) {
     return true;
 }
 
-void *malloc(size_t size) { return fails() ? NULL : __libc_malloc(size); }
+// Where OpenSSL's code lies; it asks for all of its memory from there.
+static uintptr_t openssl_start;
+static uintptr_t openssl_end;
+
+static int note_openssl(struct dl_phdr_info *library, size_t size, void *unused) {
+    (void)size;
+    (void)unused;
+    for (int i = 0; strstr(library->dlpi_name, "libcrypto.so") != NULL && i < library->dlpi_phnum; i++) {
+        if ((library->dlpi_phdr[i].p_flags & PF_X) != 0) {
+            openssl_start = library->dlpi_addr + library->dlpi_phdr[i].p_vaddr;
+            openssl_end = openssl_start + library->dlpi_phdr[i].p_memsz;
+        }
+    }
+    return 0;
+}
+
+static bool is_openssl(const void *caller) {
+    return (uintptr_t)caller >= openssl_start && (uintptr_t)caller < openssl_end;
+}
+
+void *malloc(size_t size) { return !is_openssl(__builtin_return_address(0)) && fails() ? NULL : __libc_malloc(size); }
 
 void *calloc(size_t count, size_t size) { return fails() ? NULL : __libc_calloc(count, size); }
 
-void *realloc(void *block, size_t size) { return fails() ? NULL : __libc_realloc(block, size); }
+void *realloc(void *block, size_t size) {
+    return !is_openssl(__builtin_return_address(0)) && fails() ? NULL : __libc_realloc(block, size);
+}
 
 void *reallocarray(void *block, size_t count, size_t size) {
     size_t bytes = 0;
@@ -118,6 +141,7 @@ static int (*program)(int, char **, char **);
 static int armed_program(int argc, char **argv, char **environment) {
     void *frame = NULL;
     backtrace(&frame, 1); // loads what it needs
+    dl_iterate_phdr(note_openssl, NULL);
     const char *file = getenv("RIBKIT_FAIL_REPORT");
     report = file == NULL ? -1 : open(file, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
     fail_at = number_in("RIBKIT_FAIL_AT");

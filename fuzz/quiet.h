@@ -1,4 +1,4 @@
-// Standard output goes nowhere while one of these lives.
+// An output goes nowhere while one of these lives.
 #pragma once
 
 #include <cstdio>
@@ -9,21 +9,22 @@ namespace ribkit::fuzz {
 
 class quiet {
   public:
-    quiet() : saved_(dup(STDOUT_FILENO)) {
-        std::fflush(stdout);
+    explicit quiet(std::FILE *output = stdout) : output_(output), saved_(fcntl(fileno(output), F_DUPFD_CLOEXEC, 3)) {
+        std::fflush(output);
         const int nowhere = ::open("/dev/null", O_WRONLY);
-        dup2(nowhere, STDOUT_FILENO);
+        dup2(nowhere, fileno(output));
         close(nowhere);
     }
     quiet(const quiet &) = delete;
     quiet &operator=(const quiet &) = delete;
     ~quiet() {
-        std::fflush(stdout);
-        dup2(saved_, STDOUT_FILENO);
+        std::fflush(output_);
+        dup2(saved_, fileno(output_));
         close(saved_);
     }
 
   private:
+    std::FILE *output_;
     int saved_;
 };
 

@@ -3,7 +3,9 @@
 #include "platform/unix_place.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -92,10 +94,13 @@ uint32_t read_bound(int directory, const std::string &name) {
     return 1;
 }
 
+// Without memory of the heap: also an object that ends does this.
 void remove(int directory, const std::string &name) {
-    unlinkat(directory, name.c_str(), 0);
-    unlinkat(directory, (name + new_ending).c_str(), 0);
-    unlinkat(directory, (name + lock_ending).c_str(), 0);
+    for (const char *ending : {"", new_ending, lock_ending}) {
+        std::array<char, NAME_MAX + 1> file{};
+        std::snprintf(file.data(), file.size(), "%s%s", name.c_str(), ending);
+        unlinkat(directory, file.data(), 0);
+    }
 }
 
 // Nobody but us can think that this name is its own.

@@ -42,6 +42,13 @@ int end_out_of_memory() {
     std::abort();
 }
 
+/// The library says the system's reason only.
+bool no_thread(const std::exception &error) {
+    const auto *failure = dynamic_cast<const std::system_error *>(&error);
+    return failure != nullptr && failure->code() == std::errc::resource_unavailable_try_again &&
+           failure->code().message() == failure->what();
+}
+
 /// @throws std::bad_alloc also where there is no memory to say what is wrong
 int run_command(int argc, char **argv) {
     try {
@@ -54,9 +61,7 @@ int run_command(int argc, char **argv) {
         std::fprintf(stderr, "%s\n", error.what());
         return wrong_input;
     } catch (const std::exception &error) {
-        const auto *system = dynamic_cast<const std::system_error *>(&error);
-        const bool no_thread = system != nullptr && system->code() == std::errc::resource_unavailable_try_again;
-        std::fprintf(stderr, "ribkit: %s%s\n", no_thread ? "a thread cannot be started: " : "",
+        std::fprintf(stderr, "ribkit: %s%s\n", no_thread(error) ? "a thread cannot be started: " : "",
                      one_line(error.what()).c_str());
         return failed;
     }

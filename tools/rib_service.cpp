@@ -34,6 +34,10 @@ std::array<uint8_t, RIBKIT_FCURT_RSP_SIZE> refusal(uint32_t result) {
     return encode(fcurt_response{result, 0, 0, 0, 0});
 }
 
+constexpr bool lacks_memory(uint32_t result) {
+    return result == RIB_OUT_OF_MEMORY || result == (RIB_PLATFORM_FAILURE | ENOMEM);
+}
+
 std::string sender_of(const qip_ref &ref) {
     const std::string name = qip_sender_name(&ref);
     return name.empty() ? joined("sender ", qip_sender_get(&ref)) : name;
@@ -152,9 +156,18 @@ void rib_service::take(const qip_ref &ref) {
     answer(ref, in_envelope, refusal(failure));
 }
 
-void rib_service::answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload) const {
+// A failure of memory may be over at once; the client would wait in vain.
+void rib_service::answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload) {
+    constexpr int most_tries = 4;
     const auto wrapper = in_envelope ? rib_wrap_cmi_rsp : rib_wrap_qip_rsp;
-    wrapper(handle_.number(), &ref, payload.data(), static_cast<uint32_t>(payload.size()));
+    const auto size = static_cast<uint32_t>(payload.size());
+    int tries = 1;
+    while (lacks_memory(wrapper(handle_.number(), &ref, payload.data(), size)) && tries < most_tries) {
+        tries++;
+    }
+    if (tries == most_tries) {
+        complaints_.add("the RIB cannot answer", std::strerror(ENOMEM));
+    }
 }
 
 rib_service::bytes rib_service::respond_in_envelope(const qip_ref &ref) {

@@ -66,7 +66,7 @@ class rib_service {
     bool take_one(bool may_wait);
     void rest_after(int error);
     void take(const qip_ref &ref);
-    void answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload) const;
+    void answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload);
     bytes respond_in_envelope(const qip_ref &ref);
     bytes respond(const request &asked);
     bytes update(const request &asked);

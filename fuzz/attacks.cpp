@@ -1,0 +1,179 @@
+#include "fuzz/attacks.h"
+
+#include "codec/bytes.h"
+#include "codec/witness/random_messages.h"
+#include "rib_codes.h"
+#include "rib_wrap.h"
+#include "ribkit_platform.h"
+#include "ribkit_rib.h"
+#include "tools/fcurt_message.h"
+#include "tools/fcurt_query.h"
+#include "tools/rib_link.h"
+#include "tools/service_handle.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace ribkit::fuzz {
+
+namespace {
+
+using byte_vector = std::vector<uint8_t>;
+
+constexpr uint32_t own_vsan = 2;
+constexpr uint32_t envelope_with_answer = 2;
+constexpr size_t length_in_envelope = 4, opcode_in_envelope = 112, envelope_head = 116;
+
+byte_vector update() {
+    const route what{500, 0, {{0x01010001, 2}, {0x01010002, 3}}};
+    return encode_whole({RIB_CLIENT_FSPF,
+                         own_vsan,
+                         RIB_OPER_UPDATE_RSP,
+                         {{RIB_ACTION_ADD, {0x630000, 0xff0000}, what}, {RIB_ACTION_ADD, {0x640000, 0xff0000}, what}}});
+}
+
+byte_vector query() {
+    const auto bytes = encode(fcurt_query{RIB_CLIENT_FSPF, RIBKIT_QUERY_VSAN_ALL, 1000, own_vsan, 0, 0});
+    return {bytes.begin(), bytes.end()};
+}
+
+void put(byte_vector &bytes, size_t at, uint32_t word) { store32<std::endian::big>(bytes.data() + at, word); }
+
+byte_vector envelope(uint32_t opcode, const byte_vector &content) {
+    byte_vector bytes(envelope_head + content.size());
+    put(bytes, 0, envelope_with_answer);
+    put(bytes, length_in_envelope, static_cast<uint32_t>(content.size() + 4));
+    put(bytes, opcode_in_envelope, opcode);
+    std::copy(content.begin(), content.end(), bytes.begin() + envelope_head);
+    return bytes;
+}
+
+struct request {
+    uint32_t opcode;
+    byte_vector bytes;
+};
+
+std::vector<request> requests() {
+    return {{RIBKIT_OPCODE_FCURT_UPDATE, update()},
+            {RIBKIT_OPCODE_FCURT_QUERY, query()},
+            {RIB_CMI_OPCODE, envelope(RIBKIT_OPCODE_FCURT_QUERY, query())}};
+}
+
+void damage(byte_vector &bytes, std::mt19937 &random) {
+    for (uint32_t left = random() % 4; left > 0 && !bytes.empty(); left--) {
+        bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
+    }
+    if (random() % 4 == 0) {
+        bytes.resize(random() % (bytes.size() + 1));
+    } else if (random() % 8 == 0) {
+        bytes.resize(bytes.size() + random() % 5000);
+    }
+}
+
+/// Whatever the update says at its VSAN.
+void keep_away(byte_vector &bytes, size_t vsan_at) {
+    if (bytes.size() >= vsan_at + 4 && load32<std::endian::big>(bytes.data() + vsan_at) <= 1) {
+        put(bytes, vsan_at, own_vsan);
+    }
+}
+
+} // namespace
+
+// Half of the messages ask for an answer, as far as answers may still be outstanding.
+void attacker::send(uint32_t handle, uint32_t opcode, const byte_vector &bytes) {
+    const auto size = static_cast<uint32_t>(bytes.size());
+    qip_ref sent{};
+    if (random_() % 2 == 0 &&
+        qip_send(handle, &ribkit_rib_address, opcode, bytes.data(), size, &sent, nullptr, nullptr) == 0) {
+        qip_drop(handle, &sent);
+    } else {
+        qip_send(handle, &ribkit_rib_address, opcode, bytes.data(), size, nullptr, nullptr, nullptr);
+    }
+}
+
+attacker::byte_vector attacker::anything() {
+    constexpr std::array names{"rib_fcurt_update", "rib_fcurt_query", "rib_fcmrt_update", "rib_register",
+                               "rib_verf_info"};
+    const uint32_t choice = random_() % 4;
+    byte_vector bytes;
+    if (choice == 0) {
+        bytes = naive::random_message(names[random_() % names.size()], naive::order::big, random_);
+    } else if (choice == 1) {
+        bytes.resize(random_() % 3000);
+        for (uint8_t &byte : bytes) {
+            byte = static_cast<uint8_t>(random_());
+        }
+    } else {
+        const auto all = requests();
+        bytes = all[random_() % all.size()].bytes;
+        damage(bytes, random_);
+    }
+    keep_away(bytes, 4);
+    keep_away(bytes, envelope_head + 4);
+    return bytes;
+}
+
+void attacker::send_anything(size_t messages) {
+    constexpr std::array<uint32_t, 8> opcodes{RIBKIT_OPCODE_FCURT_UPDATE,
+                                              RIBKIT_OPCODE_FCURT_QUERY,
+                                              RIB_CMI_OPCODE,
+                                              RIBKIT_OPCODE_STARTED,
+                                              0,
+                                              1,
+                                              UINT32_MAX,
+                                              0x10100};
+    const service_handle handle(url_);
+    for (; messages > 0; messages--) {
+        send(handle.number(), opcodes[random_() % opcodes.size()], anything());
+    }
+}
+
+void attacker::truncate() {
+    const service_handle handle(url_);
+    for (const auto &[opcode, bytes] : requests()) {
+        for (size_t size = 0; size < bytes.size(); size++) {
+            send(handle.number(), opcode, {bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(size)});
+        }
+    }
+}
+
+void attacker::announce_too_much() {
+    const service_handle handle(url_);
+    for (const uint32_t count : {3U, 16U, 17U, 0xffffU, 0x7fffffffU, 0x80000000U, 0xfffffff0U, UINT32_MAX}) {
+        for (size_t at = 0; at + 4 <= update().size(); at += 4) {
+            byte_vector bytes = update();
+            put(bytes, at, count);
+            keep_away(bytes, 4);
+            send(handle.number(), RIBKIT_OPCODE_FCURT_UPDATE, bytes);
+        }
+        byte_vector bytes = envelope(RIBKIT_OPCODE_FCURT_QUERY, query());
+        put(bytes, length_in_envelope, count);
+        send(handle.number(), RIB_CMI_OPCODE, bytes);
+    }
+}
+
+void attacker::flood(size_t messages) {
+    const service_handle handle(url_);
+    const byte_vector bytes = query();
+    for (; messages > 0; messages--) {
+        send(handle.number(), RIBKIT_OPCODE_FCURT_QUERY, bytes);
+    }
+}
+
+void attacker::come_and_go(size_t times) {
+    for (; times > 0; times--) {
+        const service_handle handle(url_);
+        send(handle.number(), RIBKIT_OPCODE_FCURT_UPDATE, update());
+    }
+}
+
+void attacker::open_many(size_t handles) {
+    std::vector<std::unique_ptr<service_handle>> all;
+    for (; handles > 0; handles--) {
+        all.push_back(std::make_unique<service_handle>(url_));
+        send(all.back()->number(), RIBKIT_OPCODE_FCURT_QUERY, query());
+    }
+}
+
+} // namespace ribkit::fuzz
