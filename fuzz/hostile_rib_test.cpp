@@ -79,17 +79,17 @@ void expect_orderly(const ending &end) {
 
 class hostile_server : public ::testing::TestWithParam<transport> {
   protected:
-    [[nodiscard]] ending client() const {
-        return child({RIBKIT_COMMAND, "client", "--bus", meeting.url(), "--wait", "2", fabric}).end();
+    [[nodiscard]] ending client(const char *wait = "30") const {
+        return child({RIBKIT_COMMAND, "client", "--bus", meeting.url(), "--wait", wait, fabric}).end();
     }
-    [[nodiscard]] ending routes() const {
-        return child({RIBKIT_COMMAND, "routes", "--bus", meeting.url(), "--wait", "2"}).end();
+    [[nodiscard]] ending routes(const char *wait = "30") const {
+        return child({RIBKIT_COMMAND, "routes", "--bus", meeting.url(), "--wait", wait}).end();
     }
 
     /// Nobody believes it: both commands fail.
     void expect_refused(const malice &what) {
         const hostile_rib rib(meeting.url(), what);
-        for (const ending &end : {client(), routes()}) {
+        for (const ending &end : {client("1"), routes("1")}) {
             expect_orderly(end);
             EXPECT_EQ(end.exit_code, 1) << shown(end);
         }

@@ -35,7 +35,7 @@ attack() {
     build release -DRIBKIT_TESTS=ON --
     local log=build/release/attack.log
     echo "run: attacking, log $log" >&2
-    RIBKIT_ALL=1 attend "attacking" "$log" ctest --preset release --timeout 7200 -R '^(failing|mutated|hostile)_' ||
+    RIBKIT_ALL=1 attend "attacking" "$log" ctest --preset release --timeout 7200 -R '(^|/)(failing|mutated|hostile)_' ||
         { grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed ' "$log" >&2; return 1; }
     grep 'tests passed' "$log"
 }

@@ -42,8 +42,8 @@ TEST(printable, bytes_that_are_no_utf_8_are_escaped) {
 TEST(one_line, is_short_and_cuts_no_character) {
     EXPECT_EQ(one_line("as it is"), "as it is");
     EXPECT_EQ(one_line(std::string(200, 'a')), std::string(200, 'a'));
-    EXPECT_EQ(one_line("\"" + std::string(10 << 20, '7') + "\" is no number"),
-              "\"" + std::string(65, '7') + "..." + std::string(49, '7') + "\" is no number");
+    EXPECT_EQ(one_line(std::string("\"") + std::string(10 << 20, '7') + "\" is no number"),
+              std::string("\"") + std::string(65, '7') + "..." + std::string(49, '7') + "\" is no number");
     for (const std::string &letter : {std::string("\u00e4"), std::string("\u6771"), std::string("\U0001f9c0")}) {
         std::string word;
         while (word.size() < 1000) {
