@@ -9,6 +9,14 @@
 
 namespace ribkit::fuzz {
 
+/// Whether what a child used at most says something: a sanitizer keeps what was freed, and what the test itself used
+/// counts, too, until the child's program is there.
+#ifdef __SANITIZE_ADDRESS__
+inline constexpr bool memory_tells = false;
+#else
+inline constexpr bool memory_tells = true;
+#endif
+
 struct ending {
     bool in_time = true; ///< false: it had to be killed
     int signal = 0;      ///< that ended it, or 0

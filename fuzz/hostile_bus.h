@@ -90,7 +90,7 @@ class rib {
         process_->signal(SIGTERM);
         const ending end = process_->end();
         EXPECT_TRUE(end.in_time && end.exit_code == 0) << shown(end);
-        EXPECT_LT(end.most_memory, most_kilobytes);
+        EXPECT_TRUE(!memory_tells || end.most_memory < most_kilobytes) << end.most_memory;
         process_.reset();
     }
 
