@@ -6,8 +6,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <memory>
 #include <new>
 #include <pwd.h>
+#include <span>
 #include <sys/eventfd.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -27,6 +30,24 @@ size_t most_senders() {
     constexpr size_t most = 1024;
     rlimit limit{};
     return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min<size_t>(most, limit.rlim_cur / 2) : most;
+}
+
+// The C library ends the process where memory fails while it reads which services know users. Its file of users, which
+// is asked first by default, is read without them.
+bool find_local_user(uid_t user, passwd &entry, std::span<char> room) {
+    const std::unique_ptr<FILE, int (*)(FILE *)> users(std::fopen("/etc/passwd", "re"), std::fclose);
+    passwd *found = nullptr;
+    while (users != nullptr && fgetpwent_r(users.get(), &entry, room.data(), room.size(), &found) == 0) {
+        if (entry.pw_uid == user) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool find_any_user(uid_t user, passwd &entry, std::span<char> room) {
+    passwd *found = nullptr;
+    return getpwuid_r(user, &entry, room.data(), room.size(), &found) == 0 && found != nullptr;
 }
 
 class way_home final : public return_path {
@@ -230,8 +251,7 @@ const std::string &unix_endpoint::user_name(uid_t user) {
     if (known.empty()) {
         std::array<char, 4096> room{};
         passwd entry{};
-        passwd *found = nullptr;
-        const bool is_known = getpwuid_r(user, &entry, room.data(), room.size(), &found) == 0 && found != nullptr;
+        const bool is_known = find_local_user(user, entry, room) || find_any_user(user, entry, room);
         known = is_known && *entry.pw_name != '\0' ? entry.pw_name : std::to_string(user);
     }
     return known;
