@@ -19,6 +19,17 @@ template <std::endian Order> [[gnu::always_inline]] inline void store32(uint8_t 
     std::memcpy(at, &stored, sizeof stored);
 }
 
+template <std::endian Order> [[gnu::always_inline]] inline uint16_t load16(const uint8_t *at) {
+    uint16_t half;
+    std::memcpy(&half, at, sizeof half);
+    return Order == std::endian::native ? half : __builtin_bswap16(half);
+}
+
+template <std::endian Order> [[gnu::always_inline]] inline void store16(uint8_t *at, uint16_t half) {
+    const uint16_t stored = Order == std::endian::native ? half : __builtin_bswap16(half);
+    std::memcpy(at, &stored, sizeof stored);
+}
+
 [[gnu::always_inline]] inline uint32_t be32(const uint8_t *at) { return load32<std::endian::big>(at); }
 [[gnu::always_inline]] inline uint32_t be16(const uint8_t *at) { return static_cast<uint32_t>(at[0] << 8 | at[1]); }
 

@@ -1,4 +1,4 @@
-// The size that a message in network form says it has. Its counts are trusted.
+// The size that a message says it has, in network form or in host order. Its counts are trusted.
 #pragma once
 
 #include "codec/engine.h"
@@ -6,10 +6,11 @@
 namespace ribkit {
 
 /// The size of one message of a layout that ends in an open list, or in none.
-template <const layout &L> [[gnu::always_inline]] inline size_t wire_size(const uint8_t *message);
+template <const layout &L, std::endian Order = std::endian::big>
+[[gnu::always_inline]] inline size_t wire_size(const uint8_t *message);
 
 /// The bytes of `count` entries one behind the other.
-template <const layout &Entry>
+template <const layout &Entry, std::endian Order>
 [[gnu::always_inline]] inline size_t wire_size_of_run(const uint8_t *first, size_t count) {
     constexpr const row &last = Entry.rows[Entry.n_rows - 1];
     if constexpr (!layout::is_open(last)) {
@@ -17,32 +18,32 @@ template <const layout &Entry>
     } else if constexpr (last.stride == 0) {
         size_t at = 0;
         for (; count != 0; --count) {
-            at += wire_size<Entry>(first + at);
+            at += wire_size<Entry, Order>(first + at);
         }
         return at;
     } else {
         // Entries of one size follow one another: as long as the guess holds, no step waits for the load of a count.
         size_t at = 0;
         while (count != 0) {
-            const uint32_t entries = read_count<std::endian::big>(last.count, first + at);
+            const uint32_t entries = read_count<Order>(last.count, first + at);
             const size_t size = Entry.size + size_t{last.stride} * entries;
             do {
                 at += size;
                 --count;
-            } while (count != 0 && read_count<std::endian::big>(last.count, first + at) == entries);
+            } while (count != 0 && read_count<Order>(last.count, first + at) == entries);
         }
         return at;
     }
 }
 
-template <const layout &L> [[gnu::always_inline]] inline size_t wire_size(const uint8_t *message) {
+template <const layout &L, std::endian Order> [[gnu::always_inline]] inline size_t wire_size(const uint8_t *message) {
     constexpr const row &last = L.rows[L.n_rows - 1];
     if constexpr (!layout::is_open(last)) {
         return L.size;
     } else {
-        const uint32_t count = read_count<std::endian::big>(last.count, message);
+        const uint32_t count = read_count<Order>(last.count, message);
         if constexpr (last.stride == 0) {
-            return L.size + wire_size_of_run<*last.entry>(message + L.size, count);
+            return L.size + wire_size_of_run<*last.entry, Order>(message + L.size, count);
         } else {
             return L.size + size_t{last.stride} * count;
         }

@@ -1,0 +1,194 @@
+// Views against bytes laid out by hand, in both byte orders and at every alignment; and against the converters.
+#include "codec/messages/forms.h"
+#include "codec/messages/query.h"
+#include "codec/messages/route.h"
+#include "codec/view.h"
+#include "fib_codec.h"
+#include "rib_codec.h"
+#include "rib_codes.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace ribkit {
+namespace {
+
+using bytes = std::vector<uint8_t>;
+
+/// A unicast record with two hops.
+const bytes unicast{0x00, 0x02, 0x00, 0x00, 0x00, 0xff, 0x00, 0x00, 0x11, 0x12, 0x25, 1,    2,    3,    4,    5,
+                    0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x02, 0x58, 0x00, 0x00, 0x00, 0x0d, 0x00, 0x00, 0x00, 0x02,
+                    0x01, 0x00, 0x10, 0x00, 0x00, 0x00, 0x00, 0x65, 0x01, 0x00, 0x20, 0x00, 0x00, 0x00, 0x00, 0x66};
+
+TEST(view, reads_fields_where_they_stand_at_any_alignment) {
+    for (size_t shift = 0; shift < 4; ++shift) {
+        bytes moved(shift, 0xee);
+        moved.insert(moved.end(), unicast.begin(), unicast.end());
+        const view<wire::fcurt> route(moved.data() + shift);
+        EXPECT_EQ(route.get<"fcid">(), 0x00020000U);
+        EXPECT_EQ(route.get<"mask">(), 0x00ff0000U);
+        EXPECT_EQ(route.get<"rctl">(), 0x11);
+        EXPECT_EQ(route.get<"rctl_mask">(), 0x12);
+        EXPECT_EQ(route.get<"action">(), 1U);
+        EXPECT_EQ(route.get<"metric">(), 600U);
+        EXPECT_EQ(route.get<"n_hop">(), 2U);
+        EXPECT_EQ(route.size(), unicast.size());
+        EXPECT_EQ(route.data(), moved.data() + shift);
+    }
+}
+
+TEST(view, reads_parts_of_words_and_of_bytes) {
+    const view<wire::fcurt> route(unicast.data());
+    EXPECT_EQ((route.get<"flag", "active">()), 1U);
+    EXPECT_EQ((route.get<"flag", "volatile">()), 1U);
+    EXPECT_EQ((route.get<"flag", "direct">()), 1U);
+    EXPECT_EQ((route.get<"byte_10", "rewrite">()), 1U);
+    EXPECT_EQ((route.get<"byte_10", "reason">()), 5U);
+    const bytes label{0x12, 0x34, 0x5b, 0x40};
+    EXPECT_EQ((view<wire::label>(label.data()).get<"label", "label">()), 0x12345U);
+    EXPECT_EQ((view<wire::label>(label.data()).get<"label", "exp">()), 5U);
+    EXPECT_EQ((view<wire::label>(label.data()).get<"label", "bottom">()), 1U);
+    EXPECT_EQ((view<wire::label>(label.data()).get<"label", "ttl">()), 0x40U);
+}
+
+TEST(view, a_number_is_as_wide_as_its_field) {
+    const view<wire::node> node(unicast.data());
+    static_assert(std::is_same_v<decltype(node.get<"module">()), uint8_t>);
+    static_assert(std::is_same_v<decltype(node.get<"ports">()), uint16_t>);
+    static_assert(std::is_same_v<decltype(node.get<"address">()), uint32_t>);
+    EXPECT_EQ(node.get<"type">(), 2);
+    EXPECT_EQ(node.get<"ports">(), 0x00ff);
+    EXPECT_EQ(node.get<"node">(), 0x0000);
+    EXPECT_EQ(node.get<"address">(), 0x11122501U);
+}
+
+TEST(view, what_is_numbered_from_0_is_shown_from_1) {
+    const bytes record{0, 0, 0, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3};
+    EXPECT_EQ(view<wire::fib_state>(record.data()).shown<"module">(), 256U);
+    EXPECT_EQ(view<wire::fib_state>(record.data()).shown<"state">(), 3U);
+    EXPECT_EQ(view<wire::node>(record.data() + 3).shown<"module">(), 256U);
+}
+
+TEST(view, of_a_masked_byte_only_the_mask_is_read_and_written) {
+    bytes record(24, 0xff);
+    const writable_view<wire::port> port(record.data());
+    EXPECT_EQ(port.get<"bundle">(), 0x80);
+    port.set<"bundle">(uint8_t{0x7f});
+    EXPECT_EQ(port.get<"bundle">(), 0);
+    EXPECT_EQ(record[5], 0x7f);
+}
+
+TEST(view, walks_lists_of_even_and_of_own_sizes) {
+    std::vector<uint32_t> domains;
+    const view<wire::fcurt> route(unicast.data());
+    for (const auto hop : route.list<"hop">()) {
+        domains.push_back(hop.get<"domain">());
+    }
+    EXPECT_EQ(domains, (std::vector<uint32_t>{0x65, 0x66}));
+    EXPECT_EQ(route.list<"hop">()[1].get<"intf">(), 0x01002000U);
+
+    // A count of two, then an entry of its first word with so many labels pushed, each.
+    bytes record(104, 0);
+    record[31] = 2;
+    for (const uint8_t pushed : {uint8_t{2}, uint8_t{0}}) {
+        record.insert(record.end(), {0, pushed, 0, 0, 1, 1, pushed, 1});
+        for (uint8_t i = 0; i < pushed; ++i) {
+            record.insert(record.end(), {0, 0, i, 9});
+        }
+    }
+    const view<wire::fclrt> labels(record.data());
+    std::vector<uint32_t> seen;
+    auto entry = labels.list<"intf">().begin();
+    for (; entry != labels.list<"intf">().end(); ++entry) {
+        seen.push_back((*entry).get<"intf">());
+        for (const auto label : (*entry).list<"push">()) {
+            seen.push_back(label.get<"label">());
+        }
+    }
+    EXPECT_EQ(seen, (std::vector<uint32_t>{0x01010201, 9, 0x0109, 0x01010001}));
+    EXPECT_EQ(entry.at(), record.data() + record.size());
+    EXPECT_EQ(labels.size(), record.size());
+}
+
+TEST(view, a_list_of_a_constant_count_has_all_its_entries) {
+    bytes record(192, 0);
+    record[12 * 15 + 3] = 7;
+    const auto pools = view<wire::in_mem>(record.data()).list<"pool">();
+    EXPECT_EQ(pools.size(), 16U);
+    EXPECT_EQ(pools[15].get<"pool">(), 7U);
+}
+
+TEST(view, hops_of_a_unicast_entry_are_walked_as_the_display_does) {
+    bytes record(36, 0);
+    record[35] = 2;
+    record.insert(record.end(), {0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 0x30, 0x40});
+    record.insert(record.end(), {0, 0, 0x0c, 0xa0, 1, 0, 0, 2});
+    const view<wire::ucast_route> route(record.data());
+    const auto hops = route.list_as<"hop", wire::fclrt_intf>();
+    auto hop = hops.begin();
+    EXPECT_EQ((*hop).list<"push">()[0].get<"label">(), 0x3040U);
+    ++hop;
+    EXPECT_EQ(((*hop).as<wire::ucast_hop>().get<"ctrl", "domain">()), 0x65U);
+    ++hop;
+    EXPECT_EQ(hop.at(), record.data() + record.size());
+}
+
+TEST(view, areas_and_texts_end_where_their_field_does) {
+    bytes record(88 + 1, 'x');
+    const view<wire::registration> reg(record.data());
+    EXPECT_EQ(reg.text<"name">().size(), 80U);
+    record[8 + 4] = 0;
+    EXPECT_EQ(reg.text<"name">(), "xxxx");
+    static_assert(decltype(reg.area<"name">())::extent == 80);
+    EXPECT_EQ(reg.area<"name">().data(), record.data() + 8);
+}
+
+TEST(view, writes_numbers_parts_and_areas_and_nothing_else) {
+    bytes record(88, 0xaa);
+    const writable_view<wire::registration> reg(record.data());
+    reg.set<"uuid">(RIB_CLIENT_FSPF).set<"distance">(0x01020304).set_text<"name">("fspf");
+    EXPECT_EQ(bytes(record.begin(), record.begin() + 8), (bytes{0, 0, 0, 12, 1, 2, 3, 4}));
+    EXPECT_EQ(reg.text<"name">(), "fspf");
+    for (size_t at = 12; at < 88; ++at) {
+        EXPECT_EQ(record[at], 0) << at;
+    }
+    reg.set_text<"name">(std::string(100, 'y'));
+    EXPECT_EQ(reg.text<"name">(), std::string(80, 'y'));
+
+    bytes ctrl(8, 0xff);
+    writable_view<wire::fclrt_intf>(ctrl.data()).set<"ctrl", "push">(0x102).set<"ctrl", "dec_ttl">(0);
+    EXPECT_EQ(bytes(ctrl.begin(), ctrl.begin() + 4), (bytes{0xff, 0x02, 0xdf, 0xff}));
+}
+
+// What one side writes in host order is what the other reads in network order.
+TEST(view, both_orders_agree_with_the_converters) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 200; ++round) {
+        bytes host(360);
+        for (uint8_t &b : host) {
+            b = static_cast<uint8_t>(random());
+        }
+        const view<wire::fcurt, std::endian::native, uint8_t> sent(host.data());
+        const uint32_t hops = random() % 9;
+        sent.set<"n_hop">(hops);
+        bytes network(host.size());
+        ASSERT_EQ(rib_hton_fcurt(host.data(), network.data()), sent.size());
+        const view<wire::fcurt> received(network.data());
+        EXPECT_EQ(received.get<"fcid">(), sent.get<"fcid">());
+        EXPECT_EQ(received.get<"mask">(), sent.get<"mask">());
+        EXPECT_EQ(received.get<"rctl_mask">(), sent.get<"rctl_mask">());
+        EXPECT_EQ((received.get<"flag", "volatile">()), (sent.get<"flag", "volatile">()));
+        ASSERT_EQ(received.list<"hop">().size(), hops);
+        for (uint32_t i = 0; i < hops; ++i) {
+            EXPECT_EQ(received.list<"hop">()[i].get<"intf">(), sent.list<"hop">()[i].get<"intf">());
+        }
+        const host_view<wire::node> module(host.data());
+        fib_hton_node(host.data(), network.data());
+        EXPECT_EQ(view<wire::node>(network.data()).get<"node">(), module.get<"node">());
+        EXPECT_EQ(view<wire::node>(network.data()).get<"type">(), module.get<"type">());
+    }
+}
+
+} // namespace
+} // namespace ribkit
