@@ -44,7 +44,7 @@ constexpr bool is_number(const row &r) {
 // Not constexpr: naming this while a program is compiled is the error message.
 void row_has_no_such_part();
 
-consteval row_part part_of(const row &r, std::string_view wanted) {
+constexpr row_part part_of(const row &r, std::string_view wanted) {
     for (size_t i = 0; i < r.n_parts; ++i) {
         if (wanted == r.parts[i].name) {
             return r.parts[i];
