@@ -2,6 +2,11 @@
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit)
+# The C++ interface: the layouts of all messages, and what reads and writes bytes by their names.
+set(ribkit_cxx_headers bytes.h layout.h size.h view.h writer.h)
+list(TRANSFORM ribkit_cxx_headers PREPEND ${CMAKE_SOURCE_DIR}/codec/)
+install(FILES ${ribkit_cxx_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit/codec)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/codec/messages DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit/codec)
 install(TARGETS ribkit ribkit_static ribkit_platform ribkit_platform_static EXPORT ribkit-targets)
 install(EXPORT ribkit-targets NAMESPACE ribkit:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
 configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ribkit-config.cmake.in ${CMAKE_BINARY_DIR}/ribkit-config.cmake

@@ -8,6 +8,7 @@
 
 #include "codec/bytes.h"
 #include "codec/layout.h"
+#include "codec/size.h"
 
 #include <array>
 #include <utility>
@@ -72,17 +73,6 @@ constexpr segment segment_of(const layout &l, size_t wanted) {
         --last;
     }
     return {first, last, l.rows[first].offset, l.rows[last - 1].end()};
-}
-
-template <std::endian Order> [[gnu::always_inline]] inline uint32_t read_count(count_of count, const uint8_t *message) {
-    switch (count.where) {
-    case count_in::word:
-        return load32<Order>(message + count.at);
-    case count_in::second_byte:
-        return message[count.at + (Order == std::endian::big ? 1 : 2)];
-    default:
-        return count.at;
-    }
 }
 
 template <direction D, std::endian Host, class Isa> struct engine {

@@ -1,9 +1,22 @@
-// The size that a message says it has, in network form or in host order. Its counts are trusted.
+// The counts of a message, and the size that they say it has, in network form or in host order. They are trusted.
 #pragma once
 
-#include "codec/engine.h"
+#include "codec/bytes.h"
+#include "codec/layout.h"
 
 namespace ribkit {
+
+/// What a list's count says; the count itself for a constant.
+template <std::endian Order> [[gnu::always_inline]] inline uint32_t read_count(count_of count, const uint8_t *message) {
+    switch (count.where) {
+    case count_in::word:
+        return load32<Order>(message + count.at);
+    case count_in::second_byte:
+        return message[count.at + (Order == std::endian::big ? 1 : 2)];
+    default:
+        return count.at;
+    }
+}
 
 /// The size of one message of a layout that ends in an open list, or in none.
 template <const layout &L, std::endian Order = std::endian::big>
