@@ -24,11 +24,6 @@ void report(uint32_t vsan, const fcurt_response &response) {
                  result_text(response.result).c_str(), response.accepted);
 }
 
-// What this client sends is sound, so that a message of which nothing could be used did not arrive as it was sent.
-bool is_damage_report(const fcurt_response &response) {
-    return response.accepted == 0 && (response.result == RIB_BAD_PARAMETERS || response.result == RIB_EXCESS_DATA);
-}
-
 const route_table &table_of(const shared_routes &routes) {
     static const route_table empty;
     return routes == nullptr ? empty : *routes;
@@ -104,8 +99,7 @@ void fspf_client::bring_all(const fabric &f) {
             link_.renew_patience();
         } catch (const no_answer &why) {
             unsure_.insert(vsan);
-            std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
-            if (!link_.await()) {
+            if (!link_.await_after(why)) {
                 throw;
             }
             --next;
@@ -208,9 +202,7 @@ fcurt_response fspf_client::deliver(uint32_t vsan, std::span<uint8_t> message, s
     }
     try {
         const fcurt_response response = exchange(message);
-        if (is_damage_report(response)) {
-            throw no_answer(result_text(response.result));
-        }
+        link_.take_result(RIBKIT_OPCODE_FCURT_UPDATE, response.accepted == 0 ? response.result : RIB_OK);
         return response;
     } catch (const no_answer &) {
         open_[vsan] = {{changes.begin(), changes.end()}, changes.size()};

@@ -7,6 +7,7 @@
 #include "tools/fabric_generator.h"
 #include "tools/fault_script.h"
 #include "tools/fspf.h"
+#include "tools/input_error.h"
 #include "tools/rib_service.h"
 
 #include <gtest/gtest.h>
@@ -179,27 +180,114 @@ TEST(fspf_client, what_somebody_else_has_done_already_is_not_refused) {
     EXPECT_TRUE(held_by(rib).empty());
 }
 
-/// Answers everything without having looked at it, until its handle is closed.
-void refuse_everything(uint32_t handle) {
-    const auto refused = encode(fcurt_response{RIB_OUT_OF_MEMORY, 0, 0, 0, 0});
-    const auto empty = encode_whole({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {}});
-    const qip_recv_opts opts{{QIP_RECV_INCOMING}};
-    for (qip_ref asked{}; qip_recv(handle, &asked, &opts) == 0; qip_drop(handle, &asked)) {
-        const bool query = qip_opcode_get(&asked) == RIBKIT_OPCODE_FCURT_QUERY;
-        const void *answer = query ? static_cast<const void *>(empty.data()) : refused.data();
-        rib_wrap_qip_rsp(handle, &asked, answer, static_cast<uint32_t>(query ? empty.size() : refused.size()));
+enum class queries : unsigned char { find_nothing, are_refused };
+
+/// Refuses whatever comes without having looked at it.
+class unwilling_rib {
+  public:
+    unwilling_rib(uint32_t result, queries queries) : result_(result), queries_(queries), handle_(bus) {
+        EXPECT_EQ(qip_listen(handle_.number(), &ribkit_rib_address, 64), 0);
+        thread_ = std::thread([this] { serve(); });
     }
-}
+    unwilling_rib(const unwilling_rib &) = delete;
+    unwilling_rib &operator=(const unwilling_rib &) = delete;
+    ~unwilling_rib() { end(); }
+
+    /// @return messages that were refused
+    size_t end() {
+        handle_.close();
+        if (thread_.joinable()) {
+            qip_step_aside();
+            thread_.join();
+        }
+        return refused_;
+    }
+
+  private:
+    void serve() {
+        const auto refused = encode(fcurt_response{result_, 0, 0, 0, 0});
+        const auto empty = encode_whole({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {}});
+        const qip_recv_opts opts{{QIP_RECV_INCOMING}};
+        for (qip_ref asked{}; qip_recv(handle_.number(), &asked, &opts) == 0; qip_drop(handle_.number(), &asked)) {
+            const uint32_t opcode = qip_opcode_get(&asked);
+            const bool finds = opcode == RIBKIT_OPCODE_FCURT_QUERY && queries_ == queries::find_nothing;
+            refused_ += finds || opcode == RIBKIT_OPCODE_PROBE ? 0 : 1;
+            const void *answer = finds ? static_cast<const void *>(empty.data()) : refused.data();
+            rib_wrap_qip_rsp(handle_.number(), &asked, answer,
+                             static_cast<uint32_t>(finds ? empty.size() : refused.size()));
+        }
+    }
+
+    uint32_t result_;
+    queries queries_;
+    service_handle handle_;
+    size_t refused_ = 0;
+    std::thread thread_;
+};
 
 TEST(fspf_client, a_refusal_that_names_no_vsan_is_of_the_one_that_was_sent) {
     const fabric f = generated();
-    service_handle rib(bus);
-    ASSERT_EQ(qip_listen(rib.number(), &ribkit_rib_address, 64), 0);
-    std::thread serving(refuse_everything, rib.number());
+    const unwilling_rib rib(RIB_OUT_OF_MEMORY, queries::find_nothing);
     fspf_client client(bus, {.link = patient});
     silently([&] { EXPECT_EQ(client.converge(f).refused, 3U * 11U); });
-    rib.close();
-    serving.join();
+}
+
+/// What is said when the RIB of this bus has refused the same time after time.
+std::string given_up(const std::string &result) {
+    return "the RIB at local:fspf_client_test refuses what client 12 sends: " + result +
+           "; its [[who]] tables may not let this name use client 12, and what it says on standard error names whom it "
+           "refuses";
+}
+
+TEST(fspf_client, gives_up_where_the_rib_refuses_the_same_time_after_time) {
+    const fabric f = generated();
+    for (const auto how : {queries::find_nothing, queries::are_refused}) {
+        unwilling_rib rib(RIB_BAD_PARAMETERS, how);
+        fspf_client client(bus, {.link = patient});
+        client.start_over(f);
+        std::string thrown;
+        ::testing::internal::CaptureStderr();
+        try {
+            client.converge(f);
+        } catch (const no_answer &why) {
+            thrown = why.what();
+        }
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+                  "ribkit: the RIB refuses what came: bad parameters; asking again\n");
+        EXPECT_EQ(thrown, given_up("bad parameters"));
+        EXPECT_EQ(client.traffic().sent(), 0U);
+        EXPECT_EQ(rib.end(), 5U);
+    }
+}
+
+TEST(fspf_client, without_patience_says_the_same_of_the_first_refusal) {
+    const unwilling_rib rib(RIB_EXCESS_DATA, queries::find_nothing);
+    fspf_client client(bus, {.link = {.patience = 0ms}});
+    ::testing::internal::CaptureStderr();
+    try {
+        client.converge(generated());
+        ADD_FAILURE();
+    } catch (const no_answer &why) {
+        EXPECT_EQ(why.what(), given_up("excess qip data"));
+    }
+    ::testing::internal::GetCapturedStderr();
+}
+
+// Behind the news that the RIB has started, an update is answered, the RIB probed and read: then it is sent again.
+TEST(fspf_client, what_is_damaged_on_the_way_is_sent_again) {
+    std::string damage = "clock virtual\n";
+    for (const int update : {3, 9, 15, 21, 29, 35, 41, 47}) { // of two VSANs; the next one arrives
+        damage += joined("truncate ", update, " 900\n");
+    }
+    const testing::fault_script script(damage);
+    rib_service rib(bus);
+    fspf_client client(bus, {.link = patient});
+    silently([&] {
+        const client_traffic traffic = client.converge(generated());
+        EXPECT_EQ(traffic.added, 3U * 11U);
+        EXPECT_EQ(traffic.refused, 0U);
+    });
+    EXPECT_EQ(held_by(rib), routes_of(generated()));
 }
 
 TEST(fspf_client, envelopes_leave_the_same_tables) {

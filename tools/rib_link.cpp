@@ -95,6 +95,34 @@ rib_link::rib_link(const std::string &url, uint32_t uuid, const link_options &op
     }
 }
 
+void rib_link::take_result(uint32_t opcode, uint32_t result) {
+    if (result == RIB_BAD_PARAMETERS || result == RIB_EXCESS_DATA) {
+        throw no_answer({opcode, result}, joined("the RIB at ", shown_url_, " refuses what client ", uuid_,
+                                                 " sends: ", result_text(result),
+                                                 "; its [[who]] tables may not let this name use client ", uuid_,
+                                                 ", and what it says on standard error names whom it refuses"));
+    }
+    if (last_refusal_.opcode == opcode) {
+        refusals_in_turn_ = 0;
+    }
+}
+
+bool rib_link::await_after(const no_answer &why) {
+    constexpr unsigned most_in_turn = 5;
+    refusals_in_turn_ = !why.refused ? 0 : why.refused == last_refusal_ ? refusals_in_turn_ + 1 : 1;
+    last_refusal_ = why.refused;
+    if (refusals_in_turn_ == most_in_turn || waiting_.left().count() <= 0) {
+        return false;
+    }
+    if (!why.refused) {
+        std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
+    } else if (refusals_in_turn_ == 1) {
+        std::fprintf(stderr, "ribkit: the RIB refuses what came: %s; asking again\n",
+                     result_text(why.refused.result).c_str());
+    }
+    return await();
+}
+
 void rib_link::renew_patience() {
     waiting_.renew();
     told_ = false;

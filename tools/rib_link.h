@@ -17,9 +17,22 @@
 
 namespace ribkit {
 
-/// No answer came, or what came was damaged on the way: nobody knows what the RIB did.
+/// An answer that says that nothing of a message could be used.
+struct refused_message {
+    uint32_t opcode = 0; ///< of the message
+    uint32_t result = 0;
+
+    bool operator==(const refused_message &) const = default;
+    /// Whether it was one.
+    explicit operator bool() const { return result != 0; }
+};
+
+/// No answer came, or what came or was sent was damaged on the way: nobody knows what the RIB did.
 struct no_answer : std::runtime_error {
     explicit no_answer(const std::string &why) : std::runtime_error("no answer from the RIB: " + why) {}
+    no_answer(refused_message by_the_rib, const std::string &text) : std::runtime_error(text), refused(by_the_rib) {}
+
+    refused_message refused; ///< where there was one
 };
 
 /// The link was closed while somebody waited.
@@ -60,6 +73,10 @@ class rib_link {
     /// @return the answer's payload. Throws no_answer, or link_closed.
     std::vector<uint8_t> ask(uint32_t opcode, std::span<uint8_t> request);
 
+    /// What the RIB said of a message of which it took nothing, or RIB_OK. Throws no_answer where it refuses what was
+    /// sound when it was sent: that was damaged on the way, or this client may send nothing.
+    void take_result(uint32_t opcode, uint32_t result);
+
     /// Whether the RIB has started since the last call, or may have done so unheard, because the server was lost and
     /// both are there again. Waits for that so long; 0 does not wait. Throws link_closed.
     bool heard_of_start(std::chrono::milliseconds limit = {});
@@ -74,6 +91,10 @@ class rib_link {
     /// Pauses until the RIB answers, for as long as patience lasts, and says once on standard error that it waits.
     /// @return whether the RIB answers. Throws link_closed.
     bool await();
+
+    /// Says why it asks again, and pauses as `await`. What is refused time after time was not damaged.
+    /// @return false where that is so, or no patience is left. Throws link_closed.
+    bool await_after(const no_answer &why);
 
     /// Since the last call.
     link_traffic take_traffic() { return std::exchange(traffic_, {}); }
@@ -102,9 +123,11 @@ class rib_link {
     service_handle handle_;
     uint32_t uuid_;
     bool envelopes_;
-    bool told_ = false;          ///< that it waits, since patience was renewed
-    bool started_ = false;       ///< heard of it, told nobody yet
-    uint32_t reconnections_ = 0; ///< of the handle, before what is known was heard
+    refused_message last_refusal_;
+    unsigned refusals_in_turn_ = 0; ///< like the last one, with nothing of its kind taken in between
+    bool told_ = false;             ///< that it waits, since patience was renewed
+    bool started_ = false;          ///< heard of it, told nobody yet
+    uint32_t reconnections_ = 0;    ///< of the handle, before what is known was heard
     link_traffic traffic_;
 };
 

@@ -13,6 +13,12 @@ namespace {
 
 constexpr uint32_t routes_a_query = 1000;
 
+/// Of what is no update: the result that it tells, where it is the RIB's answer to what it cannot use.
+uint32_t result_of(std::span<const uint8_t> answer) {
+    return answer.size() == RIBKIT_FCURT_RSP_SIZE ? decode_fcurt_response(answer.first<RIBKIT_FCURT_RSP_SIZE>()).result
+                                                  : RIB_OK;
+}
+
 fcurt_update ask(rib_link &link, const route_reading &wanted, const route_key &from) {
     auto query = encode({wanted.uuid, wanted.vsan ? RIBKIT_QUERY_VSAN_ALL : RIBKIT_QUERY_ALL, routes_a_query, from.vsan,
                          from.to.fcid, from.to.mask});
@@ -20,7 +26,10 @@ fcurt_update ask(rib_link &link, const route_reading &wanted, const route_key &f
         rib_printf_fcu_query(query.data());
     }
     const auto answer = link.ask(RIBKIT_OPCODE_FCURT_QUERY, query);
-    if (rib_check_fcurt_update(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
+    const bool is_sound =
+        rib_check_fcurt_update(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) == RIB_OK;
+    link.take_result(RIBKIT_OPCODE_FCURT_QUERY, is_sound ? RIB_OK : result_of(answer));
+    if (!is_sound) {
         throw no_answer("what came is damaged");
     }
     return decode_fcurt_update(answer);

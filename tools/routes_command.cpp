@@ -22,10 +22,9 @@ held_routes read_patiently(rib_link &link, const route_reading &wanted) {
         try {
             return read_routes(link, wanted);
         } catch (const no_answer &why) {
-            if (!link.await()) {
+            if (!link.await_after(why)) {
                 throw;
             }
-            std::fprintf(stderr, "ribkit: %s; asking again\n", why.what());
         }
     }
 }

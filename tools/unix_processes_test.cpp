@@ -3,6 +3,7 @@
 
 #include <list>
 #include <memory>
+#include <pwd.h>
 
 namespace ribkit {
 namespace {
@@ -107,6 +108,38 @@ TEST_F(unix_processes, a_client_whose_routes_are_refused_fails) {
     EXPECT_EQ(client.exit_code, 1);
     EXPECT_NE(client.output.find("the RIB has refused 5 of 8 routes\n"), std::string::npos) << client.output;
     EXPECT_NE(rib.stopped(SIGINT).output.find("the RIB refuses opcode 0x101 from "), std::string::npos);
+}
+
+/// A RIB's policy that lets whoever runs this use one identity.
+std::string who_may_use(const char *client) {
+    const passwd *user = getpwuid(geteuid());
+    return std::string("[[who]]\nname = \"") + (user == nullptr ? "" : user->pw_name) + "\"\nclients = [" + client +
+           "]\n";
+}
+
+TEST_F(unix_processes, who_may_not_use_an_identity_gives_up_and_says_what_helps) {
+    const auto refused = [this](const std::string &uuid) {
+        return "ribkit: the RIB refuses what came: bad parameters; asking again\nribkit: the RIB at " + url +
+               " refuses what client " + uuid +
+               " sends: bad parameters; its [[who]] tables may not let this name use client " + uuid +
+               ", and what it says on standard error names whom it refuses\n";
+    };
+    {
+        const testing::input_file who(who_may_use("66"));
+        background rib(command("rib --who " + who.path()));
+        const outcome client = run_command(command("client --wait 600", small) + " 2>&1 >/dev/null");
+        EXPECT_EQ(client.output, refused("12"));
+        EXPECT_EQ(run_command(command("client --wait 600 --envelopes", small) + " >/dev/null 2>&1").exit_code, 1);
+        EXPECT_EQ(run_command(command("routes")).exit_code, 0);
+        const std::string said = rib.stopped(SIGINT).output;
+        EXPECT_NE(said.find(": bad parameters: it may not use client 12\n"), std::string::npos) << said;
+    }
+    const testing::input_file who(who_may_use("12"));
+    background rib(command("rib --who " + who.path()));
+    EXPECT_EQ(run_command(command("client", small)).exit_code, 0);
+    const outcome routes = run_command(command("routes --wait 600") + " 2>&1");
+    EXPECT_EQ(routes.exit_code, 1);
+    EXPECT_EQ(routes.output, refused("66"));
 }
 
 // Its next event is an hour ahead.
