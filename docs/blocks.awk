@@ -2,7 +2,7 @@
 # "key: value") into FOLDER/LINE.marks. usage: awk -v folder=FOLDER -f blocks.awk DOCUMENT
 function begin_block(    mark) {
     language = $0
-    sub(/^ *```/, "", language)
+    gsub(/^ *```|[ \t]+$/, "", language)
     if (language == "") language = "none"
     start = FNR
     file = folder "/" start "." language

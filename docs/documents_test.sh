@@ -81,7 +81,7 @@ compile() {
         cp "$3" "$file"
     else
         {
-            for header in stdio.h stdlib.h string.h errno.h $(cd "$prefix/include/ribkit" && ls); do
+            for header in stdio.h stdlib.h string.h errno.h $(cd "$prefix/include/ribkit" && ls -- *.h); do
                 echo "#include <$header>"
             done
             echo 'int main(void) {'
@@ -118,14 +118,16 @@ run_excerpt() {
 
 run_block() {
     local language=$2
-    if [[ $(mark "not run") ]]; then
+    if [[ $language == none ]]; then
+        fail "does not say what it is"
+    elif [[ $language != text ]] && ! declare -F "run_$language" >/dev/null; then
+        fail "a block is one of sh, console, toml, c, cpp, cmake, text, not '$language'"
+    elif [[ $(mark "not run") ]]; then
         echo "$line: not run: $(mark "not run")"
     elif [[ $(mark from) ]]; then
         run_excerpt "$1" "$(mark from)"
-    elif declare -F "run_$language" >/dev/null; then
+    elif [[ $language != text ]]; then
         "run_$language" "$1"
-    elif [[ $language != @(text|none) ]]; then
-        fail "a block is one of sh, console, toml, c, cpp, cmake, text, not '$language'"
     elif grep -qE '^(\$|\./run|ribkit|[a-z]+ --?[a-z]) ' "$1"; then
         fail "has commands: a block of them is sh or console"
     fi
