@@ -20,13 +20,32 @@ bench() {
     [[ " ${names[*]} " != *" mem "* ]] || finish instructions build/release/tools/route_instructions
 }
 
-# instructions PROGRAM: of one conversion, or one route, as callgrind counts them: the figure that repeats.
+# instructions PROGRAM: of one conversion, or one route, as callgrind counts them: the figure that repeats. The program lists
+# its cases, one a line, some with an earlier case that they are compared with, and what the ratio may be at most.
 instructions() {
-    local program=$1 name
-    printf '\n%-58s %12s\n' "instructions" "each"
-    for name in $("$program"); do
-        valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect=ribkit_bench_counted \
-            "$program" "$name" 2>&1 |
-            awk -v name="$name" '/^[0-9]+$/ { n = $1 } /Collected :/ { printf "%-58s %12.1f\n", name, $NF / n }'
-    done
+    local program=$1 name peer bound
+    local -A each=()
+    printf '\n%-58s %12s %12s %8s\n' "instructions" "each" "peer" "ratio"
+    while read -r name peer bound; do
+        each[$name]=$(instructions_each "$program" "$name")
+        instructions_row "$name" "${each[$name]}" ${peer:+"${each[$peer]}" "$bound"}
+    done < <("$program")
+}
+
+# What the watched function of the case costs, for each of what it says it has done.
+instructions_each() {
+    valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect=ribkit_bench_counted "$1" "$2" 2>&1 |
+        awk '/^[0-9]+$/ { n = $1 } /Collected :/ { printf "%.4f\n", $NF / n }'
+}
+
+# instructions_row NAME EACH [PEER BOUND]: as the rows of the benchmarks that measure time.
+instructions_row() {
+    awk -v name="$1" -v each="$2" -v peer="${3-}" -v bound="${4-}" 'BEGIN {
+        printf "%-58s %12.1f", name, each
+        if (peer != "") {
+            ratio = each / peer
+            printf " %12.1f %8.3f  %s %.4g", peer, ratio, (ratio > bound ? "above its bound of" : "at most"), bound
+        }
+        print ""
+    }'
 }

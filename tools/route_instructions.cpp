@@ -1,5 +1,6 @@
 // What a route costs the RIB, in instructions, the figure that repeats: callgrind watches one function.
-// usage: route_instructions CASE; prints how many routes the watched function took. Without CASE it lists them.
+// usage: route_instructions CASE; prints how many routes the watched function took. Without CASE it lists them, those
+// of many segments with the same of few, beside which a route may cost so much at most.
 #include "rib_codes.h"
 #include "tools/rib_tables.h"
 
@@ -45,12 +46,15 @@ struct counted_case {
     const char *name;
     uint32_t vsans;
     messages (*make)(uint32_t vsans, uint32_t &routes);
+    const char *peer_and_bound;
 };
 
-constexpr counted_case cases[] = {{"route-10-segments", 10, all_segments},
-                                  {"route-1000-segments", 1000, all_segments},
-                                  {"route-one-takes-10-segments", 10, one_segment},
-                                  {"route-one-takes-1000-segments", 1000, one_segment}};
+constexpr counted_case cases[] = {
+    {"route-10-segments", 10, all_segments, ""},
+    {"route-1000-segments", 1000, all_segments, " route-10-segments 1.3"},
+    {"route-one-takes-10-segments", 10, one_segment, ""},
+    {"route-one-takes-1000-segments", 1000, one_segment, " route-one-takes-10-segments 1.3"},
+};
 
 } // namespace
 
@@ -66,7 +70,7 @@ extern "C" [[gnu::noinline]] uint32_t ribkit_bench_counted(rib_tables &rib, cons
 int main(int argc, char **argv) {
     for (const counted_case &c : cases) {
         if (argc != 2) {
-            std::puts(c.name);
+            std::printf("%s%s\n", c.name, c.peer_and_bound);
         } else if (std::strcmp(argv[1], c.name) == 0) {
             uint32_t routes = 0;
             const messages all = c.make(c.vsans, routes);
