@@ -3,7 +3,7 @@ include(CMakePackageConfigHelpers)
 
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit)
 # The C++ interface: the layouts of all messages, and what reads and writes bytes by their names.
-set(ribkit_cxx_headers bytes.h layout.h size.h view.h writer.h)
+set(ribkit_cxx_headers bytes.h layout.h row.h size.h view.h writer.h)
 list(TRANSFORM ribkit_cxx_headers PREPEND ${CMAKE_SOURCE_DIR}/codec/)
 install(FILES ${ribkit_cxx_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit/codec)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/codec/messages DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit/codec)

@@ -139,7 +139,7 @@ struct digest {
 
 /// What a row does to the message, one word, half or byte after another: how the rows are split does not matter.
 void add_wire(digest &d, const row &r) {
-    if (layout::is_list(r)) {
+    if (is_list(r)) {
         for (const unsigned n : {static_cast<unsigned>(r.kind), static_cast<unsigned>(r.count.where), r.count.at + 0U,
                                  r.offset + 0U, r.stride + 0U, r.bound + 0U, wire_fingerprint(*r.entry)}) {
             d.number(n);
@@ -178,11 +178,11 @@ uint32_t description_fingerprint(const layout &l) {
         }
         d.byte(static_cast<uint8_t>(r.means));
         d.byte(r.shown_more);
-        for (size_t i = 0; i < r.n_parts; ++i) {
-            d.text(r.parts[i].name);
-            d.text(r.parts[i].vocabulary);
-            d.byte(r.parts[i].shift);
-            d.byte(r.parts[i].bits);
+        for (const row_part &p : r.parts) {
+            d.text(p.name);
+            d.text(p.vocabulary);
+            d.byte(p.shift);
+            d.byte(p.bits);
         }
         d.number(r.entry != nullptr ? description_fingerprint(*r.entry) : 0);
     }

@@ -139,8 +139,8 @@ TEST(layouts, names_are_identifiers_and_the_nameless_say_where_they_stand) {
                 EXPECT_EQ(r.name, std::string(kind) + std::to_string(r.offset));
             }
         }
-        for (size_t i = 0; i < r.n_parts; ++i) {
-            EXPECT_TRUE(is_identifier(r.parts[i].name)) << r.name;
+        for (const row_part &p : r.parts) {
+            EXPECT_TRUE(is_identifier(p.name)) << r.name;
         }
     });
 }
@@ -154,8 +154,8 @@ void expect_vocabulary(std::string_view name) {
 TEST(layouts, texts_are_those_of_an_exported_function) {
     for_each_row([](const row &r) {
         expect_vocabulary(r.vocabulary);
-        for (size_t i = 0; i < r.n_parts; ++i) {
-            expect_vocabulary(r.parts[i].vocabulary);
+        for (const row_part &p : r.parts) {
+            expect_vocabulary(p.vocabulary);
         }
     });
 }
@@ -163,9 +163,9 @@ TEST(layouts, texts_are_those_of_an_exported_function) {
 TEST(layouts, parts_do_not_overlap_but_where_a_word_is_read_in_two_ways) {
     for_each_row([](const row &r) {
         uint32_t taken = 0;
-        for (size_t i = 0; i < r.n_parts; ++i) {
-            const uint32_t bits = ((uint32_t{1} << r.parts[i].bits) - 1) << r.parts[i].shift;
-            EXPECT_TRUE((taken & bits) == 0 || std::string_view(r.parts[i].name) == "domain") << r.name;
+        for (const row_part &p : r.parts) {
+            const uint32_t bits = ((uint32_t{1} << p.bits) - 1) << p.shift;
+            EXPECT_TRUE((taken & bits) == 0 || std::string_view(p.name) == "domain") << r.name;
             taken |= bits;
         }
     });

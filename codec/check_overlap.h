@@ -11,10 +11,10 @@
 namespace ribkit {
 
 template <class Steps> template <const layout &Info> uint32_t checker<Steps>::check_overlap() {
-    constexpr const row &routes = Info.rows[Info.n_rows - 1];
+    constexpr const row &routes = Info.last();
     constexpr const layout &route = *routes.entry;
-    constexpr const row &list = route.rows[route.n_rows - 1];
-    constexpr const char *count_name = route.rows[route.n_rows - 2].name;
+    constexpr const row &list = route.last();
+    constexpr const char *count_name = route[route.rows.size() - 2].name;
     static_assert(route.at(count_name) == list.count.at);
     size_t swapped = 0;
     size_t entry = routes.offset;

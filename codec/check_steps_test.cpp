@@ -42,7 +42,7 @@ class costly {
             return bytes.size();
         }
         for (const row &r : l) {
-            if (layout::is_list(r) && r.count.where != count_in::constant) {
+            if (is_list(r) && r.count.where != count_in::constant) {
                 const uint32_t n = count(r, bytes.size() - end, depth);
                 store(r.count, at, n);
                 end = std::max(end, put_entries(r, at + r.offset, n, depth + 1));
@@ -126,7 +126,7 @@ uint64_t worst_at_random(const layout &l, size_t size) {
 }
 
 bool has_list(const layout &l) {
-    return std::any_of(l.begin(), l.end(), [](const row &r) { return layout::is_list(r); });
+    return std::any_of(l.begin(), l.end(), [](const row &r) { return is_list(r); });
 }
 
 uint64_t worst(const layout &l, size_t size) {
@@ -155,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(messages, checks_of, ::testing::ValuesIn(catalogue().be
 TEST(costly, messages_make_every_open_list_walk) {
     for (const message &m : catalogue()) {
         const row &last = *(m.wire->end() - 1);
-        const bool walked = layout::is_open(last) && (last.stride == 0 || last.entry == &wire::ucast_route);
+        const bool walked = is_open(last) && (last.stride == 0 || last.entry == &wire::ucast_route);
         if (walked) {
             EXPECT_GT(worst_of_made(*m.wire, 64 << 10), (64U << 10) / 200) << m.name;
         }

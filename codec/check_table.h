@@ -52,7 +52,7 @@ template <> inline constexpr odd_check odd_check_of<wire::verf_info> = odd_check
 template <> inline constexpr odd_check odd_check_of<wire::fcmrt_info> = odd_check::fcmrt_info;
 template <> inline constexpr odd_check odd_check_of<wire::fcurt_info> = odd_check::fcurt_info;
 
-constexpr bool is_counted_list(const row &r) { return layout::is_list(r) && r.count.where != count_in::constant; }
+constexpr bool is_counted_list(const row &r) { return is_list(r) && r.count.where != count_in::constant; }
 
 /// Whether a number says how much of the layout there is.
 constexpr bool is_counted(const layout &l) {
@@ -68,10 +68,10 @@ constexpr bool is_counted(const layout &l) {
 constexpr bool is_record_of_words(const layout &l) {
     size_t lists = 0;
     for (const row &r : l) {
-        lists += layout::is_list(r) ? 1 : 0;
+        lists += is_list(r) ? 1 : 0;
     }
-    const row &last = *(l.end() - 1);
-    return lists == 1 && layout::is_open(last) && last.stride != 0 && last.stride == last.entry->size &&
+    const row &last = l.last();
+    return lists == 1 && is_open(last) && last.stride != 0 && last.stride == last.entry->size &&
            is_words_only(*last.entry) && is_fixed(*last.entry);
 }
 
@@ -128,8 +128,8 @@ class check_table_maker {
 
     constexpr void count() {
         for (size_t i = 0; i < n_plans; ++i) {
-            const layout runs = layouts[i]->with_runs_merged();
-            for (const row &r : runs) {
+            for (size_t run = 0; run < n_runs(*layouts[i]); ++run) {
+                const row r = run_of(*layouts[i], run);
                 n_rows += has_room(r) ? 1 : 0;
                 n_lists += is_counted_list(r) ? 1 : 0;
             }
@@ -141,7 +141,7 @@ class check_table_maker {
         while (i < n_plans && std::string_view(layouts[i]->name) != wanted.name) {
             ++i;
         }
-        if (i < n_plans && (layouts[i]->size != wanted.size || layouts[i]->n_rows != wanted.n_rows)) {
+        if (i < n_plans && (layouts[i]->size != wanted.size || layouts[i]->rows.size() != wanted.rows.size())) {
             two_layouts_of_one_name();
         }
         return i;
@@ -184,8 +184,8 @@ template <const check_table_maker &Made, size_t Chars> struct check_storage {
   private:
     constexpr void add(const layout &l, check_plan &plan, odd_check odd) {
         plan = {l.size, static_cast<uint16_t>(n_rows), static_cast<uint8_t>(n_lists), 0, odd, is_record_of_words(l)};
-        const layout runs = l.with_runs_merged();
-        for (const row &r : runs) {
+        for (size_t run = 0; run < n_runs(l); ++run) {
+            const row r = run_of(l, run);
             if (Made.has_room(r)) {
                 rows[n_rows++] = {static_cast<uint16_t>(r.end()), name_at(field_name(r))};
             }

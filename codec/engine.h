@@ -48,12 +48,12 @@ struct segment {
     uint32_t begin, end; // bytes
 };
 
-constexpr bool is_fixed_row(const row &r) { return !layout::is_list(r); }
+constexpr bool is_fixed_row(const row &r) { return !is_list(r); }
 
 constexpr size_t count_segments(const layout &l) {
     size_t n = 0;
-    for (size_t i = 0; i < l.n_rows; ++i) {
-        n += is_fixed_row(l.rows[i]) && (i == 0 || !is_fixed_row(l.rows[i - 1]));
+    for (size_t i = 0; i < l.rows.size(); ++i) {
+        n += is_fixed_row(l[i]) && (i == 0 || !is_fixed_row(l[i - 1]));
     }
     return n;
 }
@@ -61,18 +61,18 @@ constexpr size_t count_segments(const layout &l) {
 constexpr segment segment_of(const layout &l, size_t wanted) {
     size_t first = 0;
     for (size_t n = 0;; ++first) {
-        if (is_fixed_row(l.rows[first]) && (first == 0 || !is_fixed_row(l.rows[first - 1])) && n++ == wanted) {
+        if (is_fixed_row(l[first]) && (first == 0 || !is_fixed_row(l[first - 1])) && n++ == wanted) {
             break;
         }
     }
     size_t last = first;
-    while (last < l.n_rows && is_fixed_row(l.rows[last])) {
+    while (last < l.rows.size() && is_fixed_row(l[last])) {
         ++last;
     }
-    while (last > first + 1 && l.rows[last - 1].kind == row_kind::gap) {
+    while (last > first + 1 && l[last - 1].kind == row_kind::gap) {
         --last;
     }
-    return {first, last, l.rows[first].offset, l.rows[last - 1].end()};
+    return {first, last, l[first].offset, l[last - 1].end()};
 }
 
 template <direction D, std::endian Host, class Isa> struct engine {
@@ -94,14 +94,15 @@ template <direction D, std::endian Host, class Isa> struct engine {
     }
 
     template <const layout &L> static uint32_t rows(const uint8_t *src, uint8_t *dst) {
-        return rows<L>(src, dst, std::make_index_sequence<L.n_rows>{}, std::make_index_sequence<count_segments(L)>{});
+        return rows<L>(src, dst, std::make_index_sequence<L.rows.size()>{},
+                       std::make_index_sequence<count_segments(L)>{});
     }
 
   private:
     template <const layout &L, size_t... Row, size_t... Segment>
     [[gnu::always_inline]] static uint32_t rows(const uint8_t *src, uint8_t *dst, std::index_sequence<Row...>,
                                                 std::index_sequence<Segment...>) {
-        const std::array<uint32_t, L.n_rows> counts{read_count<order>(L.rows[Row].count, src)...};
+        const std::array<uint32_t, L.rows.size()> counts{read_count<order>(L[Row].count, src)...};
         (Isa::template fixed<L, Segment, swaps>(src, dst), ...);
         uint32_t size = L.size;
         ((size += list_row<L, Row>(src, dst, counts[Row])), ...);
@@ -111,7 +112,7 @@ template <direction D, std::endian Host, class Isa> struct engine {
     /// Converts a list; returns its bytes behind the fixed part.
     template <const layout &L, size_t Row>
     [[gnu::always_inline]] static uint32_t list_row(const uint8_t *src, uint8_t *dst, uint32_t count) {
-        constexpr const row &r = L.rows[Row];
+        constexpr const row &r = L[Row];
         if constexpr (r.kind != row_kind::list) {
             return 0;
         } else if constexpr (r.bound == 0) {
@@ -131,7 +132,7 @@ template <direction D, std::endian Host, class Isa> struct engine {
     /// Converts the entries of a list one after another; returns how far they step.
     template <const layout &L, size_t Row>
     [[gnu::always_inline]] static uint32_t entries(const uint8_t *src, uint8_t *dst, uint32_t count) {
-        constexpr const row &r = L.rows[Row];
+        constexpr const row &r = L[Row];
         constexpr const layout &entry = *r.entry;
         if constexpr (is_words_only(entry) && r.stride == 0) {
             const size_t size = self_sized<entry>(src, count);
@@ -161,7 +162,7 @@ template <direction D, std::endian Host, class Isa> struct engine {
 
     /// The bytes of `count` entries that each end in a list of words and say its length.
     template <const layout &Entry> [[gnu::always_inline]] static size_t self_sized(const uint8_t *src, uint32_t count) {
-        constexpr const row &labels = Entry.rows[Entry.n_rows - 1];
+        constexpr const row &labels = Entry.last();
         size_t at = 0;
         for (; count != 0; --count) {
             at += Entry.size + size_t{4} * read_count<order>(labels.count, src + at);

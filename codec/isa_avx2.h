@@ -25,7 +25,7 @@ struct avx2 {
     template <const layout &L, std::endian Order, bool Swaps>
     [[gnu::always_inline]] static uint32_t shortcut(const uint8_t *src, uint8_t *dst,
                                                     uint32_t (*rows)(const uint8_t *, uint8_t *)) {
-        constexpr const row &r = L.rows[L.n_rows - 1];
+        constexpr const row &r = L.last();
         const uint32_t count = read_count<Order>(r.count, src);
         if constexpr (is_record(L)) {
             return record<L, r.stride, Swaps>(src, dst, count);
@@ -88,24 +88,24 @@ struct avx2 {
     static constexpr size_t count_lists(const layout &l) {
         size_t n = 0;
         for (const row &r : l) {
-            n += layout::is_list(r);
+            n += is_list(r);
         }
         return n;
     }
     /// A fixed part and one open list of words.
     static constexpr bool is_record(const layout &l) {
-        const row &last = l.rows[l.n_rows - 1];
+        const row &last = l.last();
         return count_lists(l) == 1 && is_word_list(last) && last.bound == 0 && l.size >= 16 && l.size <= 128;
     }
     /// A short entry that ends in its one bounded list of words.
     static constexpr bool is_capped(const layout &l) {
-        const row &last = l.rows[l.n_rows - 1];
+        const row &last = l.last();
         return count_lists(l) == 1 && is_word_list(last) && last.stride == 4 && last.bound != 0 &&
                last.count.where != count_in::constant && l.size >= 16 && l.size <= 128;
     }
     static constexpr bool is_windowed(const layout &l, segment s) {
         for (size_t i = s.first; i < s.last; ++i) {
-            if (l.rows[i].kind == row_kind::name) {
+            if (l[i].kind == row_kind::name) {
                 return false;
             }
         }

@@ -38,7 +38,7 @@ struct scalar {
     /// Converts one fixed row.
     template <const layout &L, size_t Row, bool Swaps>
     [[gnu::always_inline]] static void one(const uint8_t *message, uint8_t *converted) {
-        constexpr const row &r = L.rows[Row];
+        constexpr const row &r = L[Row];
         const uint8_t *src = message + r.offset;
         uint8_t *dst = converted + r.offset;
         if constexpr (r.kind == row_kind::words) {

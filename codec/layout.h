@@ -3,186 +3,13 @@
 // up.
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
+#include "codec/row.h"
+
 #include <initializer_list>
 #include <string_view>
+#include <utility>
 
 namespace ribkit {
-
-enum class row_kind : uint8_t {
-    words,  // 32-bit words, converted
-    half,   // one 16-bit number, converted
-    bytes,  // carried unchanged
-    masked, // one byte of which only the bits of `mask` are carried
-    zero,   // written as zero whatever the source holds
-    gap,    // carried by nobody: the destination keeps what it held
-    name,   // a string, cut to `mask` characters and zero-filled to its area
-    list,   // `count` entries of `entry`
-    records // as an open list, but its entries are converted one by one by whoever walks the message
-};
-
-/// What a word or a run of bytes means to a reader; plain where the messages give it no meaning.
-enum class meaning : uint8_t {
-    plain,
-    client,
-    operation,
-    action,
-    flags,
-    vsan,
-    fc_id,
-    fc_mask,
-    interface,
-    label,
-    control,
-    domain,
-    cost,
-    count,
-    time,
-    domains,
-    ports,
-};
-
-enum class count_in : uint8_t { none, word, second_byte, constant };
-
-/// Where a list's count stands: in a word, in the second byte (bits 23 to 16) of a word, or nowhere: a constant.
-struct count_of {
-    count_in where = count_in::none;
-    uint16_t at = 0; // the word's offset; the count itself for a constant
-};
-
-namespace in {
-constexpr count_of word(uint16_t offset) { return {count_in::word, offset}; }
-constexpr count_of second_byte(uint16_t offset) { return {count_in::second_byte, offset}; }
-constexpr count_of constant(uint16_t count) { return {count_in::constant, count}; }
-} // namespace in
-
-struct layout;
-
-/// Some bits of a word or byte that have a name of their own.
-struct row_part {
-    const char *name = "";
-    uint8_t shift = 0; // of its lowest bit
-    uint8_t bits = 0;
-    const char *vocabulary = ""; // as in a row
-};
-
-constexpr row_part part(const char *name, uint8_t shift, uint8_t bits, const char *vocabulary = "") {
-    return {name, shift, bits, vocabulary};
-}
-
-// Not constexpr: naming one of these while a layout is compiled is the error message.
-void row_has_a_part_outside();
-
-/// A line of a layout's table. A name is what accessors, traces and displays call the field; what none of them names is
-/// called by its kind and offset ("word_16"). Only compilers, tools and tests hold rows: see merged.
-struct row {
-    row_kind kind{};
-    meaning means{};
-    uint8_t mask = 0;
-    count_of count{};
-    uint16_t offset = 0;
-    uint16_t size = 0;   // bytes of the message that the row occupies; 0 for an open list, which comes last
-    uint16_t stride = 0; // bytes from entry to entry; 0 where each entry says its own size
-    uint16_t bound = 0;  // entries of a bounded list, whose unused ones are zero-filled; 0 for an open list
-    const char *name = "";
-    const layout *entry = nullptr;
-    bool continues = false;      // in one run with the row before: see also
-    uint8_t shown_more = 0;      // what a reader is shown is the number and this
-    const char *until = "";      // of merged rows, the last one's name
-    const char *vocabulary = ""; // the function that makes a text of the number, without "_to_str"
-    const char *unit = "";
-    static constexpr size_t most_parts = 6;
-    uint8_t n_parts = 0;
-    std::array<row_part, most_parts> parts{};
-
-    [[nodiscard]] constexpr uint32_t end() const { return uint32_t{offset} + size; }
-
-    /// Its number has texts.
-    [[nodiscard]] constexpr row says(const char *texts) const {
-        row with = *this;
-        with.vocabulary = texts;
-        return with;
-    }
-    /// Its bits have names.
-    template <size_t N> [[nodiscard]] constexpr row split(const row_part (&names)[N]) const {
-        static_assert(N <= most_parts);
-        row with = *this;
-        for (const row_part &p : names) {
-            if (p.shift + p.bits > 8 * size) {
-                row_has_a_part_outside();
-            }
-            with.parts[with.n_parts++] = p;
-        }
-        return with;
-    }
-    [[nodiscard]] constexpr row in(const char *measure) const {
-        row with = *this;
-        with.unit = measure;
-        return with;
-    }
-    /// Modules and the like are numbered from 0 and shown from 1.
-    [[nodiscard]] constexpr row shown_plus_one() const {
-        row with = *this;
-        with.shown_more = 1;
-        return with;
-    }
-};
-
-constexpr uint16_t times(uint16_t a, uint16_t b) { return static_cast<uint16_t>(a * b); }
-
-// The rows, as a layout's table writes them.
-constexpr row word(uint16_t offset, const char *name, meaning means = meaning::plain) {
-    return {.kind = row_kind::words, .means = means, .offset = offset, .size = 4, .name = name};
-}
-constexpr row half(uint16_t offset, const char *name) {
-    return {.kind = row_kind::half, .offset = offset, .size = 2, .name = name};
-}
-constexpr row bytes(uint16_t offset, uint16_t size, const char *name, meaning means = meaning::plain) {
-    return {.kind = row_kind::bytes, .means = means, .offset = offset, .size = size, .name = name};
-}
-constexpr row masked(uint16_t offset, uint8_t mask, const char *name) {
-    return {.kind = row_kind::masked, .mask = mask, .offset = offset, .size = 1, .name = name};
-}
-constexpr row zero(uint16_t offset, uint16_t size) {
-    return {.kind = row_kind::zero, .offset = offset, .size = size, .name = "zero"};
-}
-constexpr row gap(uint16_t offset, uint16_t size, const char *name = "gap", meaning means = meaning::plain) {
-    return {.kind = row_kind::gap, .means = means, .offset = offset, .size = size, .name = name};
-}
-constexpr row name(uint16_t offset, uint16_t size, uint8_t longest, const char *called) {
-    return {.kind = row_kind::name, .mask = longest, .offset = offset, .size = size, .name = called};
-}
-
-/// In one run with the row before it: converted, and where bytes are missing reported, as one.
-consteval row also(row next) {
-    next.continues = true;
-    return next;
-}
-
-/// An open list: as many entries as its count says, to the end of the message.
-constexpr row list(uint16_t offset, const char *name, count_of count, const layout &entry, uint16_t stride) {
-    return {.kind = row_kind::list, .count = count, .offset = offset, .stride = stride, .name = name, .entry = &entry};
-}
-/// A bounded list: room for `bound` entries, zero-filled from the count to the bound.
-constexpr row list(uint16_t offset, const char *name, count_of count, const layout &entry, uint16_t stride,
-                   uint16_t bound) {
-    row bounded = list(offset, name, count, entry, stride);
-    bounded.size = times(stride, bound);
-    bounded.bound = bound;
-    return bounded;
-}
-/// A list whose number of entries never varies.
-constexpr row list(uint16_t offset, const char *name, uint16_t n, const layout &entry, uint16_t stride) {
-    return list(offset, name, in::constant(n), entry, stride, n);
-}
-/// The records that follow an update's header: sized and checked with it, each converted by its own converter.
-constexpr row records(uint16_t offset, const char *name, count_of count, const layout &entry) {
-    row following = list(offset, name, count, entry, 0);
-    following.kind = row_kind::records;
-    return following;
-}
 
 // Not constexpr: naming one of these while a layout is compiled is the error message.
 void layout_rows_leave_a_hole_or_overlap();
@@ -190,68 +17,26 @@ void layout_count_must_stand_in_a_word_before_its_list();
 void layout_open_list_must_be_last();
 void layout_size_differs_from_its_rows();
 void layout_run_is_of_one_kind_only();
-void layout_has_too_many_rows();
+void layout_part_lies_outside_its_row();
 void layout_has_no_such_field();
 
-struct layout {
-    static constexpr size_t most_rows = 14;
+/// That a layout's rows are in order. Every layout has one, and nothing else makes one.
+class layout_check {
+    friend struct layout;
+    constexpr explicit layout_check(const layout &l);
+};
 
+/// A message's table. The rows are an array of their own, just as long as the table, which lives where the layout does.
+struct layout {
     const char *name;
     uint16_t size; // of the fixed part, bounded lists included
-    uint16_t n_rows = 0;
-    row rows[most_rows]{};
+    std::initializer_list<row> rows;
+    layout_check checked = layout_check(*this);
 
-    consteval layout(const char *called, uint16_t fixed_size, std::initializer_list<row> table)
-        : name(called), size(fixed_size) {
-        uint32_t next = 0;
-        for (const row &r : table) {
-            if (n_rows == most_rows) {
-                layout_has_too_many_rows();
-            }
-            if (n_rows != 0 && is_open(rows[n_rows - 1])) {
-                layout_open_list_must_be_last();
-            }
-            if (r.continues && (n_rows == 0 || rows[n_rows - 1].kind != r.kind || !can_continue(r.kind))) {
-                layout_run_is_of_one_kind_only();
-            }
-            if (r.offset != next) {
-                layout_rows_leave_a_hole_or_overlap();
-            }
-            if (is_list(r) && r.count.where != count_in::constant && !has_word_at(r.count.at)) {
-                layout_count_must_stand_in_a_word_before_its_list();
-            }
-            rows[n_rows++] = r;
-            next += r.size;
-        }
-        if (next != size) {
-            layout_size_differs_from_its_rows();
-        }
-    }
-
-    /// The same but for its last row.
-    consteval layout(const layout &other, row last) : layout(other) { rows[n_rows - 1] = last; }
-
-    /// Every run as one row.
-    [[nodiscard]] constexpr layout with_runs_merged() const {
-        layout runs = *this;
-        runs.n_rows = 0;
-        for (const row &r : *this) {
-            if (r.continues) {
-                row &run = runs.rows[runs.n_rows - 1];
-                run.size = static_cast<uint16_t>(run.size + r.size);
-                run.until = r.name;
-            } else {
-                runs.rows[runs.n_rows++] = r;
-            }
-        }
-        return runs;
-    }
-
-    [[nodiscard]] constexpr const row *begin() const { return rows; }
-    [[nodiscard]] constexpr const row *end() const { return rows + n_rows; }
-
-    static constexpr bool is_list(const row &r) { return r.kind == row_kind::list || r.kind == row_kind::records; }
-    static constexpr bool is_open(const row &r) { return is_list(r) && r.bound == 0; }
+    [[nodiscard]] constexpr const row *begin() const { return rows.begin(); }
+    [[nodiscard]] constexpr const row *end() const { return rows.end(); }
+    [[nodiscard]] constexpr const row &operator[](size_t i) const { return begin()[i]; }
+    [[nodiscard]] constexpr const row &last() const { return end()[-1]; }
 
     /// The row of that name; an unknown name does not compile.
     [[nodiscard]] consteval row row_of(std::string_view field) const {
@@ -264,20 +49,87 @@ struct layout {
         return {};
     }
     [[nodiscard]] consteval uint16_t at(std::string_view field) const { return row_of(field).offset; }
-
-  private:
-    static constexpr bool can_continue(row_kind kind) { return kind == row_kind::words || kind == row_kind::bytes; }
-    [[nodiscard]] constexpr bool has_word_at(uint32_t offset) const {
-        for (const row &r : *this) {
-            if (r.kind == row_kind::words && offset >= r.offset && offset < r.end() && offset % 4 == 0) {
-                return true;
-            }
-        }
-        return false;
-    }
 };
 
+/// Whether one of the first `n` rows has a word there.
+constexpr bool has_word_at(const layout &l, size_t n, uint32_t offset) {
+    for (size_t i = 0; i < n; ++i) {
+        if (l[i].kind == row_kind::words && offset >= l[i].offset && offset < l[i].end() && offset % 4 == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+constexpr bool can_continue(const row &before, const row &r) {
+    return before.kind == r.kind && (r.kind == row_kind::words || r.kind == row_kind::bytes);
+}
+
+constexpr bool has_part_outside(const row &r) {
+    for (const row_part &p : r.parts) {
+        if (p.shift + p.bits > 8 * r.size) {
+            return true;
+        }
+    }
+    return false;
+}
+
+constexpr layout_check::layout_check(const layout &l) {
+    uint32_t next = 0;
+    for (size_t i = 0; i < l.rows.size(); ++i) {
+        const row &r = l[i];
+        if (i != 0 && is_open(l[i - 1])) {
+            layout_open_list_must_be_last();
+        }
+        if (r.continues && (i == 0 || !can_continue(l[i - 1], r))) {
+            layout_run_is_of_one_kind_only();
+        }
+        if (r.offset != next) {
+            layout_rows_leave_a_hole_or_overlap();
+        }
+        if (is_list(r) && r.count.where != count_in::constant && !has_word_at(l, i, r.count.at)) {
+            layout_count_must_stand_in_a_word_before_its_list();
+        }
+        if (has_part_outside(r)) {
+            layout_part_lies_outside_its_row();
+        }
+        next += r.size;
+    }
+    if (next != l.size) {
+        layout_size_differs_from_its_rows();
+    }
+}
+
+/// How many rows are left where every run is one.
+constexpr size_t n_runs(const layout &l) {
+    size_t n = 0;
+    for (const row &r : l) {
+        n += r.continues ? 0 : 1;
+    }
+    return n;
+}
+
+/// One of them.
+constexpr row run_of(const layout &l, size_t wanted) {
+    row run;
+    size_t begun = 0;
+    for (const row &r : l) {
+        begun += r.continues ? 0 : 1;
+        if (begun == wanted + 1) {
+            run = r.continues ? run.followed_by(r) : r;
+        }
+    }
+    return run;
+}
+
+/// A layout of as many rows as there are indices, each of which `Row` makes from another layout.
+template <const layout &Of, row (&Row)(const layout &, size_t), class Indices>
+inline constexpr layout made_of{"", 0, {}};
+template <const layout &Of, row (&Row)(const layout &, size_t), size_t... I>
+inline constexpr layout made_of<Of, Row, std::index_sequence<I...>>{Of.name, Of.size, {Row(Of, I)...}};
+
 /// What converters and checks are made from: fewer and longer rows, of the same bytes.
-template <const layout &L> inline constexpr layout merged = L.with_runs_merged();
+template <const layout &L>
+inline constexpr const layout &merged = made_of<L, run_of, std::make_index_sequence<n_runs(L)>>;
 
 } // namespace ribkit

@@ -77,8 +77,7 @@ const char *meaning_of(meaning means) {
 /// "bits 31-12 `label`, 8 `bottom`"
 std::string parts_of(const row &r) {
     std::string text;
-    for (size_t i = 0; i < r.n_parts; ++i) {
-        const row_part &p = r.parts[i];
+    for (const row_part &p : r.parts) {
         text += text.empty() ? "bits " : ", ";
         text += p.bits == 1 ? "" : std::to_string(p.shift + p.bits - 1) + "-";
         text += std::to_string(p.shift) + " `" + p.name + "`";
@@ -147,7 +146,7 @@ std::string note_of(const row &r) {
 }
 
 std::string size_of(const row &r) {
-    if (!layout::is_list(r)) {
+    if (!is_list(r)) {
         return std::to_string(r.size);
     }
     return r.stride == 0 ? "own size each" : std::to_string(r.stride) + " each";
@@ -198,7 +197,7 @@ void print_chapter(std::string &text, const std::vector<const message *> &chapte
         text += std::string(m == chapter[0] ? " " : ", ") + m->prefix + "_" + m->name;
     }
     const layout &l = *chapter[0]->wire;
-    print_layout(text, l, chapter[0]->odd, layout::is_open(l.rows[l.n_rows - 1]) || chapter[0]->odd[0] != '\0');
+    print_layout(text, l, chapter[0]->odd, is_open(l.last()) || chapter[0]->odd[0] != '\0');
 }
 
 } // namespace

@@ -67,9 +67,39 @@ inline uint32_t refused(uint8_t *message) {
 #elif CASE == 22 // a run of different kinds: layout_run_is_of_one_kind_only
     static constexpr layout run{"run", 8, {word(0, "a"), also(bytes(4, 4, "b"))}};
     sum += run.size;
-#elif CASE == 23 // a part outside of its word: row_has_a_part_outside
-    static constexpr row outside = word(0, "a").split({part("b", 30, 4)});
+#elif CASE == 23 // a part outside of its word: layout_part_lies_outside_its_row
+    static constexpr row_part parts[] = {part("b", 30, 4)};
+    static constexpr layout outside{"outside", 4, {word(0, "a").split(parts)}};
     sum += outside.size;
+#elif CASE == 24 // rows in another order: layout_rows_leave_a_hole_or_overlap
+    static constexpr layout backwards{"backwards", 4, {half(2, "a"), half(0, "b")}};
+    sum += backwards.size;
+#elif CASE == 25 // a count that is no word: layout_count_must_stand_in_a_word_before_its_list
+    static constexpr layout carried{"carried", 4, {bytes(0, 4, "n"), list(4, "entry", in::word(0), wire::label, 4)}};
+    sum += carried.size;
+#elif CASE == 26 // a count between words: layout_count_must_stand_in_a_word_before_its_list
+    static constexpr layout between{
+        "between", 8, {word(0, "n"), word(4, "m"), list(8, "entry", in::word(2), wire::label, 4)}};
+    sum += between.size;
+#elif CASE == 27 // records before a list: layout_open_list_must_be_last
+    static constexpr layout two{
+        "two", 4, {word(0, "n"), records(4, "a", in::word(0), wire::label), list(4, "b", in::word(0), wire::label, 4)}};
+    sum += two.size;
+#elif CASE == 28 // a size without its bounded list: layout_size_differs_from_its_rows
+    static constexpr layout bounded{"bounded", 4, {word(0, "n"), list(4, "entry", in::word(0), wire::label, 4, 1)}};
+    sum += bounded.size;
+#elif CASE == 29 // a run of halves: layout_run_is_of_one_kind_only
+    static constexpr layout halves{"halves", 4, {half(0, "a"), also(half(2, "b"))}};
+    sum += halves.size;
+#elif CASE == 30 // a run that nothing begins: layout_run_is_of_one_kind_only
+    static constexpr layout begins{"begins", 4, {also(word(0, "a"))}};
+    sum += begins.size;
+#elif CASE == 31 // a layout that says itself that it is right: layout_check
+    static constexpr layout unchecked{"unchecked", 8, {word(0, "a")}, layout_check(wire::label)};
+    sum += unchecked.size;
+#elif CASE == 32 // a layout that its rows do not outlive: not a constant expression|must be initialized by a constant
+    constexpr layout brief{"brief", 4, {word(0, "a")}};
+    sum += view<brief>(message).get<"a">();
 #endif
     return sum;
 }

@@ -25,8 +25,8 @@ template <const layout &L, std::endian Order = std::endian::big>
 /// The bytes of `count` entries one behind the other.
 template <const layout &Entry, std::endian Order>
 [[gnu::always_inline]] inline size_t wire_size_of_run(const uint8_t *first, size_t count) {
-    constexpr const row &last = Entry.rows[Entry.n_rows - 1];
-    if constexpr (!layout::is_open(last)) {
+    constexpr const row &last = Entry.last();
+    if constexpr (!is_open(last)) {
         return count * Entry.size;
     } else if constexpr (last.stride == 0) {
         size_t at = 0;
@@ -50,8 +50,8 @@ template <const layout &Entry, std::endian Order>
 }
 
 template <const layout &L, std::endian Order> [[gnu::always_inline]] inline size_t wire_size(const uint8_t *message) {
-    constexpr const row &last = L.rows[L.n_rows - 1];
-    if constexpr (!layout::is_open(last)) {
+    constexpr const row &last = L.last();
+    if constexpr (!is_open(last)) {
         return L.size;
     } else {
         const uint32_t count = read_count<Order>(last.count, message);

@@ -38,16 +38,16 @@ constexpr std::endian order_of(const row &r, std::endian message) {
 }
 
 constexpr bool is_number(const row &r) {
-    return !layout::is_list(r) && r.kind != row_kind::name && (r.size == 1 || r.size == 2 || r.size == 4);
+    return !is_list(r) && r.kind != row_kind::name && (r.size == 1 || r.size == 2 || r.size == 4);
 }
 
 // Not constexpr: naming this while a program is compiled is the error message.
 void row_has_no_such_part();
 
 constexpr row_part part_of(const row &r, std::string_view wanted) {
-    for (size_t i = 0; i < r.n_parts; ++i) {
-        if (wanted == r.parts[i].name) {
-            return r.parts[i];
+    for (const row_part &p : r.parts) {
+        if (wanted == p.name) {
+            return p;
         }
     }
     row_has_no_such_part();
@@ -139,13 +139,13 @@ template <const layout &L, std::endian Order = std::endian::big, class Byte = co
 
     /// The entries of a list.
     template <field_called Field> [[nodiscard]] auto list() const {
-        static_assert(layout::is_list(row_of<Field>), "the field is no list");
+        static_assert(is_list(row_of<Field>), "the field is no list");
         return list_of<Field, *row_of<Field>.entry, row_of<Field>.stride>();
     }
 
     /// The entries of a list, taken to be of another layout that says its own size.
     template <field_called Field, const layout &Entry> [[nodiscard]] auto list_as() const {
-        static_assert(layout::is_list(row_of<Field>), "the field is no list");
+        static_assert(is_list(row_of<Field>), "the field is no list");
         return list_of<Field, Entry, self_sized>();
     }
 

@@ -131,7 +131,7 @@ template <const layout &L, uint32_t Begin, uint32_t End, bool Swaps> struct imag
 template <const layout &L, bool Swaps> struct capped_image : windows_over<0, L.size> {
     using over = windows_over<0, L.size>;
     using over::at, over::n, over::width;
-    static constexpr const row &list = L.rows[L.n_rows - 1];
+    static constexpr const row &list = L.last();
     static constexpr uint32_t counts = list.bound + 1U;
 
     struct table {

@@ -40,7 +40,7 @@ struct room {
 
 constexpr bool counts_a_list(const layout &l, const row &r, count_in where) {
     for (const row &other : l) {
-        if (layout::is_list(other) && other.count.where == where && other.count.at == r.offset) {
+        if (is_list(other) && other.count.where == where && other.count.at == r.offset) {
             return true;
         }
     }
@@ -106,7 +106,7 @@ template <const layout &L, size_t Depth> class written_entry {
     /// count can hold no more, or where something was added behind this one's parent meanwhile.
     template <field_called Field> auto add() const {
         constexpr row r = L.row_of(Field.str());
-        static_assert(layout::is_list(r) && r.count.where != count_in::constant, "nothing is counted there");
+        static_assert(is_list(r) && r.count.where != count_in::constant, "nothing is counted there");
         static_assert(Depth + 1 < written::depths);
         using entry = written_entry<*r.entry, Depth + 1>;
         if (!*this) {
@@ -132,7 +132,7 @@ template <const layout &L, size_t Depth> class written_entry {
     /// it has overwritten stays 0.
     template <field_called Field, class Entry> void take_back(const Entry &entry) const {
         constexpr row r = L.row_of(Field.str());
-        static_assert(layout::is_list(r) && Entry::is_of(*r.entry), "the entry is of another list");
+        static_assert(is_list(r) && Entry::is_of(*r.entry), "the entry is of another list");
         if (!*this) {
             return;
         }

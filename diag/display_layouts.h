@@ -8,8 +8,11 @@ namespace ribkit::wire {
 
 /// A unicast table entry as it is displayed: its hops follow one another, each as long as its labels make it. (The
 /// message's hops stand 8 bytes apart.)
-inline constexpr layout shown_ucast_route{
-    ucast_route, list(ucast_route.size, "hop", ucast_route.row_of("hop").count, fclrt_intf, 0)};
+constexpr row shown_row(const layout &route, size_t i) {
+    return is_list(route[i]) ? list(route[i].offset, route[i].name, route[i].count, fclrt_intf, 0) : route[i];
+}
+inline constexpr const layout &shown_ucast_route =
+    made_of<ucast_route, shown_row, std::make_index_sequence<ucast_route.rows.size()>>;
 
 /// A row of the SNMP route table.
 inline constexpr layout fcroute_entry{"fcRouteEntry",
