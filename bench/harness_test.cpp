@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ribkit::bench;
+
 namespace {
 
 using ribkit::bench::print_row;

@@ -3,7 +3,7 @@
 #include "codec/messages/route.h"
 #include "rib_codec.h"
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using namespace ribkit::wire;
 
 static uint32_t word_at(const void *message, uint32_t offset) {

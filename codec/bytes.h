@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 template <std::endian Order> [[gnu::always_inline]] inline uint32_t load32(const uint8_t *at) {
     uint32_t word;
@@ -33,4 +33,4 @@ template <std::endian Order> [[gnu::always_inline]] inline void store16(uint8_t 
 [[gnu::always_inline]] inline uint32_t be32(const uint8_t *at) { return load32<std::endian::big>(at); }
 [[gnu::always_inline]] inline uint32_t be16(const uint8_t *at) { return static_cast<uint32_t>(at[0] << 8 | at[1]); }
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 static constexpr message messages[] = {
     {"rib", "fclrt_update", &wire::fclrt_update, rib_hton_fclrt_update, rib_ntoh_fclrt_update},
@@ -189,4 +189,4 @@ uint32_t description_fingerprint(const layout &l) {
     return d.value;
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

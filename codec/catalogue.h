@@ -6,7 +6,7 @@
 
 #include <span>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// An exported converter, of whichever of the two signatures.
 struct converter {
@@ -60,4 +60,4 @@ uint32_t wire_fingerprint(const layout &l);
 /// A digest of what a layout says to a reader, its bytes included: it changes with every name, too.
 uint32_t description_fingerprint(const layout &l);
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -12,7 +12,7 @@
 
 namespace {
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using ribkit::testing::expect_golden;
 using ribkit::testing::file_content;
 

@@ -3,11 +3,11 @@
 #include "codec/check_odd.h"
 #include "codec/check_overlap.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 uint32_t check(const check_tables &tables, uint8_t plan, const char *name, const void *message, uint32_t size,
                rib_check_report *report) {
     return checker<uncounted>(tables, name, static_cast<const uint8_t *>(message), size, report).check(plan);
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

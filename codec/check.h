@@ -5,7 +5,7 @@
 #include "codec/check_table.h"
 #include "rib_check.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// @return 0, RIB_BAD_PARAMETERS or RIB_EXCESS_DATA; the report, which may be null, is filled where it is not 0
 uint32_t check(const check_tables &tables, uint8_t plan, const char *name, const void *message, uint32_t size,
@@ -18,4 +18,4 @@ uint32_t check(const char *name, const void *message, uint32_t size, rib_check_r
     return check(own::tables, own::template plan<L>(), name, message, size, report);
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

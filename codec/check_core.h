@@ -4,10 +4,10 @@
 #include "codec/check_table.h"
 #include "codec/kernels.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 template <const layout &...L> checked_layouts<L...> checked(layouts<L...> /*all*/);
 
 using core_checks = decltype(checked(all_layouts{}));
 
-} // namespace ribkit
+} // namespace ribkit::codec

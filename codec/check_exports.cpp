@@ -2,7 +2,7 @@
 #include "codec/check.h"
 #include "codec/check_core.h"
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using namespace ribkit::wire;
 
 template <const layout &L>

@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace ribkit::naive;
+using namespace ribkit::witness;
 using byte_vector = std::vector<uint8_t>;
 
 /// Under emulation (the 32-bit builds) everything is many times slower.

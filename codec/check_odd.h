@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 template <class Steps> uint32_t checker<Steps>::walk_odd(odd_check odd, size_t at, size_t &end) {
     switch (odd) {
@@ -59,4 +59,4 @@ template <class Steps> uint32_t checker<Steps>::check_verf_info(size_t at, size_
     return RIB_OK;
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

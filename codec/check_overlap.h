@@ -8,7 +8,7 @@
 
 #include <array>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 template <class Steps> template <const layout &Info> uint32_t checker<Steps>::check_overlap() {
     constexpr const row &routes = Info.last();
@@ -134,4 +134,4 @@ template <class Steps> size_t checker<Steps>::first_with_bad_run(size_t first, s
     return found;
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

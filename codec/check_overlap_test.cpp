@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using byte_vector = std::vector<uint8_t>;
 
 constexpr size_t header = 8;
@@ -46,12 +46,12 @@ answer one_by_one(const byte_vector &bytes) {
     checker<uncounted> c(core_checks::tables, "", bytes.data(), bytes.size(), &said.report);
     size_t end = header;
     if (bytes.size() < header) {
-        said.code = c.walk(core_checks::plan<wire::fcurt_info>(), 0, end);
+        said.code = c.walk(core_checks::plan<ribkit::wire::fcurt_info>(), 0, end);
         return said;
     }
     const uint32_t count = be32(bytes.data());
     for (size_t i = 0; i < count; ++i) {
-        said.code = c.walk(core_checks::plan<wire::ucast_route>(), header + i * fixed, end);
+        said.code = c.walk(core_checks::plan<ribkit::wire::ucast_route>(), header + i * fixed, end);
         if (said.code != 0) {
             return said;
         }

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace ribkit;
+using namespace ribkit::codec;
 
 struct counted {
     uint64_t n = 0;
@@ -155,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(messages, checks_of, ::testing::ValuesIn(catalogue().be
 TEST(costly, messages_make_every_open_list_walk) {
     for (const message &m : catalogue()) {
         const row &last = *(m.wire->end() - 1);
-        const bool walked = is_open(last) && (last.stride == 0 || last.entry == &wire::ucast_route);
+        const bool walked = is_open(last) && (last.stride == 0 || last.entry == &ribkit::wire::ucast_route);
         if (walked) {
             EXPECT_GT(worst_of_made(*m.wire, 64 << 10), (64U << 10) / 200) << m.name;
         }

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <array>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// Demands that a layout cannot express: see check_odd.h.
 enum class odd_check : uint8_t { none, ucast_route, registration, in_info, verf_info, fcmrt_info, fcurt_info };
@@ -251,4 +251,4 @@ template <const layout &...L> class checked_layouts {
     }
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

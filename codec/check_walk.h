@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 struct uncounted {
     void step() {}
@@ -64,7 +64,7 @@ template <class Steps> class checker {
 
     [[nodiscard]] uint32_t refuse(rib_check_rule rule, const char *field, size_t offset, size_t found,
                                   size_t allowed) const {
-        return ribkit::refuse(report_, {name_, field, to_word(offset), to_word(found), to_word(allowed), rule});
+        return ribkit::codec::refuse(report_, {name_, field, to_word(offset), to_word(found), to_word(allowed), rule});
     }
     static uint32_t to_word(size_t n) { return static_cast<uint32_t>(std::min(n, size_t{UINT32_MAX})); }
 
@@ -164,4 +164,4 @@ template <class Steps> class checker {
     [[nodiscard]] size_t fitting_hop_at(size_t at) const;
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -13,7 +13,7 @@
 #include <array>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 enum class direction : uint8_t { to_network, to_host };
 
@@ -171,4 +171,4 @@ template <direction D, std::endian Host, class Isa> struct engine {
     }
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

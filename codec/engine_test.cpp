@@ -5,7 +5,7 @@
 
 #include "codec/catalogue.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 #ifdef RIBKIT_HAS_AVX2
 extern const kernel_table avx2_big_kernels, avx2_little_kernels;
@@ -16,19 +16,19 @@ namespace {
 struct variant {
     const char *name;
     const kernel_table *kernels;
-    naive::order host;
+    witness::order host;
 };
 
 constexpr kernel_table scalar_big = all_layouts::kernels<scalar, std::endian::big>();
 constexpr kernel_table scalar_little = all_layouts::kernels<scalar, std::endian::little>();
 
 std::vector<variant> variants() {
-    std::vector<variant> all{{"scalar_big", &scalar_big, naive::order::big},
-                             {"scalar_little", &scalar_little, naive::order::little}};
+    std::vector<variant> all{{"scalar_big", &scalar_big, witness::order::big},
+                             {"scalar_little", &scalar_little, witness::order::little}};
 #ifdef RIBKIT_HAS_AVX2
     if (__builtin_cpu_supports("avx2")) {
-        all.push_back({"avx2_big", &avx2_big_kernels, naive::order::big});
-        all.push_back({"avx2_little", &avx2_little_kernels, naive::order::little});
+        all.push_back({"avx2_big", &avx2_big_kernels, witness::order::big});
+        all.push_back({"avx2_little", &avx2_little_kernels, witness::order::little});
     }
 #endif
     return all;
@@ -39,13 +39,13 @@ class engine : public ::testing::TestWithParam<variant> {
     static constexpr unsigned rounds = sizeof(void *) == 4 ? 10 : 100;
 
     /// Both directions of every message of the catalogue.
-    static void for_each_converter(const std::function<void(const naive::subject &)> &examine) {
+    static void for_each_converter(const std::function<void(const witness::subject &)> &examine) {
         for (const message &m : catalogue()) {
-            const naive::pair *model = naive::find_pair(std::string(m.prefix) + "_" + m.name);
+            const witness::pair *model = witness::find_pair(std::string(m.prefix) + "_" + m.name);
             ASSERT_NE(model, nullptr) << m.name;
             const kernel &k = (*GetParam().kernels)[all_layouts::index(m.wire)];
-            examine({model, naive::direction::hton, GetParam().host, bytewise(k.to_network)});
-            examine({model, naive::direction::ntoh, GetParam().host, bytewise(k.to_host)});
+            examine({model, witness::direction::hton, GetParam().host, bytewise(k.to_network)});
+            examine({model, witness::direction::ntoh, GetParam().host, bytewise(k.to_host)});
         }
     }
 
@@ -58,19 +58,19 @@ class engine : public ::testing::TestWithParam<variant> {
 };
 
 TEST_P(engine, agrees_with_the_naive_converters) {
-    for_each_converter([](const naive::subject &s) { EXPECT_TRUE(naive::agrees_at_random(s, rounds)); });
+    for_each_converter([](const witness::subject &s) { EXPECT_TRUE(witness::agrees_at_random(s, rounds)); });
 }
 
 TEST_P(engine, touches_nothing_beyond_the_message) {
-    for_each_converter([](const naive::subject &s) { EXPECT_TRUE(naive::agrees_at_the_edge(s, rounds / 5)); });
+    for_each_converter([](const witness::subject &s) { EXPECT_TRUE(witness::agrees_at_the_edge(s, rounds / 5)); });
 }
 
 TEST_P(engine, agrees_with_golden_vectors) {
-    const std::vector<naive::golden> goldens = naive::load_goldens(RIBKIT_SOURCE_DIR "/codec/witness/golden");
-    for_each_converter([&](const naive::subject &s) {
-        for (const naive::golden &vector : goldens) {
+    const std::vector<witness::golden> goldens = witness::load_goldens(RIBKIT_SOURCE_DIR "/codec/witness/golden");
+    for_each_converter([&](const witness::subject &s) {
+        for (const witness::golden &vector : goldens) {
             if (vector.message == s.model->name) {
-                EXPECT_TRUE(naive::agrees_with_golden(s, vector));
+                EXPECT_TRUE(witness::agrees_with_golden(s, vector));
             }
         }
     });
@@ -80,4 +80,4 @@ INSTANTIATE_TEST_SUITE_P(variants, engine, ::testing::ValuesIn(variants()),
                          [](const auto &v) { return std::string(v.param.name); });
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -4,7 +4,7 @@
 
 #include "rib_codes.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 inline constexpr uint32_t first_domain_address = 0x010000;
 inline constexpr uint32_t last_domain_address = 0xefffff;
@@ -12,4 +12,4 @@ inline constexpr uint32_t first_controller_address = 0xfffb00;
 inline constexpr uint32_t last_controller_address = 0xfffbff;
 inline constexpr uint32_t broadcast_address = 0xffffff; // the last there is
 
-} // namespace ribkit
+} // namespace ribkit::codec

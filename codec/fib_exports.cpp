@@ -2,7 +2,7 @@
 #include "codec/kernels.h"
 #include "fib_codec.h"
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using namespace ribkit::wire;
 
 // Updates and paths.

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// As many bytes of ones as of zeros: a mask that starts anywhere.
 template <size_t Size> struct sliding_mask {
@@ -151,4 +151,4 @@ struct avx2 {
     }
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -3,7 +3,7 @@
 
 #include "codec/engine.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 struct scalar {
     template <const layout &> static constexpr bool has_shortcut() { return false; }
@@ -79,4 +79,4 @@ struct scalar {
     }
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

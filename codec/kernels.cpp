@@ -1,7 +1,7 @@
 // Which converters this process uses, where the processor leaves a choice.
 #include "codec/kernels.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 constinit const kernel_table scalar_kernels = all_layouts::kernels<scalar>();
 constinit const kernel *active_kernels = scalar_kernels.data();
@@ -13,4 +13,4 @@ constinit const kernel *active_kernels = scalar_kernels.data();
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

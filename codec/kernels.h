@@ -9,7 +9,7 @@
 
 #include <type_traits>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 struct kernel {
     uint32_t (*to_network)(const uint8_t *src, uint8_t *dst);
@@ -75,4 +75,4 @@ template <const layout &L> [[gnu::always_inline]] inline uint32_t receive(const 
                                                            static_cast<uint8_t *>(dst));
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -2,6 +2,6 @@
 #include "codec/isa_avx2.h"
 #include "codec/kernels.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 constinit const kernel_table avx2_kernels = all_layouts::kernels<avx2>();
-} // namespace ribkit
+} // namespace ribkit::codec

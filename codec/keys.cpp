@@ -6,6 +6,7 @@
 #include "rib_codec.h"
 
 using namespace ribkit;
+using namespace ribkit::codec;
 
 namespace {
 

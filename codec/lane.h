@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <immintrin.h>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 template <size_t Width> struct lane;
 
@@ -48,4 +48,4 @@ template <> struct lane<32> {
 /// The widest lane that fits `size` bytes.
 constexpr size_t lane_width(size_t size) { return size >= 32 ? 32 : size >= 16 ? 16 : 8; }
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 // Not constexpr: naming one of these while a layout is compiled is the error message.
 void layout_rows_leave_a_hole_or_overlap();
@@ -132,4 +132,4 @@ inline constexpr layout made_of<Of, Row, std::index_sequence<I...>>{Of.name, Of.
 template <const layout &L>
 inline constexpr const layout &merged = made_of<L, run_of, std::make_index_sequence<n_runs(L)>>;
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 namespace {
 
@@ -226,4 +226,4 @@ name with `_to_str` behind it; `ribkit text NAME` lists them. Bits are counted f
     return text;
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

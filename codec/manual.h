@@ -3,9 +3,9 @@
 
 #include <string>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// The whole document, Markdown.
 std::string wire_formats();
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace ribkit::naive;
+using namespace ribkit::witness;
 using lines = std::vector<std::string>;
 
 /// What is at a place, one entry a word or byte; entries of a list are one level deeper.
@@ -248,7 +248,7 @@ TEST(manual, says_what_the_transcription_says) {
         EXPECT_EQ(chapters.at(name).size, layouts().at(name).front().width) << name;
         compared += written.all.size();
     }
-    EXPECT_EQ(chapters.size(), pairs().size() - 2 + ribkit::forms().size());
+    EXPECT_EQ(chapters.size(), pairs().size() - 2 + ribkit::codec::forms().size());
     EXPECT_GT(compared, 400U);
 }
 

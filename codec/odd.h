@@ -5,7 +5,7 @@
 #include "codec/engine.h"
 #include "codec/messages/info.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 template <const layout &L> struct conversion {
     template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
@@ -116,4 +116,4 @@ template <> struct conversion<wire::verf_info> {
     }
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -5,7 +5,7 @@
 #include "codec/messages/route.h"
 #include "codec/writer.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 inline uint32_t refused(uint8_t *message) {
     const view<wire::fcurt> route(message);
@@ -104,4 +104,4 @@ inline uint32_t refused(uint8_t *message) {
     return sum;
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

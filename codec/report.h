@@ -4,7 +4,7 @@
 #include "rib_check.h"
 #include "rib_codes.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 inline uint32_t refuse(rib_check_report *report, const rib_check_report &why) {
     if (report != nullptr) {
@@ -13,4 +13,4 @@ inline uint32_t refuse(rib_check_report *report, const rib_check_report &why) {
     return why.rule == RIB_CHECK_EXCESS ? RIB_EXCESS_DATA : RIB_BAD_PARAMETERS;
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

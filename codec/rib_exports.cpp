@@ -3,7 +3,7 @@
 #include "codec/kernels.h"
 #include "rib_codec.h"
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using namespace ribkit::wire;
 
 // What clients send to change a table, and the answer.

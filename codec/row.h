@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 enum class row_kind : uint8_t {
     words,  // 32-bit words, converted
@@ -180,4 +180,4 @@ constexpr row records(uint16_t offset, const char *name, count_of count, const l
 constexpr bool is_list(const row &r) { return r.kind == row_kind::list || r.kind == row_kind::records; }
 constexpr bool is_open(const row &r) { return is_list(r) && r.bound == 0; }
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -5,6 +5,7 @@
 #include "rib_codec.h"
 
 using namespace ribkit;
+using namespace ribkit::codec;
 
 template <const layout &Update> static uint32_t size_of(const void *message) {
     return static_cast<uint32_t>(wire_size<Update>(static_cast<const uint8_t *>(message)));

@@ -4,7 +4,7 @@
 #include "codec/bytes.h"
 #include "codec/layout.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// What a list's count says; the count itself for a constant.
 template <std::endian Order> [[gnu::always_inline]] inline uint32_t read_count(count_of count, const uint8_t *message) {
@@ -63,4 +63,4 @@ template <const layout &L, std::endian Order> [[gnu::always_inline]] inline size
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::codec

@@ -11,7 +11,7 @@
 #include <span>
 #include <type_traits>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// The name of a field or of a part, as a template's argument.
 template <size_t N> struct field_called {
@@ -257,4 +257,4 @@ template <const layout &Entry, uint16_t Stride, std::endian Order, class Byte> c
 template <const layout &L> using host_view = view<L, std::endian::native>;
 template <const layout &L, std::endian Order = std::endian::big> using writable_view = view<L, Order, uint8_t>;
 
-} // namespace ribkit
+} // namespace ribkit::codec

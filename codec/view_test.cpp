@@ -11,7 +11,7 @@
 #include <random>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::codec {
 namespace {
 
 using bytes = std::vector<uint8_t>;
@@ -191,4 +191,4 @@ TEST(view, both_orders_agree_with_the_converters) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::codec

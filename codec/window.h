@@ -10,7 +10,7 @@
 #include <array>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::codec {
 
 /// Where a byte of a converted message comes from.
 struct byte_plan {
@@ -161,4 +161,4 @@ template <const layout &L, bool Swaps> struct capped_image : windows_over<0, L.s
     }
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

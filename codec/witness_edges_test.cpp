@@ -12,9 +12,9 @@
 
 namespace {
 
-using ribkit::naive::load_word;
-using ribkit::naive::order;
-using ribkit::naive::store_word;
+using ribkit::witness::load_word;
+using ribkit::witness::order;
+using ribkit::witness::store_word;
 
 constexpr order native = std::endian::native == std::endian::little ? order::little : order::big;
 constexpr uint8_t untouched = 0xa5;

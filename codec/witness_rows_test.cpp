@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace ribkit::naive;
+using namespace ribkit::witness;
 
 constexpr order native = std::endian::native == std::endian::little ? order::little : order::big;
 

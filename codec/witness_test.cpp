@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace ribkit::naive;
+using namespace ribkit::witness;
 
 constexpr order native = std::endian::native == std::endian::little ? order::little : order::big;
 /// Under emulation (the 32-bit builds) everything is many times slower.

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace ribkit::naive;
+using namespace ribkit::witness;
 
 constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
 

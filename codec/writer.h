@@ -14,7 +14,7 @@
 
 #include "codec/view.h"
 
-namespace ribkit {
+namespace ribkit::codec {
 
 namespace written {
 
@@ -207,4 +207,4 @@ template <const layout &L> class writer : public written_entry<L, 0> {
     written::room all_{};
 };
 
-} // namespace ribkit
+} // namespace ribkit::codec

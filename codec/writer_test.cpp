@@ -10,7 +10,7 @@
 #include <random>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::codec {
 namespace {
 
 using bytes = std::vector<uint8_t>;
@@ -231,4 +231,4 @@ TEST(writer, an_answer_of_many_tables_is_accepted) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::codec

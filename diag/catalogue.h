@@ -11,7 +11,7 @@
 #include <span>
 #include <string_view>
 
-namespace ribkit {
+namespace ribkit::diag {
 
 struct vocabulary {
     std::string_view name;
@@ -87,4 +87,4 @@ constexpr const vocabulary *vocabulary_of(std::string_view name) {
     return nullptr;
 }
 
-} // namespace ribkit
+} // namespace ribkit::diag

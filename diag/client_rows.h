@@ -4,7 +4,7 @@
 #include "diag/vocabulary.h"
 #include "rib_codes.h"
 
-namespace ribkit {
+namespace ribkit::diag {
 
 inline constexpr text_row result_rows[] = {
     {RIB_OK, "ok"},
@@ -74,4 +74,4 @@ inline constexpr auto fcroute_type_texts = text_table{"%xh??", {{1, "direct"}, {
 
 inline constexpr auto fcroute_perm_texts = text_table{"%xh??", {{1, "perm"}, {2, "volatile"}}};
 
-} // namespace ribkit
+} // namespace ribkit::diag

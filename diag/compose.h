@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::diag {
 
 template <size_t Size> char *put(char *to, const char (&literal)[Size]) {
     std::memcpy(to, literal, Size - 1);
@@ -76,4 +76,4 @@ inline char *put_interface(char *to, uint32_t if_index) {
 /// A 24-bit address, "0x%02x%02x%02x" of the three low bytes of a word.
 inline void fc_id_to_str(uint32_t word, char *str) { *put_hex(put(str, "0x"), word, 6) = '\0'; }
 
-} // namespace ribkit
+} // namespace ribkit::diag

@@ -81,7 +81,7 @@ action texts_of(uintptr_t (*convert)(uint32_t, char *), const std::vector<uint32
 }
 
 figures text_figures(const std::vector<uint32_t> &values) {
-    return measure(4000000, texts_of(rib_uuid_to_str, values), texts_of(ribkit::bench::client_by_switch, values));
+    return measure(4000000, texts_of(rib_uuid_to_str, values), texts_of(ribkit::diag::client_by_switch, values));
 }
 
 /// Clients that nothing foretells, all in turn, and one and the same: of these the one that suits the switch best.
@@ -142,7 +142,7 @@ void compare_rows(const char *what, size_t rows, const records &table, display o
     std::vector<std::string> names;
     for (size_t i = 0; i < records::count; ++i) {
         char name[41];
-        rib_uuid_to_str(ribkit::be32(table.at(i)), name);
+        rib_uuid_to_str(ribkit::codec::be32(table.at(i)), name);
         rib_str_len_set(name, 10);
         names.emplace_back(name);
     }
@@ -160,7 +160,7 @@ void compare_rows(const char *what, size_t rows, const records &table, display o
         });
 }
 
-uint32_t word(const uint8_t *record, size_t offset) { return ribkit::be32(record + offset); }
+uint32_t word(const uint8_t *record, size_t offset) { return ribkit::codec::be32(record + offset); }
 
 constexpr uint32_t some = records::client;
 

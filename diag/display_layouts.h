@@ -4,15 +4,22 @@
 #include "codec/messages/info.h"
 #include "rib_snmp.h"
 
-namespace ribkit::wire {
+namespace ribkit::diag {
+
+// What tables are written in.
+using codec::layout;
+using codec::list;
+using codec::meaning;
+using codec::row;
+using codec::word;
 
 /// A unicast table entry as it is displayed: its hops follow one another, each as long as its labels make it. (The
 /// message's hops stand 8 bytes apart.)
 constexpr row shown_row(const layout &route, size_t i) {
-    return is_list(route[i]) ? list(route[i].offset, route[i].name, route[i].count, fclrt_intf, 0) : route[i];
+    return is_list(route[i]) ? list(route[i].offset, route[i].name, route[i].count, wire::fclrt_intf, 0) : route[i];
 }
 inline constexpr const layout &shown_ucast_route =
-    made_of<ucast_route, shown_row, std::make_index_sequence<ucast_route.rows.size()>>;
+    codec::made_of<wire::ucast_route, shown_row, std::make_index_sequence<wire::ucast_route.rows.size()>>;
 
 /// A row of the SNMP route table.
 inline constexpr layout fcroute_entry{"fcRouteEntry",
@@ -29,4 +36,4 @@ static_assert(fcroute_entry.size == sizeof(fcRouteEntry));
 inline constexpr layout sync_gbl{
     "sync_gbl", 16, {word(0, "index"), word(4, "sequence"), word(8, "time", meaning::time), word(12, "next")}};
 
-} // namespace ribkit::wire
+} // namespace ribkit::diag

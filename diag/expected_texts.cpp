@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace ribkit::testing {
+namespace ribkit::diag {
 
 namespace {
 
@@ -284,4 +284,4 @@ const expected_texts &expected(const std::string &name) {
     throw std::invalid_argument(name);
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::diag

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit::testing {
+namespace ribkit::diag {
 
 enum class number : uint8_t { none, hex, hex3, decimal };
 
@@ -26,4 +26,4 @@ const expected_texts &expected(const std::string &name);
 
 std::string digits(uint64_t value, unsigned base, size_t width = 1, char fill = '0');
 
-} // namespace ribkit::testing
+} // namespace ribkit::diag

@@ -21,7 +21,7 @@ template <size_t Size> int32_t print_timed(const char *format, va_list arguments
 }
 
 int32_t report(uint32_t uuid, const char *sentence, const char *format, va_list arguments) {
-    if (ribkit::faces_operator(uuid)) {
+    if (ribkit::diag::faces_operator(uuid)) {
         return std::puts(sentence);
     }
     return print_timed<report_line>(format, arguments);

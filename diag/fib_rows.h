@@ -3,7 +3,7 @@
 
 #include "diag/vocabulary.h"
 
-namespace ribkit {
+namespace ribkit::diag {
 
 inline constexpr text_row fib_state_rows[] = {
     {0, "offline"}, {1, "ready"},    {2, "loading"}, {3, "verifying"},
@@ -98,4 +98,4 @@ inline constexpr auto fib_action_texts = text_table{"%xh??", fib_action_rows};
 /// The two indices that mean "none"; every other index is printed.
 inline constexpr auto fib_d_idx_texts = text_table{"%03x", {{0xffff, "..."}, {0xdeadbeef, "..."}}};
 
-} // namespace ribkit
+} // namespace ribkit::diag

@@ -3,14 +3,14 @@
 
 #include "codec/bytes.h"
 
-namespace ribkit {
+namespace ribkit::diag {
 
 class fields {
   public:
     explicit fields(const void *record) : bytes_(static_cast<const uint8_t *>(record)) {}
 
-    [[nodiscard]] uint32_t word(size_t offset) const { return be32(bytes_ + offset); }
-    [[nodiscard]] uint32_t half(size_t offset) const { return be16(bytes_ + offset); }
+    [[nodiscard]] uint32_t word(size_t offset) const { return codec::be32(bytes_ + offset); }
+    [[nodiscard]] uint32_t half(size_t offset) const { return codec::be16(bytes_ + offset); }
     [[nodiscard]] uint32_t byte(size_t offset) const { return bytes_[offset]; }
     [[nodiscard]] const uint8_t *at(size_t offset) const { return bytes_ + offset; }
 
@@ -18,4 +18,4 @@ class fields {
     const uint8_t *bytes_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::diag

@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::diag {
 
 namespace {
 
@@ -32,9 +32,9 @@ uint32_t shown_mode(uint32_t mode) {
 
 } // namespace
 
-} // namespace ribkit
+} // namespace ribkit::diag
 
-using namespace ribkit;
+using namespace ribkit::diag;
 
 void rib_uuid_to_uc_str(uint32_t uuid, char *str) {
     rib_uuid_to_str(uuid, str);

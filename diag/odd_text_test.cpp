@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
+using namespace ribkit::diag;
 using namespace ribkit::testing;
 
 namespace {

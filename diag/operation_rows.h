@@ -5,7 +5,7 @@
 #include "diag/vocabulary.h"
 #include "rib_codes.h"
 
-namespace ribkit {
+namespace ribkit::diag {
 
 inline constexpr text_row fclrt_type_rows[] = {
     {0x11, "query src-label"},
@@ -139,4 +139,4 @@ inline constexpr text_row sync_rows[] = {
 };
 inline constexpr auto sync_texts = text_table{"%xh?? sync log", sync_rows};
 
-} // namespace ribkit
+} // namespace ribkit::diag

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <ctime>
 
-namespace ribkit {
+namespace ribkit::diag {
 
 /// A converter's text as a value of a row: as it is, or cut and padded to a column's width. It is written in its place.
 template <typename Converter, typename Value> class text {
@@ -102,4 +102,4 @@ void print_interfaces(const char (&margin)[Size], const fields &record, size_t o
 
 template <typename... Lines> void print_lines(Lines... lines) { (std::puts(lines), ...); }
 
-} // namespace ribkit
+} // namespace ribkit::diag

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-namespace ribkit::testing {
+namespace ribkit::diag {
 
 namespace {
 
@@ -167,4 +167,4 @@ std::string render(const std::string &form, const uint8_t *bytes) {
     return text;
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::diag

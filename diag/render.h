@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <string>
 
-namespace ribkit::testing {
+namespace ribkit::diag {
 
 std::string render(const std::string &form, const uint8_t *bytes);
 
@@ -20,4 +20,4 @@ uint32_t word_at(const uint8_t *bytes, size_t offset);
 std::string interface_text(uint32_t if_index);
 std::string calendar_text(uint32_t seconds);
 
-} // namespace ribkit::testing
+} // namespace ribkit::diag

@@ -1,6 +1,6 @@
 #include "diag/row.h"
 
-namespace ribkit {
+namespace ribkit::diag {
 
 char *put_number(char *to, uint32_t value, column in) {
     const size_t digits = in.hex ? hex_digits(value) : decimal_digits(value);
@@ -16,4 +16,4 @@ char *put_number(char *to, uint32_t value, column in) {
     return to;
 }
 
-} // namespace ribkit
+} // namespace ribkit::diag

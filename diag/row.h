@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace ribkit {
+namespace ribkit::diag {
 
 /// A literal as an argument of a template.
 template <size_t Size> struct row_format {
@@ -90,4 +90,4 @@ template <row_format Format, typename... Values> void print_row(Values... values
     std::fwrite(row, 1, static_cast<size_t>(put_row<Format>(row, values...) - row), stdout);
 }
 
-} // namespace ribkit
+} // namespace ribkit::diag

@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-using namespace ribkit;
+using namespace ribkit::diag;
 using ribkit::testing::printed_by;
 
 namespace {

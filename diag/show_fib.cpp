@@ -3,7 +3,7 @@
 #include "diag/print.h"
 #include "rib_show.h"
 
-using namespace ribkit;
+using namespace ribkit::diag;
 
 namespace {
 

@@ -16,22 +16,22 @@
 #include <random>
 #include <string>
 
-namespace ribkit::testing {
+namespace ribkit::diag {
 
 class printing_test : public ::testing::Test {
   protected:
-    printing_test() { interfaces() = {}; }
+    printing_test() { testing::interfaces() = {}; }
 
     static constexpr uint32_t now = 1700000000; // Tue Nov 14 22:13:20 2023
 
   private:
-    stopped_clock clock_{now};
-    local_zone zone_{"UTC0"};
+    testing::stopped_clock clock_{now};
+    testing::local_zone zone_{"UTC0"};
 };
 
 /// What `action` prints is compared with the kept output of that name.
 inline void expect_golden_output(const std::string &name, const std::function<void()> &action) {
-    expect_golden(std::string("diag/golden/") + name + ".txt", printed_by(action));
+    testing::expect_golden(std::string("diag/golden/") + name + ".txt", testing::printed_by(action));
 }
 
 /// A line in a golden file that says what follows.
@@ -67,8 +67,8 @@ class random_fields {
     /// A byte that is often zero or small.
     uint32_t byte() { return word() & 0xff; }
 
-    record words(size_t count) {
-        record made;
+    testing::record words(size_t count) {
+        testing::record made;
         for (size_t i = 0; i < count; ++i) {
             made.word(word());
         }
@@ -81,4 +81,4 @@ class random_fields {
 
 inline constexpr int random_rounds = 600;
 
-} // namespace ribkit::testing
+} // namespace ribkit::diag

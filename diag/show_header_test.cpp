@@ -4,6 +4,7 @@
 
 #include <array>
 
+using namespace ribkit::diag;
 using namespace ribkit::testing;
 
 namespace {

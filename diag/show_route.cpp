@@ -6,7 +6,7 @@
 #include "diag/print.h"
 #include "rib_show.h"
 
-using namespace ribkit;
+using namespace ribkit::diag;
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+using namespace ribkit::diag;
 using namespace ribkit::testing;
 
 namespace {

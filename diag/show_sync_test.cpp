@@ -1,6 +1,7 @@
 #include "diag/show_fixture.h"
 #include "rib_show.h"
 
+using namespace ribkit::diag;
 using namespace ribkit::testing;
 
 namespace {

@@ -5,7 +5,7 @@
 #include "rib_mem.h"
 #include "rib_show.h"
 
-using namespace ribkit;
+using namespace ribkit::diag;
 
 namespace {
 

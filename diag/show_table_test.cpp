@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+using namespace ribkit::diag;
 using namespace ribkit::testing;
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include "diag/vocabulary.h"
 
-namespace ribkit {
+namespace ribkit::diag {
 
 inline constexpr text_row sup_state_rows[] = {
     {0, "unknown"}, {1, "active"}, {2, "standby"}, {3, "cold standby"}, {4, "offline"},
@@ -114,4 +114,4 @@ inline constexpr text_row time_op_rows[] = {
 };
 inline constexpr auto time_op_texts = text_table{"%xh??", time_op_rows};
 
-} // namespace ribkit
+} // namespace ribkit::diag

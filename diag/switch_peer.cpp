@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-namespace ribkit::bench {
+namespace ribkit::diag {
 
 uintptr_t client_by_switch(uint32_t uuid, char *str) {
     switch (uuid) {
@@ -56,4 +56,4 @@ uintptr_t client_by_switch(uint32_t uuid, char *str) {
     }
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::diag

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-namespace ribkit::bench {
+namespace ribkit::diag {
 
 /// As rib_uuid_to_str, by a switch with strcpy.
 uintptr_t client_by_switch(uint32_t uuid, char *str);
 
-} // namespace ribkit::bench
+} // namespace ribkit::diag

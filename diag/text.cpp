@@ -7,15 +7,15 @@
 
 #include <cstdio>
 
-namespace ribkit {
+namespace ribkit::diag {
 
 [[gnu::cold]] uintptr_t put_unknown(const char *fallback, uint32_t value, char *str) {
     return static_cast<uintptr_t>(std::sprintf(str, fallback, value));
 }
 
-} // namespace ribkit
+} // namespace ribkit::diag
 
-using namespace ribkit;
+using namespace ribkit::diag;
 
 uintptr_t rib_rtn_to_str(uint32_t rtn, char *str) { return put_text(result_texts, rtn, str); }
 uintptr_t rib_uuid_to_str(uint32_t uuid, char *str) { return put_text(client_texts, uuid, str); }

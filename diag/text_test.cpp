@@ -8,7 +8,7 @@
 #include <random>
 #include <set>
 
-using namespace ribkit;
+using namespace ribkit::diag;
 using namespace ribkit::testing;
 
 namespace {

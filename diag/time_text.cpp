@@ -9,6 +9,8 @@
 #include <cstring>
 #include <sys/time.h>
 
+using ribkit::diag::put_char;
+
 namespace {
 
 constexpr int widest_column = 40;
@@ -20,7 +22,7 @@ char digit(int value) { return static_cast<char>('0' + value); }
 /// Three letters of `names`, and a blank.
 char *put_name(char *to, const char *names, int which) {
     std::memcpy(to, names + ptrdiff_t{3} * which, 3);
-    return ribkit::put_char(to + 3, ' ');
+    return put_char(to + 3, ' ');
 }
 
 constexpr uint32_t not_looked = 0xffffffff;
@@ -50,22 +52,20 @@ void cut_newline(char *str) {
     }
 }
 
-char *put_two(char *to, int value) {
-    return ribkit::put_char(ribkit::put_char(to, digit(value / 10)), digit(value % 10));
-}
+char *put_two(char *to, int value) { return put_char(put_char(to, digit(value / 10)), digit(value % 10)); }
 
 /// "Tue Nov 14 22:13:20 2023"
 char *put_calendar(char *to, const tm &local) {
     const int year = local.tm_year + 1900;
     to = put_name(to, "SunMonTueWedThuFriSat", local.tm_wday);
     to = put_name(to, "JanFebMarAprMayJunJulAugSepOctNovDec", local.tm_mon);
-    to = ribkit::put_char(put_two(to, local.tm_mday), ' ');
+    to = put_char(put_two(to, local.tm_mday), ' ');
     if (local.tm_mday < 10) {
         to[-3] = ' ';
     }
-    to = ribkit::put_char(put_two(to, local.tm_hour), ':');
-    to = ribkit::put_char(put_two(to, local.tm_min), ':');
-    to = ribkit::put_char(put_two(to, local.tm_sec), ' ');
+    to = put_char(put_two(to, local.tm_hour), ':');
+    to = put_char(put_two(to, local.tm_min), ':');
+    to = put_char(put_two(to, local.tm_sec), ' ');
     return put_two(put_two(to, year / 100), year % 100);
 }
 

@@ -4,7 +4,7 @@
 #include "diag/print.h"
 #include "rib_trace.h"
 
-using namespace ribkit;
+using namespace ribkit::diag;
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::diag {
 
 // Never defined: a table that reaches this does not compile, and the message names what is wrong.
 void two_rows_have_the_same_value();
@@ -137,4 +137,4 @@ template <size_t Count>
     return reinterpret_cast<uintptr_t>(str);
 }
 
-} // namespace ribkit
+} // namespace ribkit::diag

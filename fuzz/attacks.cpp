@@ -15,6 +15,9 @@
 #include <array>
 #include <memory>
 
+using namespace ribkit::codec;
+using namespace ribkit::tools;
+
 namespace ribkit::fuzz {
 
 namespace {
@@ -98,7 +101,7 @@ attacker::byte_vector attacker::anything() {
     const uint32_t choice = random_() % 4;
     byte_vector bytes;
     if (choice == 0) {
-        bytes = naive::random_message(names[random_() % names.size()], naive::order::big, random_);
+        bytes = witness::random_message(names[random_() % names.size()], witness::order::big, random_);
     } else if (choice == 1) {
         bytes.resize(random_() % 3000);
         for (uint8_t &byte : bytes) {

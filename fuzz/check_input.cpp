@@ -29,7 +29,7 @@ int check_input(const uint8_t *data, size_t size) {
             std::abort();
         }
     }
-    if (naive::find_pair(how.name) != nullptr && verdict != naive::verdict(how.name, {data + 1, length})) {
+    if (witness::find_pair(how.name) != nullptr && verdict != witness::verdict(how.name, {data + 1, length})) {
         std::abort();
     }
     return 0;

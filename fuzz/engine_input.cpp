@@ -13,9 +13,11 @@
 namespace {
 
 using namespace ribkit;
+using namespace ribkit::codec;
 using byte_vector = std::vector<uint8_t>;
 
-constexpr naive::order native = std::endian::native == std::endian::little ? naive::order::little : naive::order::big;
+constexpr witness::order native =
+    std::endian::native == std::endian::little ? witness::order::little : witness::order::big;
 
 /// A copy whose end is the end of its memory.
 struct exact {
@@ -27,18 +29,18 @@ struct exact {
     std::unique_ptr<uint8_t[]> bytes;
 };
 
-void compare(const message &m, naive::direction way, const byte_vector &source, bool in_place) {
-    const naive::pair &model = *naive::find_pair(std::string(m.prefix) + "_" + m.name);
+void compare(const message &m, witness::direction way, const byte_vector &source, bool in_place) {
+    const witness::pair &model = *witness::find_pair(std::string(m.prefix) + "_" + m.name);
     byte_vector expected = in_place ? source : byte_vector(source.size(), 0xa5);
-    naive::outcome wanted{};
+    witness::outcome wanted{};
     try {
-        wanted = naive::convert(model, way, native, in_place ? std::span<const uint8_t>(expected) : source, expected);
-    } catch (const naive::past_the_end &) {
+        wanted = witness::convert(model, way, native, in_place ? std::span<const uint8_t>(expected) : source, expected);
+    } catch (const witness::past_the_end &) {
         return;
     }
     const exact from(source);
     const exact to(in_place ? source : byte_vector(source.size(), 0xa5));
-    const converter &convert = way == naive::direction::hton ? m.to_network : m.to_host;
+    const converter &convert = way == witness::direction::hton ? m.to_network : m.to_host;
     const uint32_t result = convert(in_place ? to.bytes.get() : from.bytes.get(), to.bytes.get());
     const bool same = std::equal(expected.begin(), expected.end(), to.bytes.get());
     if (!same || (model.returns_value(way) && result != wanted.result)) {
@@ -55,8 +57,8 @@ int engine_input(const uint8_t *data, size_t size) {
     const message &m = catalogue()[*data % catalogue().size()];
     const byte_vector source(data + 1, data + size);
     for (const bool in_place : {false, true}) {
-        compare(m, naive::direction::hton, source, in_place);
-        compare(m, naive::direction::ntoh, source, in_place);
+        compare(m, witness::direction::hton, source, in_place);
+        compare(m, witness::direction::ntoh, source, in_place);
     }
     return 0;
 }

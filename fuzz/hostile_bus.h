@@ -73,7 +73,7 @@ class rib {
   public:
     rib(transport kind, const std::string &url) {
         if (kind == transport::local) {
-            service_ = std::make_unique<rib_service>(url, rib_options{rib_spaces::for_vsans(64)});
+            service_ = std::make_unique<tools::rib_service>(url, tools::rib_options{tools::rib_spaces::for_vsans(64)});
         } else {
             process_ = std::make_unique<child>(
                 std::vector<std::string>{RIBKIT_COMMAND, "rib", "--tables", "none", "--bus", url});
@@ -97,7 +97,7 @@ class rib {
   private:
     static constexpr long most_kilobytes = 400 * 1024;
 
-    std::unique_ptr<rib_service> service_;
+    std::unique_ptr<tools::rib_service> service_;
     std::unique_ptr<child> process_;
 };
 

@@ -20,6 +20,8 @@
 #include <thread>
 #include <unistd.h>
 
+using namespace ribkit::tools;
+
 namespace ribkit::fuzz {
 namespace {
 

@@ -14,6 +14,8 @@
 #include <sstream>
 #include <thread>
 
+using namespace ribkit::tools;
+
 namespace ribkit::fuzz {
 namespace {
 

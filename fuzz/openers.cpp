@@ -15,6 +15,8 @@
 #include <cstring>
 #include <string>
 
+using namespace ribkit::codec;
+
 namespace ribkit::fuzz {
 
 namespace {
@@ -371,7 +373,7 @@ const opener *find_opener(std::string_view name) {
 
 void open(const opener &how, const accepted &message) {
     how.read(message);
-    if (const ribkit::message *m = find_message(std::string(how.name).c_str()); m != nullptr) {
+    if (const ribkit::codec::message *m = find_message(std::string(how.name).c_str()); m != nullptr) {
         m->to_host(message.bytes, message.scratch);
         std::memcpy(message.scratch, message.bytes, message.size);
         m->to_host(message.scratch, message.scratch);

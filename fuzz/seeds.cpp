@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using namespace ribkit::codec;
+
 namespace ribkit::fuzz {
 
 namespace {
@@ -14,10 +16,10 @@ namespace {
 constexpr size_t largest_seed = 2048;
 
 void put(byte_vector &bytes, size_t at, uint32_t word) {
-    naive::store_word(naive::order::big, bytes.data() + at, word);
+    witness::store_word(witness::order::big, bytes.data() + at, word);
 }
 
-std::vector<naive::golden> goldens() { return naive::load_goldens(RIBKIT_SOURCE_DIR "/codec/witness/golden"); }
+std::vector<witness::golden> goldens() { return witness::load_goldens(RIBKIT_SOURCE_DIR "/codec/witness/golden"); }
 
 void add(std::vector<sample> &all, const std::string &name, byte_vector message) {
     const opener *how = find_opener(name);
@@ -87,10 +89,10 @@ void add_seed(std::map<std::string, byte_vector> &seeds, const std::string &name
 
 std::vector<sample> samples() {
     std::vector<sample> all;
-    for (const naive::golden &vector : goldens()) {
-        byte_vector message = vector.source(naive::direction::ntoh, naive::order::big);
+    for (const witness::golden &vector : goldens()) {
+        byte_vector message = vector.source(witness::direction::ntoh, witness::order::big);
         if (find_opener(vector.message) != nullptr) {
-            message.resize(naive::message_size(vector.message, message).value_or(message.size()));
+            message.resize(witness::message_size(vector.message, message).value_or(message.size()));
             add(all, vector.message, message);
         }
     }
@@ -114,14 +116,14 @@ std::map<std::string, byte_vector> check_seeds() {
 
 std::map<std::string, byte_vector> engine_seeds() {
     std::map<std::string, byte_vector> seeds;
-    for (const naive::golden &vector : goldens()) {
+    for (const witness::golden &vector : goldens()) {
         const message *m = find_message(vector.message.c_str());
-        for (const naive::direction way : {naive::direction::ntoh, naive::direction::hton}) {
+        for (const witness::direction way : {witness::direction::ntoh, witness::direction::hton}) {
             if (m != nullptr && vector.goes(way)) {
                 const auto number = static_cast<size_t>(m - catalogue().data());
-                const char *suffix = way == naive::direction::hton ? "-sent" : "";
+                const char *suffix = way == witness::direction::hton ? "-sent" : "";
                 add_seed(seeds, vector.message + suffix, 1,
-                         with_number(number, vector.source(way, naive::order::little)));
+                         with_number(number, vector.source(way, witness::order::little)));
             }
         }
     }

@@ -18,6 +18,7 @@
 #include <string>
 
 using namespace ribkit;
+using namespace ribkit::tools;
 
 namespace {
 

@@ -48,7 +48,7 @@ class trust : public ::testing::Test {
 };
 
 TEST_F(trust, has_an_opener_and_a_sample_for_everything_that_is_received) {
-    for (const ribkit::message &m : ribkit::catalogue()) {
+    for (const ribkit::codec::message &m : ribkit::codec::catalogue()) {
         EXPECT_NE(find_opener(std::string(m.prefix) + "_" + m.name), nullptr) << m.name;
     }
     std::set<size_t> sampled;
@@ -77,7 +77,7 @@ TEST_F(trust, numbers_at_the_edges_of_what_they_may_be) {
             for (const uint32_t value : {0U, 1U, 2U, 3U, 4U, 16U, 17U, 240U, 241U, 0x00040000U, 0x00ff0000U,
                                          0x20000000U, 0x40000000U, 0x7fffffffU, 0x80000000U, 0xffffffffU}) {
                 byte_vector message = s.message;
-                ribkit::naive::store_word(ribkit::naive::order::big, message.data() + at, value);
+                ribkit::witness::store_word(ribkit::witness::order::big, message.data() + at, value);
                 tried(opener_of(s), message);
             }
         }
@@ -93,10 +93,10 @@ TEST_F(trust, random_damage) {
                     static_cast<uint8_t>(below(2) != 0 ? below(6) : random());
             }
             // A damaged count asks for another size: try that one too, with whatever is there.
-            const bool message_of_codec = ribkit::naive::find_pair(s.name) != nullptr;
+            const bool message_of_codec = ribkit::witness::find_pair(s.name) != nullptr;
             byte_vector room = message;
             room.resize(message.size() + 512, static_cast<uint8_t>(random()));
-            const auto size = message_of_codec ? ribkit::naive::message_size(s.name, room) : std::nullopt;
+            const auto size = message_of_codec ? ribkit::witness::message_size(s.name, room) : std::nullopt;
             tried(opener_of(s), message);
             tried(opener_of(s), {room.data(), size.value_or(message.size())});
         }
@@ -106,9 +106,9 @@ TEST_F(trust, random_damage) {
 TEST_F(trust, random_messages) {
     unsigned accepted = 0;
     for (const opener &how : openers()) {
-        for (unsigned round = 0; ribkit::naive::find_pair(how.name) != nullptr && round < 10 * scale; ++round) {
-            byte_vector message = ribkit::naive::random_message(how.name, ribkit::naive::order::big, random);
-            message.resize(ribkit::naive::message_size(how.name, message).value_or(message.size()));
+        for (unsigned round = 0; ribkit::witness::find_pair(how.name) != nullptr && round < 10 * scale; ++round) {
+            byte_vector message = ribkit::witness::random_message(how.name, ribkit::witness::order::big, random);
+            message.resize(ribkit::witness::message_size(how.name, message).value_or(message.size()));
             accepted += tried(how, message) ? 1 : 0;
         }
     }

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 using tree_word = uintptr_t;
 inline constexpr uint32_t tree_word_bits = sizeof(tree_word) * CHAR_BIT;
@@ -70,4 +70,4 @@ inline uint32_t tree_lowest(const tree_word *words, const tree_shape &shape) {
     return number;
 }
 
-} // namespace ribkit
+} // namespace ribkit::mem

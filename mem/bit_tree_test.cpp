@@ -5,7 +5,7 @@
 #include <set>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::mem {
 namespace {
 
 TEST(bit_tree, levels_grow_with_the_capacity) {
@@ -20,7 +20,7 @@ void expect_ordered_set(uint32_t capacity, uint32_t steps) {
     const tree_shape shape(capacity);
     std::vector<tree_word> words(shape.words);
     std::set<uint32_t> model;
-    ribkit::random_words random(capacity);
+    ribkit::mem::random_words random(capacity);
     for (uint32_t step = 0; step < steps; step++) {
         const uint32_t number = random() % capacity;
         const bool held = model.count(number) != 0;
@@ -46,4 +46,4 @@ TEST(bit_tree, is_an_ordered_set) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::mem

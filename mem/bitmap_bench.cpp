@@ -15,7 +15,9 @@
 #include <roaring/roaring.h>
 #endif
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::mem {
 
 namespace {
 
@@ -180,4 +182,4 @@ void bitmap_rows() {
 #endif
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::mem

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+using ribkit::mem::random_words;
 using ribkit::testing::guarded;
 using ribkit::testing::printed_by;
 
@@ -120,7 +121,7 @@ TEST(bitmap, shows_sixteen_bytes_a_line) {
 }
 
 // Mostly one value with a few bits flipped, so that long stretches, and ends of stretches, occur at every alignment.
-bytes stretches(ribkit::random_words &random, size_t size) {
+bytes stretches(random_words &random, size_t size) {
     bytes map(size, random() % 2 != 0 ? 0xff : 0x00);
     for (uint32_t flips = random() % 4; size != 0 && flips > 0; flips--) {
         map[random() % size] ^= static_cast<uint8_t>(1U << random() % 8);
@@ -128,22 +129,22 @@ bytes stretches(ribkit::random_words &random, size_t size) {
     return map;
 }
 
-bytes noise(ribkit::random_words &random, size_t size) {
+bytes noise(random_words &random, size_t size) {
     bytes map(size);
     std::generate(map.begin(), map.end(), [&] { return static_cast<uint8_t>(random()); });
     return map;
 }
 
-void expect_same_searches(ribkit::random_words &random, const bytes &content) {
+void expect_same_searches(random_words &random, const bytes &content) {
     const auto length = static_cast<uint32_t>(content.size());
     const uint32_t start = random() % (length * 8 + 9);
     const guarded map(content, random() % 2 != 0 ? guarded::edge::after : guarded::edge::before);
     uint32_t expected = 0;
     uint32_t position = 77;
-    bool found = ribkit::naive::next(content.data(), length, start, true, &expected);
+    bool found = ribkit::mem::naive::next(content.data(), length, start, true, &expected);
     ASSERT_EQ(bmap_next_set(map.data(), length, start, &position), found ? RIB_OK : RIB_FAILED);
     ASSERT_EQ(position, expected);
-    found = ribkit::naive::next(content.data(), length, start, false, &expected);
+    found = ribkit::mem::naive::next(content.data(), length, start, false, &expected);
     ASSERT_EQ(bmap_next_clr(map.data(), length, start, &position), found ? RIB_OK : RIB_FAILED);
     ASSERT_EQ(position, expected);
     bytes claimed = content;
@@ -151,11 +152,11 @@ void expect_same_searches(ribkit::random_words &random, const bytes &content) {
         claimed[expected / 8] |= static_cast<uint8_t>(1U << expected % 8);
     }
     ASSERT_TRUE(std::equal(claimed.begin(), claimed.end(), map.data()));
-    ASSERT_EQ(bmap_count(map.data(), length), ribkit::naive::count(claimed.data(), length));
+    ASSERT_EQ(bmap_count(map.data(), length), ribkit::mem::naive::count(claimed.data(), length));
 }
 
 TEST(bitmap, searches_and_counts_as_the_byte_loops_do) {
-    ribkit::random_words random(41);
+    random_words random(41);
     for (uint32_t step = 0; step < RIBKIT_RANDOM_STEPS / 20; step++) {
         const size_t size = step % 50 == 0 ? random() % 700 : random() % 100;
         ASSERT_NO_FATAL_FAILURE(
@@ -189,7 +190,7 @@ void expect_combined(combine function, const bytes &a, const bytes &b, const byt
 }
 
 TEST(bitmap, combines_byte_by_byte) {
-    ribkit::random_words random(42);
+    random_words random(42);
     for (size_t size = 0; size < 200; size++) {
         const bytes a = noise(random, size);
         const bytes b = noise(random, size);

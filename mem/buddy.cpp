@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
-using namespace ribkit;
+using namespace ribkit::mem;
 
 namespace {
 

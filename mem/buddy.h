@@ -9,7 +9,7 @@
 #include "rib_mem.h"
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 inline constexpr uint32_t bud_sizes = BUD_SIZES;
 inline constexpr uint32_t chunk_units = BUD_SIZES;
@@ -45,20 +45,20 @@ struct bud_lists {
     uint32_t head[block_kinds][bud_sizes];
 };
 
-} // namespace ribkit
+} // namespace ribkit::mem
 
 struct bud {
     uint32_t total;
     uint32_t free_space;
     uint32_t carve_mark;
-    uint32_t count[ribkit::block_kinds][BUD_SIZES];
+    uint32_t count[ribkit::mem::block_kinds][BUD_SIZES];
     uint32_t free_sizes; ///< bit size - 1: there is a free block of that size
     bool walked;         ///< the lists are kept; else the chunks
-    ribkit::bud_chunks chunks;
-    ribkit::bud_lists lists;
+    ribkit::mem::bud_chunks chunks;
+    ribkit::mem::bud_lists lists;
 };
 
-namespace ribkit {
+namespace ribkit::mem {
 
 inline void count_block(struct bud &bud, block_kind kind, uint32_t size, uint32_t more) {
     const uint32_t count = bud.count[kind][size - 1] += more;
@@ -76,4 +76,4 @@ inline bool lists_nothing(const struct bud &bud) {
     return blocks == 0;
 }
 
-} // namespace ribkit
+} // namespace ribkit::mem

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::mem {
 
 namespace {
 
@@ -138,4 +140,4 @@ void buddy_rows() {
     image_rows(1U << 18);
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::mem

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 namespace {
 
@@ -209,4 +209,4 @@ void release_top_chunks(struct bud &bud) {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::mem

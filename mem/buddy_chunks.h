@@ -3,7 +3,7 @@
 
 #include "mem/buddy.h"
 
-namespace ribkit {
+namespace ribkit::mem {
 
 /// The lowest of a set of units that is not empty.
 inline uint32_t lowest_unit(uint32_t units) { return static_cast<uint32_t>(__builtin_ctz(units)); }
@@ -50,4 +50,4 @@ freeing judge_free(const struct bud &bud, uint32_t size, uint32_t index);
 void free_in_chunks(struct bud &bud, uint32_t size, uint32_t index);
 void release_top_chunks(struct bud &bud);
 
-} // namespace ribkit
+} // namespace ribkit::mem

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-using namespace ribkit;
+using namespace ribkit::mem;
 
 namespace {
 

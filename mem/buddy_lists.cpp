@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 namespace {
 
@@ -246,4 +246,4 @@ void bud_release_top(struct bud &bud) {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::mem

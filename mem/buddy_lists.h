@@ -3,7 +3,7 @@
 
 #include "mem/buddy.h"
 
-namespace ribkit {
+namespace ribkit::mem {
 
 void clear_lists(bud_lists &lists);
 /// Room for this many nodes. False when memory fails.
@@ -22,4 +22,4 @@ uint32_t free_in_lists(struct bud &bud, uint32_t size, uint32_t index);
 
 void bud_release_top(struct bud &bud);
 
-} // namespace ribkit
+} // namespace ribkit::mem

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
+using namespace ribkit::mem;
 using namespace ribkit::testing;
 
 namespace {

@@ -2,7 +2,7 @@
 #include "mem/buddy_chunks.h"
 #include <cstdio>
 
-using namespace ribkit;
+using namespace ribkit::mem;
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-using namespace ribkit;
+using namespace ribkit::mem;
 
 namespace {
 

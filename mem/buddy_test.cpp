@@ -7,6 +7,7 @@
 
 #include <unistd.h>
 
+using namespace ribkit::mem;
 using namespace ribkit::testing;
 
 namespace {

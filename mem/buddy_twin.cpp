@@ -10,7 +10,9 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-namespace ribkit::testing {
+using namespace ribkit::testing;
+
+namespace ribkit::mem {
 
 words saved_by(const struct bud *bud) {
     uint8_t *buffer = nullptr;
@@ -230,4 +232,4 @@ void random_walk(twin_buddies &twins, const walk_options &options) {
     }
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::mem

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit::testing {
+namespace ribkit::mem {
 
 using words = std::vector<uint32_t>;
 
@@ -71,4 +71,4 @@ struct walk_options {
 void random_step(twin_buddies &twins, random_words &random, const walk_options &options, uint32_t &used);
 void random_walk(twin_buddies &twins, const walk_options &options);
 
-} // namespace ribkit::testing
+} // namespace ribkit::mem

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-using namespace ribkit::testing;
+using namespace ribkit::mem;
 
 namespace {
 
@@ -30,7 +30,7 @@ TEST(buddy, answers_as_the_walked_lists_do_whatever_is_freed) {
 }
 
 // Sound or not: blocks out of order, twice, across chunks, beyond the space; marks that fit nothing.
-words random_image(ribkit::random_words &random) {
+words random_image(random_words &random) {
     const uint32_t total = random() % 100;
     std::vector<twin_buddies::block> blocks[2];
     for (auto &list : blocks) {
@@ -43,7 +43,7 @@ words random_image(ribkit::random_words &random) {
 }
 
 TEST(buddy, any_image_is_restored_as_it_stands) {
-    ribkit::random_words random(43);
+    random_words random(43);
     for (uint32_t round = 0; round < RIBKIT_RANDOM_STEPS / 200; round++) {
         twin_buddies twins(64);
         ASSERT_NO_FATAL_FAILURE(random_walk(twins, {64, 65, 0, round % 40, 50}));
@@ -57,7 +57,7 @@ TEST(buddy, any_image_is_restored_as_it_stands) {
 }
 
 // A sound image in which a few words are changed or exchanged.
-words damaged(ribkit::random_words &random, words image) {
+words damaged(random_words &random, words image) {
     for (uint32_t changes = random() % 3; image.size() > 36 && changes > 0; changes--) {
         uint32_t &word = image[35 + random() % (image.size() - 35)];
         if (random() % 2 != 0) {
@@ -71,7 +71,7 @@ words damaged(ribkit::random_words &random, words image) {
 }
 
 TEST(buddy, images_survive_the_journey_and_damage) {
-    ribkit::random_words random(44);
+    random_words random(44);
     uint32_t regular = 0;
     for (uint32_t round = 0; round < RIBKIT_RANDOM_STEPS / 500; round++) {
         twin_buddies source(200);
@@ -89,7 +89,7 @@ TEST(buddy, images_survive_the_journey_and_damage) {
 }
 
 TEST(buddy, any_table_is_taken_as_it_stands) {
-    ribkit::random_words random(45);
+    random_words random(45);
     for (uint32_t round = 0; round < RIBKIT_RANDOM_STEPS / 500; round++) {
         const uint32_t total = random() % 150;
         words table(total + 1);

@@ -2,7 +2,7 @@
 
 #include "mem/naive_bitmap.h"
 
-namespace ribkit::bench {
+namespace ribkit::mem {
 
 void loop_init(uint8_t *map, uint32_t length) {
     for (uint32_t i = 0; i < length; i++) {
@@ -64,4 +64,4 @@ void loop_to_clr(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *o
     }
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::mem

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace ribkit::bench {
+namespace ribkit::mem {
 
 void loop_init(uint8_t *map, uint32_t length);
 uint32_t loop_set(uint8_t *map, uint32_t length, uint32_t position);
@@ -17,4 +17,4 @@ void loop_or(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out);
 void loop_to_set(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out);
 void loop_to_clr(const uint8_t *a, const uint8_t *b, uint32_t length, uint8_t *out);
 
-} // namespace ribkit::bench
+} // namespace ribkit::mem

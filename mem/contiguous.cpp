@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-using namespace ribkit;
+using namespace ribkit::mem;
 
 namespace {
 
@@ -80,7 +80,7 @@ uint32_t cont_alloc(struct cont *cont, uint32_t segment, uint32_t *position) {
     if (!has_segment(cont, segment)) {
         return RIB_BAD_PARAMETERS;
     }
-    ribkit::segment &taken = cont->segment[segment];
+    ribkit::mem::segment &taken = cont->segment[segment];
     const bool room = taken.free < uint64_t{taken.first} + taken.size;
     const uint32_t result = room ? RIB_OK : grow(*cont, segment);
     if (result == RIB_OK) {
@@ -93,7 +93,7 @@ uint32_t cont_free(struct cont *cont, uint32_t segment, uint32_t position) {
     if (!has_segment(cont, segment)) {
         return RIB_BAD_PARAMETERS;
     }
-    ribkit::segment &given = cont->segment[segment];
+    ribkit::mem::segment &given = cont->segment[segment];
     if (position < given.first || position >= given.free) {
         return RIB_BAD_PARAMETERS;
     }

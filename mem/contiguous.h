@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 struct segment {
     uint32_t size;
@@ -13,13 +13,13 @@ struct segment {
     uint32_t free;  ///< the next position to hand out
 };
 
-} // namespace ribkit
+} // namespace ribkit::mem
 
 struct cont {
     uint32_t total;
     uint32_t block_size;
     uint32_t segments;
-    ribkit::segment *segment;
+    ribkit::mem::segment *segment;
     cont_move_func move_func;
     cont_mask_func mask_func;
     uint32_t moves_allowed;
@@ -27,7 +27,7 @@ struct cont {
     bool quiet;    ///< boundary moves are not printed
 };
 
-namespace ribkit {
+namespace ribkit::mem {
 
 /// Nothing but 0 is a multiple of a block of no positions.
 inline bool is_multiple(uint32_t positions, uint32_t block_size) {
@@ -49,4 +49,4 @@ inline segment *obtain_segments(uint32_t count) {
 uint32_t cont_mv_up(struct cont &cont, uint32_t number, uint32_t blocks);
 uint32_t cont_mv_down(struct cont &cont, uint32_t number, uint32_t blocks);
 
-} // namespace ribkit
+} // namespace ribkit::mem

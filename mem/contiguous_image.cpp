@@ -4,7 +4,7 @@
 #include "rib_codes.h"
 #include <cstdlib>
 
-using namespace ribkit;
+using namespace ribkit::mem;
 
 namespace {
 

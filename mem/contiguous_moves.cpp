@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 namespace {
 
@@ -135,4 +135,4 @@ uint32_t cont_mv_down(struct cont &cont, uint32_t number, uint32_t blocks) {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::mem

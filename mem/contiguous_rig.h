@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit::testing {
+namespace ribkit::mem {
 
 using words = std::vector<uint32_t>;
 
@@ -45,4 +45,4 @@ inline words image_of(const struct cont *cont) {
     return image;
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::mem

@@ -3,6 +3,7 @@
 #include "testing/capture.h"
 #include <array>
 
+using namespace ribkit::mem;
 using namespace ribkit::testing;
 
 namespace {

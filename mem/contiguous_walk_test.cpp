@@ -4,6 +4,7 @@
 #include "testing/capture.h"
 #include <algorithm>
 
+using namespace ribkit::mem;
 using namespace ribkit::testing;
 
 namespace {
@@ -150,7 +151,7 @@ struct model {
 
 void expect_sound(const struct cont &cont) {
     for (uint32_t i = 0; i < cont.segments; i++) {
-        const ribkit::segment &s = cont.segment[i];
+        const ribkit::mem::segment &s = cont.segment[i];
         ASSERT_LE(s.first, s.free);
         ASSERT_LE(s.free, s.first + s.size);
         ASSERT_EQ(s.size % cont.block_size, 0U);
@@ -159,7 +160,7 @@ void expect_sound(const struct cont &cont) {
 }
 
 // One random call on both; half of the sizes of a resize are moved between two segments, so that most are possible.
-void random_step(struct cont *cont, model &expected, ribkit::random_words &random, uint32_t allocations, bool quiet) {
+void random_step(struct cont *cont, model &expected, random_words &random, uint32_t allocations, bool quiet) {
     const auto segments = static_cast<uint32_t>(expected.seg.size());
     const uint32_t s = random() % segments;
     uint32_t result = 0;
@@ -204,7 +205,7 @@ struct walk {
 
 void random_walk(const walk &way) {
     const auto [segments, block, steps, seed, failing, quiet] = way;
-    ribkit::random_words random(seed);
+    random_words random(seed);
     model expected{0, block, true, {}, {}, 0xffffffff, {}};
     words sizes;
     for (uint32_t i = 0; i < segments; i++) {

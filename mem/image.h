@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 inline constexpr uint32_t word_bytes = 4;
 
@@ -18,4 +18,4 @@ inline void store_word(void *image, size_t number, uint32_t word) {
     std::memcpy(static_cast<uint8_t *>(image) + number * word_bytes, &word, word_bytes);
 }
 
-} // namespace ribkit
+} // namespace ribkit::mem

@@ -4,7 +4,8 @@
 #include "mem/image.h"
 #include "rib_mem.h"
 
-using namespace ribkit;
+using namespace ribkit::codec;
+using namespace ribkit::mem;
 
 namespace {
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+using ribkit::mem::random_words;
 using ribkit::testing::guarded;
 using ribkit::testing::printed_by;
 
@@ -161,7 +162,7 @@ TEST(image_check, an_image_of_the_switch_loads_here) {
 
 // What a check accepts, everything else handles: any indices, any records.
 TEST(image_check, accepted_images_are_safe) {
-    ribkit::random_words random(47);
+    random_words random(47);
     for (uint32_t round = 0; round < RIBKIT_RANDOM_STEPS / 500; round++) {
         bytes image(140 + size_t{random() % 20} * 4);
         for (size_t i = 140; i < image.size(); i += 4) {
@@ -184,7 +185,7 @@ TEST(image_check, accepted_images_are_safe) {
 }
 
 TEST(image_check, accepted_segments_are_safe) {
-    ribkit::random_words random(48);
+    random_words random(48);
     for (uint32_t round = 0; round < RIBKIT_RANDOM_STEPS / 2000; round++) {
         const uint32_t segments = random() % 5;
         bytes image(size_t{12} * (segments + 1));

@@ -2,8 +2,8 @@
 #include "mem/mem_bench.h"
 
 int main() {
-    ribkit::bench::bitmap_rows();
-    ribkit::bench::pool_rows();
-    ribkit::bench::buddy_rows();
+    ribkit::mem::bitmap_rows();
+    ribkit::mem::pool_rows();
+    ribkit::mem::buddy_rows();
     return 0;
 }

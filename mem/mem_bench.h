@@ -1,10 +1,10 @@
 #pragma once
 
-namespace ribkit::bench {
+namespace ribkit::mem {
 
 /// Each against its naive form and against what one would take from elsewhere.
 void bitmap_rows();
 void pool_rows();
 void buddy_rows();
 
-} // namespace ribkit::bench
+} // namespace ribkit::mem

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace ribkit::naive {
+namespace ribkit::mem::naive {
 
 inline bool next(const uint8_t *map, uint32_t length, uint32_t start, bool wanted, uint32_t *position) {
     uint32_t first = start & 7;
@@ -42,4 +42,4 @@ inline bool same(const uint8_t *a, const uint8_t *b, uint32_t length) {
     return true;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::mem::naive

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-namespace ribkit::naive {
+namespace ribkit::mem::naive {
 
 struct buddy {
     struct node {
@@ -253,4 +253,4 @@ struct buddy {
     }
 };
 
-} // namespace ribkit::naive
+} // namespace ribkit::mem::naive

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace ribkit::naive {
+namespace ribkit::mem::naive {
 
 struct chunk {
     uint32_t used;
@@ -131,4 +131,4 @@ struct pool {
     }
 };
 
-} // namespace ribkit::naive
+} // namespace ribkit::mem::naive

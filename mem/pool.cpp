@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-using namespace ribkit;
+using namespace ribkit::mem;
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "mem/pool_index.h"
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 struct pool_chunk {
     uint32_t used; ///< items in use
@@ -17,15 +17,15 @@ struct pool_chunk {
     uint32_t full_below;     ///< no item below this one is free
 };
 
-} // namespace ribkit
+} // namespace ribkit::mem
 
 struct pool {
     uint32_t chunk_size;  ///< items in a chunk
     uint32_t data_size;   ///< bytes of an item
     uint32_t bitmap_size; ///< bytes of a chunk's bitmap
-    ribkit::pool_chunk *first;
-    ribkit::pool_chunk *last;
+    ribkit::mem::pool_chunk *first;
+    ribkit::mem::pool_chunk *last;
     uint32_t in_use; ///< items of all chunks
     size_t area;     ///< bytes of a chunk's items
-    ribkit::pool_index index;
+    ribkit::mem::pool_index index;
 };

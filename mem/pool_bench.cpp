@@ -12,7 +12,9 @@
 #define RIBKIT_HAS_BOOST_POOL 1
 #endif
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::mem {
 
 namespace {
 
@@ -137,4 +139,4 @@ void pool_rows() {
     row<naive_chunks>("chunks walked", 1U << 20, 0.002, 20, 20);
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::mem

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 namespace {
 
@@ -155,4 +155,4 @@ pool_chunk *index_holder(const struct pool &pool, const void *item) {
     return chunk != nullptr ? chunk : holder_in(pool, granule - 1, item);
 }
 
-} // namespace ribkit
+} // namespace ribkit::mem

@@ -10,7 +10,7 @@
 
 struct pool;
 
-namespace ribkit {
+namespace ribkit::mem {
 
 struct pool_chunk;
 
@@ -53,4 +53,4 @@ pool_chunk *index_roomy(const struct pool &pool);
 /// The chunk whose items hold this address, or null.
 pool_chunk *index_holder(const struct pool &pool, const void *item);
 
-} // namespace ribkit
+} // namespace ribkit::mem

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 
+using namespace ribkit::mem;
 using namespace ribkit::testing;
 
 namespace {

@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 
-namespace ribkit::testing {
+using namespace ribkit::testing;
+
+namespace ribkit::mem {
 
 std::string traced(const std::string &line) { return line.substr(std::min<size_t>(9, line.size())); }
 
@@ -146,4 +148,4 @@ std::string twin_pools::display() const {
     return text;
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::mem

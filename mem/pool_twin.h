@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit::testing {
+namespace ribkit::mem {
 
 /// A timed trace line without its time.
 std::string traced(const std::string &line);
@@ -50,4 +50,4 @@ class twin_pools {
     std::vector<uint8_t *> live_;
 };
 
-} // namespace ribkit::testing
+} // namespace ribkit::mem

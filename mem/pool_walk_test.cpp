@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-using namespace ribkit::testing;
+using namespace ribkit::mem;
 
 namespace {
 
-void random_step(twin_pools &pools, ribkit::random_words &random, std::vector<uint8_t *> &gone, bool growing) {
+void random_step(twin_pools &pools, random_words &random, std::vector<uint8_t *> &gone, bool growing) {
     const uint32_t dice = random() % 1000;
     if (pools.live() == 0 || (dice >= 20 && dice < (growing ? 700U : 350U))) {
         pools.alloc();
@@ -25,7 +25,7 @@ void random_step(twin_pools &pools, ribkit::random_words &random, std::vector<ui
 
 // Grows towards `most` items, shrinks to none, and over again; now and then a call that makes no sense.
 void random_walk(twin_pools &pools, uint32_t most, uint32_t steps, uint32_t every) {
-    ribkit::random_words random(most);
+    random_words random(most);
     std::vector<uint8_t *> gone;
     bool growing = true;
     for (uint32_t step = 0; step < steps; step++) {
@@ -83,7 +83,7 @@ TEST(pool, every_short_sequence) { ASSERT_NO_FATAL_FAILURE(all_sequences({}, RIB
 TEST(pool, any_failing_allocation_leaves_the_pool_as_it_was) {
     for (size_t nth = 1; nth <= 5; nth++) {
         twin_pools pools(1, 8);
-        ribkit::random_words random(static_cast<uint32_t>(nth));
+        random_words random(static_cast<uint32_t>(nth));
         for (uint32_t step = 0; step < 300; step++) {
             ASSERT_NO_FATAL_FAILURE(pools.alloc_failing(nth)) << step;
             ASSERT_NO_FATAL_FAILURE(pools.expect_same()) << step;

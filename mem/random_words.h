@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <random>
 
-namespace ribkit {
+namespace ribkit::mem {
 
 class random_words {
   public:
@@ -15,4 +15,4 @@ class random_words {
     std::mt19937 engine_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::mem

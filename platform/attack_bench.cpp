@@ -15,7 +15,9 @@
 #include <thread>
 #include <vector>
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::platform {
 
 namespace {
 
@@ -153,4 +155,4 @@ void attack_rows(const char *server_url) {
     row("over a server, known names listened to", url, "?name=", true);
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::platform

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <exception>
 
+using namespace ribkit::codec;
+
 namespace ribkit::platform {
 
 namespace {

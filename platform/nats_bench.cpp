@@ -9,7 +9,9 @@
 #include <nats/nats.h>
 #include <vector>
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::platform {
 
 namespace {
 
@@ -78,4 +80,4 @@ void nats_rows(const char *url) {
     }
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::platform

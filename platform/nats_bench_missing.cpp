@@ -2,8 +2,10 @@
 #include "bench/harness.h"
 #include "platform/nats_bench.h"
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::platform {
 
 void nats_rows(const char * /*url*/) { missing_row("request and answer over a server", "built without libnats"); }
 
-} // namespace ribkit::bench
+} // namespace ribkit::platform

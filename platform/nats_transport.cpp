@@ -13,6 +13,8 @@
 #include <climits>
 #include <iterator>
 
+using namespace ribkit::codec;
+
 namespace ribkit::platform {
 
 using namespace nats_callbacks;

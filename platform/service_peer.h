@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-namespace ribkit::bench {
+namespace ribkit::platform {
 
 class by_service {
   public:
@@ -33,7 +33,7 @@ class by_service {
         const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, 20, qip_rr_token_get(&ref)}};
         qip_drop(client_, &ref);
         qip_recv(client_, &ref, &opts);
-        keep(qip_payload_get(&ref));
+        bench::keep(qip_payload_get(&ref));
         qip_drop(client_, &ref);
     }
 
@@ -69,7 +69,7 @@ struct trips {
     static double at(const std::vector<double> &sorted, size_t percent) {
         return sorted[sorted.size() * percent / 100];
     }
-    [[nodiscard]] times medians() const { return {at(ours, 50), at(peer, 50)}; }
+    [[nodiscard]] bench::times medians() const { return {at(ours, 50), at(peer, 50)}; }
 };
 
 template <typename Ours, typename Peer> trips compare_trips(Ours &&ours, Peer &&peer) {
@@ -78,10 +78,10 @@ template <typename Ours, typename Peer> trips compare_trips(Ours &&ours, Peer &&
     trips taken;
     for (int round = 0; round < rounds; round++) {
         for (int i = 0; i < in_a_row; i++) {
-            taken.ours.push_back(time_of(ours, 1));
+            taken.ours.push_back(bench::time_of(ours, 1));
         }
         for (int i = 0; i < in_a_row; i++) {
-            taken.peer.push_back(time_of(peer, 1));
+            taken.peer.push_back(bench::time_of(peer, 1));
         }
     }
     std::sort(taken.ours.begin(), taken.ours.end());
@@ -91,10 +91,10 @@ template <typename Ours, typename Peer> trips compare_trips(Ours &&ours, Peer &&
 
 /// The medians beside each other, then what ours are like.
 inline void print_trips(const std::string &what, const trips &taken, double bound) {
-    print_row(what, taken.medians(), bound);
+    bench::print_row(what, taken.medians(), bound);
     const double median = trips::at(taken.ours, 50);
     std::printf("%-58s p50 %.1f us, p99 %.1f us, %.0f a second\n", "    of ours", median / 1e3,
                 trips::at(taken.ours, 99) / 1e3, 1e9 / median);
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::platform

@@ -15,7 +15,9 @@
 #include <thread>
 #include <vector>
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::platform {
 
 namespace {
 
@@ -90,15 +92,15 @@ void row(size_t size) {
 
 } // namespace
 
-} // namespace ribkit::bench
+} // namespace ribkit::platform
 
 int main(int argc, char **argv) {
     ribkit::bench::heading("between two threads; peer: mutex and condition variable", "trip");
     for (const size_t size : {64, 1024, 16384}) {
-        ribkit::bench::row(size);
+        ribkit::platform::row(size);
     }
-    ribkit::bench::unix_rows();
-    ribkit::bench::nats_rows(argc > 1 ? argv[1] : nullptr);
-    ribkit::bench::attack_rows(argc > 1 ? argv[1] : nullptr);
+    ribkit::platform::unix_rows();
+    ribkit::platform::nats_rows(argc > 1 ? argv[1] : nullptr);
+    ribkit::platform::attack_rows(argc > 1 ? argv[1] : nullptr);
     return 0;
 }

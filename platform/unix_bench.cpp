@@ -10,7 +10,9 @@
 #include <unistd.h>
 #include <vector>
 
-namespace ribkit::bench {
+using namespace ribkit::bench;
+
+namespace ribkit::platform {
 
 namespace {
 
@@ -67,4 +69,4 @@ void unix_rows() {
     }
 }
 
-} // namespace ribkit::bench
+} // namespace ribkit::platform

@@ -1,8 +1,8 @@
 // A request and its answer through sockets of this machine.
 #pragma once
 
-namespace ribkit::bench {
+namespace ribkit::platform {
 
 void unix_rows();
 
-} // namespace ribkit::bench
+} // namespace ribkit::platform

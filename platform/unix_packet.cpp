@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+using namespace ribkit::codec;
+
 namespace ribkit::platform {
 
 head_bytes bytes_of(const packet_head &head) {

@@ -5,7 +5,7 @@
 #include "codec/fc_address.h"
 #include "rib_snmp.h"
 
-using namespace ribkit;
+using namespace ribkit::codec;
 
 namespace {
 

@@ -3,6 +3,8 @@
 #include "if_index.h"
 #include <cstdio>
 
+using namespace ribkit::testing;
+
 namespace ribkit::testing {
 
 fake_interfaces &interfaces() {

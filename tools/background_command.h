@@ -13,7 +13,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace ribkit::testing {
+namespace ribkit::tools {
 
 inline std::string content(const std::string &path) {
     std::ifstream file(path);
@@ -62,7 +62,7 @@ class background {
     [[nodiscard]] std::string so_far() const { return content(output_); }
 
   private:
-    temporary_directory home_;
+    testing::temporary_directory home_;
     std::string output_ = home_.file("output");
     pid_t process_ = 0;
 };
@@ -86,4 +86,4 @@ inline std::string tables(const std::string &output) {
                                       : output.substr(start, output.find("\n\n", output.find("----------")) - start);
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <new>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 void load_faults(const bus_options &bus) {
     std::array<char, 512> error{};
@@ -20,4 +20,4 @@ void load_faults(const bus_options &bus) {
     throw input_error(error.data());
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

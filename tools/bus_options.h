@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct bus_options {
     std::string url;
@@ -18,4 +18,4 @@ struct bus_options {
 /// Puts the fault script in force, before the bus is opened. Throws an input_error.
 void load_faults(const bus_options &bus);
 
-} // namespace ribkit
+} // namespace ribkit::tools

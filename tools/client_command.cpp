@@ -6,7 +6,7 @@
 #include "tools/run_text.h"
 #include "tools/stop_signals.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 int run_client(const client_command_options &options) {
     const fabric f = chosen_fabric(options);
@@ -37,4 +37,4 @@ int run_client(const client_command_options &options) {
     return played && run.record().total.refused == 0 ? 0 : 1;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

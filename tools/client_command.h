@@ -3,7 +3,7 @@
 
 #include "tools/run_options.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct client_command_options : run_options {
     bool stay = false; ///< when all events are done, until a signal
@@ -13,4 +13,4 @@ struct client_command_options : run_options {
 /// was stopped before its end. Throws as run_lab does.
 int run_client(const client_command_options &options);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 void client_traffic::count(const route_table &before, std::span<const route_change> changes) {
     for (const route_change &change : changes) {
@@ -40,4 +40,4 @@ std::vector<route_change> effective(std::vector<route_change> changes, const rou
     return changes;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

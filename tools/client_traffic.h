@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// What went over the bus, and what became of the RIB's routes.
 struct client_traffic {
@@ -31,4 +31,4 @@ struct client_traffic {
 /// somebody else may have done the rest.
 std::vector<route_change> effective(std::vector<route_change> changes, const route_table &after, size_t made);
 
-} // namespace ribkit
+} // namespace ribkit::tools

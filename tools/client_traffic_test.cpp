@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 destination domain(uint32_t number) { return {number << 16, RIB_MASK_DOMAIN}; }
@@ -40,4 +40,4 @@ TEST(client_traffic, only_what_the_rib_has_and_says_to_have_made_is_effective) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -24,7 +24,7 @@
 #include <utility>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using action = std::function<int()>;
@@ -379,4 +379,4 @@ int run_command_line(int argc, char **argv) {
     return line.run();
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

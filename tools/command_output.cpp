@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -169,4 +169,4 @@ void reserve_standard_descriptors() {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

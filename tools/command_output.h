@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// What the command line says about it.
 struct output_options {
@@ -66,4 +66,4 @@ class command_output {
 /// their numbers; what is written to a missing standard output still fails.
 void reserve_standard_descriptors();
 
-} // namespace ribkit
+} // namespace ribkit::tools

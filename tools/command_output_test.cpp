@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <unistd.h>
 
-namespace ribkit::testing {
+using namespace ribkit::testing;
+
+namespace ribkit::tools {
 namespace {
 
 constexpr const char *small = " examples/fabrics/small.toml ";
@@ -198,4 +200,4 @@ TEST(command_output, whose_reader_has_left_ends_without_a_word) {
     }
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

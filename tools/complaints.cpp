@@ -8,7 +8,7 @@
 #include <exception>
 #include <iterator>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -127,4 +127,4 @@ std::vector<std::string> complaints::take_lines(bool all) {
     return lines;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

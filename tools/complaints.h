@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class complaints {
   public:
@@ -56,4 +56,4 @@ class complaints {
     std::thread saying_; ///< from the first complaint on
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

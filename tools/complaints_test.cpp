@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using testing::filled_pipe;
@@ -132,4 +132,4 @@ TEST(patient_output, loses_whole_lines_that_nobody_reads) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

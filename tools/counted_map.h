@@ -6,7 +6,7 @@
 #include <array>
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class counted_map {
   public:
@@ -34,4 +34,4 @@ class counted_map {
     std::array<uint32_t, 256> uses_{};
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -9,7 +9,10 @@
 #include <cstdio>
 #include <cstring>
 
-namespace ribkit {
+using namespace ribkit::codec;
+using namespace ribkit::diag;
+
+namespace ribkit::tools {
 
 namespace {
 
@@ -84,17 +87,17 @@ void show_verf_info(uint32_t * /*header*/, const void *record) {
 }
 
 constexpr display kinds[] = {
-    {"rib_show_fcu", "unicast route and its next hops", fits<wire::shown_ucast_route>, plainly<rib_show_fcu>},
+    {"rib_show_fcu", "unicast route and its next hops", fits<diag::shown_ucast_route>, plainly<rib_show_fcu>},
     {"rib_show_fcl", "label route and its next hops", rib_check_lbl_route, show_fcl},
     {"rib_show_fcm", "multicast route and its interfaces", rib_check_mcast_route, plainly<rib_show_fcm>},
     {"rib_show_fct", "version list of a client", rib_check_topo, plainly<rib_show_fct>},
-    {"rib_show_fcurt", "unicast route as its protocol sees it", fits<wire::shown_ucast_route>, plainly<rib_show_fcurt>},
+    {"rib_show_fcurt", "unicast route as its protocol sees it", fits<diag::shown_ucast_route>, plainly<rib_show_fcurt>},
     {"rib_show_fcmrt", "multicast route as queries see it", rib_check_mcast_route, show_fcmrt},
     {"rib_show_sync_fcu", "entry of the unicast synchronisation log", rib_check_sync_fcu, plainly<rib_show_sync_fcu>},
     {"rib_show_sync_fcm", "entry of the multicast synchronisation log", rib_check_sync_fcm, plainly<rib_show_sync_fcm>},
     {"rib_show_sync_fcl", "entry of the label synchronisation log", rib_check_sync_fcl, plainly<rib_show_sync_fcl>},
-    {"rib_show_sync_gbl", "state of a synchronisation log", fits<wire::sync_gbl>, plainly<rib_show_sync_gbl>},
-    {"rib_show_snmp_fcroute", "row of the SNMP route table", fits<wire::fcroute_entry>, show_snmp_fcroute},
+    {"rib_show_sync_gbl", "state of a synchronisation log", fits<diag::sync_gbl>, plainly<rib_show_sync_gbl>},
+    {"rib_show_snmp_fcroute", "row of the SNMP route table", fits<diag::fcroute_entry>, show_snmp_fcroute},
     {"rib_show_dm", "domains of a VSAN", fits<wire::dm_entry>, plainly<rib_show_dm>},
     {"rib_show_version", "versions of a version list", rib_check_topo, show_versions},
     {"rib_show_db", "route counts of all VSANs", rib_check_db_info, show_db},
@@ -141,4 +144,4 @@ uint32_t record_size(const display &kind, std::span<const uint8_t> bytes, rib_ch
     return refused == 0 ? size : 0;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

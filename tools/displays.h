@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct display {
     std::string_view name; ///< of the function that shows a record
@@ -36,4 +36,4 @@ std::string json_of(std::span<const display> listed);
 /// The length of the record that `bytes` begin with; 0, and the report filled, where the check refuses it.
 uint32_t record_size(const display &kind, std::span<const uint8_t> bytes, rib_check_report &report);
 
-} // namespace ribkit
+} // namespace ribkit::tools

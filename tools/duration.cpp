@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -81,4 +81,4 @@ std::string duration_text(std::chrono::milliseconds duration) {
     return std::to_string(total / 1000) + "." + fraction + "s";
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Nothing where the text is no duration, is finer than a millisecond or longer than a day.
 std::optional<std::chrono::milliseconds> parse_duration(std::string_view text);
@@ -14,4 +14,4 @@ std::optional<std::chrono::milliseconds> parse_duration(std::string_view text);
 /// The shortest text that parse_duration reads back: "3s", "1.5s", "250ms".
 std::string duration_text(std::chrono::milliseconds duration);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using std::chrono::milliseconds;
@@ -35,4 +35,4 @@ TEST(duration, what_is_printed_reads_back) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

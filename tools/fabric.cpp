@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cctype>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -204,4 +204,4 @@ std::string fabric::link_name(const fabric_link &link) const {
     return port_text(link.ends[0]) + " - " + port_text(link.ends[1]);
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 inline constexpr uint32_t last_domain = 239;
 inline constexpr uint32_t last_vsan = 4094;
@@ -118,4 +118,4 @@ class fabric {
     std::map<std::pair<size_t, uint32_t>, size_t> link_by_port_; ///< switch and interface index
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

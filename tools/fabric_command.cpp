@@ -3,7 +3,7 @@
 #include "tools/fabric_dot.h"
 #include "tools/fabric_file.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -25,4 +25,4 @@ int run_fabric(const fabric_command_options &options) {
     return 0;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct fabric_command_options {
     fabric_plan plan;        ///< of the fabric that is generated
@@ -18,4 +18,4 @@ struct fabric_command_options {
 /// Prints the fabric. @return the command's exit code. Throws an input_error where a file is wrong.
 int run_fabric(const fabric_command_options &options);
 
-} // namespace ribkit
+} // namespace ribkit::tools

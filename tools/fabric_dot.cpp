@@ -3,7 +3,7 @@
 #include "tools/input_error.h"
 #include "tools/run_text.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -51,4 +51,4 @@ std::string fabric_dot(const fabric &f) {
     return text + "}\n";
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

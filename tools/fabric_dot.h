@@ -5,10 +5,10 @@
 
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// An undirected graph: a node for each switch, the local one with a double border; an edge for each link with its cost
 /// and interfaces, dashed where the link is down at the start, with its VSANs where it does not carry all.
 std::string fabric_dot(const fabric &f);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -11,7 +11,9 @@
 #include <string_view>
 #include <utility>
 
-namespace ribkit::testing {
+using namespace ribkit::testing;
+
+namespace ribkit::tools {
 namespace {
 
 /// What Graphviz accepts as an undirected graph, as far as drawings use it: statements of attributes, nodes and edges.
@@ -200,4 +202,4 @@ TEST(fabric_dot, mistakes_are_one_line_and_exit_2) {
               file.path() + ": is read by this command, and so not written\n");
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

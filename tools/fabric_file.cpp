@@ -8,7 +8,7 @@
 #include "tools/policy_file.h"
 #include "tools/table_reader.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -87,4 +87,4 @@ rib_policy parse_policy(std::string_view text, const std::string &file) {
 
 rib_policy read_policy_file(const std::string &path) { return parse_policy(read_input(path), input_title(path)); }
 
-} // namespace ribkit
+} // namespace ribkit::tools

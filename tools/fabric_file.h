@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Reads a whole fabric from a file, or from standard input where the path is "-". Throws an input_error of one line,
 /// "FILE:LINE: what is wrong", or "FILE: why it cannot be read".
@@ -19,4 +19,4 @@ rib_policy read_policy_file(const std::string &path);
 fabric parse_fabric(std::string_view text, const std::string &file);
 rib_policy parse_policy(std::string_view text, const std::string &file);
 
-} // namespace ribkit
+} // namespace ribkit::tools

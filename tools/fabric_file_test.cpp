@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 /// Lines 1 to 15: two switches and one link.
@@ -273,4 +273,4 @@ TEST(fabric_file, a_file_that_is_not_there_is_said_so) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -9,7 +9,7 @@
 #include <numeric>
 #include <random>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -172,4 +172,4 @@ fabric_shape shape_named(std::string_view name) {
 
 std::string generate_fabric(const fabric_plan &plan) { return drawing(plan).text(); }
 
-} // namespace ribkit
+} // namespace ribkit::tools

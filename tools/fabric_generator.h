@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 enum class fabric_shape : uint8_t {
     core_edge, ///< pairs of core switches, every core linked to every other; each edge switch to both of one pair
@@ -30,4 +30,4 @@ fabric_shape shape_named(std::string_view name); ///< one of shape_names
 /// The text of a fabric file.
 std::string generate_fabric(const fabric_plan &plan);
 
-} // namespace ribkit
+} // namespace ribkit::tools

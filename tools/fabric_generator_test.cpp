@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 constexpr fabric_shape shapes[] = {fabric_shape::core_edge, fabric_shape::ring, fabric_shape::mesh};
@@ -61,4 +61,4 @@ TEST(fabric_generator, the_text_says_how_it_was_made) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

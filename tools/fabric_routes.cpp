@@ -10,7 +10,7 @@
 #include <numeric>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 // An end that is not reached is farther away than any sum.
 static bool is_on_shortest_path(uint64_t to_one_end, uint64_t to_the_other, uint64_t cost) {
@@ -106,4 +106,4 @@ void fabric_routes::note_lost(const topology &t, const fabric &f, const std::vec
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

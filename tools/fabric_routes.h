@@ -11,7 +11,7 @@
 #include <map>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Domains to which no path is left in a VSAN.
 struct unreachable_domains {
@@ -70,4 +70,4 @@ class fabric_routes {
     size_t computations_ = 0;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

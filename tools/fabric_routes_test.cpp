@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 const fabric_routes::progress silent = [](size_t, size_t) {};
@@ -142,4 +142,4 @@ TEST(fabric_routes, are_those_computed_anew_whatever_happens) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -111,4 +111,4 @@ bool unless_stopped(const std::function<void()> &action) {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// One moment of a run: its events (none at the start, nor where the RIB is there again), and the traffic that they
 /// caused.
@@ -71,4 +71,4 @@ class fabric_run {
 /// Does something that a signal may stop by closing the link. @return false, said on standard error, where it did
 bool unless_stopped(const std::function<void()> &action);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 #include <array>
 #include <string_view>
 
-namespace ribkit::testing {
+namespace ribkit::tools {
 
 class fault_script {
   public:
@@ -23,4 +23,4 @@ class fault_script {
     input_file file_;
 };
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <type_traits>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -121,4 +121,4 @@ fcurt_response decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_S
     return response;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -10,7 +10,7 @@
 #include <span>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 constexpr size_t fcurt_record_size(size_t hops) { return RIBKIT_FCURT_SIZE + RIBKIT_FCURT_HOP_SIZE * hops; }
 
@@ -52,4 +52,4 @@ struct fcurt_response {
 std::array<uint8_t, RIBKIT_FCURT_RSP_SIZE> encode(const fcurt_response &response);
 fcurt_response decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE> bytes);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 fcurt_update update_of(const route_table &table) {
@@ -43,7 +43,7 @@ TEST(fcurt_message, an_update_without_changes_needs_no_message) { EXPECT_TRUE(en
 TEST(fcurt_message, messages_are_as_long_as_the_limit_allows) {
     std::mt19937 random(2);
     for (int round = 0; round < 300; round++) {
-        const fcurt_update update = update_of(testing::random_table(random));
+        const fcurt_update update = update_of(random_table(random));
         const size_t limit = smallest_message_limit + random() % 600;
         fcurt_update together{update.uuid, update.vsan, update.oper, {}};
         const auto messages = encode(update, limit);
@@ -73,4 +73,4 @@ TEST(fcurt_message, a_response_is_five_words) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

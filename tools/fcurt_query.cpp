@@ -2,7 +2,7 @@
 
 #include "rib_codec.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 static_assert(sizeof(fcurt_query) == RIBKIT_FCURT_QUERY_SIZE);
 
@@ -18,4 +18,4 @@ fcurt_query decode_fcurt_query(std::span<const uint8_t, RIBKIT_FCURT_QUERY_SIZE>
     return query;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

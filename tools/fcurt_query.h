@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <span>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct fcurt_query {
     uint32_t uuid;  ///< of the client that asks
@@ -23,4 +23,4 @@ struct fcurt_query {
 std::array<uint8_t, RIBKIT_FCURT_QUERY_SIZE> encode(const fcurt_query &query);
 fcurt_query decode_fcurt_query(std::span<const uint8_t, RIBKIT_FCURT_QUERY_SIZE> bytes);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -87,4 +87,4 @@ std::vector<size_t> links_of(const fabric &f, uint32_t vsan) {
 
 route_table fspf_routes(const fabric &f, uint32_t vsan) { return run_fspf(f, links_of(f, vsan)).routes; }
 
-} // namespace ribkit
+} // namespace ribkit::tools

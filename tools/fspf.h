@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct fspf_outcome {
     route_table routes;
@@ -26,4 +26,4 @@ std::vector<size_t> links_of(const fabric &f, uint32_t vsan);
 /// Routes of one VSAN, over the links that carry it.
 route_table fspf_routes(const fabric &f, uint32_t vsan);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -15,7 +15,7 @@
 #include <memory>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -236,4 +236,4 @@ void fspf_client::trace(std::span<const uint8_t> update) {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -19,7 +19,7 @@
 #include <span>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct client_options {
     bool trace = false;
@@ -97,4 +97,4 @@ class fspf_client {
     size_t to_send_ = 0;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -15,7 +15,7 @@
 #include <random>
 #include <sstream>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using namespace std::chrono_literals;
@@ -70,7 +70,7 @@ TEST(fspf_client, waits_for_a_rib_that_starts_later) {
 }
 
 TEST(fspf_client, gives_up_when_patience_ends) {
-    const testing::fault_script script("clock virtual\n");
+    const fault_script script("clock virtual\n");
     fspf_client client(bus, {.link = {.patience = 10min}});
     ::testing::internal::CaptureStderr();
     const std::string printed = printed_by([&] { EXPECT_THROW(client.converge(generated()), no_answer); });
@@ -83,7 +83,7 @@ TEST(fspf_client, gives_up_when_patience_ends) {
 }
 
 TEST(fspf_client, does_not_wait_longer_because_a_rib_is_there_that_loses_everything_but_probes) {
-    const testing::fault_script script("clock virtual\ndrop every 3\n"); // an update, a probe and its answer, ...
+    const fault_script script("clock virtual\ndrop every 3\n"); // an update, a probe and its answer, ...
     const rib_service rib(bus);
     fspf_client client(bus, {.link = {.patience = 2s}});
     silently([&] { EXPECT_THROW(client.converge(generated()), no_answer); });
@@ -127,7 +127,7 @@ TEST(fspf_client, a_rib_that_starts_anew_meanwhile_is_told_everything_too) {
 TEST(fspf_client, has_new_patience_for_every_vsan) {
     // The RIB tells two groups that it starts. Then for each VSAN: the update fails, the RIB is asked whether it is
     // there, read, and sent the update again, each with an answer.
-    const testing::fault_script script("clock virtual\nfail send 3 EIO\nfail send 10 EIO\nfail send 17 EIO\n");
+    const fault_script script("clock virtual\nfail send 3 EIO\nfail send 10 EIO\nfail send 17 EIO\n");
     fspf_client client(bus, {.link = {.patience = 60ms}}); // a pause of 50 ms, and one of 10 ms
     rib_service rib(bus);
     silently([&] { EXPECT_EQ(client.converge(generated()).added, 3U * 11U); });
@@ -279,7 +279,7 @@ TEST(fspf_client, what_is_damaged_on_the_way_is_sent_again) {
     for (const int update : {3, 9, 15, 21, 29, 35, 41, 47}) { // of two VSANs; the next one arrives
         damage += joined("truncate ", update, " 900\n");
     }
-    const testing::fault_script script(damage);
+    const fault_script script(damage);
     rib_service rib(bus);
     fspf_client client(bus, {.link = patient});
     silently([&] {
@@ -336,7 +336,7 @@ TEST(fspf_client, whatever_is_disturbed_the_tables_are_right_in_the_end) {
         fabric f = generated();
         client_traffic total;
         silently([&] {
-            const testing::fault_script script(text);
+            const fault_script script(text);
             fspf_client client(bus, {.message_limit = smallest_message_limit + random() % 2000,
                                      .link = {.envelopes = round % 2 == 0, .patience = 24h}});
             rib_service rib(bus);
@@ -355,4 +355,4 @@ TEST(fspf_client, whatever_is_disturbed_the_tables_are_right_in_the_end) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

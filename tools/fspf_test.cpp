@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 /// a - b - d and a - c - d, all at the same cost, and VSAN 2 on the way over b only. The links of a are written in the
@@ -88,4 +88,4 @@ TEST(fspf, of_more_than_sixteen_ways_the_lowest_interfaces_are_kept) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// A mistake on a line of a file whose name is not known here.
 struct line_error : std::runtime_error {
@@ -29,4 +29,4 @@ template <typename... Pieces> std::string joined(const Pieces &...pieces) {
     return stream.str();
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -40,4 +40,4 @@ std::string read_input(const std::string &path) {
     return content;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

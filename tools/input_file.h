@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// What the input is called in a message.
 std::string input_title(const std::string &path);
@@ -11,4 +11,4 @@ std::string input_title(const std::string &path);
 /// Everything in it. Throws input_error where it cannot be read, or is longer than 64 MiB.
 std::string read_input(const std::string &path);
 
-} // namespace ribkit
+} // namespace ribkit::tools

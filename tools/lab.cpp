@@ -10,7 +10,7 @@
 #include "tools/run_text.h"
 #include "tools/stop_signals.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 int run_lab(const lab_options &options) {
     const fabric f = chosen_fabric(options);
@@ -52,4 +52,4 @@ int run_lab(const lab_options &options) {
     return played && run.record().total.refused == 0 ? 0 : 1;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

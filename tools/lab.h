@@ -4,7 +4,7 @@
 
 #include "tools/run_options.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct lab_options : run_options {
     std::string tables{"auto"}; ///< as table_choice
@@ -17,4 +17,4 @@ struct lab_options : run_options {
 /// input_error, with nothing printed, where the options or a file are wrong.
 int run_lab(const lab_options &options);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -4,12 +4,8 @@
 
 #include <regex>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
-
-using testing::complaint;
-using testing::outcome;
-using testing::run_command;
 
 /// Times of day and measured figures differ from run to run.
 std::string steady(std::string text) {
@@ -177,7 +173,7 @@ TEST(lab, a_rough_bus_gives_the_same_transcript_every_time_and_a_quiet_ones_tabl
 }
 
 TEST(lab, a_rib_that_cannot_listen_and_one_that_is_never_heard_are_reported) {
-    const testing::input_file deaf("fail listen 1 EACCES\n");
+    const input_file deaf("fail listen 1 EACCES\n");
     const outcome run = run_command("lab --faults " + deaf.path() + " " + small + " 2>&1");
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_EQ(run.output, "ribkit: the RIB cannot listen on local:: Permission denied\n");
@@ -212,9 +208,9 @@ TEST(lab, checks_without_a_run) {
               "small: 5 switches, 7 links; routes of edge-1 (domain 1) in VSAN 1 (production), 20 (backup)\n");
     EXPECT_EQ(run_command(std::string("lab --check --bus nats://127.0.0.1:1 ") + small).exit_code, 0)
         << "nothing is opened";
-    const testing::input_file damaged("name = \"x\"\nlocal = 3\n");
+    const input_file damaged("name = \"x\"\nlocal = 3\n");
     EXPECT_EQ(complaint("lab --check " + damaged.path()), complaint("lab " + damaged.path()));
-    const testing::input_file faults("seed x\n");
+    const input_file faults("seed x\n");
     EXPECT_EQ(complaint("lab --check --faults " + faults.path() + " " + small),
               faults.path() + ":1: seed takes one number\n");
     EXPECT_EQ(complaint(std::string("lab --check --tables 7 ") + small), "--tables 7: the fabric has no VSAN 7\n");
@@ -261,4 +257,4 @@ TEST(lab, help_is_no_mistake) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -10,7 +10,7 @@
 #include <new>
 #include <system_error>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 constexpr int wrong_input = 2;
@@ -76,11 +76,11 @@ int run(int argc, char **argv) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools
 
 int main(int argc, char **argv) {
-    ribkit::reserve_standard_descriptors();
+    ribkit::tools::reserve_standard_descriptors();
     std::signal(SIGPIPE, SIG_IGN); // outputs say by themselves that nobody reads them
-    std::set_terminate(ribkit::end_at_once);
-    return ribkit::run(argc, argv);
+    std::set_terminate(ribkit::tools::end_at_once);
+    return ribkit::tools::run(argc, argv);
 }

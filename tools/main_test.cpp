@@ -2,7 +2,9 @@
 #include "testing/golden.h"
 #include "tools/run_command.h"
 
-namespace ribkit::testing {
+using namespace ribkit::testing;
+
+namespace ribkit::tools {
 namespace {
 
 /// What a command says on standard error whose standard output leads to `output`.
@@ -145,4 +147,4 @@ TEST(main, a_fabric_goes_to_its_file_or_is_told_of) {
     EXPECT_EQ(complaint("fabric --output examples"), "examples: cannot be written: Is a directory\n");
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

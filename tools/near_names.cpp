@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -53,4 +53,4 @@ std::string no_such_name(std::string_view wanted, std::string_view kind, const s
     return joined(wanted, ": no ", kind, " has this name", near_text(wanted, names), "; ", command, " names them all");
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

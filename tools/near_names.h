@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Those of the names that hold `wanted`, or differ from it by two letters at most.
 std::vector<std::string_view> near_names(std::string_view wanted, const std::vector<std::string_view> &names);
@@ -17,4 +17,4 @@ std::string near_text(std::string_view wanted, const std::vector<std::string_vie
 std::string no_such_name(std::string_view wanted, std::string_view kind, const std::vector<std::string_view> &names,
                          std::string_view command);
 
-} // namespace ribkit
+} // namespace ribkit::tools

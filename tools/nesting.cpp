@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -104,4 +104,4 @@ class walk {
 
 void refuse_deep_nesting(std::string_view text) { walk(text).to_the_end(); }
 
-} // namespace ribkit
+} // namespace ribkit::tools

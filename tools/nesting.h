@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 inline constexpr unsigned most_brackets = 64; ///< inside each other
 inline constexpr unsigned most_dots = 1000;   ///< in the keys of one statement
@@ -12,4 +12,4 @@ inline constexpr unsigned most_dots = 1000;   ///< in the keys of one statement
 /// Throws a line_error where the text goes deeper. What stands in strings and comments does not count.
 void refuse_deep_nesting(std::string_view text);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 /// 0 where there is none.
@@ -46,4 +46,4 @@ TEST(nesting, behind_strings_and_comments_counts_on_its_line) {
     EXPECT_EQ(line_of_mistake("a = [\n" + std::string(600, '.') + "\n" + std::string(600, '.')), 3U);
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <charconv>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -93,4 +93,4 @@ std::vector<uint8_t> network_bytes(std::string_view content, byte_form form) {
     return bytes;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 enum class byte_form : uint8_t {
     detected, ///< text holds no control characters but white space; anything else is raw
@@ -19,4 +19,4 @@ enum class byte_form : uint8_t {
 /// line_error.
 std::vector<uint8_t> network_bytes(std::string_view content, byte_form form);
 
-} // namespace ribkit
+} // namespace ribkit::tools

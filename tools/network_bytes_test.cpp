@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using bytes = std::vector<uint8_t>;
@@ -85,4 +85,4 @@ TEST(network_bytes, control_characters_are_no_text) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

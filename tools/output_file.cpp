@@ -15,7 +15,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -123,4 +123,4 @@ void output_file::finish() {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

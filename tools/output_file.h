@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Who read what is written has left: nobody is there any more to be told.
 struct output_closed : std::exception {};
@@ -53,4 +53,4 @@ class output_file {
     bool on_terminal_ = false;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

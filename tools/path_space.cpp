@@ -7,7 +7,7 @@
 #include <array>
 #include <new>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 path_space::path_space(uint32_t units) : blocks_(bud_create(units)) {
     if (blocks_ == nullptr) {
@@ -88,4 +88,4 @@ uint32_t path_space::used() const {
     return units;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

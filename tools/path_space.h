@@ -11,7 +11,7 @@
 #include <span>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class path_space {
   public:
@@ -46,4 +46,4 @@ class path_space {
     std::vector<std::unique_ptr<chunk>> chunks_; ///< up to the last with a unit in use; null where none is
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

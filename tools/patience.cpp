@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 std::optional<std::chrono::milliseconds> patience::next_pause() {
     constexpr milliseconds longest{1000};
@@ -22,4 +22,4 @@ std::optional<std::chrono::milliseconds> patience::next_pause() {
 
 std::chrono::microseconds patience::now() { return std::chrono::microseconds(qip_now()); }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <optional>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class patience {
   public:
@@ -50,4 +50,4 @@ class patience {
     milliseconds pause_{50};
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

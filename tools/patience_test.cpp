@@ -9,7 +9,7 @@
 #include <numeric>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using namespace std::chrono_literals;
@@ -47,7 +47,7 @@ TEST(patience, none_at_all_leaves_a_second_for_each_answer) {
 }
 
 TEST(patience, what_is_waited_for_in_the_service_counts) {
-    const testing::fault_script script("clock virtual\n");
+    const fault_script script("clock virtual\n");
     const service_handle handle("local:patience_test");
     patience waiting(2s);
     const qip_recv_opts opts{{QIP_RECV_INCOMING, 0, 0, 0, 1234}};
@@ -62,4 +62,4 @@ TEST(patience, what_is_waited_for_in_the_service_counts) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -15,7 +15,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -160,4 +160,4 @@ void patient_output::carry() const {
     write_patiently(real_, held.all(), farewell);
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <thread>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Writes as much of the text as the descriptor takes while it takes anything within `patience`. What is written to an
 /// output that is gone counts as taken. @return bytes taken
@@ -35,4 +35,4 @@ class patient_output {
     std::thread carrying_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

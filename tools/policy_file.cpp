@@ -8,7 +8,9 @@
 #include <cctype>
 #include <iterator>
 
-namespace ribkit {
+using namespace ribkit::diag;
+
+namespace ribkit::tools {
 
 namespace {
 
@@ -68,4 +70,4 @@ rib_policy read_policy(const table_reader &top) {
     return policy;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -3,11 +3,11 @@
 
 #include "tools/rib_policy.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class table_reader;
 
 /// From a document. Throws a line_error.
 rib_policy read_policy(const table_reader &top);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 std::string mistake(const std::string &text) {
@@ -62,4 +62,4 @@ TEST(policy_file, a_fabric_file_has_the_same_tables) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

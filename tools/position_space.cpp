@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <new>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -130,4 +130,4 @@ void position_space::own_blocks(uint32_t segment, uint32_t first, uint32_t count
     std::fill_n(owners_.begin() + first / position_block, count / position_block, segment);
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

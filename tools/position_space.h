@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class position_space {
   public:
@@ -51,4 +51,4 @@ class position_space {
     struct cont *segments_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -115,4 +115,4 @@ std::string printable(std::string_view text) { return all_printable(text, ""); }
 
 std::string printable_lines(std::string_view text) { return all_printable(text, "\n\t"); }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// The same with control characters and bytes that are no UTF-8 as "\xNN", and characters that turn the direction of
 /// writing or belong to the second set of controls as "\uNNNN". It is one line.
@@ -24,4 +24,4 @@ constexpr bool is_control(char c) {
     return byte < 0x20 || byte == 0x7f;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

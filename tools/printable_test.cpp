@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 using namespace std::string_view_literals;
 
@@ -63,4 +63,4 @@ TEST(one_line, is_short_and_cuts_no_character) {
     EXPECT_EQ(one_line(std::string(10 << 20, '\n')).size(), (66 + 50) * 4 + 3U);
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -8,16 +8,10 @@
 #include <memory>
 #include <thread>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using platform::nats_server;
-using testing::background;
-using testing::content;
-using testing::in_time;
-using testing::outcome;
-using testing::run_command;
-using testing::tables;
 
 constexpr const char *small = "examples/fabrics/small.toml";
 constexpr const char *last_step = "comes up and costs 500\n  4 routes added, 3 changed, in ";
@@ -172,7 +166,7 @@ TEST_F(processes, a_rib_that_is_busy_is_one_too) {
 }
 
 TEST_F(processes, a_server_has_no_virtual_clock) {
-    const testing::input_file script("clock virtual\n");
+    const input_file script("clock virtual\n");
     const outcome run = run_command(command("rib --faults " + script.path()) + " 2>&1");
     EXPECT_EQ(run.exit_code, 2);
     EXPECT_EQ(run.output, server.url() + ": other processes keep real time: no fault script with \"clock virtual\"\n");
@@ -270,4 +264,4 @@ TEST(secrets, are_not_printed) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <unistd.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -42,4 +42,4 @@ void progress_line::clear() {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <cstddef>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class progress_line {
   public:
@@ -25,4 +25,4 @@ class progress_line {
     std::chrono::steady_clock::time_point next_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

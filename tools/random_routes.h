@@ -6,7 +6,7 @@
 
 #include <random>
 
-namespace ribkit::testing {
+namespace ribkit::tools {
 
 inline uint32_t below(std::mt19937 &random, uint32_t limit) { return static_cast<uint32_t>(random() % limit); }
 
@@ -37,4 +37,4 @@ inline route_table random_neighbour(std::mt19937 &random, const route_table &tab
     return other;
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

@@ -5,7 +5,9 @@
 #include <chrono>
 #include <random>
 
-namespace ribkit {
+using namespace ribkit::codec;
+
+namespace ribkit::tools {
 
 namespace {
 
@@ -48,4 +50,4 @@ claim_step step_after_answer(const rib_claim &mine, const rib_claim &answer) {
     return answer.settled || answer.is_before(mine) ? claim_step::give_way : claim_step::ask_again;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

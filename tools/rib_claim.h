@@ -10,7 +10,7 @@
 #include <optional>
 #include <span>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct rib_claim {
     bool settled;     ///< has listened for so long that it stays in any case
@@ -38,4 +38,4 @@ claim_step step_after_claim(const rib_claim &mine, const rib_claim &heard);
 /// is asked about again.
 claim_step step_after_answer(const rib_claim &mine, const rib_claim &answer);
 
-} // namespace ribkit
+} // namespace ribkit::tools

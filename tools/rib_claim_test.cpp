@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 struct contender {
@@ -126,4 +126,4 @@ TEST(rib_claim, travels_as_five_words) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

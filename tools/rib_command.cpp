@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -65,4 +65,4 @@ int run_rib(const rib_command_options &options) {
     return 0;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct rib_command_options {
     bus_options bus;
@@ -21,4 +21,4 @@ struct rib_command_options {
 /// where the options or a file are wrong.
 int run_rib(const rib_command_options &options);
 
-} // namespace ribkit
+} // namespace ribkit::tools

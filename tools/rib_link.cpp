@@ -15,7 +15,7 @@
 #include <cstring>
 #include <system_error>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -88,7 +88,7 @@ void refuse_second_rib(const std::string &url, patience &waiting) {
 }
 
 rib_link::rib_link(const std::string &url, uint32_t uuid, const link_options &options)
-    : shown_url_(ribkit::shown_url(url)), waiting_(options.patience), handle_(url, waiting_), uuid_(uuid),
+    : shown_url_(ribkit::tools::shown_url(url)), waiting_(options.patience), handle_(url, waiting_), uuid_(uuid),
       envelopes_(options.envelopes) {
     if (qip_listen(handle_.number(), &ribkit_listeners_address, notifications_bound) != 0) {
         throw std::system_error(errno, std::generic_category(), "cannot hear notifications on " + shown_url_);
@@ -269,4 +269,4 @@ void rib_link::take_notes(std::chrono::milliseconds limit) {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// An answer that says that nothing of a message could be used.
 struct refused_message {
@@ -131,4 +131,4 @@ class rib_link {
     link_traffic traffic_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using namespace std::chrono_literals;
@@ -56,8 +56,8 @@ TEST(service_handle, a_mistaken_url_is_the_users) {
 }
 
 TEST(service_handle, a_server_is_waited_for_with_patience) {
-    const testing::fault_script script("fail open 1 ECONNREFUSED\nfail open 2 ECONNREFUSED\nfail open 4 ECONNREFUSED\n"
-                                       "fail open 5 EACCES\n");
+    const fault_script script("fail open 1 ECONNREFUSED\nfail open 2 ECONNREFUSED\nfail open 4 ECONNREFUSED\n"
+                              "fail open 5 EACCES\n");
     ::testing::internal::CaptureStderr();
     EXPECT_NO_THROW(service_handle(bus, 1s));
     EXPECT_EQ(::testing::internal::GetCapturedStderr(),
@@ -94,7 +94,7 @@ TEST(rib_link, other_news_do_not_matter) {
 TEST(rib_link, silence_has_a_reason) {
     rib_link link(bus, RIB_CLIENT_FSPF);
     EXPECT_EQ(failure_of(link), "no answer from the RIB: nobody listens");
-    const testing::fault_script script("clock virtual\ndrop 2\n"); // behind the news that the RIB has started
+    const fault_script script("clock virtual\ndrop 2\n"); // behind the news that the RIB has started
     const rib_service rib(bus);
     EXPECT_EQ(failure_of(link), "no answer from the RIB: Connection timed out");
     EXPECT_EQ(result_text(RIB_FAILED), "failed");
@@ -102,7 +102,7 @@ TEST(rib_link, silence_has_a_reason) {
 }
 
 TEST(rib_link, awaits_a_rib_with_one_word_on_standard_error) {
-    const testing::fault_script script("clock virtual\n");
+    const fault_script script("clock virtual\n");
     rib_link link(bus, RIB_CLIENT_FSPF, {.patience = 1min});
     ::testing::internal::CaptureStderr();
     const std::string printed = printed_by([&] {
@@ -135,7 +135,7 @@ class silent_rib {
 };
 
 TEST(rib_link, an_answer_is_waited_for_as_long_as_patience_and_the_wrappers_last) {
-    const testing::fault_script script("clock virtual\n");
+    const fault_script script("clock virtual\n");
     const silent_rib rib;
     for (const bool envelopes : {false, true}) {
         const std::chrono::seconds wrapper = envelopes ? 10s : 20s;
@@ -155,7 +155,7 @@ TEST(rib_link, an_answer_is_waited_for_as_long_as_patience_and_the_wrappers_last
 }
 
 TEST(rib_link, a_rib_that_is_there_has_a_second_for_an_answer_where_nothing_is_waited_for) {
-    const testing::fault_script script("clock virtual\n");
+    const fault_script script("clock virtual\n");
     const silent_rib rib;
     rib_link link(bus, RIB_CLIENT_FSPF, {.patience = no_wait});
     EXPECT_EQ(failure_of(link), "no answer from the RIB: Connection timed out");
@@ -185,7 +185,7 @@ TEST(rib_link, a_closed_one_ends_waits) {
 }
 
 TEST(rib_link, a_damaged_envelope_is_no_answer_and_is_dropped) {
-    const testing::fault_script script("clock virtual\ntruncate 3 120\ntruncate 4 100\ntruncate 5 100\n");
+    const fault_script script("clock virtual\ntruncate 3 120\ntruncate 4 100\ntruncate 5 100\n");
     rib_link link(bus, RIB_CLIENT_FSPF, {.envelopes = true}); // hears the RIB's start: message 1
     const rib_service rib(bus);
     EXPECT_EQ(failure_of(link), "no answer from the RIB: bad parameters"); // 2, answered by 3
@@ -197,4 +197,4 @@ TEST(rib_link, a_damaged_envelope_is_no_answer_and_is_dropped) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct rib_policy {
     std::map<uint32_t, uint32_t> quotas;           ///< routes at most, by client; others have no limit
@@ -20,4 +20,4 @@ struct rib_policy {
     }
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

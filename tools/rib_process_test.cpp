@@ -21,7 +21,7 @@
 #include <tuple>
 #include <unistd.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using testing::filled_pipe;
@@ -99,8 +99,8 @@ class rib_processes : public ::testing::Test {
         }
     }
 
-    [[nodiscard]] testing::outcome example(const std::string &arguments) const {
-        return testing::run_line(std::string(RIBKIT_SEND_ROUTE) + ' ' + arguments + " 2>&1");
+    [[nodiscard]] outcome example(const std::string &arguments) const {
+        return run_line(std::string(RIBKIT_SEND_ROUTE) + ' ' + arguments + " 2>&1");
     }
 
     testing::temporary_directory home;
@@ -108,7 +108,7 @@ class rib_processes : public ::testing::Test {
 };
 
 TEST_F(rib_processes, serve_and_end_though_nobody_reads_what_they_print) {
-    const testing::input_file fabric(fabric_text);
+    const input_file fabric(fabric_text);
     for (const int signal : {SIGTERM, SIGINT}) {
         const filled_pipe output;
         const filled_pipe errors;
@@ -143,11 +143,11 @@ TEST_F(rib_processes, take_the_route_of_the_c_example_or_refuse_it) {
          {std::tuple{"", 0, "the RIB took 1 route of VSAN 1: ok\n"},
           std::tuple{"[[quota]]\nclient = \"fspf\"\nroutes = 0\n", 1,
                      "send_route: the RIB refused the message: hw tcam/ssram full\n"}}) {
-        const testing::input_file who(policy);
+        const input_file who(policy);
         const filled_pipe errors(false);
         rib_process rib("rib --bus " + url + " --who " + who.path(), errors.way_in(), errors.way_in());
         linked();
-        const testing::outcome sent = example(url);
+        const outcome sent = example(url);
         EXPECT_EQ(sent.exit_code, exit_code) << sent.output;
         EXPECT_NE(sent.output.find(last), std::string::npos) << sent.output;
         EXPECT_TRUE(ended_well(rib.stopped(SIGTERM)));
@@ -162,12 +162,12 @@ TEST_F(rib_processes, let_a_name_use_its_clients_only) {
     for (const auto &[client, exit_code, last] :
          {std::tuple{"fspf", 0, "the RIB took 1 route of VSAN 1: ok\n"},
           std::tuple{"mcast", 1, "send_route: the RIB refused the message: bad parameters\n"}}) {
-        const testing::input_file who(std::string("[[who]]\nname = \"") + user->pw_name + "\"\nclients = [\"" + client +
-                                      "\"]\n");
+        const input_file who(std::string("[[who]]\nname = \"") + user->pw_name + "\"\nclients = [\"" + client +
+                             "\"]\n");
         const filled_pipe errors(false);
         rib_process rib("rib --bus " + url + " --who " + who.path(), errors.way_in(), errors.way_in());
         linked();
-        const testing::outcome sent = example(url);
+        const outcome sent = example(url);
         EXPECT_EQ(sent.exit_code, exit_code) << sent.output;
         EXPECT_NE(sent.output.find(last), std::string::npos) << sent.output;
         EXPECT_TRUE(ended_well(rib.stopped(SIGTERM)));
@@ -180,4 +180,4 @@ TEST_F(rib_processes, let_a_name_use_its_clients_only) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -18,7 +18,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -258,4 +258,4 @@ bool rib_service::may_speak(const request &asked, uint32_t client) const {
     return !binds_names_ || policy_.allows(qip_sender_name(&asked.ref), client);
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -21,7 +21,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct rib_options {
     rib_spaces spaces{};
@@ -103,4 +103,4 @@ class rib_service {
     std::thread thread_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

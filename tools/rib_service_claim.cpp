@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -86,4 +86,4 @@ void rib_service::step(claim_step next) {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

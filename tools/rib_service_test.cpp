@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 constexpr const char *bus = "local:rib_service_test";
@@ -193,7 +193,7 @@ TEST(rib_service, nobody_has_to_read_what_it_refuses) {
 
 // The pauses grow, and the end does not wait for them.
 TEST(rib_service, a_bus_from_which_nothing_can_be_received_is_said_once_and_left) {
-    const testing::fault_script script("fail recv every 1 EIO\n");
+    const fault_script script("fail recv every 1 EIO\n");
     const testing::filled_pipe said(false);
     rib_service rib(bus, {.complaints_to = said.way_in()});
     EXPECT_EQ(said.read_some(), "ribkit: the RIB cannot receive: Input/output error\n");
@@ -201,7 +201,7 @@ TEST(rib_service, a_bus_from_which_nothing_can_be_received_is_said_once_and_left
 }
 
 TEST(rib_service, a_failure_that_looks_like_the_end_is_not_the_end) {
-    const testing::fault_script script("fail recv 2 ECANCELED\nfail recv 3 EBADF\n");
+    const fault_script script("fail recv 2 ECANCELED\nfail recv 3 EBADF\n");
     rib_service rib(bus);
     fspf_client client(bus, {});
     EXPECT_EQ(client.converge(generated(5, fabric_shape::ring)).refused, 0U);
@@ -214,4 +214,4 @@ TEST(rib_service, a_second_rib_on_the_bus_and_an_unknown_bus_are_errors) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Positions belong to VSANs in blocks of this size.
 inline constexpr uint32_t position_block = 8;
@@ -27,4 +27,4 @@ struct move_display {
     bool segments = false; ///< the table of segments for every boundary, as the allocator prints it
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

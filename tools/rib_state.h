@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct rib_state {
     explicit rib_state(const rib_service &stopped)
@@ -16,4 +16,4 @@ struct rib_state {
     size_t answered; ///< messages
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

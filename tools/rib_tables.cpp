@@ -9,7 +9,7 @@
 #include <cstring>
 #include <new>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -212,4 +212,4 @@ std::vector<uint8_t> ucast_entry(const route_key &key, const held_route &held) {
     return network;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

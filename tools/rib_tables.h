@@ -15,7 +15,7 @@
 #include <tuple>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 class rib_tables {
   public:
@@ -66,4 +66,4 @@ class rib_tables {
 /// The route as an entry of the RIB's tables in network form, which rib_show_fcu displays.
 std::vector<uint8_t> ucast_entry(const route_key &key, const held_route &held);
 
-} // namespace ribkit
+} // namespace ribkit::tools

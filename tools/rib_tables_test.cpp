@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 constexpr destination two{0x020000, RIB_MASK_DOMAIN};
@@ -126,7 +126,7 @@ TEST_F(rib, random_updates_leave_what_the_client_has) {
     std::mt19937 random(3);
     route_table client;
     for (int round = 0; round < 300; round++) {
-        const route_table after = testing::random_neighbour(random, client);
+        const route_table after = random_neighbour(random, client);
         const auto changes = changes_between(client, after);
         client = after;
         if (!changes.empty()) {
@@ -157,4 +157,4 @@ TEST_F(rib, an_entry_displays_its_route) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 #include <charconv>
 #include <cstdio>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 static constexpr size_t few_routes = 64;
 
@@ -45,4 +45,4 @@ void table_choice::display(const rib_service &stopped, bool memory) const {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Which routes are displayed.
 class table_choice {
@@ -29,4 +29,4 @@ class table_choice {
     std::optional<uint32_t> vsan_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

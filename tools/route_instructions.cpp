@@ -11,8 +11,7 @@
 
 namespace {
 
-using namespace ribkit;
-
+using namespace ribkit::tools;
 using messages = std::vector<std::vector<uint8_t>>;
 
 constexpr uint32_t share = 256; // positions for each VSAN

@@ -7,7 +7,7 @@
 #include "tools/fcurt_query.h"
 #include "tools/input_error.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -60,4 +60,4 @@ held_routes read_routes(rib_link &link, const route_reading &wanted) {
     return all;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct route_reading {
     uint32_t uuid;                ///< of the client that asks
@@ -21,4 +21,4 @@ struct route_reading {
 /// The routes that the RIB holds. Throws no_answer, also where it has more than `most_routes`, and link_closed.
 held_routes read_routes(rib_link &link, const route_reading &wanted);
 
-} // namespace ribkit
+} // namespace ribkit::tools

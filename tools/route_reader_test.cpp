@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 constexpr const char *bus = "local:route_reader_test";
@@ -60,8 +60,8 @@ TEST(route_reader, reads_what_the_rib_holds) {
         rib_service rib(bus);
         rib_link link(bus, RIB_CLIENT_TEST, {.envelopes = round % 2 == 0});
         for (uint32_t vsan = 1; vsan <= 4; vsan++) {
-            add(link, RIB_CLIENT_FSPF, vsan, testing::random_table(random));
-            add(link, RIB_CLIENT_MCAST, vsan, testing::random_table(random));
+            add(link, RIB_CLIENT_FSPF, vsan, random_table(random));
+            add(link, RIB_CLIENT_MCAST, vsan, random_table(random));
         }
         add(link, RIB_CLIENT_FSPF, 2, {{{0, 0}, {}}, {{5, UINT32_MAX}, {}}, {{UINT32_MAX, UINT32_MAX}, {}}});
         const held_routes all = read_routes(link, {RIB_CLIENT_TEST, {}});
@@ -132,7 +132,7 @@ TEST(route_reader, a_query_that_cannot_be_used_is_refused) {
 }
 
 TEST(route_reader, damaged_answers_are_no_answers) {
-    const testing::fault_script script("clock virtual\ntruncate 4 978\ntruncate 6 20\n");
+    const fault_script script("clock virtual\ntruncate 4 978\ntruncate 6 20\n");
     rib_service rib(bus);
     rib_link link(bus, RIB_CLIENT_TEST);
     add(link, RIB_CLIENT_FSPF, 1, table_of(1, 1)); // messages 1 and 2
@@ -178,4 +178,4 @@ TEST(route_reader, queries_are_traced_on_request) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

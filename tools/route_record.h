@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 inline constexpr uint32_t no_position = 0xdeadbeef;
 
@@ -20,4 +20,4 @@ struct route_record {
     uint32_t position; ///< or no_position
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

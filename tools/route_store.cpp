@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <new>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -195,4 +195,4 @@ void route_store::show_ports() const {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

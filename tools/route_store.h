@@ -14,7 +14,7 @@
 #include <memory>
 #include <span>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// What is in use, and of how much.
 struct rib_memory {
@@ -74,4 +74,4 @@ class route_store {
     std::map<uint32_t, uint32_t> ports_; ///< how many next hops, by interface index
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

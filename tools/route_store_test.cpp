@@ -12,10 +12,8 @@
 #include <malloc.h>
 #include <set>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
-
-using testing::below;
 
 fcurt_response update(rib_tables &rib, uint32_t vsan, std::vector<route_change> changes) {
     const fcurt_update whole{RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, std::move(changes)};
@@ -360,4 +358,4 @@ TEST(route_store, everything_is_displayed) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -3,7 +3,7 @@
 
 #include "rib_codes.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 std::array<uint8_t, 4> fcid_bytes(uint32_t fcid) {
     return {static_cast<uint8_t>(fcid >> 24), static_cast<uint8_t>(fcid >> 16), static_cast<uint8_t>(fcid >> 8),
@@ -54,4 +54,4 @@ bool has_effect(const route_table &table, const route_change &change) {
                                               : found != table.end() && found->second == change.what;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

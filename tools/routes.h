@@ -8,7 +8,7 @@
 #include <tuple>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct next_hop {
     uint32_t if_index;
@@ -87,4 +87,4 @@ void apply_change(route_table &table, const route_change &change);
 /// Whether the table is as the change would leave it.
 bool has_effect(const route_table &table, const route_change &change);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <stdexcept>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -72,4 +72,4 @@ int run_routes(const routes_command_options &options) {
     return 0;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

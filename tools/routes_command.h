@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct routes_command_options {
     bus_options bus;
@@ -23,4 +23,4 @@ struct routes_command_options {
 /// wrong, and where the RIB does not answer, or does not hold enough routes, in time.
 int run_routes(const routes_command_options &options);
 
-} // namespace ribkit
+} // namespace ribkit::tools

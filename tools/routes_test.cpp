@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 constexpr destination two{0x020000, RIB_MASK_DOMAIN};
@@ -43,8 +43,8 @@ TEST(routes, an_fc_id_is_a_zero_byte_and_three_more) {
 TEST(routes, random_tables_become_one_another) {
     std::mt19937 random(1);
     for (int round = 0; round < 500; round++) {
-        route_table table = testing::random_table(random);
-        const route_table after = testing::random_neighbour(random, table);
+        route_table table = random_table(random);
+        const route_table after = random_neighbour(random, table);
         const auto changes = changes_between(table, after);
         EXPECT_LE(changes.size(), table.size() + after.size());
         for (const route_change &change : changes) {
@@ -55,4 +55,4 @@ TEST(routes, random_tables_become_one_another) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -2,10 +2,10 @@
 
 #include "ribkit_platform.h"
 
-namespace ribkit {
+namespace ribkit::tools {
 
 std::chrono::steady_clock::time_point run_now() {
     return std::chrono::steady_clock::time_point(std::chrono::microseconds(qip_now()));
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -3,8 +3,8 @@
 
 #include <chrono>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 std::chrono::steady_clock::time_point run_now();
 
-} // namespace ribkit
+} // namespace ribkit::tools

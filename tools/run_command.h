@@ -11,7 +11,7 @@
 #include <string>
 #include <sys/wait.h>
 
-namespace ribkit::testing {
+namespace ribkit::tools {
 
 struct outcome {
     int exit_code;
@@ -50,8 +50,8 @@ class input_file {
     [[nodiscard]] const std::string &path() const { return path_; }
 
   private:
-    temporary_directory home_;
+    testing::temporary_directory home_;
     std::string path_ = home_.file("input");
 };
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

@@ -10,7 +10,7 @@
 #include <iomanip>
 #include <nlohmann/json.hpp>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -143,4 +143,4 @@ std::string rib_json(const rib_state &rib) {
 
 std::string routes_json(const held_routes &routes) { return text_of(list_of(routes)); }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// The fabric, the steps, the RIB's routes and the totals.
 std::string lab_json(const fabric_run &run, const rib_state &rib);
@@ -20,4 +20,4 @@ std::string rib_json(const rib_state &rib);
 /// An array of routes.
 std::string routes_json(const held_routes &routes);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -43,4 +43,4 @@ fabric chosen_fabric(const run_options &options) {
     return f;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct run_options {
     bus_options bus;
@@ -37,4 +37,4 @@ struct run_options {
 /// The fabric of the file, with the VSANs and the local switch that were chosen. Throws an input_error.
 fabric chosen_fabric(const run_options &options);
 
-} // namespace ribkit
+} // namespace ribkit::tools

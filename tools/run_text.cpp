@@ -8,7 +8,7 @@
 #include <iomanip>
 #include <set>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -116,4 +116,4 @@ std::string summary_text(const rib_state &rib) {
     return joined("Summary\n  messages  ", rib.answered, " answered\n  memory    ", memory_text(rib.memory));
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

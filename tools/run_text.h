@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// "small: 5 switches, 7 links; routes of edge-1 (domain 1) in VSAN 1 (production), 20 (backup)"
 std::string head_text(const fabric &f);
@@ -29,4 +29,4 @@ std::string summary_text(const run_record &run, const rib_state *rib);
 /// The figures of a RIB at its end, likewise.
 std::string summary_text(const rib_state &rib);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 TEST(run_text, few_unreachable_domains_are_named_and_many_are_counted) {
@@ -28,4 +28,4 @@ switch = [{name = "a", domain = 1}, {name = "b", domain = 20}, {name = "c", doma
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -11,7 +11,7 @@
 #include <cstring>
 #include <stdexcept>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 std::string shown_url(const std::string &url) {
     const size_t scheme = url.find("://");
@@ -87,4 +87,4 @@ void service_handle::close() {
     }
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// The bus as it may be printed: without user, password or token.
 std::string shown_url(const std::string &url);
@@ -39,4 +39,4 @@ class service_handle {
     std::atomic<bool> open_{true};
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -6,7 +6,7 @@
 
 #include <iomanip>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -75,4 +75,4 @@ int run_show(const show_options &options) {
     return 0;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 struct show_options {
     std::string kind; ///< a display, by either name
@@ -23,4 +23,4 @@ void show_records(const display &kind, std::span<const uint8_t> bytes, const std
 
 int run_show(const show_options &options);
 
-} // namespace ribkit
+} // namespace ribkit::tools

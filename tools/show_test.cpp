@@ -15,7 +15,9 @@
 #include <set>
 #include <sstream>
 
-namespace ribkit::testing {
+using namespace ribkit::testing;
+
+namespace ribkit::tools {
 namespace {
 
 std::string example_path(const display &kind) { return "examples/messages/" + std::string(kind.short_name()) + ".hex"; }
@@ -215,4 +217,4 @@ TEST(show, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(run_command("show --help").exit_code, 0);
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

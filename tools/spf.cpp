@@ -8,7 +8,7 @@
 #include <queue>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -70,4 +70,4 @@ std::vector<spf_path> shortest_paths(size_t nodes, std::span<const spf_link> lin
     return paths;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -10,7 +10,7 @@
 #include <span>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 inline constexpr size_t most_first_links = RIBKIT_MOST_HOPS;
 inline constexpr uint32_t unreachable = std::numeric_limits<uint32_t>::max();
@@ -29,4 +29,4 @@ struct spf_path {
 /// One path for each of `nodes` nodes; that of the root costs 0 and begins with no link.
 std::vector<spf_path> shortest_paths(size_t nodes, std::span<const spf_link> links, size_t root);
 
-} // namespace ribkit
+} // namespace ribkit::tools

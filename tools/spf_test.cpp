@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
 
 using table = std::vector<std::vector<uint64_t>>;
@@ -119,4 +119,4 @@ TEST(spf, random_graphs_agree_with_the_model) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -9,7 +9,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -141,4 +141,4 @@ stop_call::~stop_call() {
     calling_.join();
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

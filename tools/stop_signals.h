@@ -8,7 +8,7 @@
 #include <memory>
 #include <thread>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// Made before any other thread, so that no thread dies of the signals SIGINT and SIGTERM. After the first one the
 /// process is given time as long as it is at work; where it has not been for most of a second, because nobody reads
@@ -51,4 +51,4 @@ class stop_call {
 /// Sleeps, and lets SIGINT and SIGTERM end the process meanwhile, even where they are kept for somebody.
 void sleep_stoppably(std::chrono::milliseconds pause);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -15,7 +15,7 @@
 #include <toml++/toml.h>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// What may be said either way.
 struct name_or_number {
@@ -169,4 +169,4 @@ class table_reader {
     std::string what_;
 };
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -10,7 +10,9 @@
 #include <pty.h>
 #include <unistd.h>
 
-namespace ribkit::testing {
+using namespace ribkit::testing;
+
+namespace ribkit::tools {
 namespace {
 
 /// A terminal for programs to write to, as descriptor 9 of the shells that are started and as standard error of this
@@ -120,4 +122,4 @@ TEST(progress_line, is_drawn_where_a_terminal_can_clear_it) {
     EXPECT_EQ(drawn_on(nullptr, show_progress), "");
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <iomanip>
 
-namespace ribkit {
+using namespace ribkit::diag;
+
+namespace ribkit::tools {
 
 namespace {
 
@@ -87,4 +89,4 @@ int run_text(const text_options &options) {
     return 0;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

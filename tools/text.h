@@ -1,6 +1,7 @@
 // The text command: what numbers are called, vocabulary by vocabulary.
 #pragma once
 
+#include "diag/catalogue.h"
 #include "tools/command_output.h"
 
 #include <cstdint>
@@ -8,9 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
-
-struct vocabulary;
+namespace ribkit::tools {
 
 struct text_options {
     std::string vocabulary;          ///< empty where all are listed
@@ -27,7 +26,7 @@ struct value_text {
 };
 
 /// What the values are called, or the numbers that are called so. Throws an input_error where one is neither.
-std::vector<value_text> texts_of(const vocabulary &words, const std::vector<std::string> &values);
+std::vector<value_text> texts_of(const diag::vocabulary &words, const std::vector<std::string> &values);
 
 /// Small numbers are known by their decimal digits, masks and codes by their bits.
 std::string shown(uint32_t value);
@@ -36,10 +35,10 @@ int run_text(const text_options &options);
 
 /// The vocabulary of that name; null where there is none. "rib_" or "fib_" may be left out where only one is meant, and
 /// the name may be that of the converter, with "_to_str".
-const vocabulary *find_vocabulary(std::string_view name);
+const diag::vocabulary *find_vocabulary(std::string_view name);
 
 /// The same for a program.
 std::string json_of(const std::vector<value_text> &texts);
-std::string json_of(const std::vector<const vocabulary *> &listed);
+std::string json_of(const std::vector<const diag::vocabulary *> &listed);
 
-} // namespace ribkit
+} // namespace ribkit::tools

@@ -5,7 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
-namespace ribkit {
+using namespace ribkit::diag;
+
+namespace ribkit::tools {
 
 namespace {
 
@@ -57,4 +59,4 @@ std::string json_of(std::span<const display> listed) {
     return text_of(document);
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

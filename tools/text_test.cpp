@@ -7,7 +7,10 @@
 #include "tools/near_names.h"
 #include "tools/run_command.h"
 
-namespace ribkit::testing {
+using namespace ribkit::diag;
+using namespace ribkit::testing;
+
+namespace ribkit::tools {
 namespace {
 
 std::string printed(const std::string &arguments) {
@@ -163,4 +166,4 @@ TEST(near_names, those_that_hold_the_wanted_or_differ_by_two_letters) {
     EXPECT_EQ(near("zzzzzzzz"), found{});
 }
 
-} // namespace ribkit::testing
+} // namespace ribkit::tools

@@ -10,7 +10,9 @@
 #include <cstring>
 #include <optional>
 
-namespace ribkit {
+using namespace ribkit::diag;
+
+namespace ribkit::tools {
 
 namespace {
 
@@ -100,4 +102,4 @@ std::vector<value_text> texts_of(const vocabulary &words, const std::vector<std:
     return texts;
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

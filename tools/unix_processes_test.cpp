@@ -5,14 +5,8 @@
 #include <memory>
 #include <pwd.h>
 
-namespace ribkit {
+namespace ribkit::tools {
 namespace {
-
-using testing::background;
-using testing::in_time;
-using testing::outcome;
-using testing::run_command;
-using testing::tables;
 
 constexpr const char *small = "examples/fabrics/small.toml";
 constexpr const char *last_step = "comes up and costs 500\n  4 routes added, 3 changed, in ";
@@ -102,7 +96,7 @@ TEST_F(unix_processes, routes_are_displayed_once_there_are_as_many) {
 }
 
 TEST_F(unix_processes, a_client_whose_routes_are_refused_fails) {
-    const testing::input_file quota("[[quota]]\nclient = \"fspf\"\nroutes = 3\n");
+    const input_file quota("[[quota]]\nclient = \"fspf\"\nroutes = 3\n");
     background rib(command("rib --who " + quota.path()));
     const outcome client = run_command(command("client", small) + " 2>&1");
     EXPECT_EQ(client.exit_code, 1);
@@ -125,7 +119,7 @@ TEST_F(unix_processes, who_may_not_use_an_identity_gives_up_and_says_what_helps)
                ", and what it says on standard error names whom it refuses\n";
     };
     {
-        const testing::input_file who(who_may_use("66"));
+        const input_file who(who_may_use("66"));
         background rib(command("rib --who " + who.path()));
         const outcome client = run_command(command("client --wait 600", small) + " 2>&1 >/dev/null");
         EXPECT_EQ(client.output, refused("12"));
@@ -134,7 +128,7 @@ TEST_F(unix_processes, who_may_not_use_an_identity_gives_up_and_says_what_helps)
         const std::string said = rib.stopped(SIGINT).output;
         EXPECT_NE(said.find(": bad parameters: it may not use client 12\n"), std::string::npos) << said;
     }
-    const testing::input_file who(who_may_use("12"));
+    const input_file who(who_may_use("12"));
     background rib(command("rib --who " + who.path()));
     EXPECT_EQ(run_command(command("client", small)).exit_code, 0);
     const outcome routes = run_command(command("routes --wait 600") + " 2>&1");
@@ -144,11 +138,11 @@ TEST_F(unix_processes, who_may_not_use_an_identity_gives_up_and_says_what_helps)
 
 // Its next event is an hour ahead.
 TEST_F(unix_processes, a_stopped_lab_tells_what_there_is) {
-    std::string later = testing::content(RIBKIT_SOURCE_DIR "/" + std::string(small));
+    std::string later = content(RIBKIT_SOURCE_DIR "/" + std::string(small));
     for (const char *at : {"\"2s\"", "\"3s\"", "\"5.5s\""}) {
         later.replace(later.find(at), std::string(at).size(), "\"60m\"");
     }
-    const testing::input_file fabric(later);
+    const input_file fabric(later);
     background lab("lab --tables all --real-time " + fabric.path());
     ASSERT_TRUE(in_time([&] { return lab.so_far().find("8 routes added") != std::string::npos; }));
     const outcome run = lab.stopped(SIGINT);
@@ -173,13 +167,13 @@ TEST_F(unix_processes, a_second_rib_is_refused_even_where_the_first_is_busy) {
 
 TEST_F(unix_processes, places_where_nobody_can_meet) {
     EXPECT_EQ(run_command("rib --bus unix:" + home.file("no/such") + " 2>&1").exit_code, 1);
-    const testing::input_file file("");
+    const input_file file("");
     const outcome run = run_command("rib --bus unix:" + file.path() + " 2>&1");
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_EQ(run.output, "ribkit: cannot open unix:" + file.path() + ": Not a directory\n");
-    EXPECT_NE(testing::complaint("rib --bus unix:").find("unix:: malformed URL; "), std::string::npos);
-    const testing::input_file script("clock virtual\n");
-    EXPECT_EQ(testing::complaint(command("rib --faults " + script.path())),
+    EXPECT_NE(complaint("rib --bus unix:").find("unix:: malformed URL; "), std::string::npos);
+    const input_file script("clock virtual\n");
+    EXPECT_EQ(complaint(command("rib --faults " + script.path())),
               url + ": other processes keep real time: no fault script with \"clock virtual\"\n");
 }
 
@@ -192,4 +186,4 @@ TEST_F(unix_processes, the_lab_runs_there_as_it_does_alone) {
 }
 
 } // namespace
-} // namespace ribkit
+} // namespace ribkit::tools

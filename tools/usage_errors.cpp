@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 namespace {
 
@@ -77,4 +77,4 @@ input_error no_command(const words &given, const std::vector<std::string_view> &
     return input_error(joined("ribkit: ", no_such_name(given[0], "command", commands, "ribkit --help")));
 }
 
-} // namespace ribkit
+} // namespace ribkit::tools

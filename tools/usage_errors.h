@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit {
+namespace ribkit::tools {
 
 /// The words of a command line behind the program's name.
 using words = std::vector<std::string>;
@@ -29,4 +29,4 @@ input_error unexpected(const std::string &command, const words &left, const std:
 /// For a command line that does not begin with a command.
 input_error no_command(const words &given, const std::vector<std::string_view> &commands);
 
-} // namespace ribkit
+} // namespace ribkit::tools

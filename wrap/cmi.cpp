@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using namespace ribkit::wrap;
 
 namespace {

@@ -4,7 +4,7 @@
 #include "rib_wrap.h"
 #include "wrap/cmi_layout.h"
 
-using namespace ribkit;
+using namespace ribkit::codec;
 using namespace ribkit::wrap;
 
 namespace {

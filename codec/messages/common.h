@@ -5,6 +5,23 @@
 
 namespace ribkit::wire {
 
+// What tables are written in.
+namespace in = codec::in;
+using codec::also;
+using codec::bytes;
+using codec::gap;
+using codec::half;
+using codec::layout;
+using codec::list;
+using codec::masked;
+using codec::meaning;
+using codec::name;
+using codec::part;
+using codec::records;
+using codec::row_part;
+using codec::word;
+using codec::zero;
+
 /// The parts of a label stack entry.
 inline constexpr row_part label_parts[] = {part("label", 12, 20), part("exp", 9, 3), part("bottom", 8, 1),
                                            part("ttl", 0, 8)};

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <iomanip>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -180,4 +180,4 @@ AssertionResult agrees_with_golden(const subject &what, const golden &vector) {
     return said && vector.goes(what.way) && vector.in_place ? golden_run(what, vector, true) : said;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

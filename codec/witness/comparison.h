@@ -8,7 +8,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 struct subject {
     const pair *model;
@@ -28,4 +28,4 @@ struct subject {
 /// One golden vector, in a second buffer and in place, as far as the vector is meant for either.
 ::testing::AssertionResult agrees_with_golden(const subject &what, const golden &vector);
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -6,7 +6,7 @@
 
 #include <type_traits>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -94,4 +94,4 @@ constexpr exported_pair all_exported[] = {
 
 std::span<const exported_pair> exported_pairs() { return all_exported; }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 /// Named as in naive.h. A function that returns nothing returns 0 here.
 struct exported_pair {
@@ -19,4 +19,4 @@ std::span<const exported_pair> exported_pairs();
 /// The conversions of the management rows: of other types, and one takes its arguments the other way round.
 std::span<const exported_pair> exported_rows();
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

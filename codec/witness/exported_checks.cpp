@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -89,4 +89,4 @@ const exported_check *find_check(std::string_view name) {
     return found == std::end(all_checks) ? nullptr : found;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

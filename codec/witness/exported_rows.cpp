@@ -8,7 +8,7 @@ void fcRouteFlowStatEntry_hton(struct fcRouteFlowStatEntry *dst, const struct fc
 void fcRouteFlowStatEntry_ntoh(const struct fcRouteFlowStatEntry *src, struct fcRouteFlowStatEntry *dst);
 }
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -34,4 +34,4 @@ constexpr exported_pair all_rows[] = {
 
 std::span<const exported_pair> exported_rows() { return all_rows; }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -156,4 +156,4 @@ std::vector<golden> load_goldens(const std::string &path) {
     return all;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 struct golden {
     /// A byte, or `kept`: carried by nobody.
@@ -35,4 +35,4 @@ struct golden {
 /// line
 std::vector<golden> load_goldens(const std::string &path);
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 // One function a message; the result is what the exported function of that direction returns, 0 where it returns
 // nothing.
@@ -130,4 +130,4 @@ int32_t compare_rewrite_keys(const uint8_t *a, const uint8_t *b);
 /// Steps a query in network form; `cursor` and `label` are the offsets of its two words.
 void next_query(uint8_t *cur, uint8_t *next, size_t cursor, size_t label);
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

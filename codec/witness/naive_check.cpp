@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -195,4 +195,4 @@ uint32_t verdict(std::string_view name, std::span<const uint8_t> bytes) {
     return *size == bytes.size() ? 0 : 0x40520011;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

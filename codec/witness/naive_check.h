@@ -7,7 +7,7 @@
 
 #include <optional>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 /// The size of the message that the bytes (network form) begin with, records of an update included; none where they are
 /// too few for what they say or a count exceeds its array.
@@ -25,4 +25,4 @@ struct exported_check {
 std::span<const exported_check> exported_checks();
 const exported_check *find_check(std::string_view name);
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -1,7 +1,7 @@
 // The messages between RIB and FIB, field by field.
 #include "codec/witness/naive.h"
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 uint32_t fib_update(transfer m) {
     m.words(0, 4);
@@ -239,4 +239,4 @@ uint32_t fcu_lb_rsp(transfer m) {
     return 0;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -1,7 +1,7 @@
 // Information, registration and verification, and the rows of the management tables, field by field.
 #include "codec/witness/naive.h"
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 uint32_t verify(transfer m) {
     m.words(0, 3);
@@ -212,4 +212,4 @@ uint32_t flow_stat_entry(transfer m) {
     return 0;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

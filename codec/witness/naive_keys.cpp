@@ -1,7 +1,7 @@
 // Sizes of updates, steps and orders of keys, by hand.
 #include "codec/witness/naive.h"
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -202,4 +202,4 @@ void next_query(uint8_t *cur, uint8_t *next, size_t cursor, size_t label) {
     }
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

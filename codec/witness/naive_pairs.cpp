@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -96,4 +96,4 @@ outcome convert(const pair &what, direction way, order host, std::span<const uin
     return {result, memory.reach};
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

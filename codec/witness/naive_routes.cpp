@@ -1,7 +1,7 @@
 // Updates, route records, table queries and synchronisation, field by field in the order in which they are converted.
 #include "codec/witness/naive.h"
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 uint32_t route_update(transfer m) {
     m.word(0);  // uuid
@@ -229,4 +229,4 @@ uint32_t sync_info(transfer m) {
     return 0;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -5,7 +5,7 @@
 #include <array>
 #include <iterator>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -235,4 +235,4 @@ std::vector<uint8_t> random_message(std::string_view name, order form, std::mt19
     return message.take();
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 namespace {
 
@@ -48,4 +48,4 @@ std::map<std::string, std::vector<transcribed>> load_transcription(const std::st
     return all;
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

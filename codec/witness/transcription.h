@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 struct transcribed {
     size_t offset;
@@ -20,4 +20,4 @@ struct transcribed {
 /// that states the size comes first. @throws std::runtime_error naming the line
 std::map<std::string, std::vector<transcribed>> load_transcription(const std::string &path);
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 uint32_t load_word(order from, const uint8_t *at) {
     if (from == order::big) {
@@ -76,4 +76,4 @@ void transfer::words(size_t offset, size_t count) {
     }
 }
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness

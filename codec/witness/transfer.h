@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-namespace ribkit::naive {
+namespace ribkit::witness {
 
 enum class direction : uint8_t { hton, ntoh };
 enum class order : uint8_t { little, big };
@@ -83,4 +83,4 @@ class transfer {
     size_t start_;
 };
 
-} // namespace ribkit::naive
+} // namespace ribkit::witness
