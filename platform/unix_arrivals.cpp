@@ -13,8 +13,7 @@ namespace ribkit::platform {
 
 namespace {
 
-constexpr int packets_a_turn = 16;      // then it is another connection's
-constexpr int accept_again_after = 100; // milliseconds
+constexpr int packets_a_turn = 16; // then it is another connection's
 
 } // namespace
 
@@ -39,19 +38,13 @@ void unix_waker::sleep() const {
 
 void unix_endpoint::serve() {
     std::array<epoll_event, 64> events{};
-    for (bool accepts_later = false;;) {
-        const int count = epoll_wait(events_.get(), events.data(), static_cast<int>(events.size()),
-                                     accepts_later ? accept_again_after : -1);
+    for (;;) {
+        const int count = epoll_wait(events_.get(), events.data(), static_cast<int>(events.size()), -1);
         const std::scoped_lock lock{office_->lock};
         if (box_->closed()) {
             return;
         }
         handle({events.data(), static_cast<size_t>(std::max(count, 0))});
-        if (std::exchange(accepts_later_, false)) {
-            accepts_later = true;
-        } else if (std::exchange(accepts_later, false)) {
-            accept_again();
-        }
     }
 }
 
@@ -83,6 +76,8 @@ void unix_endpoint::handle(const epoll_event &event) {
     if (event.data.fd == waker_->number()) {
         waker_->sleep();
         settle_all();
+    } else if (event.data.fd == accept_timer_.get()) {
+        accept_again();
     } else if (const auto listener = listeners_.find(event.data.fd); listener != listeners_.end()) {
         accept_from(*listener->second);
     } else if (const auto found = connections_.find(event.data.fd); found != connections_.end()) {

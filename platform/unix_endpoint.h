@@ -9,6 +9,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -82,8 +83,9 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     void handle(std::span<const epoll_event> events);
     void handle(const epoll_event &event);
     void accept_from(unix_listener &listener);
+    void accept_later(const unix_listener &listener);
     void accept_again();
-    void accept_one(const unix_listener &listener, descriptor socket);
+    int accept_one(const unix_listener &listener, descriptor socket);
     int refusal_of(const unix_listener &listener, const unix_connection &sender) const;
     bool has_full_queue(const unix_connection &from) const;
     void read(const connection_ptr &from);
@@ -98,7 +100,7 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     void settle_all();
     void drop(const connection_ptr &lost, int reason);
     void watch(unix_connection &one);
-    const std::string &user_name(uid_t user);
+    int find_user_name(uid_t user, const std::string *&name);
     void shut();
     void send_the_rest();
 
@@ -108,7 +110,8 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     std::shared_ptr<unix_waker> waker_ = std::make_shared<unix_waker>();
     std::unique_ptr<uint8_t[]> packet_room_ = std::make_unique_for_overwrite<uint8_t[]>(packet_size);
     bool has_real_time_ = false;
-    descriptor events_; // what is watched
+    descriptor events_;       // what is watched
+    descriptor accept_timer_; // since there were no descriptors for those who connect
     std::thread thread_;
     std::atomic<uint32_t> reconnections_{0};
 
@@ -124,7 +127,7 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     uint64_t pieces_ = 0;      // that have arrived
     uint64_t held_pieces_ = 0; // bytes of messages that are not whole
     uint32_t last_token_ = 0;
-    bool accepts_later_ = false; // there are no descriptors left
+    std::chrono::steady_clock::time_point shortage_said_; // of descriptors, the last time
 };
 
 } // namespace ribkit::platform

@@ -68,18 +68,21 @@ inline std::string exchanged(uint32_t client, uint32_t server, const std::string
 /// A connection without any manners.
 class raw_peer {
   public:
-    explicit raw_peer(const std::string &path) : socket_(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        error_ = error_of(connect(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address));
-    }
+    raw_peer() : socket_(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {}
+    explicit raw_peer(const std::string &path) : raw_peer() { connect_to(path); }
     raw_peer(raw_peer &&other) noexcept : socket_(std::exchange(other.socket_, -1)), error_(other.error_) {}
     raw_peer &operator=(raw_peer &&) = delete;
     ~raw_peer() {
         if (socket_ >= 0) {
             close(socket_);
         }
+    }
+
+    void connect_to(const std::string &path) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        error_ = error_of(connect(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address));
     }
 
     [[nodiscard]] int error() const { return error_; }

@@ -1,7 +1,9 @@
 // Peers that mean harm: after each of them an honest request is answered.
 #include "platform/unix_fixture.h"
+#include "testing/capture.h"
 
 #include <atomic>
+#include <chrono>
 #include <fstream>
 #include <sys/resource.h>
 
@@ -163,7 +165,7 @@ TEST_F(hostile_peers, who_does_not_read_answers_is_cut_off_and_stops_nobody) {
 TEST_F(hostile_peers, who_sends_more_than_there_is_room_for_waits) {
     const raw_peer peer = connected();
     int sent = 0;
-    while (sent < 100000 && peer.send({.kind = packet_kind::message, .token = 0}, 100, MSG_DONTWAIT)) {
+    while (sent < 100000 && peer.send({.kind = packet_kind::message, .size = 100}, 100, MSG_DONTWAIT)) {
         ++sent;
     }
     EXPECT_LT(sent, 100000);
@@ -204,6 +206,89 @@ TEST_F(hostile_peers, connections_of_one_process_are_bounded) {
     }
     while (taken(server, now(QIP_RECV_INCOMING)) == "again") {
     }
+}
+
+/// While it lives the process gets no more descriptors than so many; it keeps those that it has.
+class few_descriptors {
+  public:
+    explicit few_descriptors(rlim_t spare) {
+        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &before_), 0);
+        const int next = dup(STDERR_FILENO);
+        close(next);
+        const rlimit now{static_cast<rlim_t>(next) + spare, before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &now), 0);
+    }
+    few_descriptors(const few_descriptors &) = delete;
+    few_descriptors &operator=(const few_descriptors &) = delete;
+    ~few_descriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+  private:
+    rlimit before_{};
+};
+
+std::chrono::microseconds processor_time() {
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    return std::chrono::seconds(used.ru_utime.tv_sec + used.ru_stime.tv_sec) +
+           std::chrono::microseconds(used.ru_utime.tv_usec + used.ru_stime.tv_usec);
+}
+
+/// How often the history says it.
+size_t said(const std::string &text) {
+    const std::string history = ribkit::testing::printed_by(yelk_hist_print);
+    size_t count = 0;
+    for (size_t at = history.find(text); at != std::string::npos; at = history.find(text, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST_F(hostile_peers, without_descriptors_those_who_are_there_are_served_and_others_wait) {
+    using namespace std::chrono_literals;
+    for (int round = 0; round < 8; ++round) { // whether we serve or wait when the shortage is found
+        EXPECT_EQ(exchanged(client, server), "question!");
+        std::vector<raw_peer> crowd(20);
+        yelk_hist_clear();
+        const auto start = std::chrono::steady_clock::now();
+        {
+            const few_descriptors none{0};
+            for (raw_peer &peer : crowd) {
+                peer.connect_to(home.file("bus") + "/fe000001.25");
+                ASSERT_EQ(peer.error(), 0);
+                ASSERT_TRUE(peer.send({.kind = packet_kind::message, .size = 100}, 100));
+            }
+            for (int count = 0; count < 50; ++count) {
+                ASSERT_EQ(exchanged(client, server), "question!");
+            }
+            const auto busy = processor_time();
+            std::this_thread::sleep_for(250ms);
+            EXPECT_LT(processor_time() - busy, 200ms);
+        }
+        const auto passed = std::chrono::steady_clock::now() - start;
+        EXPECT_LE(said("no descriptor for a connection"), static_cast<size_t>(passed / 1s) + 1);
+        for (const raw_peer &peer : crowd) {
+            EXPECT_EQ(taken(server, within(60000)).size(), 100U) << peer.socket();
+        }
+        while (taken(server, now(QIP_RECV_INCOMING)) != refused(EAGAIN)) {
+        }
+    }
+}
+
+// The file of users takes a descriptor, too.
+TEST_F(hostile_peers, a_name_that_cannot_be_read_now_is_read_later) {
+    raw_peer peer;
+    {
+        const few_descriptors one{1};
+        peer.connect_to(home.file("bus") + "/fe000001.25");
+        ASSERT_EQ(peer.error(), 0);
+        EXPECT_TRUE(peer.is_cut_off());
+    }
+    ASSERT_EQ(send_text(client, "?"), 0);
+    qip_ref asked{};
+    const qip_recv_opts soon = within(60000);
+    ASSERT_EQ(qip_recv(server, &asked, &soon), 0);
+    EXPECT_EQ(qip_sender_name(&asked), own_name());
+    EXPECT_EQ(qip_drop(server, &asked), 0);
 }
 
 TEST_F(hostile_peers, thousands_of_connections_one_after_the_other) {

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <csignal>
 #include <poll.h>
+#include <sys/timerfd.h>
 
 namespace ribkit::platform {
 
@@ -43,15 +44,18 @@ int unix_endpoint::start() {
         return ENOTSUP;
     }
     events_ = descriptor{epoll_create1(EPOLL_CLOEXEC)};
-    if (!events_.is_open()) {
+    accept_timer_ = descriptor{timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)};
+    if (!events_.is_open() || !accept_timer_.is_open()) {
         return errno;
     }
     if (const int error = waker_->open(); error != 0) {
         return error;
     }
-    epoll_event woken{.events = EPOLLIN, .data = {.fd = waker_->number()}};
-    if (epoll_ctl(events_.get(), EPOLL_CTL_ADD, waker_->number(), &woken) != 0) {
-        return errno;
+    for (const int number : {waker_->number(), accept_timer_.get()}) {
+        epoll_event woken{.events = EPOLLIN, .data = {.fd = number}};
+        if (epoll_ctl(events_.get(), EPOLL_CTL_ADD, number, &woken) != 0) {
+            return errno;
+        }
     }
     const all_signals_blocked during_start;
     thread_ = std::thread{[this] { serve(); }};
