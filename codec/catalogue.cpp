@@ -3,6 +3,7 @@
 #include "codec/messages/forms.h"
 #include "codec/messages/query.h"
 #include "codec/messages/route.h"
+#include "codec/messages/snmp.h"
 #include "fib_codec.h"
 #include "rib_codec.h"
 
@@ -103,6 +104,10 @@ static constexpr form all_forms[] = {
     {&wire::vsan_query},
     {&wire::in_ha, "The body of a rib_in_info of kind 1. Flags are true where they are 1."},
     {&wire::in_mem, "The body of a rib_in_info of kind 2."},
+    {&wire::sync_gbl, "The state of a synchronisation log."},
+    {&wire::fc_route_entry, "A row of the SNMP route table, which fcRouteEntry_hton and fcRouteEntry_ntoh convert."},
+    {&wire::fc_route_flow_stat_entry,
+     "A row of the SNMP flow statistics, which fcRouteFlowStatEntry_hton and fcRouteFlowStatEntry_ntoh convert."},
 };
 
 std::span<const form> forms() { return all_forms; }

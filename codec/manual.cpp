@@ -211,7 +211,7 @@ Every message of the RIB's client protocol and of the RIB-to-FIB protocol, writt
 Offsets and sizes are bytes, from the start of the message; an offset with a plus sign counts from the start of an entry of
 the list above it, two plus signs from an entry of that entry's list. Words (32 bits) and halves (16 bits) are big-endian
 on the wire; everything else travels as it stands. The second byte of a word holds its bits 23 to 16. `PREFIX_NAME` has the
-converters `PREFIX_hton_NAME` and `PREFIX_ntoh_NAME`; the forms at the end have none.
+converters `PREFIX_hton_NAME` and `PREFIX_ntoh_NAME`; the forms at the end have none of that name.
 
 A field that nothing names is called by its kind and offset (`word_16`). Texts of a number are those of the function of that
 name with `_to_str` behind it; `ribkit text NAME` lists them. Bits are counted from 0, the lowest; of bytes, in each byte.

@@ -1,10 +1,12 @@
 // Rows of the SNMP route table: checked, repaired, classified, filled and converted. A destination belongs to one of
 // five ranges of the 24-bit address space; the range decides which masks fit and what replaces an address that does
 // not.
-#include "codec/bytes.h"
 #include "codec/fc_address.h"
+#include "codec/isa_scalar.h"
+#include "codec/messages/snmp.h"
 #include "rib_snmp.h"
 
+using namespace ribkit;
 using namespace ribkit::codec;
 
 namespace {
@@ -62,19 +64,11 @@ void repair(fcRouteEntry &entry) {
     }
 }
 
-/// Words `first` to `last`, to or from network order.
-void convert_words(const void *src, void *dst, size_t first, size_t last) {
-    for (size_t offset = 4 * first; offset <= 4 * last; offset += 4) {
-        const uint32_t word = load32<std::endian::native>(static_cast<const uint8_t *>(src) + offset);
-        store32<std::endian::big>(static_cast<uint8_t *>(dst) + offset, word); // swapping is the same both ways
-    }
-}
-
-// Words 1, 2 and 4 do not travel.
-void convert_statistics(const fcRouteFlowStatEntry *src, fcRouteFlowStatEntry *dst) {
-    convert_words(src, dst, 0, 0);
-    convert_words(src, dst, 3, 3);
-    convert_words(src, dst, 5, 16);
+/// To or from network order: words are swapped the same way in both directions.
+template <const layout &L, class Row> void convert(const Row *src, Row *dst) {
+    static_assert(L.size == sizeof *src);
+    engine<direction::to_network, std::endian::native, scalar>::convert<L>(reinterpret_cast<const uint8_t *>(src),
+                                                                           reinterpret_cast<uint8_t *>(dst));
 }
 
 } // namespace
@@ -110,15 +104,18 @@ void fcRouteEntry_set_defaults(struct fcRouteEntry *entry) {
     entry->permanence = 1; // permanent
 }
 
-void fcRouteEntry_hton(const struct fcRouteEntry *src, struct fcRouteEntry *dst) { convert_words(src, dst, 0, 9); }
-void fcRouteEntry_ntoh(const struct fcRouteEntry *src, struct fcRouteEntry *dst) { convert_words(src, dst, 0, 9); }
+void fcRouteEntry_hton(const struct fcRouteEntry *src, struct fcRouteEntry *dst) {
+    convert<wire::fc_route_entry>(src, dst);
+}
+/// One function of two names.
+[[gnu::alias("fcRouteEntry_hton")]] void fcRouteEntry_ntoh(const struct fcRouteEntry *src, struct fcRouteEntry *dst);
 
 void fcRouteFlowStatEntry_hton(struct fcRouteFlowStatEntry *dst, const struct fcRouteFlowStatEntry *src) {
-    convert_statistics(src, dst);
+    convert<wire::fc_route_flow_stat_entry>(src, dst);
 }
 
 void fcRouteFlowStatEntry_ntoh(const struct fcRouteFlowStatEntry *src, struct fcRouteFlowStatEntry *dst) {
-    convert_statistics(src, dst);
+    convert<wire::fc_route_flow_stat_entry>(src, dst);
 }
 
 // Port Manager's routes are "local" by name (rib_uuid_to_proto_str) and still "other" here.

@@ -1,6 +1,7 @@
 #include "tools/displays.h"
 
 #include "codec/check.h"
+#include "codec/messages/snmp.h"
 #include "diag/display_layouts.h"
 #include "diag/fields.h"
 #include "rib_show.h"
@@ -96,8 +97,8 @@ constexpr display kinds[] = {
     {"rib_show_sync_fcu", "entry of the unicast synchronisation log", rib_check_sync_fcu, plainly<rib_show_sync_fcu>},
     {"rib_show_sync_fcm", "entry of the multicast synchronisation log", rib_check_sync_fcm, plainly<rib_show_sync_fcm>},
     {"rib_show_sync_fcl", "entry of the label synchronisation log", rib_check_sync_fcl, plainly<rib_show_sync_fcl>},
-    {"rib_show_sync_gbl", "state of a synchronisation log", fits<diag::sync_gbl>, plainly<rib_show_sync_gbl>},
-    {"rib_show_snmp_fcroute", "row of the SNMP route table", fits<diag::fcroute_entry>, show_snmp_fcroute},
+    {"rib_show_sync_gbl", "state of a synchronisation log", fits<wire::sync_gbl>, plainly<rib_show_sync_gbl>},
+    {"rib_show_snmp_fcroute", "row of the SNMP route table", fits<wire::fc_route_entry>, show_snmp_fcroute},
     {"rib_show_dm", "domains of a VSAN", fits<wire::dm_entry>, plainly<rib_show_dm>},
     {"rib_show_version", "versions of a version list", rib_check_topo, show_versions},
     {"rib_show_db", "route counts of all VSANs", rib_check_db_info, show_db},

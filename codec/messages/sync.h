@@ -108,4 +108,8 @@ inline constexpr layout sync_query{
     "sync_query", 12, {word(0, "word_0"), also(word(4, "word_4")), also(word(8, "word_8"))}};
 inline constexpr layout sync_info{"sync_info", 8, {word(0, "word_0"), also(word(4, "word_4"))}};
 
+/// The state of a log.
+inline constexpr layout sync_gbl{
+    "sync_gbl", 16, {word(0, "index"), word(4, "sequence"), word(8, "time", meaning::time), word(12, "next")}};
+
 } // namespace ribkit::wire
