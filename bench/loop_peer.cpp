@@ -1,3 +1,5 @@
+// As it is usually written: a word at an offset is read, turned with ntohl and written; bytes are copied one by one;
+// counts are taken from the host form, which a receiver looks at again after each entry.
 #include "bench/loop_peer.h"
 
 #include <arpa/inet.h>
@@ -7,8 +9,6 @@ namespace ribkit::bench::loop {
 
 namespace {
 
-// As it is usually written: a word at an offset is read, turned with ntohl and written; bytes are copied one by one;
-// counts are taken from the host form, which a receiver looks at again after each entry.
 uint32_t read(const uint8_t *message, size_t at) {
     uint32_t word;
     memcpy(&word, message + at, sizeof word);

@@ -1,3 +1,4 @@
+// The rows of the catalogue, and the digests by which a test sees that a layout changed.
 #include "codec/catalogue.h"
 
 #include "codec/messages/forms.h"

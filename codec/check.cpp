@@ -1,3 +1,4 @@
+// The walk of a check, compiled once for all messages: their plans are data.
 #include "codec/check.h"
 
 #include "codec/check_odd.h"

@@ -1,3 +1,4 @@
+// Rows as lines of tables, and kinds, meanings and counts in words; one chapter for all messages of one layout.
 #include "codec/manual.h"
 
 #include "codec/catalogue.h"

@@ -1,3 +1,4 @@
+// The numbers and their texts, kind by kind; those that are composed are composed here in another way.
 #include "diag/expected_texts.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// Of a failure operators get a sentence, every other client a trace with its numbers, cut at its buffer.
 #include "rib_trace.h"
 #include "testing/capture.h"
 #include "testing/fake_clock.h"

@@ -1,3 +1,4 @@
+// The texts that no table holds: capital letters, port modes, label control words, route flags, VSANs.
 #include "diag/expected_texts.h"
 #include "rib_text.h"
 #include "testing/guarded.h"

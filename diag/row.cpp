@@ -1,3 +1,4 @@
+// The columns of a row: numbers and texts put into their widths, digit by digit.
 #include "diag/row.h"
 
 namespace ribkit::diag {

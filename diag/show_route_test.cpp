@@ -1,3 +1,4 @@
+// The displays of single routes and their next hops, as kept outputs and against a second formatter.
 #include "diag/expected_texts.h"
 #include "diag/show_fixture.h"
 #include "rib_show.h"

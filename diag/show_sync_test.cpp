@@ -1,3 +1,4 @@
+// The displays of the synchronisation logs, markers included, as kept outputs and against a second formatter.
 #include "diag/show_fixture.h"
 #include "rib_show.h"
 

@@ -1,3 +1,5 @@
+// The displays of multicast routes, version lists, domain maps and management rows, as kept outputs and against a
+// second formatter.
 #include "diag/expected_texts.h"
 #include "diag/show_fixture.h"
 #include "rib_show.h"

@@ -1,3 +1,4 @@
+// The client names as cases of a switch, each of which copies its text.
 #include "diag/switch_peer.h"
 
 #include <cstdio>

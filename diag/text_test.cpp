@@ -1,3 +1,4 @@
+// Every vocabulary against texts typed by hand, in buffers that end where the text may.
 #include "diag/catalogue.h"
 #include "diag/expected_texts.h"
 #include "testing/guarded.h"

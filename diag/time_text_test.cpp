@@ -1,3 +1,4 @@
+// Times as texts, under a stopped clock and in time zones of the test's choice.
 #include "rib_text.h"
 #include "rib_tunables.h"
 #include "testing/fake_clock.h"

@@ -1,3 +1,4 @@
+// Traces of updates and their routes, as kept outputs and against a second formatter.
 #include "diag/show_fixture.h"
 #include "rib_trace.h"
 

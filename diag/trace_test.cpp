@@ -1,3 +1,4 @@
+// Traces of queries and of what is not a route, as kept outputs and against a second formatter.
 #include "diag/expected_texts.h"
 #include "diag/show_fixture.h"
 #include "rib_trace.h"

@@ -1,3 +1,4 @@
+// What a run says is compared with what a good one says, numbers aside; all it may add is that memory lacks.
 #include "fuzz/alloc_runs.h"
 
 #include <cctype>

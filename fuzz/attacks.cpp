@@ -1,3 +1,4 @@
+// Messages that are cut, stretched, mutilated or of somebody else, sent to a RIB that has to go on.
 #include "fuzz/attacks.h"
 
 #include "codec/bytes.h"

@@ -1,3 +1,4 @@
+// Pipes to and from the child, read until it ends; one that does not end in time is killed, and that is a failure.
 #include "fuzz/child.h"
 
 #include <algorithm>

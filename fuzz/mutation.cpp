@@ -1,3 +1,4 @@
+// One function a mistake. A mutation makes a few of them, one after the other.
 #include "fuzz/mutation.h"
 
 #include <algorithm>

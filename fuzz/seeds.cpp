@@ -1,3 +1,4 @@
+// Beside the golden messages: updates with all the records of a table, envelopes, images of allocators.
 #include "fuzz/seeds.h"
 
 #include "codec/catalogue.h"

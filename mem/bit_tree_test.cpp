@@ -1,3 +1,4 @@
+// A tree of bits against an ordered set of the standard library.
 #include "mem/bit_tree.h"
 #include "mem/random_words.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Bitmaps against loops over bytes and other libraries' sets of bits.
 #include "bench/harness.h"
 #include "mem/byte_loops.h"
 #include "mem/mem_bench.h"

@@ -1,3 +1,4 @@
+// Bitmaps at their borders: how positions are numbered, what is refused, what is traced and printed.
 #include "mem/naive_bitmap.h"
 #include "mem/random_words.h"
 #include "rib_codes.h"

@@ -1,3 +1,4 @@
+// The buddy allocator against walked lists, from a thousand units to a quarter of a million.
 #include "bench/harness.h"
 #include "mem/mem_bench.h"
 #include "mem/naive_buddy.h"

@@ -1,3 +1,4 @@
+// A chunk of 16 units is two masks of them; for each size a set of chunks with such a block tells the lowest at once.
 #include "mem/buddy_chunks.h"
 
 #include "mem/buddy_lists.h"

@@ -1,3 +1,4 @@
+// Nodes of all lists come from one array that grows; what is given back is used again first.
 #include "mem/buddy_lists.h"
 
 #include "mem/buddy_chunks.h"

@@ -1,3 +1,4 @@
+// The buddy allocator when memory fails: what is answered, and that nothing changes.
 #include "mem/buddy_twin.h"
 #include "rib_codes.h"
 #include "testing/alloc_failure.h"

@@ -1,3 +1,4 @@
+// The buddy allocator on cases small enough to be followed by hand, down to the saved image.
 #include "mem/buddy_twin.h"
 #include "rib_codes.h"
 #include "testing/capture.h"

@@ -1,3 +1,4 @@
+// Calls made to both, and the comparison behind each; also a count of what is really in the descriptor.
 #include "mem/buddy_twin.h"
 
 #include "mem/buddy_chunks.h"

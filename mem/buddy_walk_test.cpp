@@ -1,3 +1,4 @@
+// The buddy allocator and its model on long random walks, sensible and nonsensical.
 #include "mem/buddy_twin.h"
 #include "mem/random_words.h"
 #include "rib_codes.h"

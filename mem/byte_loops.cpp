@@ -1,3 +1,4 @@
+// The loops as anybody writes them. Clearing is volatile, or the compiler would call memset.
 #include "mem/byte_loops.h"
 
 #include "mem/naive_bitmap.h"

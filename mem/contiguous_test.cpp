@@ -1,3 +1,4 @@
+// Contiguous segments on cases small enough to be followed by hand: layout, moves, masks, images.
 #include "mem/contiguous_rig.h"
 #include "testing/alloc_failure.h"
 #include "testing/capture.h"

@@ -1,3 +1,4 @@
+// Contiguous segments and a model that moves them as they are described, on long random walks.
 #include "mem/contiguous.h"
 #include "mem/contiguous_rig.h"
 #include "mem/random_words.h"

@@ -1,3 +1,4 @@
+// Saved images that somebody may have damaged: what is accepted restores, and what is refused is named.
 #include "mem/random_words.h"
 #include "rib_check.h"
 #include "rib_codes.h"

@@ -1,3 +1,4 @@
+// What the memory benchmark prints, utility by utility.
 #pragma once
 
 namespace ribkit::mem {

@@ -1,3 +1,4 @@
+// Pools against their peers, from few items to very many.
 #include "bench/harness.h"
 #include "mem/mem_bench.h"
 #include "mem/naive_pool.h"

@@ -1,3 +1,4 @@
+// The set of slots is a tree of bits; the table of granules is hashed by a multiplication.
 #include "mem/pool.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// Pools on cases small enough to be followed by hand: items, chunks, what is refused, displays.
 #include "mem/pool_twin.h"
 #include "rib_codes.h"
 #include "rib_mem.h"

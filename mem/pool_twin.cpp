@@ -1,3 +1,4 @@
+// Calls made to both, and the comparison behind each; also a recount of what is really in the descriptor.
 #include "mem/pool_twin.h"
 
 #include "rib_codes.h"

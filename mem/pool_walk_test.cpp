@@ -1,3 +1,4 @@
+// A pool and its model on long random walks, growing and shrinking, with frees of what is none of its own.
 #include "mem/pool_twin.h"
 #include "mem/random_words.h"
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Lanes and their nodes move between lists of the standard library, which needs no memory.
 #include "platform/fair_queue.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// One script a process, behind a lock; a flag spares the lock where there is none.
 #include "platform/faults.h"
 
 #include "platform/clock.h"

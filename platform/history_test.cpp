@@ -1,3 +1,4 @@
+// The debug history: what is kept when it is full, and how events are printed.
 #include "platform/service_fixture.h"
 #include "testing/capture.h"
 

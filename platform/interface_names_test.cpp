@@ -1,3 +1,4 @@
+// Interface names and numbers, one of every kind, and back.
 #include "rib_text.h"
 #include "ribkit_platform.h"
 

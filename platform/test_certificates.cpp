@@ -1,3 +1,4 @@
+// The openssl command makes them, an authority first that signs the others.
 #include "platform/test_certificates.h"
 
 #include <cstdio>

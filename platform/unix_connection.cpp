@@ -1,3 +1,4 @@
+// Packets are sent without waiting: what the socket does not take stays until it does.
 #include "platform/unix_connection.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A head as bytes and back; one that no process of ours sends is refused.
 #include "platform/unix_packet.h"
 
 #include "codec/bytes.h"

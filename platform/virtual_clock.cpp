@@ -1,3 +1,4 @@
+// Under the virtual clock one thread runs at a time. When all wait, the time moves on to the first that is due.
 #include "platform/virtual_clock.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Rows of the SNMP route table against the rules written once more in another shape, at and around every border.
 #include "rib_snmp.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The wrapped names count allocations under a lock, and the armed one fails.
 #include "testing/alloc_failure.h"
 
 #include <algorithm>

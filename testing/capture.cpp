@@ -1,3 +1,4 @@
+// The stream is turned into a temporary file and back; what the file then holds is the text.
 #include "testing/capture.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// This program's own time() and gettimeofday() stand before the C library's.
 #include "testing/fake_clock.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// One service a process, which answers as the test has set it.
 #include "testing/fake_if_index.h"
 
 #include "if_index.h"

@@ -1,3 +1,4 @@
+// One service a process; its calls are printed where the code under test prints, which keeps their order.
 #include "testing/fake_qip.h"
 
 #include "qip.h"

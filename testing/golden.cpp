@@ -1,3 +1,4 @@
+// Files are found from the root of the tree, wherever the test runs.
 #include "testing/golden.h"
 
 #include <cstdlib>

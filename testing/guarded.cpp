@@ -1,3 +1,4 @@
+// A mapping of whole pages between two that cannot be touched.
 #include "testing/guarded.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Fields are appended byte by byte, so that no host's byte order comes in.
 #include "testing/record.h"
 
 namespace ribkit::testing {

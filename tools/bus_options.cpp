@@ -1,3 +1,4 @@
+// A script of faults is read before the bus is used; one that cannot be read is the user's mistake.
 #include "tools/bus_options.h"
 
 #include "ribkit_platform.h"

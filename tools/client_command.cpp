@@ -1,3 +1,4 @@
+// Client, run and output are put together and played to the end, or until a signal comes.
 #include "tools/client_command.h"
 
 #include "tools/command_output.h"

@@ -1,3 +1,4 @@
+// Changes of routes are counted by what they did to the table that there was.
 #include "tools/client_traffic.h"
 
 #include "rib_codes.h"

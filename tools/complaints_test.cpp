@@ -1,3 +1,4 @@
+// Complaints, and output that waits, when nobody reads them, and after that.
 #include "tools/complaints.h"
 
 #include "testing/pipe.h"

@@ -1,3 +1,4 @@
+// One row a display. Those whose arguments differ have a function here that calls them.
 #include "tools/displays.h"
 
 #include "codec/check.h"

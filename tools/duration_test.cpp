@@ -1,3 +1,4 @@
+// Durations as users write them, and what is refused.
 #include "tools/duration.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// A file becomes a drawing; without one a fabric is generated, and drawn or written.
 #include "tools/fabric_command.h"
 
 #include "tools/fabric_dot.h"

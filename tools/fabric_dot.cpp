@@ -1,3 +1,4 @@
+// Switches are nodes, links are edges. What is special to Graphviz in a name is quoted.
 #include "tools/fabric_dot.h"
 
 #include "tools/input_error.h"

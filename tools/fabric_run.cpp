@@ -1,3 +1,4 @@
+// Events of one moment are one step: the fabric changes, the client follows, and what it cost is recorded.
 #include "tools/fabric_run.h"
 
 #include "tools/duration.h"

@@ -1,3 +1,4 @@
+// Between a query's fields and its bytes stand the library's converters.
 #include "tools/fcurt_query.h"
 
 #include "rib_codec.h"

@@ -1,3 +1,4 @@
+// Input is read whole, up to a limit, so that a mistake can be named by its line.
 #include "tools/input_file.h"
 
 #include "tools/input_error.h"

@@ -1,3 +1,4 @@
+// A name is near when few letters separate it from what was typed.
 #include "tools/near_names.h"
 
 #include "tools/input_error.h"

@@ -1,3 +1,4 @@
+// Hexadecimal text is what dumps look like: offsets in front, characters behind, comments, repeated lines.
 #include "tools/network_bytes.h"
 
 #include "tools/input_error.h"

@@ -1,3 +1,4 @@
+// Hexadecimal text as people and programs write it, and the mistakes in it, by line.
 #include "tools/network_bytes.h"
 
 #include "tools/input_error.h"

@@ -1,3 +1,4 @@
+// Pauses double up to a second, and leave time for an attempt after the last.
 #include "tools/patience.h"
 
 #include "ribkit_platform.h"

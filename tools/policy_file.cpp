@@ -1,3 +1,4 @@
+// Clients are named as the displays name them, or numbered; a mistake is named by its line.
 #include "tools/policy_file.h"
 
 #include "diag/client_rows.h"

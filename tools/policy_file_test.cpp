@@ -1,3 +1,4 @@
+// Policies as they are written, and what is refused in them.
 #include "rib_codes.h"
 #include "tools/fabric_file.h"
 #include "tools/input_error.h"

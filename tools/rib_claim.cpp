@@ -1,3 +1,4 @@
+// A claim as bytes and back, and what follows from one that is heard or answered.
 #include "tools/rib_claim.h"
 
 #include "codec/bytes.h"

@@ -1,3 +1,4 @@
+// A RIB's tables and policy come from a fabric's file, or are usual ones; it serves until a signal comes.
 #include "tools/rib_command.h"
 
 #include "tools/command_output.h"

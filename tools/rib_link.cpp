@@ -1,3 +1,4 @@
+// Requests go through the wrappers; where less time is left than they wait, what they do is done here.
 #include "tools/rib_link.h"
 
 #include "rib_codes.h"

@@ -1,3 +1,4 @@
+// Few routes are displayed at once, many only where they are asked for.
 #include "tools/route_display.h"
 
 #include "rib_show.h"

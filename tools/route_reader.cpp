@@ -1,3 +1,4 @@
+// A query asks for a thousand routes from a key on; the last of an answer is where the next begins.
 #include "tools/route_reader.h"
 
 #include "rib_check.h"

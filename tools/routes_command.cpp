@@ -1,3 +1,4 @@
+// A RIB that is not there yet, or has too few routes, is asked again as long as patience lasts.
 #include "tools/routes_command.h"
 
 #include "rib_codes.h"

@@ -1,3 +1,4 @@
+// Tables of routes and the fewest changes from one to the other.
 #include "tools/routes.h"
 
 #include "rib_codes.h"

@@ -1,3 +1,4 @@
+// The bus tells microseconds.
 #include "tools/run_clock.h"
 
 #include "ribkit_platform.h"

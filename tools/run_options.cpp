@@ -1,3 +1,4 @@
+// The fabric that is read is cut to what the options choose; what it does not have is named, with what is near.
 #include "tools/run_options.h"
 
 #include "tools/fabric_file.h"

@@ -1,3 +1,4 @@
+// Records are checked one after the other, and the first that is refused ends the command with its report.
 #include "tools/show.h"
 
 #include "tools/input_error.h"

@@ -1,3 +1,4 @@
+// Rows come from the vocabularies that the displays use; numbers and names are looked up among them.
 #include "tools/text.h"
 
 #include "diag/catalogue.h"

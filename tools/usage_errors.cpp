@@ -1,3 +1,4 @@
+// The parser says that something is wrong; the words as they were given say what was meant.
 #include "tools/usage_errors.h"
 
 #include "tools/near_names.h"

@@ -1,3 +1,4 @@
+// Lists of tokens: order, room, and what is refused.
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "testing/alloc_failure.h"

@@ -1,3 +1,4 @@
+// Cap'n Proto as a peer: an update is built in one segment that is kept, and read where it lies.
 #include "bench/peers/peers.h"
 
 #include "update.capnp.h"

@@ -1,3 +1,4 @@
+// FlatBuffers as a peer: an update is built back to front in a builder that is kept, and read where it lies.
 #include "bench/peers/peers.h"
 
 #include "update_generated.h"

@@ -1,3 +1,4 @@
+// Protocol Buffers as a peer: an update becomes an object and back; the object is kept, so that its memory is.
 #include "bench/peers/peers.h"
 
 #include "update.pb.h"

@@ -1,3 +1,4 @@
+// XDR as a peer: the C library's calls, one number after the other, in an order that both sides know.
 #include "bench/peers/peers.h"
 
 #include <rpc/xdr.h>
