@@ -52,6 +52,7 @@ class vsan_graph {
 
 route route_of(const fabric &f, const vsan_graph &graph, size_t to, const spf_path &path) {
     route r{path.cost, RIB_FLAG_ACTIVE, {}};
+    r.hops.reserve(path.first.size());
     for (const size_t first : path.first) {
         const size_t neighbour = graph.neighbour(first);
         r.flag |= neighbour == to ? RIB_FLAG_DIRECT : 0;
@@ -66,10 +67,13 @@ fspf_outcome run_fspf(const fabric &f, std::span<const size_t> links) {
     const vsan_graph graph(f, links);
     const auto paths = shortest_paths(f.switches().size(), graph.links(), f.local_index());
     fspf_outcome outcome;
+    outcome.costs.reserve(paths.size());
     for (size_t to = 0; to < paths.size(); to++) {
         outcome.costs.push_back(paths[to].cost);
         if (to != f.local_index() && paths[to].cost != unreachable) {
-            outcome.routes[{f.switches()[to].domain << 16, RIB_MASK_DOMAIN}] = route_of(f, graph, to, paths[to]);
+            const destination domain{f.switches()[to].domain << 16, RIB_MASK_DOMAIN};
+            outcome.routes.emplace_hint(outcome.routes.end(), domain,
+                                        route_of(f, graph, to, paths[to])); // in order mostly
         }
     }
     return outcome;
