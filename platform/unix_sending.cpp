@@ -46,8 +46,9 @@ int unix_endpoint::send(const qip_addr &address, message letter, bool may_wait, 
     const uint32_t awaited = letter.token;
     int error = 0;
     try {
-        error = is_group(address) ? send_to_group(address, std::move(letter), may_wait, awaited, lock)
-                                  : send_to_one(place_.name_of(address), std::move(letter), may_wait, awaited, lock);
+        error = is_group(address)
+                    ? send_to_group(address, std::move(letter), may_wait, awaited, lock)
+                    : send_to_one(unix_place::name_of(address), std::move(letter), may_wait, awaited, lock);
     } catch (const std::bad_alloc &) {
         error = ENOMEM;
     }

@@ -120,8 +120,7 @@ void unix_endpoint::send_the_rest() {
     const auto limit = std::chrono::steady_clock::now() + closing_limit;
     const std::scoped_lock lock{office_->lock};
     for (const auto &[number, one] : connections_) {
-        int error = EAGAIN;
-        while (one->bytes_to_send() != 0 && (error = one->flush()) == EAGAIN) {
+        while (one->bytes_to_send() != 0 && one->flush() == EAGAIN) {
             const auto left =
                 std::chrono::duration_cast<std::chrono::milliseconds>(limit - std::chrono::steady_clock::now());
             pollfd writable{number, POLLOUT, 0};
