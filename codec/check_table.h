@@ -237,12 +237,12 @@ template <const layout &...L> class checked_layouts {
     static constexpr const check_table_maker &made = made_check_tables<L...>;
     static constexpr size_t enough = 8192;
     static constexpr size_t n_chars = check_storage<made_check_tables<L...>, enough>{}.n_chars;
-    static constexpr check_storage<made_check_tables<L...>, n_chars> is{};
+    static constexpr check_storage<made_check_tables<L...>, n_chars> stored{};
     static_assert(made.n_plans < check_list::no_plan && made.n_lists <= UINT8_MAX);
 
   public:
-    static constexpr check_tables tables{is.plans.data(), is.rows.data(), is.lists.data(), is.names.data(),
-                                         static_cast<uint8_t>(made.find(wire::fclrt_intf))};
+    static constexpr check_tables tables{stored.plans.data(), stored.rows.data(), stored.lists.data(),
+                                         stored.names.data(), static_cast<uint8_t>(made.find(wire::fclrt_intf))};
 
     template <const layout &Wanted> static constexpr uint8_t plan() {
         constexpr size_t found = made.find(Wanted);

@@ -9,13 +9,14 @@
 
 namespace ribkit::codec {
 
-/// As many bytes of ones as of zeros: a mask that starts anywhere.
+/// `Size` bytes of ones, then as many of zeros. Loaded from n bytes behind its start, it is a mask that keeps all but
+/// the last n bytes.
 template <size_t Size> struct sliding_mask {
-    struct table {
+    struct ones_then_zeros {
         std::array<uint8_t, 2 * Size> bytes{};
-        consteval table() { std::fill_n(bytes.begin(), Size, uint8_t{0xff}); }
+        consteval ones_then_zeros() { std::fill_n(bytes.begin(), Size, uint8_t{0xff}); }
     };
-    alignas(32) static constexpr table is{};
+    alignas(32) static constexpr ones_then_zeros mask{};
 };
 
 struct avx2 {
@@ -64,7 +65,7 @@ struct avx2 {
             run<Swaps>(src, dst, n);
         } else {
             image<all_words, 0, size, Swaps> list(src, dst);
-            list.mask(sliding_mask<size>::is.bytes.data() + 4 * (Bound - n));
+            list.mask(sliding_mask<size>::mask.bytes.data() + 4 * (Bound - n));
             list.store(dst);
         }
     }

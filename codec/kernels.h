@@ -65,12 +65,12 @@ inline constexpr kernel_table only_kernels = all_layouts::kernels<scalar>();
 inline constexpr const kernel *active_kernels = only_kernels.data();
 #endif
 
-template <const layout &L> [[gnu::always_inline]] inline uint32_t send(const void *src, void *dst) {
+template <const layout &L> [[gnu::always_inline]] inline uint32_t to_network(const void *src, void *dst) {
     return active_kernels[all_layouts::index<L>()].to_network(static_cast<const uint8_t *>(src),
                                                               static_cast<uint8_t *>(dst));
 }
 
-template <const layout &L> [[gnu::always_inline]] inline uint32_t receive(const void *src, void *dst) {
+template <const layout &L> [[gnu::always_inline]] inline uint32_t to_host(const void *src, void *dst) {
     return active_kernels[all_layouts::index<L>()].to_host(static_cast<const uint8_t *>(src),
                                                            static_cast<uint8_t *>(dst));
 }

@@ -17,9 +17,9 @@ template <> struct lane<16> {
     [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
         _mm_storeu_si128(reinterpret_cast<vector *>(at), v);
     }
-    [[gnu::always_inline]] static vector shuffle(vector v, vector how) { return _mm_shuffle_epi8(v, how); }
-    [[gnu::always_inline]] static vector both(vector a, vector b) { return _mm_and_si128(a, b); }
-    [[gnu::always_inline]] static vector either(vector a, vector b) { return _mm_or_si128(a, b); }
+    [[gnu::always_inline]] static vector shuffle(vector v, vector indices) { return _mm_shuffle_epi8(v, indices); }
+    [[gnu::always_inline]] static vector and_(vector a, vector b) { return _mm_and_si128(a, b); }
+    [[gnu::always_inline]] static vector or_(vector a, vector b) { return _mm_or_si128(a, b); }
 };
 
 /// The lower half of a lane<16>.
@@ -40,9 +40,9 @@ template <> struct lane<32> {
     [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
         _mm256_storeu_si256(reinterpret_cast<vector *>(at), v);
     }
-    [[gnu::always_inline]] static vector shuffle(vector v, vector how) { return _mm256_shuffle_epi8(v, how); }
-    [[gnu::always_inline]] static vector both(vector a, vector b) { return _mm256_and_si256(a, b); }
-    [[gnu::always_inline]] static vector either(vector a, vector b) { return _mm256_or_si256(a, b); }
+    [[gnu::always_inline]] static vector shuffle(vector v, vector indices) { return _mm256_shuffle_epi8(v, indices); }
+    [[gnu::always_inline]] static vector and_(vector a, vector b) { return _mm256_and_si256(a, b); }
+    [[gnu::always_inline]] static vector or_(vector a, vector b) { return _mm256_or_si256(a, b); }
 };
 
 /// The widest lane that fits `size` bytes.

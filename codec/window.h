@@ -19,8 +19,8 @@ struct byte_plan {
     bool kept;       // the destination's own byte stays
 };
 
-/// What a shuffle is told for a byte: which of its 16 to take (it never crosses them, and neither does a word), or
-/// none.
+/// A byte's index for the shuffle: which of the 16 bytes around it to take (a shuffle crosses no border of 16, and
+/// neither does a word), or 0x80 for none.
 constexpr uint8_t shuffle_index(byte_plan plan, uint32_t window) {
     return plan.carried != 0 ? static_cast<uint8_t>((plan.from - window) % 16) : uint8_t{0x80};
 }
@@ -53,36 +53,37 @@ template <const layout &L, uint32_t At, size_t Width, bool Swaps> struct window 
     static_assert(At % 4 == 0);
     static constexpr size_t constant = Width < 16 ? 16 : Width;
 
-    struct table {
-        std::array<uint8_t, constant> how{}, carried{}, kept{};
+    /// What each byte needs: its index for the shuffle, the bits that are carried, those of the destination that stay.
+    struct constants {
+        std::array<uint8_t, constant> indices{}, carried{}, kept{};
         bool shuffles = false, masks = false, keeps = false;
-        consteval table() {
+        consteval constants() {
             for (uint32_t i = 0; i < Width; ++i) {
                 const byte_plan plan = plan_of(L, At + i, Swaps);
-                how[i] = shuffle_index(plan, At);
+                indices[i] = shuffle_index(plan, At);
                 carried[i] = plan.carried;
                 kept[i] = plan.kept ? 0xff : 0;
-                shuffles |= how[i] != i % 16;
+                shuffles |= indices[i] != i % 16;
                 masks |= plan.carried != 0 && plan.carried != 0xff;
                 keeps |= plan.kept;
             }
         }
     };
-    alignas(32) static constexpr table is{};
+    alignas(32) static constexpr constants bytes{};
 
     using vector = typename lane<Width>::vector;
 
     [[gnu::always_inline]] static vector load(const uint8_t *src, const uint8_t *dst) {
         vector v = lane<Width>::load(src + At);
-        if constexpr (is.shuffles) {
-            v = lane<Width>::shuffle(v, lane<constant>::load(is.how.data()));
+        if constexpr (bytes.shuffles) {
+            v = lane<Width>::shuffle(v, lane<constant>::load(bytes.indices.data()));
         }
-        if constexpr (is.masks) {
-            v = lane<Width>::both(v, lane<constant>::load(is.carried.data()));
+        if constexpr (bytes.masks) {
+            v = lane<Width>::and_(v, lane<constant>::load(bytes.carried.data()));
         }
-        if constexpr (is.keeps) {
-            const vector old = lane<Width>::both(lane<Width>::load(dst + At), lane<constant>::load(is.kept.data()));
-            v = lane<Width>::either(v, old);
+        if constexpr (bytes.keeps) {
+            const vector old = lane<Width>::and_(lane<Width>::load(dst + At), lane<constant>::load(bytes.kept.data()));
+            v = lane<Width>::or_(v, old);
         }
         return v;
     }
@@ -110,7 +111,7 @@ template <const layout &L, uint32_t Begin, uint32_t End, bool Swaps> struct imag
     /// Keeps the bytes under ones and clears those under zeros; `ones` points at Begin's.
     [[gnu::always_inline]] void mask(const uint8_t *ones) {
         for (size_t i = 0; i < n; ++i) {
-            windows[i] = lane<width>::both(windows[i], lane<width>::load(ones + (at(i) - Begin)));
+            windows[i] = lane<width>::and_(windows[i], lane<width>::load(ones + (at(i) - Begin)));
         }
     }
 
@@ -134,26 +135,28 @@ template <const layout &L, bool Swaps> struct capped_image : windows_over<0, L.s
     static constexpr const row &list = L.last();
     static constexpr uint32_t counts = list.bound + 1U;
 
-    struct table {
-        std::array<std::array<std::array<uint8_t, width>, n>, counts> how{};
-        consteval table() {
+    /// The indices of the shuffles, a row for every count.
+    struct shuffles {
+        std::array<std::array<std::array<uint8_t, width>, n>, counts> of_count{};
+        consteval shuffles() {
             for (uint32_t count = 0; count < counts; ++count) {
                 for (size_t i = 0; i < n * width; ++i) {
                     const uint32_t window = at(i / width);
                     const uint32_t byte = window + i % width;
                     const bool used = byte < list.offset + count * list.stride;
-                    how[count][i / width][i % width] = used ? shuffle_index(plan_of(L, byte, Swaps), window) : 0x80;
+                    of_count[count][i / width][i % width] =
+                        used ? shuffle_index(plan_of(L, byte, Swaps), window) : 0x80;
                 }
             }
         }
     };
-    alignas(32) static constexpr table is{};
+    alignas(32) static constexpr shuffles indices{};
 
     [[gnu::always_inline]] static void convert(const uint8_t *src, uint8_t *dst, uint32_t count) {
-        const auto &how = is.how[count];
+        const auto &wanted = indices.of_count[count];
         typename lane<width>::vector windows[n];
         for (size_t i = 0; i < n; ++i) {
-            windows[i] = lane<width>::shuffle(lane<width>::load(src + at(i)), lane<width>::load(how[i].data()));
+            windows[i] = lane<width>::shuffle(lane<width>::load(src + at(i)), lane<width>::load(wanted[i].data()));
         }
         for (size_t i = 0; i < n; ++i) {
             lane<width>::store(dst + at(i), windows[i]);

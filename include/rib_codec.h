@@ -16,8 +16,7 @@
  *  - Source first, destination second. Neither needs alignment. They may be the same buffer (conversion in place), but
  *    may not overlap otherwise. Nothing is allocated or kept, so any thread may convert any buffer.
  *  - Counts are trusted: nothing is validated, and a count that is too large makes the conversion run past the message.
- *    Outgoing counts are read from the source before anything is written; incoming ones from the destination, once
- *    converted. Check what comes from outside before it is converted.
+ *    They are read from the source, before anything is written. Check what comes from outside before it is converted.
  *  - A list with room for more has its unused entries written as zero. A count above the room converts that many
  *    entries all the same, into whatever follows, and nothing is zeroed.
  *  - Only what the tables list is written; every other byte of the destination keeps what it held.

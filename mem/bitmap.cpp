@@ -51,7 +51,7 @@ uint64_t window(const uint8_t *map, uint32_t length, uint32_t at, uint64_t idle)
     return bits;
 }
 
-// Leaves four idle words at a time behind.
+// Skips idle words, four at a time.
 uint32_t skip_idle(const uint8_t *map, uint32_t length, uint32_t at, uint64_t idle) {
     for (; length - at >= stride; at += stride) {
         const uint8_t *next = map + at;

@@ -29,7 +29,7 @@ struct cont {
 
 namespace ribkit::mem {
 
-/// Nothing but 0 is a multiple of a block of no positions.
+/// Where a block has no positions, 0 is the only multiple of it.
 inline bool is_multiple(uint32_t positions, uint32_t block_size) {
     return block_size != 0 ? positions % block_size == 0 : positions == 0;
 }

@@ -115,7 +115,7 @@ void index_start(struct pool &pool) {
 
 void index_end(struct pool &pool) { std::free(pool.index.block); }
 
-// Half of the slots being gaps pays for numbering anew; short of memory, any gap will do.
+// Chunks are numbered anew once half of the slots are gaps, or where memory fails, once there is a gap at all.
 bool index_reserve(struct pool &pool) {
     const pool_index &index = pool.index;
     if (index.next_slot < index.capacity) {

@@ -8,8 +8,10 @@ namespace ribkit::tools {
 /// Positions belong to VSANs in blocks of this size.
 inline constexpr uint32_t position_block = 8;
 
+/// Path units come and go in blocks of up to so many.
+inline constexpr uint32_t unit_block = 16;
+
 /// The most positions or path units that the RIB can be given.
-inline constexpr uint32_t unit_block = 16; ///< path units come and go in blocks of up to so many
 inline constexpr uint32_t largest_space = 1U << 24;
 
 /// The defaults are enough for all 239 domains, each with 16 next hops.

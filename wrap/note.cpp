@@ -1,5 +1,5 @@
-// Notifications: to the local listeners, then to the modules. Their failures are nobody's answer, so they go to the
-// debug history and debug output instead of the message trace.
+// Notifications: to the local listeners, then to the modules. Nobody waits for their result, so failures go to
+// the debug history and debug output instead of the message trace.
 #include "wrap/service.h"
 #include "yelk.h"
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-// More than the host can address is never there.
+// A list longer than the host can address has no memory.
 void *allocate(uint64_t size) { return size > SIZE_MAX ? nullptr : std::malloc(static_cast<size_t>(size)); }
 
 } // namespace
