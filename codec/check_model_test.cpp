@@ -1,4 +1,5 @@
 // Random messages, and golden ones with random damage: the check says what the model says.
+#include "codec/message.h"
 #include "codec/witness/golden.h"
 #include "codec/witness/naive_check.h"
 #include "codec/witness/random_messages.h"
@@ -9,12 +10,14 @@
 namespace {
 
 using namespace ribkit::witness;
+using ribkit::codec::message;
+using ribkit::codec::messages;
 using byte_vector = std::vector<uint8_t>;
 
 /// Under emulation (the 32-bit builds) everything is many times slower.
 constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
 
-::testing::AssertionResult agrees(const exported_check &c, std::span<const uint8_t> message) {
+::testing::AssertionResult agrees(const message &c, std::span<const uint8_t> message) {
     const auto size = static_cast<uint32_t>(message.size());
     rib_check_report report{nullptr, nullptr, 0, 0, 0, RIB_CHECK_COUNT};
     const uint32_t found = c.check(message.data(), size, &report);
@@ -30,9 +33,9 @@ constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
     return ::testing::AssertionSuccess();
 }
 
-std::string name_of(const ::testing::TestParamInfo<exported_check> &info) { return std::string(info.param.name); }
+std::string name_of(const ::testing::TestParamInfo<message> &info) { return std::string(info.param.name); }
 
-class checks : public ::testing::TestWithParam<exported_check> {
+class checks : public ::testing::TestWithParam<message> {
   protected:
     std::mt19937 random{17};
     size_t below(size_t limit) { return random() % limit; }
@@ -71,8 +74,7 @@ TEST_P(checks, agree_with_the_model_on_damaged_golden_messages) {
     EXPECT_GT(accepted, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(exported, checks, ::testing::ValuesIn(exported_checks().begin(), exported_checks().end()),
-                         name_of);
+INSTANTIATE_TEST_SUITE_P(exported, checks, ::testing::ValuesIn(messages().begin(), messages().end()), name_of);
 
 /// Updates whose records are random messages with their own sizes: as they are, and with one damaged byte.
 class updates : public ::testing::Test {
@@ -100,11 +102,11 @@ class updates : public ::testing::Test {
         for (unsigned round = 0; round < 30 * scale; ++round) {
             byte_vector message = update_of(header, size, count_at, record);
             accepted += verdict(header, message) == RIB_OK ? 1 : 0;
-            ASSERT_TRUE(agrees(*find_check(header), message));
+            ASSERT_TRUE(agrees(*ribkit::codec::find_message(header), message));
             message[size - 8 + random() % (message.size() - size + 8)] = static_cast<uint8_t>(random() % 5);
-            ASSERT_TRUE(agrees(*find_check(header), message));
+            ASSERT_TRUE(agrees(*ribkit::codec::find_message(header), message));
             message.resize(random() % (message.size() + 1));
-            ASSERT_TRUE(agrees(*find_check(header), message));
+            ASSERT_TRUE(agrees(*ribkit::codec::find_message(header), message));
         }
         EXPECT_GT(accepted, scale);
     }

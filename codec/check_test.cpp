@@ -1,4 +1,5 @@
 // The checks: golden messages at every length, whole updates, every count at its bound and beyond, every rule's report.
+#include "codec/message.h"
 #include "codec/witness/golden.h"
 #include "codec/witness/naive_check.h"
 #include "rib_codes.h"
@@ -19,7 +20,7 @@ const std::vector<golden> &goldens() {
 constexpr rib_check_report untouched{"untouched", "", 1, 2, 3, RIB_CHECK_SHORT};
 
 uint32_t checked(std::string_view name, std::span<const uint8_t> message, rib_check_report *report = nullptr) {
-    return find_check(name)->check(message.data(), static_cast<uint32_t>(message.size()), report);
+    return ribkit::codec::find_message(name)->check(message.data(), static_cast<uint32_t>(message.size()), report);
 }
 
 /// What a check says, as one line.
@@ -72,21 +73,6 @@ void expect_exact(std::string_view name, byte_vector message) {
     }
 }
 
-TEST(check, every_message_of_the_header_has_one) {
-    std::set<std::string> names;
-    for (const exported_check &c : exported_checks()) {
-        names.insert(std::string(c.name));
-        EXPECT_NE(find_pair(c.name), nullptr) << c.name;
-    }
-    size_t messages = 0;
-    for (const pair &model : pairs()) {
-        const bool row = model.name.starts_with("fcRoute"); // read and written by the management agent alone
-        EXPECT_EQ(names.contains(std::string(model.name)), !row) << model.name;
-        messages += row ? 0 : 1;
-    }
-    EXPECT_EQ(names.size(), messages);
-}
-
 TEST(check, golden_messages_are_accepted_at_their_size_only) {
     std::set<std::string> accepted;
     for (const golden &vector : goldens()) {
@@ -102,7 +88,7 @@ TEST(check, golden_messages_are_accepted_at_their_size_only) {
         message.resize(*size);
         expect_exact(vector.message, message);
     }
-    for (const exported_check &c : exported_checks()) {
+    for (const ribkit::codec::message &c : ribkit::codec::messages()) {
         EXPECT_TRUE(accepted.contains(std::string(c.name))) << c.name << ": no golden message can be accepted";
     }
 }
@@ -110,7 +96,8 @@ TEST(check, golden_messages_are_accepted_at_their_size_only) {
 TEST(check, golden_messages_at_every_length_as_the_model) {
     for (const golden &vector : goldens()) {
         const byte_vector message = vector.source(direction::ntoh, order::big);
-        for (size_t size = 0; size <= message.size() && find_check(vector.message) != nullptr; ++size) {
+        for (size_t size = 0; size <= message.size() && ribkit::codec::find_message(vector.message) != nullptr;
+             ++size) {
             const std::span part(message.data(), size);
             ASSERT_EQ(checked(vector.message, part), verdict(vector.message, part))
                 << vector.message << ", " << vector.title << ", " << size << " bytes";

@@ -3,7 +3,7 @@
 #include "codec/kernels.h"
 #include "codec/witness/comparison.h"
 
-#include "codec/catalogue.h"
+#include "codec/message.h"
 
 namespace ribkit::codec {
 
@@ -40,10 +40,10 @@ class engine : public ::testing::TestWithParam<variant> {
 
     /// Both directions of every message of the catalogue.
     static void for_each_converter(const std::function<void(const witness::subject &)> &examine) {
-        for (const message &m : catalogue()) {
-            const witness::pair *model = witness::find_pair(std::string(m.prefix) + "_" + m.name);
+        for (const message &m : messages()) {
+            const witness::pair *model = witness::find_pair(m.name);
             ASSERT_NE(model, nullptr) << m.name;
-            const kernel &k = (*GetParam().kernels)[all_layouts::index(m.wire)];
+            const kernel &k = (*GetParam().kernels)[m.kernel];
             examine({model, witness::direction::hton, GetParam().host, bytewise(k.to_network)});
             examine({model, witness::direction::ntoh, GetParam().host, bytewise(k.to_host)});
         }

@@ -26,12 +26,6 @@ template <const layout &...L> struct layouts {
         return i;
     }
 
-    static size_t index(const layout *wanted) {
-        size_t i = 0;
-        static_cast<void>(((&L == wanted || (++i, false)) || ...));
-        return i;
-    }
-
     template <class Isa, std::endian Host = std::endian::native> static consteval std::array<kernel, count> kernels() {
         return {{{conversion<L>::template convert<direction::to_network, Host, Isa>,
                   conversion<L>::template convert<direction::to_host, Host, Isa>}...}};

@@ -1,14 +1,13 @@
 // One input of the engine target: every byte of the exported converters' destination is compared with the naive ones',
 // in both directions, from one buffer into another and in place. What the naive ones cannot convert within the input is
 // not tried: the converters trust their counts.
-#include "codec/catalogue.h"
+#include "codec/message.h"
 #include "codec/witness/naive.h"
 #include "fuzz/inputs.h"
 
 #include <bit>
 #include <cstdlib>
 #include <memory>
-#include <string>
 
 namespace {
 
@@ -30,7 +29,7 @@ struct exact {
 };
 
 void compare(const message &m, witness::direction way, const byte_vector &source, bool in_place) {
-    const witness::pair &model = *witness::find_pair(std::string(m.prefix) + "_" + m.name);
+    const witness::pair &model = *witness::find_pair(m.name);
     byte_vector expected = in_place ? source : byte_vector(source.size(), 0xa5);
     witness::outcome wanted{};
     try {
@@ -40,7 +39,7 @@ void compare(const message &m, witness::direction way, const byte_vector &source
     }
     const exact from(source);
     const exact to(in_place ? source : byte_vector(source.size(), 0xa5));
-    const converter &convert = way == witness::direction::hton ? m.to_network : m.to_host;
+    const message::converter convert = way == witness::direction::hton ? m.to_network : m.to_host;
     const uint32_t result = convert(in_place ? to.bytes.get() : from.bytes.get(), to.bytes.get());
     const bool same = std::equal(expected.begin(), expected.end(), to.bytes.get());
     if (!same || (model.returns_value(way) && result != wanted.result)) {
@@ -54,7 +53,7 @@ int engine_input(const uint8_t *data, size_t size) {
     if (size == 0) {
         return 0;
     }
-    const message &m = catalogue()[*data % catalogue().size()];
+    const message &m = messages()[*data % messages().size()];
     const byte_vector source(data + 1, data + size);
     for (const bool in_place : {false, true}) {
         compare(m, witness::direction::hton, source, in_place);

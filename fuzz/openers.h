@@ -2,7 +2,7 @@
 // what the check lets pass. Tests and fuzzers bring the bytes and the walls around them.
 #pragma once
 
-#include "rib_check.h"
+#include "codec/message.h"
 
 #include <cstdint>
 #include <span>
@@ -19,12 +19,14 @@ struct accepted {
 };
 
 struct opener {
-    std::string_view name; ///< as in the catalogue with its prefix, or of an envelope or image
-    uint32_t (*check)(const void *message, uint32_t size, rib_check_report *report);
-    void (*read)(const accepted &message); ///< size function, field readers, steps, traces, displays
+    std::string_view name; ///< as in the catalogue, or of an envelope or image
+    codec::message::checker check;
+    void (*read)(const accepted &message); ///< what the catalogue does not name: field readers, steps, parts' displays
+    const codec::message *row;             ///< null of an envelope or image
 };
 
-/// In an order that only ever grows at its end: fuzz inputs name an opener by its number.
+/// Envelopes and images, then every message of the catalogue: an order that only ever grows at its end, since fuzz
+/// inputs name an opener by its number.
 std::span<const opener> openers();
 const opener *find_opener(std::string_view name);
 

@@ -1,7 +1,7 @@
 // Beside the golden messages: updates with all the records of a table, envelopes, images of allocators.
 #include "fuzz/seeds.h"
 
-#include "codec/catalogue.h"
+#include "codec/message.h"
 #include "codec/witness/golden.h"
 #include "codec/witness/naive_check.h"
 #include "fuzz/openers.h"
@@ -118,10 +118,10 @@ std::map<std::string, byte_vector> check_seeds() {
 std::map<std::string, byte_vector> engine_seeds() {
     std::map<std::string, byte_vector> seeds;
     for (const witness::golden &vector : goldens()) {
-        const message *m = find_message(vector.message.c_str());
+        const message *m = find_message(vector.message);
         for (const witness::direction way : {witness::direction::ntoh, witness::direction::hton}) {
             if (m != nullptr && vector.goes(way)) {
-                const auto number = static_cast<size_t>(m - catalogue().data());
+                const auto number = static_cast<size_t>(m - messages().data());
                 const char *suffix = way == witness::direction::hton ? "-sent" : "";
                 add_seed(seeds, vector.message + suffix, 1,
                          with_number(number, vector.source(way, witness::order::little)));

@@ -1,6 +1,5 @@
 // What a check accepts is opened between inaccessible pages: a byte outside the message is a fault. Golden messages,
 // all their truncations, their counts at every edge, and random damage.
-#include "codec/catalogue.h"
 #include "codec/witness/naive_check.h"
 #include "codec/witness/random_messages.h"
 #include "fuzz/openers.h"
@@ -47,10 +46,7 @@ class trust : public ::testing::Test {
     static const opener &opener_of(const sample &s) { return openers()[s.opener]; }
 };
 
-TEST_F(trust, has_an_opener_and_a_sample_for_everything_that_is_received) {
-    for (const ribkit::codec::message &m : ribkit::codec::catalogue()) {
-        EXPECT_NE(find_opener(std::string(m.prefix) + "_" + m.name), nullptr) << m.name;
-    }
+TEST_F(trust, has_a_sample_of_everything_that_is_received) {
     std::set<size_t> sampled;
     for (const sample &s : all) {
         sampled.insert(s.opener);

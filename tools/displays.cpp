@@ -1,6 +1,7 @@
 // One row a display. Those whose arguments differ have a function here that calls them.
 #include "tools/displays.h"
 
+#include "catalogue/messages.h"
 #include "codec/check.h"
 #include "codec/messages/snmp.h"
 #include "diag/display_layouts.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 
 using namespace ribkit::codec;
 using namespace ribkit::diag;
@@ -23,34 +23,10 @@ template <const layout &L> uint32_t fits(const void *record, uint32_t size, rib_
     return check<L>(L.name, record, size, report);
 }
 
-/// A display that takes a header flag and a record, whatever it returns.
-template <auto Display> void plainly(uint32_t *header, const void *record) {
-    Display(*header, record);
-    *header = 0;
-}
-
-/// A display that has no header flag.
-template <auto Display> void whole(uint32_t * /*header*/, const void *record) { Display(record); }
-
-void show_fcl(uint32_t *header, const void *record) {
-    constexpr uint32_t with_hops = 0;
-    rib_show_fcl(*header, with_hops, record);
-    *header = 0;
-}
-
 void show_fcmrt(uint32_t *header, const void *record) {
     constexpr uint32_t with_row = 1;
     constexpr uint32_t with_interfaces = 64;
     rib_show_fcmrt(*header, with_row, with_interfaces, record);
-    *header = 0;
-}
-
-void show_snmp_fcroute(uint32_t *header, const void *record) {
-    fcRouteEntry network{};
-    fcRouteEntry entry{};
-    std::memcpy(&network, record, sizeof network);
-    fcRouteEntry_ntoh(&network, &entry);
-    rib_show_snmp_fcroute(*header, &entry);
     *header = 0;
 }
 
@@ -65,56 +41,47 @@ void show_versions(uint32_t * /*header*/, const void *record) {
     }
 }
 
-void show_db(uint32_t *header, const void *record) {
-    const fields database{record};
-    const uint32_t count = database.word(wire::db_info.at("n_vsan"));
-    for (uint32_t i = 0; i < count; i++) {
-        rib_show_db(*header, record, database.at(wire::db_info.size + size_t{wire::db_summary.size} * i));
-        *header = 0;
-    }
+/// Of a message, as its row in the catalogue has it.
+consteval display display_of(std::string_view message_name, std::string_view name, const char *what) {
+    const auto *row = std::find_if(std::begin(catalogue::messages), std::end(catalogue::messages),
+                                   [=](const message &m) { return m.name == message_name && m.show != nullptr; });
+    return {name, what, row->check, row->show}; // does not compile where there is none
 }
 
-/// A report and what it found. Every report has its heads: without them the display is silent.
-void show_verf_info(uint32_t * /*header*/, const void *record) {
-    const fields report{record};
-    const layout &key = wire::key_of(report.word(wire::verf_info.at("type")));
-    const auto show_key = &key == &wire::verf_fcl   ? fib_show_verf_fcl
-                          : &key == &wire::verf_fcm ? fib_show_verf_fcm
-                                                    : fib_show_verf_fcu;
-    rib_show_verf_info(1, record);
-    const uint32_t count = report.word(wire::verf_info.at("n_key"));
-    for (uint32_t i = 0; i < count; i++) {
-        show_key(i == 0 ? 1 : 0, report.at(wire::verf_info.size + size_t{key.size} * i));
-    }
+/// Another one of a message, or of a part of a message.
+template <auto Show> consteval display other_display(message::checker check, std::string_view name, const char *what) {
+    return {name, what, check, catalogue::shown<Show>};
 }
 
 constexpr display kinds[] = {
-    {"rib_show_fcu", "unicast route and its next hops", fits<diag::shown_ucast_route>, plainly<rib_show_fcu>},
-    {"rib_show_fcl", "label route and its next hops", rib_check_lbl_route, show_fcl},
-    {"rib_show_fcm", "multicast route and its interfaces", rib_check_mcast_route, plainly<rib_show_fcm>},
-    {"rib_show_fct", "version list of a client", rib_check_topo, plainly<rib_show_fct>},
-    {"rib_show_fcurt", "unicast route as its protocol sees it", fits<diag::shown_ucast_route>, plainly<rib_show_fcurt>},
-    {"rib_show_fcmrt", "multicast route as queries see it", rib_check_mcast_route, show_fcmrt},
-    {"rib_show_sync_fcu", "entry of the unicast synchronisation log", rib_check_sync_fcu, plainly<rib_show_sync_fcu>},
-    {"rib_show_sync_fcm", "entry of the multicast synchronisation log", rib_check_sync_fcm, plainly<rib_show_sync_fcm>},
-    {"rib_show_sync_fcl", "entry of the label synchronisation log", rib_check_sync_fcl, plainly<rib_show_sync_fcl>},
-    {"rib_show_sync_gbl", "state of a synchronisation log", fits<wire::sync_gbl>, plainly<rib_show_sync_gbl>},
-    {"rib_show_snmp_fcroute", "row of the SNMP route table", fits<wire::fc_route_entry>, show_snmp_fcroute},
-    {"rib_show_dm", "domains of a VSAN", fits<wire::dm_entry>, plainly<rib_show_dm>},
-    {"rib_show_version", "versions of a version list", rib_check_topo, show_versions},
-    {"rib_show_db", "route counts of all VSANs", rib_check_db_info, show_db},
-    {"rib_show_db_total", "sum of the route counts", fits<wire::db_summary>, plainly<rib_show_db_total>},
-    {"rib_show_verf_info", "verification report and its entries", rib_check_verf_info, show_verf_info},
-    {"rib_show_register", "registration of a client", rib_check_register, plainly<rib_show_register>},
-    {"rib_show_sys_port", "present ports of a module", fits<wire::module_entry>, rib_show_sys_port},
-    {"rib_show_in_mem", "memory pools", fits<wire::in_mem>, whole<rib_show_in_mem>},
-    {"rib_show_in_ha", "high-availability state", fits<wire::in_ha>, whole<rib_show_in_ha>},
-    {"fib_show_verf_fcu", "unicast verification entry", fib_check_verf_fcu, plainly<fib_show_verf_fcu>},
-    {"fib_show_verf_fcm", "multicast verification entry", fib_check_verf_fcm, plainly<fib_show_verf_fcm>},
-    {"fib_show_verf_fcl", "label verification entry", fib_check_verf_fcl, plainly<fib_show_verf_fcl>},
-    {"fib_show_vsan", "VSAN", fib_check_vsan, plainly<fib_show_vsan>},
-    {"fib_show_port", "port", fib_check_port, plainly<fib_show_port>},
-    {"fib_show_node", "node", fib_check_node, plainly<fib_show_node>},
+    other_display<rib_show_fcu>(fits<diag::shown_ucast_route>, "rib_show_fcu", "unicast route and its next hops"),
+    display_of("rib_lbl_route", "rib_show_fcl", "label route and its next hops"),
+    display_of("rib_mcast_route", "rib_show_fcm", "multicast route and its interfaces"),
+    display_of("rib_topo", "rib_show_fct", "version list of a client"),
+    other_display<rib_show_fcurt>(fits<diag::shown_ucast_route>, "rib_show_fcurt",
+                                  "unicast route as its protocol sees it"),
+    other_display<show_fcmrt>(rib_check_mcast_route, "rib_show_fcmrt", "multicast route as queries see it"),
+    display_of("rib_sync_fcu", "rib_show_sync_fcu", "entry of the unicast synchronisation log"),
+    display_of("rib_sync_fcm", "rib_show_sync_fcm", "entry of the multicast synchronisation log"),
+    display_of("rib_sync_fcl", "rib_show_sync_fcl", "entry of the label synchronisation log"),
+    other_display<rib_show_sync_gbl>(fits<wire::sync_gbl>, "rib_show_sync_gbl", "state of a synchronisation log"),
+    other_display<catalogue::show_snmp_route>(fits<wire::fc_route_entry>, "rib_show_snmp_fcroute",
+                                              "row of the SNMP route table"),
+    other_display<rib_show_dm>(fits<wire::dm_entry>, "rib_show_dm", "domains of a VSAN"),
+    other_display<show_versions>(rib_check_topo, "rib_show_version", "versions of a version list"),
+    display_of("rib_db_info", "rib_show_db", "route counts of all VSANs"),
+    other_display<rib_show_db_total>(fits<wire::db_summary>, "rib_show_db_total", "sum of the route counts"),
+    display_of("rib_verf_info", "rib_show_verf_info", "verification report and its entries"),
+    display_of("rib_register", "rib_show_register", "registration of a client"),
+    other_display<rib_show_sys_port>(fits<wire::module_entry>, "rib_show_sys_port", "present ports of a module"),
+    other_display<rib_show_in_mem>(fits<wire::in_mem>, "rib_show_in_mem", "memory pools"),
+    other_display<rib_show_in_ha>(fits<wire::in_ha>, "rib_show_in_ha", "high-availability state"),
+    display_of("fib_verf_fcu", "fib_show_verf_fcu", "unicast verification entry"),
+    display_of("fib_verf_fcm", "fib_show_verf_fcm", "multicast verification entry"),
+    display_of("fib_verf_fcl", "fib_show_verf_fcl", "label verification entry"),
+    display_of("fib_vsan", "fib_show_vsan", "VSAN"),
+    display_of("fib_port", "fib_show_port", "port"),
+    display_of("fib_node", "fib_show_node", "node"),
 };
 
 } // namespace

@@ -2,7 +2,7 @@
 // shown.
 #pragma once
 
-#include "rib_check.h"
+#include "codec/message.h"
 
 #include <cstdint>
 #include <span>
@@ -15,8 +15,8 @@ namespace ribkit::tools {
 struct display {
     std::string_view name; ///< of the function that shows a record
     const char *what;
-    uint32_t (*check)(const void *record, uint32_t size, rib_check_report *report);
-    void (*show)(uint32_t *header, const void *record); ///< clears the header flag once the heads are shown
+    codec::message::checker check;
+    codec::message::display show;
 
     /// The name without "rib_show_" or "fib_show_".
     [[nodiscard]] constexpr std::string_view short_name() const { return name.substr(name.find("show_") + 5); }

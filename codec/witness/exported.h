@@ -1,4 +1,4 @@
-// The library's converters as the tests call them: by name, one type for all.
+// The conversions of the management rows, which are no messages, as the tests call them.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,12 @@
 
 namespace ribkit::witness {
 
-/// Named as in naive.h. A function that returns nothing returns 0 here.
+/// Named as in naive.h.
 struct exported_pair {
     std::string_view name;
     uint32_t (*hton)(const void *src, void *dst);
     uint32_t (*ntoh)(const void *src, void *dst);
 };
-
-std::span<const exported_pair> exported_pairs();
 
 /// The conversions of the management rows: of other types, and one takes its arguments the other way round.
 std::span<const exported_pair> exported_rows();

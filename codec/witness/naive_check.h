@@ -3,7 +3,6 @@
 #pragma once
 
 #include "codec/witness/naive.h"
-#include "rib_check.h"
 
 #include <optional>
 
@@ -15,14 +14,5 @@ std::optional<size_t> message_size(std::string_view name, std::span<const uint8_
 
 /// What the check of that message has to return for just these bytes.
 uint32_t verdict(std::string_view name, std::span<const uint8_t> bytes);
-
-/// The library's checks by name, as in naive.h.
-struct exported_check {
-    std::string_view name;
-    uint32_t (*check)(const void *message, uint32_t size, rib_check_report *report);
-};
-
-std::span<const exported_check> exported_checks();
-const exported_check *find_check(std::string_view name);
 
 } // namespace ribkit::witness

@@ -1,13 +1,15 @@
 // Rows as lines of tables, and kinds, meanings and counts in words; one chapter for all messages of one layout.
-#include "codec/manual.h"
+#include "catalogue/manual.h"
 
-#include "codec/catalogue.h"
+#include "codec/message.h"
 
 #include <algorithm>
 #include <string_view>
 #include <vector>
 
-namespace ribkit::codec {
+using namespace ribkit::codec;
+
+namespace ribkit::catalogue {
 
 namespace {
 
@@ -172,7 +174,7 @@ void print_rows(std::string &text, const layout &l, const std::string &depth, co
 /// Messages of one layout are one chapter, in the order of the catalogue.
 std::vector<std::vector<const message *>> chapters() {
     std::vector<std::vector<const message *>> all;
-    for (const message &m : catalogue()) {
+    for (const message &m : messages()) {
         const auto same = std::find_if(all.begin(), all.end(), [&](const auto &c) { return c[0]->wire == m.wire; });
         if (same != all.end()) {
             same->push_back(&m);
@@ -195,7 +197,8 @@ void print_layout(std::string &text, const layout &l, const char *odd, bool open
 void print_chapter(std::string &text, const std::vector<const message *> &chapter) {
     text += "\n##";
     for (const message *m : chapter) {
-        text += std::string(m == chapter[0] ? " " : ", ") + m->prefix + "_" + m->name;
+        text += m == chapter[0] ? " " : ", ";
+        text += m->name;
     }
     const layout &l = *chapter[0]->wire;
     print_layout(text, l, chapter[0]->odd, is_open(l.last()) || chapter[0]->odd[0] != '\0');
@@ -220,11 +223,12 @@ name with `_to_str` behind it; `ribkit text NAME` lists them. Bits are counted f
     for (const auto &chapter : chapters()) {
         print_chapter(text, chapter);
     }
-    for (const form &f : forms()) {
-        text += std::string("\n## ") + f.wire->name;
+    for (const message &f : forms()) {
+        text += "\n## ";
+        text += f.name;
         print_layout(text, *f.wire, f.odd, false);
     }
     return text;
 }
 
-} // namespace ribkit::codec
+} // namespace ribkit::catalogue

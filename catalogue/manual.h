@@ -3,9 +3,9 @@
 
 #include <string>
 
-namespace ribkit::codec {
+namespace ribkit::catalogue {
 
 /// The whole document, Markdown.
 std::string wire_formats();
 
-} // namespace ribkit::codec
+} // namespace ribkit::catalogue
