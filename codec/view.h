@@ -54,6 +54,13 @@ constexpr row_part part_of(const row &r, std::string_view wanted) {
     return {};
 }
 
+constexpr bool is_in_one_byte(row_part p) { return p.shift / 8 == (p.shift + p.bits - 1) / 8; }
+
+/// Where the byte of a part stands.
+constexpr size_t byte_of(const row &r, row_part p, std::endian order) {
+    return order == std::endian::big ? r.end() - 1 - p.shift / 8 : r.offset + p.shift / 8U;
+}
+
 constexpr uint32_t mask_of(row_part p) { return (p.bits == 32 ? 0 : uint32_t{1} << p.bits) - 1; }
 
 template <size_t Size, std::endian Order> [[gnu::always_inline]] inline auto load(const uint8_t *at) {
@@ -112,10 +119,16 @@ template <const layout &L, std::endian Order = std::endian::big, class Byte = co
         return r.kind == row_kind::masked ? static_cast<number>(found & r.mask) : found;
     }
 
-    /// The bits of a field that have a name of their own, shifted down.
+    /// The bits of a field that have a name of their own, shifted down. Where they are in one byte, only that is read.
     template <field_called Field, field_called Part> [[nodiscard]] uint32_t get() const {
+        constexpr row r = row_of<Field>;
         constexpr row_part p = part_of<Field, Part>;
-        return uint32_t{get<Field>()} >> p.shift & fields_of::mask_of(p);
+        if constexpr (fields_of::is_in_one_byte(p)) {
+            const uint32_t byte = bytes_[fields_of::byte_of(r, p, fields_of::order_of(r, Order))];
+            return byte >> p.shift % 8 & fields_of::mask_of(p);
+        } else {
+            return uint32_t{get<Field>()} >> p.shift & fields_of::mask_of(p);
+        }
     }
 
     /// The number as a reader is shown it: modules, which are numbered from 0, are counted from 1.

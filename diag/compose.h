@@ -2,6 +2,8 @@
 // function writes at `to` and returns the place behind what it wrote; no terminator is added.
 #pragma once
 
+#include "codec/messages/common.h"
+#include "codec/view.h"
 #include "rib_text.h"
 
 #include <bit>
@@ -10,6 +12,8 @@
 #include <cstring>
 
 namespace ribkit::diag {
+
+using codec::view;
 
 template <size_t Size> char *put(char *to, const char (&literal)[Size]) {
     std::memcpy(to, literal, Size - 1);
@@ -51,12 +55,12 @@ inline char *put_decimal(char *to, uint32_t value) { return put_decimal(to, valu
 
 inline char *put_truth(char *to, bool holds) { return put_char(to, holds ? 'T' : 'F'); }
 
-/// A label word as a label stack entry, "%05x:%x:%x:%02x'h": label, class bits, bottom-of-stack bit, TTL.
-inline char *put_label(char *to, uint32_t word) {
-    to = put_char(put_hex(to, word >> 12, 5), ':');
-    to = put_char(put_hex(to, word >> 9 & 7, 1), ':');
-    to = put_char(put_hex(to, word >> 8 & 1, 1), ':');
-    return put(put_hex(to, word, 2), "'h");
+/// A label stack entry, "%05x:%x:%x:%02x'h": label, class bits, bottom-of-stack bit, TTL.
+inline char *put_label(char *to, view<wire::label> entry) {
+    to = put_char(put_hex(to, entry.get<"label", "label">(), 5), ':');
+    to = put_char(put_hex(to, entry.get<"label", "exp">(), 1), ':');
+    to = put_char(put_hex(to, entry.get<"label", "bottom">(), 1), ':');
+    return put(put_hex(to, entry.get<"label", "ttl">(), 2), "'h");
 }
 
 /// A domain, "0x%02x(%d)".

@@ -1,6 +1,6 @@
 // What a text and a display row cost, beside what a compiler's switch and one bare printf of the same row cost in the
 // same run. Rows go to /dev/null; the report goes to standard error.
-#include "diag/fields.h"
+#include "codec/bytes.h"
 #include "diag/switch_peer.h"
 #include "if_index.h"
 #include "rib_show.h"

@@ -1,7 +1,7 @@
 // The texts that a table cannot say: upper case, bits, and whole records.
+#include "codec/messages/fib.h"
 #include "diag/compose.h"
 #include "diag/fib_rows.h"
-#include "diag/fields.h"
 #include "diag/state_rows.h"
 #include "rib_codes.h"
 #include "rib_text.h"
@@ -34,6 +34,7 @@ uint32_t shown_mode(uint32_t mode) {
 
 } // namespace ribkit::diag
 
+using namespace ribkit;
 using namespace ribkit::diag;
 
 void rib_uuid_to_uc_str(uint32_t uuid, char *str) {
@@ -60,13 +61,15 @@ uintptr_t fib_d_idx_to_str(uint32_t value, char *str) {
     return digits;
 }
 
-// "push=%d pop=%d use_UP=%s use_TTL=%s dec_TTL=%s"; the push count is printed first though it is the second byte.
+// "push=%d pop=%d use_UP=%s use_TTL=%s dec_TTL=%s"; the push count is printed first though it is the second byte. The
+// three bytes that are read may be all that the caller has: each part lies in one of them.
 int rib_fclrt_ctrl_to_str(const uint8_t *ctrl, char *str) {
-    char *end = put_decimal(put(str, "push="), ctrl[1]);
-    end = put_decimal(put(end, " pop="), ctrl[0]);
-    end = put_truth(put(end, " use_UP="), (ctrl[2] & 0x80) != 0);
-    end = put_truth(put(end, " use_TTL="), (ctrl[2] & 0x40) != 0);
-    end = put_truth(put(end, " dec_TTL="), (ctrl[2] & 0x20) != 0);
+    const view<wire::fclrt_intf> hop{ctrl};
+    char *end = put_decimal(put(str, "push="), hop.get<"ctrl", "push">());
+    end = put_decimal(put(end, " pop="), hop.get<"ctrl", "pop">());
+    end = put_truth(put(end, " use_UP="), hop.get<"ctrl", "use_up">() != 0);
+    end = put_truth(put(end, " use_TTL="), hop.get<"ctrl", "use_ttl">() != 0);
+    end = put_truth(put(end, " dec_TTL="), hop.get<"ctrl", "dec_ttl">() != 0);
     *end = '\0';
     return static_cast<int>(end - str);
 }
@@ -80,20 +83,21 @@ int rib_fcurt_flag_to_str(uint32_t flags, char *str) {
 }
 
 int fib_vsan_to_str(const uint8_t *rec, char *str) {
-    const fields vsan{rec};
+    const view<wire::vsan> vsan{rec};
+    const uint32_t number = vsan.get<"word_4", "vsan">();
     char iod[RIB_TEXT_SIZE];
     char state[RIB_TEXT_SIZE];
     char balance[RIB_TEXT_SIZE];
-    rib_vsan_iod_to_str(vsan.byte(4) & 0x1, iod);
-    if (vsan.half(6) == 0) {
-        return std::sprintf(str, "%s IOD with latency %u msec for all vsans", iod, vsan.word(0));
+    rib_vsan_iod_to_str(vsan.get<"word_4", "iod">(), iod);
+    if (number == 0) {
+        return std::sprintf(str, "%s IOD with latency %u msec for all vsans", iod, vsan.get<"latency">());
     }
-    rib_vsan_state_to_str(vsan.byte(5) & 0xf, state);
-    rib_vsan_bal_to_str(vsan.byte(5) >> 4, balance);
-    if ((vsan.byte(4) & 0x2) != 0) {
-        return std::sprintf(str, "vsan %u is %s with %s IOD, latency %u msec and %s", vsan.half(6), state, iod,
-                            vsan.word(0), balance);
+    rib_vsan_state_to_str(vsan.get<"word_4", "state">(), state);
+    rib_vsan_bal_to_str(vsan.get<"word_4", "balance">(), balance);
+    if (vsan.get<"word_4", "iod_valid">() != 0) {
+        return std::sprintf(str, "vsan %u is %s with %s IOD, latency %u msec and %s", number, state, iod,
+                            vsan.get<"latency">(), balance);
     }
-    return std::sprintf(str, "vsan %u is %s with invalid IOD, latency %u msec and %s", vsan.half(6), state,
-                        vsan.word(0), balance);
+    return std::sprintf(str, "vsan %u is %s with invalid IOD, latency %u msec and %s", number, state,
+                        vsan.get<"latency">(), balance);
 }

@@ -1,7 +1,6 @@
 // What rows are made of: texts, lists that are gathered before they are printed, and headings.
 #pragma once
 
-#include "diag/fields.h"
 #include "diag/row.h"
 #include "rib_codes.h"
 #include "rib_text.h"
@@ -81,21 +80,20 @@ class gathered {
     char *end_ = bytes_;
 };
 
-/// One line of `count` words of a record, each as `put(to, word, position)` writes it.
-template <typename Put> void print_words(const fields &record, size_t offset, uint32_t count, Put put) {
+/// One line of a list's entries, each as `put(to, entry, position)` writes it.
+template <typename List, typename Put> void print_words(const List &list, Put put) {
     gathered line;
-    for (uint32_t i = 0; i < count; ++i) {
-        line.add_up_to(put(line.next(), record.word(offset + size_t{4} * i), i));
+    for (uint32_t i = 0; i < list.size(); ++i) {
+        line.add_up_to(put(line.next(), list[i], i));
     }
     line.add_up_to(put_char(line.next(), '\n'));
 }
 
-/// A line for each of `count` interfaces in a record, `stride` bytes apart: a margin of blanks and the name, " %s\n".
-template <size_t Size>
-void print_interfaces(const char (&margin)[Size], const fields &record, size_t offset, size_t stride, uint32_t count) {
+/// A line for the interface of each of a list's entries: a margin of blanks and the name, " %s\n".
+template <size_t Size, typename List> void print_interfaces(const char (&margin)[Size], const List &list) {
     gathered lines;
-    for (uint32_t i = 0; i < count; ++i) {
-        char *end = put_interface(put(lines.next(), margin), record.word(offset + stride * i));
+    for (const auto entry : list) {
+        char *end = put_interface(put(lines.next(), margin), entry.template get<"intf">());
         lines.add_up_to(put_char(end, '\n'));
     }
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <type_traits>
 
 namespace ribkit::diag {
 
@@ -60,7 +61,9 @@ consteval conversion conversion_at(const char *format, size_t begin) {
 constexpr size_t value_room = 128; // bytes that a value may have: the platform's interface names are the longest
 
 /// A value that writes itself.
-template <conversion Of, typename Text> char *put_value(char *to, const Text &text) {
+template <conversion Of, typename Text>
+requires std::is_class_v<Text>
+char *put_value(char *to, const Text &text) {
     static_assert(Of.kind == 's' && Of.text_end + 2 == Of.end, "a text has no width of its own");
     return text.put(to);
 }

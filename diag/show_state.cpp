@@ -1,25 +1,23 @@
 // The RIB's own state: its database, versions, verification, registrations, ports, parameters, memory and availability.
-#include "diag/fields.h"
+#include "codec/messages/info.h"
 #include "diag/print.h"
 #include "rib_mem.h"
 #include "rib_show.h"
 
+using namespace ribkit;
 using namespace ribkit::diag;
 
 namespace {
 
 constexpr uint32_t short_list = 5; // versions that share the line of their heading
 constexpr uint32_t versions_a_line = 8;
-constexpr uint32_t pools = 16;
-constexpr uint32_t port_map_size = 8; // bytes
-constexpr size_t first_port = 24;
-constexpr size_t port_size = 24;
+constexpr uint32_t port_map_size = wire::module_entry.row_of("port").bound / 8; // bytes, a bit for each port
 
 constexpr char counts_rule[] = "-----    --------    --------    --------    ------------------------";
 
 void address_to_str(const void *address, char *str) { std::sprintf(str, "%p", address); }
 
-truth flag_of(const fields &state, size_t offset) { return {state.word(offset) == 1}; }
+truth flag(uint32_t word) { return {word == 1}; }
 
 } // namespace
 
@@ -38,51 +36,55 @@ void rib_show_version(uint32_t version, uint32_t position, uint32_t count) {
 }
 
 void rib_show_db(uint32_t header, const void *database, const void *vsan_entry) {
-    const fields entry{vsan_entry};
+    const view<wire::db_summary> entry{vsan_entry};
     if (header != 0) {
-        print_row<"\nFC Route Database Created %s\n\n">(text(time_word_to_str, fields(database).word(4)));
+        print_row<"\nFC Route Database Created %s\n\n">(
+            text(time_word_to_str, view<wire::db_info>(database).get<"created">()));
         print_lines("VSAN        Ucast       Mcast       Label    Last Modified Time", counts_rule);
     }
-    print_row<"%-5u    %8u    %8u    %8u    %s\n">(entry.word(0), entry.word(8), entry.word(12), entry.word(16),
-                                                   text(time_word_to_str, entry.word(4)));
+    print_row<"%-5u    %8u    %8u    %8u    %s\n">(entry.get<"vsan">(), entry.get<"ucast">(), entry.get<"mcast">(),
+                                                   entry.get<"label">(),
+                                                   text(time_word_to_str, entry.get<"modified">()));
 }
 
 // The rule is printed whatever the flag: a total under a table is set off from its rows.
 void rib_show_db_total(uint32_t header, const void *totals) {
-    const fields total{totals};
+    const view<wire::db_summary> total{totals};
     if (header != 0) {
         print_lines("VSAN     Ucast       Mcast       Label       Last Modified Time");
     }
     print_lines(counts_rule);
-    print_row<"Total    %8u    %8u    %8u\n">(total.word(8), total.word(12), total.word(16));
+    print_row<"Total    %8u    %8u    %8u\n">(total.get<"ucast">(), total.get<"mcast">(), total.get<"label">());
 }
 
 void rib_show_verf_info(uint32_t header, const void *report) {
-    const fields info{report};
+    const view<wire::verf_info> info{report};
     if (header == 0) {
         return;
     }
     print_lines("\nRoute Verification Report");
-    print_row<"  Generated %s\n">(text(time_word_to_str, info.word(8)));
-    if (info.word(12) != 0) {
-        print_row<"  Completed %s\n">(text(time_word_to_str, info.word(12)));
+    print_row<"  Generated %s\n">(text(time_word_to_str, info.get<"generated">()));
+    if (info.get<"completed">() != 0) {
+        print_row<"  Completed %s\n">(text(time_word_to_str, info.get<"completed">()));
     } else {
         print_lines("  Report not completely generated!");
     }
 }
 
 void rib_show_register(uint32_t header, const void *registration) {
-    const fields reg{registration};
+    const view<wire::registration> reg{registration};
     if (header != 0) {
         print_lines("\n            Route", "UUID        Distance        Name", "----        --------        ----");
     }
-    print_row<"%-4u        %-8u        %s\n">(reg.word(0), reg.word(4), text(rib_uuid_to_str, reg.word(0)));
+    print_row<"%-4u        %-8u        %s\n">(reg.get<"uuid">(), reg.get<"distance">(),
+                                              text(rib_uuid_to_str, reg.get<"uuid">()));
 }
 
 void rib_show_sys_port(uint32_t *header, const void *system_record) {
-    const fields module{system_record};
-    for (uint32_t port = 0; bmap_next_set(module.at(16), port_map_size, port, &port) == RIB_OK; ++port) {
-        fib_show_port(*header, module.at(first_port + port_size * port));
+    const view<wire::module_entry> module{system_record};
+    for (uint32_t port = 0; bmap_next_set(module.area<"ports">().data(), port_map_size, port, &port) == RIB_OK;
+         ++port) {
+        fib_show_port(*header, module.list<"port">()[port].data());
         *header = 0;
     }
 }
@@ -103,13 +105,13 @@ void rib_show_p(const struct rib_param_block *block) {
 }
 
 void rib_show_in_mem(const void *record) {
-    const fields memory{record};
+    const view<wire::in_mem> memory{record};
     uint32_t total = 0;
     print_lines("\nMemory Pool     Data Size    # Data", "------------    ---------    ---------");
-    for (size_t entry = 0; entry < size_t{12} * pools; entry += 12) {
-        const uint32_t size = memory.word(entry + 4);
-        const uint32_t number = memory.word(entry + 8);
-        print_row<"%s    %-9u    %u\n">(text(rib_mem_to_str, memory.word(entry), 12), size, number);
+    for (const auto pool : memory.list<"pool">()) {
+        const uint32_t size = pool.get<"data_size">();
+        const uint32_t number = pool.get<"n_data">();
+        print_row<"%s    %-9u    %u\n">(text(rib_mem_to_str, pool.get<"pool">(), 12), size, number);
         total += size * number;
     }
     print_lines("------------    ---------    ---------");
@@ -117,11 +119,11 @@ void rib_show_in_mem(const void *record) {
 }
 
 void rib_show_in_ha(const void *record) {
-    const fields state{record};
-    print_row<"\nSup State              %s\n">(text(rib_sup_state_to_str, state.word(0)));
-    print_row<"Switching Over         %s\n">(flag_of(state, 4));
-    print_row<"Started Stateful       %s\n">(flag_of(state, 8));
-    print_row<"Started Stateless      %s\n">(flag_of(state, 12));
-    print_row<"Standby Sup Existed    %s\n">(flag_of(state, 16));
-    print_row<"Just Sent Heartbeat    %s\n">(flag_of(state, 20));
+    const view<wire::in_ha> state{record};
+    print_row<"\nSup State              %s\n">(text(rib_sup_state_to_str, state.get<"sup_state">()));
+    print_row<"Switching Over         %s\n">(flag(state.get<"switching_over">()));
+    print_row<"Started Stateful       %s\n">(flag(state.get<"started_stateful">()));
+    print_row<"Started Stateless      %s\n">(flag(state.get<"started_stateless">()));
+    print_row<"Standby Sup Existed    %s\n">(flag(state.get<"standby_existed">()));
+    print_row<"Just Sent Heartbeat    %s\n">(flag(state.get<"sent_heartbeat">()));
 }

@@ -4,8 +4,8 @@
 #include "catalogue/messages.h"
 #include "codec/check.h"
 #include "codec/messages/snmp.h"
+#include "codec/view.h"
 #include "diag/display_layouts.h"
-#include "diag/fields.h"
 #include "rib_show.h"
 
 #include <algorithm>
@@ -31,12 +31,11 @@ void show_fcmrt(uint32_t *header, const void *record) {
 }
 
 void show_versions(uint32_t * /*header*/, const void *record) {
-    const fields list{record};
-    const uint32_t count = list.word(wire::topo.at("n_version"));
-    for (uint32_t position = 0; position < count; position++) {
-        rib_show_version(list.word(wire::topo.size + size_t{4} * position), position, count);
+    const auto versions = view<wire::topo>(record).list<"version">();
+    for (uint32_t position = 0; position < versions.size(); position++) {
+        rib_show_version(versions[position].get<"version">(), position, versions.size());
     }
-    if (count == 1) {
+    if (versions.size() == 1) {
         std::putchar('\n'); // which the display leaves to its caller
     }
 }
