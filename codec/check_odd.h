@@ -30,8 +30,8 @@ template <class Steps> uint32_t checker<Steps>::walk_odd(odd_check odd, size_t a
 /// The display steps over the hops of a table entry by the labels that each has, the converter by eight bytes: both
 /// must find what they look for.
 template <class Steps> uint32_t checker<Steps>::check_ucast_route(size_t at, size_t &end) {
-    const uint32_t hops = word_at(at + wire::ucast_route.at("n_hop"));
-    return walk_run(tables_.hop, at + wire::ucast_route.size, hops, end);
+    const view<wire::ucast_route> route(bytes_ + at);
+    return walk_run(tables_.hop, at + wire::ucast_route.size, route.get<"n_hop">(), end);
 }
 
 /// The name is printed, and so has to end.
@@ -44,16 +44,18 @@ template <class Steps> uint32_t checker<Steps>::check_register(size_t at) {
 }
 
 template <class Steps> uint32_t checker<Steps>::check_in_info(size_t at, size_t &end) {
-    const uint32_t body = wire::size_of_body(word_at(at + wire::in_info.at("kind")));
+    const view<wire::in_info> info(bytes_ + at);
+    const uint32_t body = wire::size_of_body(info.get<"kind">());
     end += body;
     return end <= size_ ? RIB_OK : refuse(RIB_CHECK_SHORT, "body", end - body, end, size_);
 }
 
 template <class Steps> uint32_t checker<Steps>::check_verf_info(size_t at, size_t &end) {
-    const size_t count = word_at(at + wire::verf_info.at("n_key"));
-    const size_t key = wire::size_of_key(word_at(at + wire::verf_info.at("type")));
+    const view<wire::verf_info> info(bytes_ + at);
+    const size_t count = info.get<"n_key">();
+    const size_t key = wire::size_of_key(info.get<"type">());
     if (const size_t room = left(end) / key; count > room) {
-        return refuse(RIB_CHECK_COUNT, "n_key", at, count, room);
+        return refuse(RIB_CHECK_COUNT, "n_key", at + wire::verf_info.at("n_key"), count, room);
     }
     end += count * key;
     return RIB_OK;

@@ -18,9 +18,9 @@ template <class Steps> template <const layout &Info> uint32_t checker<Steps>::ch
     static_assert(route.at(count_name) == list.count.at);
     size_t swapped = 0;
     size_t entry = routes.offset;
-    for (size_t n = word_at(0); n != 0; --n) {
+    for (size_t n = read_count<std::endian::big>(routes.count, bytes_); n != 0; --n) {
         steps.step();
-        const size_t count = word_at(entry + list.count.at);
+        const size_t count = read_count<std::endian::big>(list.count, bytes_ + entry);
         if (count != 0 && entry + list.count.at < swapped) {
             return refuse(RIB_CHECK_COUNT, count_name, entry + list.count.at, count, 0);
         }
@@ -52,7 +52,7 @@ template <class Steps> size_t checker<Steps>::routes_apart(size_t first, size_t 
     size_t swapped = 0;
     for (size_t i = 0, at = first; i < count && left(at) >= route.size; ++i, at += route.size) {
         steps.step();
-        const size_t hops = word_at(at + route.at("n_hop"));
+        const size_t hops = hops_of_route(at);
         if (hops != 0 && at + route.at("n_hop") < swapped) {
             return i;
         }
@@ -60,6 +60,10 @@ template <class Steps> size_t checker<Steps>::routes_apart(size_t first, size_t 
         swapped = std::max(swapped, hops_at + std::min(hops, left(hops_at) / apart) * apart);
     }
     return count;
+}
+
+template <class Steps> uint32_t checker<Steps>::hops_of_route(size_t at) const {
+    return view<wire::ucast_route>(bytes_ + at).get<"n_hop">();
 }
 
 template <class Steps> bool checker<Steps>::has_hop_at(size_t at) const {
@@ -80,7 +84,7 @@ template <class Steps> size_t checker<Steps>::first_with_bad_hop(size_t first, s
         if (left(at) < route.size) {
             return i;
         }
-        size_t hops = word_at(at + route.at("n_hop"));
+        size_t hops = hops_of_route(at);
         size_t hop = at + route.size;
         size_t &known = held[hop / 4 % 2];
         if (known > hop) {
@@ -128,7 +132,7 @@ template <class Steps> size_t checker<Steps>::first_with_bad_run(size_t first, s
         const size_t last = first + (next - 1) * route.size;
         if (at == last + route.size) {
             --next;
-            found = word_at(last + route.at("n_hop")) > fit ? next : found;
+            found = hops_of_route(last) > fit ? next : found;
         }
     }
     return found;

@@ -6,6 +6,7 @@
 #include "codec/check_table.h"
 #include "codec/messages/info.h"
 #include "codec/report.h"
+#include "codec/view.h"
 
 #include <algorithm>
 
@@ -57,7 +58,6 @@ template <class Steps> class checker {
     rib_check_report *report_;
 
     [[nodiscard]] size_t left(size_t at) const { return size_ - at; }
-    [[nodiscard]] uint32_t word_at(size_t at) const { return be32(bytes_ + at); }
     [[nodiscard]] uint32_t count_at(count_of count, size_t message) const {
         return read_count<std::endian::big>(count, bytes_ + message);
     }
@@ -160,6 +160,7 @@ template <class Steps> class checker {
     size_t routes_apart(size_t first, size_t count);
     size_t first_with_bad_hop(size_t first, size_t from, size_t count);
     size_t first_with_bad_run(size_t first, size_t from, size_t count);
+    [[nodiscard]] uint32_t hops_of_route(size_t at) const;
     [[nodiscard]] bool has_hop_at(size_t at) const;
     [[nodiscard]] size_t fitting_hop_at(size_t at) const;
 };

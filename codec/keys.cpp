@@ -1,8 +1,8 @@
 // Route keys: stepping a query or a key to its successor, the order of keys, and what a RIB operation is to a FIB.
-#include "codec/bytes.h"
 #include "codec/fc_address.h"
 #include "codec/messages/info.h"
 #include "codec/messages/query.h"
+#include "codec/view.h"
 #include "rib_codec.h"
 
 using namespace ribkit;
@@ -32,14 +32,16 @@ bool next_mask(uint32_t *mask) {
     return false;
 }
 
+using label_view = writable_view<wire::label>;
+
 /// The batch that follows: the first continues at the label behind the last one seen.
-uint32_t next_query(uint8_t *cur, uint8_t *next, uint32_t cursor_at, uint32_t label_at) {
-    constexpr uint32_t one_label = 1U << 12;
-    const uint32_t cursor = be32(cur + cursor_at);
-    store32<std::endian::big>(next + cursor_at, cursor);
-    store32<std::endian::big>(cur + cursor_at, cursor + 1);
+template <field_called Cursor, const layout &Query>
+uint32_t next_query(writable_view<Query> cur, writable_view<Query> next, label_view seen, label_view first) {
+    const uint32_t cursor = cur.template get<Cursor>();
+    next.template set<Cursor>(cursor);
+    cur.template set<Cursor>(cursor + 1);
     if (cursor == 0) {
-        store32<std::endian::big>(next + label_at, be32(cur + label_at) + one_label);
+        first.set<"label">(seen.get<"label">()).set<"label", "label">(seen.get<"label", "label">() + 1);
     }
     return RIB_OK;
 }
@@ -61,14 +63,18 @@ int32_t first_difference(std::initializer_list<int32_t> orders) {
 } // namespace
 
 uint32_t rib_next_fclrt_query(void *cur, void *next) {
-    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), wire::fclrt_query.at("cursor"),
-                      wire::fclrt_query.at("match"));
+    const writable_view<wire::fclrt_query> from(cur);
+    const writable_view<wire::fclrt_query> to(next);
+    return next_query<"cursor">(from, to, from.list<"match">()[0], to.list<"match">()[0]);
 }
 
+// In a query a label key's third word is the cursor.
 uint32_t rib_next_verf_query(void *cur, void *next) {
-    constexpr uint32_t key = wire::verf_query.at("key");
-    return next_query(static_cast<uint8_t *>(cur), static_cast<uint8_t *>(next), key + wire::verf_fcl.at("word_8"),
-                      key + wire::verf_fcl.at("label_0"));
+    const auto key_of = [](void *query) {
+        return writable_view<wire::verf_fcl>(writable_view<wire::verf_query>(query).area<"key">().data());
+    };
+    const auto label_of = [](writable_view<wire::verf_fcl> key) { return label_view(key.area<"label_0">().data()); };
+    return next_query<"word_8">(key_of(cur), key_of(next), label_of(key_of(cur)), label_of(key_of(next)));
 }
 
 uint32_t rib_next_fcm_tuple(uint32_t *vsan, uint32_t *fcid) {
@@ -157,14 +163,13 @@ uint32_t rib_oper_to_fib(uint32_t oper) {
 }
 
 int32_t rib_vsan_rewrite_key_compare(const void *a, const void *b) {
-    const auto *left = static_cast<const uint8_t *>(a);
-    const auto *right = static_cast<const uint8_t *>(b);
-    constexpr uint32_t vsan_at = 12;
-    for (const uint32_t at : {4U, vsan_at, 16U, 20U, 24U, 28U, 32U}) {
-        const auto compare = at == vsan_at ? order_of_vsans : order_of<uint32_t>;
-        if (const int32_t order = compare(be32(left + at), be32(right + at)); order != 0) {
-            return order;
-        }
-    }
-    return 0;
+    const view<wire::vsan_rewrite_path> left(a);
+    const view<wire::vsan_rewrite_path> right(b);
+    return first_difference({order_of(left.get<"word_4">(), right.get<"word_4">()),
+                             order_of_vsans(left.get<"word_12">(), right.get<"word_12">()),
+                             order_of(left.get<"bytes_16">(), right.get<"bytes_16">()),
+                             order_of(left.get<"word_20">(), right.get<"word_20">()),
+                             order_of(left.get<"bytes_24">(), right.get<"bytes_24">()),
+                             order_of(left.get<"word_28">(), right.get<"word_28">()),
+                             order_of(left.get<"word_32">(), right.get<"word_32">())});
 }

@@ -4,6 +4,7 @@
 
 #include "codec/engine.h"
 #include "codec/messages/info.h"
+#include "codec/view.h"
 
 namespace ribkit::codec {
 
@@ -19,33 +20,37 @@ template <> struct conversion<wire::fcu_path> {
     template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
         const uint32_t size = engine<D, Host, Isa>::template convert<wire::fcu_path>(src, dst);
         if constexpr (D == direction::to_network) {
-            store32<std::endian::big>(dst, number_of(dst));
-        } else if ((load32<Host>(dst) & 0xff) != 0) {
-            store32<Host>(dst, flag_of(dst, load32<Host>(dst + wire::fcu_path.at("mask"))));
+            const writable_view<wire::fcu_path> path(dst);
+            path.set<"kind">(number_of(path));
+        } else {
+            const writable_view<wire::fcu_path, Host> path(dst);
+            if ((path.template get<"kind">() & 0xff) != 0) {
+                path.template set<"kind">(flag_of(path));
+            }
         }
         return size;
     }
 
   private:
     static constexpr uint8_t special = 0xf0;
-    static bool is_special(const uint8_t *path) { return path[wire::fcu_path.at("special")] == special; }
     static bool is_well_known(uint32_t fcid) { return (fcid & 0x00fffff0) == 0x00fffff0 && fcid != 0x00ffffff; }
-    static uint32_t fcid_of(const uint8_t *path) { return be32(path + wire::fcu_path.at("fcid")); }
 
-    static uint32_t number_of(const uint8_t *path) {
-        if (is_special(path)) {
+    static uint32_t number_of(view<wire::fcu_path> path) {
+        const uint32_t fcid = path.get<"fcid">();
+        if (path.get<"special">() == special) {
             return 8;
         }
-        if (is_well_known(fcid_of(path))) {
+        if (is_well_known(fcid)) {
             return 6;
         }
-        return (fcid_of(path) & 0xffff) == 0xffff ? 7 : 4;
+        return (fcid & 0xffff) == 0xffff ? 7 : 4;
     }
-    static uint32_t flag_of(const uint8_t *path, uint32_t mask) {
-        if (is_well_known(fcid_of(path))) {
+    template <std::endian Host> static uint32_t flag_of(writable_view<wire::fcu_path, Host> path) {
+        const uint32_t mask = path.template get<"mask">();
+        if (is_well_known(path.template get<"fcid">())) {
             return 0x08000000;
         }
-        if (is_special(path)) {
+        if (path.template get<"special">() == special) {
             return 0x01000000;
         }
         return mask == 0x00ffff00 || mask == 0x00ffffff ? 0x02000000 : 0x04000000;
@@ -66,7 +71,7 @@ template <> struct conversion<wire::dm_info> {
         if constexpr (D == direction::to_network) {
             return engine<D, Host, Isa>::template convert<wire::dm_info>(src, dst);
         } else {
-            store32<Host>(dst, be32(dst));
+            writable_view<wire::dm_info, Host>(dst).template set<"n_vsan">(view<wire::dm_info>(dst).get<"n_vsan">());
             return wire::dm_info.size;
         }
     }
@@ -76,7 +81,7 @@ template <> struct conversion<wire::dm_info> {
 template <> struct conversion<wire::in_info> {
     template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
         constexpr uint32_t body = wire::in_info.size;
-        const uint32_t kind = load32<source_order(D, Host)>(src + wire::in_info.at("kind"));
+        const uint32_t kind = view<wire::in_info, source_order(D, Host)>(src).template get<"kind">();
         engine<D, Host, Isa>::template convert<wire::in_info>(src, dst);
         std::memmove(dst + body, src + body, wire::size_of_body(kind));
         return kind;
@@ -95,7 +100,7 @@ template <class Isa, bool Swaps> uint32_t convert_key(uint32_t type, const uint8
 template <> struct conversion<wire::verf_query> {
     template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
         constexpr const layout &l = wire::verf_query;
-        const uint32_t type = load32<source_order(D, Host)>(src + l.at("type"));
+        const uint32_t type = view<wire::verf_query, source_order(D, Host)>(src).template get<"type">();
         Isa::template run<Host != std::endian::big>(src, dst, l.at("key") / 4);
         convert_key<Isa, Host != std::endian::big>(type, src + l.at("key"), dst + l.at("key"));
         Isa::template run<Host != std::endian::big>(src + l.at("requested"), dst + l.at("requested"), 1);
@@ -105,9 +110,9 @@ template <> struct conversion<wire::verf_query> {
 
 template <> struct conversion<wire::verf_info> {
     template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
-        constexpr std::endian order = source_order(D, Host);
-        const uint32_t count = load32<order>(src);
-        const uint32_t type = load32<order>(src + wire::verf_info.at("type"));
+        const view<wire::verf_info, source_order(D, Host)> info(src);
+        const uint32_t count = info.template get<"n_key">();
+        const uint32_t type = info.template get<"type">();
         size_t at = engine<D, Host, Isa>::template convert<wire::verf_info>(src, dst);
         for (uint32_t i = 0; i < count; ++i) {
             at += convert_key<Isa, Host != std::endian::big>(type, src + at, dst + at);

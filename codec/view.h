@@ -105,6 +105,10 @@ template <const layout &L, std::endian Order = std::endian::big, class Byte = co
     /// @param message so many bytes as its layout and its counts say, of any alignment; the caller keeps them
     explicit view(address message) : bytes_(static_cast<Byte *>(message)) {}
 
+    /// What can be written can be read.
+    template <class Written, class = std::enable_if_t<std::is_const_v<Byte> && std::is_same_v<Written, uint8_t>>>
+    view(view<L, Order, Written> writable) : bytes_(writable.data()) {} // NOLINT(google-explicit-constructor)
+
     [[nodiscard]] Byte *data() const { return bytes_; }
 
     /// Its size in bytes as its counts have it, to the end of the open list.
