@@ -7,7 +7,7 @@
 #include "ribkit_rib.h"
 #include "tools/duration.h"
 #include "tools/input_error.h"
-#include "wrap/cmi_layout.h"
+#include "wrap/cmi_envelope.h"
 
 #include <algorithm>
 #include <array>
@@ -191,8 +191,8 @@ uint32_t rib_link::open_answer(rib_wrap_msg &answer) const {
     if (rib_check_cmi_answer(answer.payload, answer.payload_size, nullptr) != RIB_OK) {
         return RIB_BAD_PARAMETERS;
     }
-    answer.payload += wrap::cmi_content_at;
-    answer.payload_size -= wrap::cmi_content_at;
+    answer.payload += wrap::content_at;
+    answer.payload_size -= wrap::content_at;
     return RIB_OK;
 }
 

@@ -1,10 +1,9 @@
 // Messages in envelopes: built on the heap, sent as the plain wrappers send, and freed before the call returns. Where
 // the two families differ (history after a failed send, texts, what is dropped), receivers rely on it.
-#include "codec/bytes.h"
 #include "rib_check.h"
 #include "rib_text.h"
 #include "rib_trace.h"
-#include "wrap/cmi_layout.h"
+#include "wrap/cmi_envelope.h"
 #include "wrap/service.h"
 #include "yelk.h"
 
@@ -12,14 +11,12 @@
 #include <cstdlib>
 #include <cstring>
 
-using namespace ribkit::codec;
+using namespace ribkit;
 using namespace ribkit::wrap;
 
 namespace {
 
 constexpr uint32_t answer_wait = 10; // seconds
-
-void put(uint8_t *at, uint32_t word) { store32<std::endian::big>(at, word); }
 
 void put(uint8_t *at, const void *bytes, uint32_t size) {
     if (size != 0) {
@@ -29,35 +26,34 @@ void put(uint8_t *at, const void *bytes, uint32_t size) {
 
 // An envelope around so many bytes of content, zero but for its fixed fields; null where its size, as the service
 // counts it, cannot be said or had. The caller frees it.
-uint8_t *new_envelope(uint32_t type, uint32_t uuid, uint64_t content) {
-    const uint64_t size = cmi_content_at + content;
-    auto *envelope = size > UINT32_MAX ? nullptr : static_cast<uint8_t *>(std::calloc(1, static_cast<size_t>(size)));
-    if (envelope != nullptr) {
-        put(envelope, type);
-        put(envelope + cmi_length_at, static_cast<uint32_t>(content));
-        rib_uuid_to_str(uuid, reinterpret_cast<char *>(envelope + cmi_client_at));
+uint8_t *new_envelope(envelope_type type, uint32_t uuid, uint64_t content) {
+    const uint64_t size = content_at + content;
+    auto *bytes = size > UINT32_MAX ? nullptr : static_cast<uint8_t *>(std::calloc(1, static_cast<size_t>(size)));
+    if (bytes != nullptr) {
+        const written_envelope envelope(bytes);
+        envelope.set<"type">(type).set<"length">(static_cast<uint32_t>(content));
+        rib_uuid_to_str(uuid, reinterpret_cast<char *>(envelope.area<"client">().data()));
     }
-    return envelope;
+    return bytes;
 }
 
-uint8_t *request_envelope(uint32_t type, const rib_wrap_msg &req) {
-    uint8_t *envelope = new_envelope(type, req.uuid, uint64_t{cmi_opcode_size} + req.payload_size);
-    if (envelope != nullptr) {
-        put(envelope + cmi_content_at, req.opcode);
-        put(envelope + cmi_payload_at, req.payload, req.payload_size);
+uint8_t *request_envelope(envelope_type type, const rib_wrap_msg &req) {
+    uint8_t *bytes = new_envelope(type, req.uuid, uint64_t{opcode_size} + req.payload_size);
+    if (bytes != nullptr) {
+        written_envelope(bytes).set<"opcode">(req.opcode);
+        put(bytes + payload_at, req.payload, req.payload_size);
     }
-    return envelope;
+    return bytes;
 }
 
 int send_request(uint32_t handle, const uint8_t *envelope, const rib_wrap_msg &req, qip_ref *ref_out) {
     const qip_addr to = to_rib;
-    return qip_send(handle, &to, RIB_CMI_OPCODE, envelope, cmi_payload_at + req.payload_size, ref_out, nullptr,
-                    nullptr);
+    return qip_send(handle, &to, RIB_CMI_OPCODE, envelope, payload_at + req.payload_size, ref_out, nullptr, nullptr);
 }
 
 // The history is told of a failed send, too.
 uint32_t send_one_way(uint32_t handle, qip_ref *ref_out, const rib_wrap_msg &req, const char *failure) {
-    uint8_t *envelope = request_envelope(cmi_one_way, req);
+    uint8_t *envelope = request_envelope(envelope_type::one_way, req);
     if (envelope == nullptr) {
         rib_printf_no_mem(req.uuid, "rib_wrap_cmi_send() no mem for cmi_msg!\n");
         return RIB_OUT_OF_MEMORY;
@@ -70,7 +66,7 @@ uint32_t send_one_way(uint32_t handle, qip_ref *ref_out, const rib_wrap_msg &req
 }
 
 uint32_t send_awaited(uint32_t handle, rib_wrap_msg &req) {
-    uint8_t *envelope = request_envelope(cmi_request, req);
+    uint8_t *envelope = request_envelope(envelope_type::request, req);
     if (envelope == nullptr) {
         rib_printf_no_mem(req.uuid, "rib_wrap_cmi_req_rsp() no mem for cmi_msg!\n");
         return RIB_OUT_OF_MEMORY;
@@ -86,8 +82,9 @@ uint32_t send_awaited(uint32_t handle, rib_wrap_msg &req) {
 uint32_t open_answer(rib_wrap_msg &answer, uint32_t opcode) {
     auto *envelope = static_cast<uint8_t *>(qip_payload_get(&answer.ref));
     const uint32_t size = qip_payload_size(&answer.ref);
-    answer.payload = envelope + cmi_content_at;
-    answer.payload_size = size < cmi_length_at + sizeof(uint32_t) ? 0 : be32(envelope + cmi_length_at);
+    constexpr uint32_t length_end = wire::cmi_envelope.row_of("length").end();
+    answer.payload = envelope + content_at;
+    answer.payload_size = size < length_end ? 0 : read_envelope(envelope).get<"length">();
     rib_check_report report;
     if (rib_check_cmi_answer(envelope, size, &report) == RIB_OK) {
         return RIB_OK;
@@ -119,14 +116,14 @@ uint32_t rib_wrap_cmi_req_rsp(uint32_t handle, struct rib_wrap_msg *req, struct 
 
 // No reference of the answer is asked for, so none is dropped; the history names the request's.
 uint32_t rib_wrap_cmi_rsp(uint32_t handle, const struct qip_ref *req_ref, const void *payload, uint32_t payload_size) {
-    uint8_t *envelope = new_envelope(cmi_answer, RIB_CLIENT_RIB, payload_size);
+    uint8_t *envelope = new_envelope(envelope_type::answer, RIB_CLIENT_RIB, payload_size);
     if (envelope == nullptr) {
         rib_printf_time("rib_wrap_cmi_rsp() no mem for cmi_msg!\n");
         return RIB_OUT_OF_MEMORY;
     }
-    put(envelope + cmi_content_at, payload, payload_size);
+    put(envelope + content_at, payload, payload_size);
     const qip_addr to = to_local;
-    const int result = qip_send(handle, &to, 0, envelope, cmi_content_at + payload_size, nullptr, req_ref, nullptr);
+    const int result = qip_send(handle, &to, 0, envelope, content_at + payload_size, nullptr, req_ref, nullptr);
     const uint32_t code = result == 0 ? RIB_OK : trace_failure("rib_wrap_cmi_rsp() failed qip_send_response() %u!\n");
     yelk_hist_qip_event(YELK_QIP_SENT, req_ref, 0, 0);
     std::free(envelope);
@@ -135,10 +132,10 @@ uint32_t rib_wrap_cmi_rsp(uint32_t handle, const struct qip_ref *req_ref, const 
 
 uint32_t rib_wrap_cmi_recv(const void *envelope, uint32_t size, uint32_t *opcode, const uint8_t **payload,
                            uint32_t *payload_length) {
-    const auto *bytes = static_cast<const uint8_t *>(envelope);
-    *opcode = be32(bytes + cmi_content_at);
-    *payload = bytes + cmi_payload_at;
-    *payload_length = be32(bytes + cmi_length_at) - cmi_opcode_size;
+    const read_envelope received(envelope);
+    *opcode = received.get<"opcode">();
+    *payload = received.data() + payload_at;
+    *payload_length = received.get<"length">() - opcode_size;
     rib_check_report report;
     if (rib_check_cmi_request(envelope, size, &report) == RIB_OK) {
         return RIB_OK;

@@ -1,18 +1,18 @@
-// The CMI envelope in network form: where its fields stand and what they may hold.
+// The envelope around a message, as the wrappers see it: where its content begins, and what its type may say.
 #pragma once
 
-#include <cstdint>
+#include "codec/messages/forms.h"
+#include "codec/view.h"
 
 namespace ribkit::wrap {
 
-inline constexpr uint32_t cmi_length_at = 4;
-inline constexpr uint32_t cmi_client_at = 12;
-inline constexpr uint32_t cmi_content_at = 112; // an answer's payload; a request's opcode, then its payload
-inline constexpr uint32_t cmi_opcode_size = 4;
-inline constexpr uint32_t cmi_payload_at = cmi_content_at + cmi_opcode_size; // of a request
+using read_envelope = codec::view<wire::cmi_envelope>;
+using written_envelope = codec::writable_view<wire::cmi_envelope>;
 
-inline constexpr uint32_t cmi_answer = 0;
-inline constexpr uint32_t cmi_request = 2;
-inline constexpr uint32_t cmi_one_way = 3;
+inline constexpr uint32_t content_at = wire::cmi_envelope.at("opcode"); // an answer's payload; a request's opcode
+inline constexpr uint32_t payload_at = wire::cmi_envelope.size;         // of a request, behind its opcode
+inline constexpr uint32_t opcode_size = payload_at - content_at;
+
+enum class envelope_type : uint32_t { answer = 0, request = 2, one_way = 3 };
 
 } // namespace ribkit::wrap
