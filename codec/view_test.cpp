@@ -7,7 +7,9 @@
 #include "rib_codec.h"
 #include "rib_codes.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -50,6 +52,46 @@ TEST(view, reads_parts_of_words_and_of_bytes) {
     EXPECT_EQ((view<wire::label>(label.data()).get<"label", "exp">()), 5U);
     EXPECT_EQ((view<wire::label>(label.data()).get<"label", "bottom">()), 1U);
     EXPECT_EQ((view<wire::label>(label.data()).get<"label", "ttl">()), 0x40U);
+}
+
+TEST(view, reads_of_a_part_in_one_byte_that_byte_only) {
+    const auto first = std::make_unique<uint8_t[]>(3); // as much as there is: a sanitizer sees a fourth
+    first[0] = 2;
+    first[1] = 3;
+    first[2] = 0xa0;
+    const view<wire::fclrt_intf> hop(first.get());
+    EXPECT_EQ((hop.get<"ctrl", "pop">()), 2U);
+    EXPECT_EQ((hop.get<"ctrl", "push">()), 3U);
+    EXPECT_EQ((hop.get<"ctrl", "use_up">()), 1U);
+    EXPECT_EQ((hop.get<"ctrl", "use_ttl">()), 0U);
+    EXPECT_EQ((hop.get<"ctrl", "dec_ttl">()), 1U);
+}
+
+TEST(view, finds_the_parts_of_a_number_in_either_order) {
+    const bytes big{0, 0, 1, 0xf4, 0x05, 0x32, 0x01, 0x2c};
+    bytes little(big.rbegin(), big.rend());
+    std::rotate(little.begin(), little.begin() + 4, little.end());
+    const auto expect_parts = [](auto vsan) {
+        EXPECT_EQ(vsan.template get<"latency">(), 500U);
+        EXPECT_EQ((vsan.template get<"word_4", "interop_mode_4">()), 1U);
+        EXPECT_EQ((vsan.template get<"word_4", "iod_valid">()), 0U);
+        EXPECT_EQ((vsan.template get<"word_4", "iod">()), 1U);
+        EXPECT_EQ((vsan.template get<"word_4", "balance">()), 3U);
+        EXPECT_EQ((vsan.template get<"word_4", "state">()), 2U);
+        EXPECT_EQ((vsan.template get<"word_4", "vsan">()), 300U);
+    };
+    expect_parts(view<wire::vsan, std::endian::big>(big.data()));
+    expect_parts(view<wire::vsan, std::endian::little>(little.data()));
+}
+
+TEST(view, one_that_is_written_is_read_where_one_is_asked_for) {
+    bytes record(unicast);
+    const writable_view<wire::fcurt> written(record.data());
+    const view<wire::fcurt> read = written;
+    written.set<"metric">(7U);
+    EXPECT_EQ(read.get<"metric">(), 7U);
+    static_assert(!std::is_convertible_v<view<wire::fcurt>, writable_view<wire::fcurt>>);
+    static_assert(!std::is_convertible_v<writable_view<wire::fcurt>, view<wire::fclrt>>);
 }
 
 TEST(view, a_number_is_as_wide_as_its_field) {
