@@ -7,9 +7,8 @@
 #include "rib_wrap.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
-#include "tools/fcurt_message.h"
-#include "tools/fcurt_query.h"
 #include "tools/rib_link.h"
+#include "tools/route_messages.h"
 #include "tools/service_handle.h"
 
 #include <algorithm>
@@ -30,15 +29,18 @@ constexpr uint32_t envelope_with_answer = 2;
 constexpr size_t length_in_envelope = 4, opcode_in_envelope = 112, envelope_head = 116;
 
 byte_vector update() {
-    const route what{500, 0, {{0x01010001, 2}, {0x01010002, 3}}};
-    return encode_whole({RIB_CLIENT_FSPF,
-                         own_vsan,
-                         RIB_OPER_UPDATE_RSP,
-                         {{RIB_ACTION_ADD, {0x630000, 0xff0000}, what}, {RIB_ACTION_ADD, {0x640000, 0xff0000}, what}}});
+    constexpr std::array<next_hop, 2> hops{{{0x01010001, 2}, {0x01010002, 3}}};
+    byte_vector bytes(wire::fcurt_update.size + 2 * fcurt_record_size(hops.size()));
+    const update_writer message(bytes);
+    message.set<"uuid">(RIB_CLIENT_FSPF).set<"vsan">(own_vsan).set<"oper">(RIB_OPER_UPDATE_RSP);
+    for (const uint32_t fcid : {0x630000U, 0x640000U}) {
+        add_route(message, RIB_ACTION_ADD, {fcid, RIB_MASK_DOMAIN}, {500, 0, hops});
+    }
+    return bytes;
 }
 
 byte_vector query() {
-    const auto bytes = encode(fcurt_query{RIB_CLIENT_FSPF, RIBKIT_QUERY_VSAN_ALL, 1000, own_vsan, 0, 0});
+    const auto bytes = write_query(RIB_CLIENT_FSPF, RIBKIT_QUERY_VSAN_ALL, 1000, {own_vsan, {}});
     return {bytes.begin(), bytes.end()};
 }
 

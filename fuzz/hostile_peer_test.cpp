@@ -6,8 +6,9 @@
 #include "rib_codes.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
-#include "tools/fcurt_message.h"
+#include "tools/literal_updates.h"
 #include "tools/rib_link.h"
+#include "tools/route_messages.h"
 #include "tools/route_reader.h"
 
 #include <arpa/inet.h>
@@ -34,11 +35,10 @@ class honest_client {
 
     void work() {
         metric_++;
-        auto message = encode_whole({RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, changes()});
+        auto message = literal_update({RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, changes()});
         const auto answer = link_.ask(RIBKIT_OPCODE_FCURT_UPDATE, message);
-        ASSERT_EQ(answer.size(), RIBKIT_FCURT_RSP_SIZE);
-        const fcurt_response response =
-            decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer.data(), answer.size()));
+        ASSERT_EQ(answer.size(), wire::route_rsp.size);
+        const fcurt_response response = decode_fcurt_response(std::span(answer).first<wire::route_rsp.size>());
         ASSERT_EQ(response.result, RIB_OK);
         ASSERT_EQ(response.accepted, routes);
         const held_routes held = read_routes(link_, {RIB_CLIENT_FSPF, vsan});

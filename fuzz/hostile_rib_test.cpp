@@ -4,9 +4,9 @@
 #include "platform/service_fixture.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
-#include "tools/fcurt_message.h"
-#include "tools/fcurt_query.h"
+#include "tools/literal_updates.h"
 #include "tools/rib_link.h"
+#include "tools/route_messages.h"
 
 #include <algorithm>
 #include <functional>
@@ -135,12 +135,12 @@ TEST_P(hostile_server, never_answers) {
 
 /// There is always one more route.
 answers one_more(uint32_t opcode, const byte_vector &request, const byte_vector &answer) {
-    if (opcode != RIBKIT_OPCODE_FCURT_QUERY || request.size() != RIBKIT_FCURT_QUERY_SIZE) {
+    if (opcode != RIBKIT_OPCODE_FCURT_QUERY || request.size() != wire::fcurt_query.size) {
         return {answer};
     }
-    const auto query = decode_fcurt_query(std::span<const uint8_t, RIBKIT_FCURT_QUERY_SIZE>(request));
-    const route_change next{RIB_ACTION_ADD, {query.fcid, query.mask}, {1, 0, {{0x01010001, 1}}}};
-    return {encode_whole({RIB_CLIENT_FSPF, query.vsan, RIB_OPER_UPDATE_RSP, {next}})};
+    const route_key from = start_of(query_view(request.data()));
+    const route_change next{RIB_ACTION_ADD, from.to, {1, 0, {{0x01010001, 1}}}};
+    return {literal_update({RIB_CLIENT_FSPF, from.vsan, RIB_OPER_UPDATE_RSP, {next}})};
 }
 
 TEST_P(hostile_server, has_one_more_route_for_ever) { expect_refused(one_more); }

@@ -1,8 +1,7 @@
-// The way of a route change: computed, compared with what the RIB has, laid out, converted, traced, sent, answered.
+// The way of a route change: computed, compared with what the RIB has, written, traced, sent, answered.
 #include "tools/fspf_client.h"
 
 #include "rib_check.h"
-#include "rib_codec.h"
 #include "rib_codes.h"
 #include "rib_trace.h"
 #include "tools/fspf.h"
@@ -118,13 +117,13 @@ bool fspf_client::bring(uint32_t vsan, const shared_routes &wanted) {
             read(vsan);
             asked = true;
         }
-        const fcurt_update &update = update_to(vsan, wanted);
-        if (update.changes.empty()) {
+        const auto &changes = changes_to(vsan, wanted);
+        if (changes.empty()) {
             accepted_[vsan] = wanted; // the same, and shared
         } else {
             asked = true;
-            to_send_ += update.changes.size();
-            send(update, round == most_rounds);
+            to_send_ += changes.size();
+            send(vsan, changes, round == most_rounds);
         }
         if (!unsure_.contains(vsan)) {
             return asked;
@@ -133,15 +132,12 @@ bool fspf_client::bring(uint32_t vsan, const shared_routes &wanted) {
     return asked;
 }
 
-const fcurt_update &fspf_client::update_to(uint32_t vsan, const shared_routes &wanted) {
+const std::vector<route_change> &fspf_client::changes_to(uint32_t vsan, const shared_routes &wanted) {
     const shared_routes &before = accepted_[vsan];
     if (difference_.after != wanted || difference_.before != before) {
-        const uint32_t oper = options_.link.envelopes ? RIB_OPER_UPDATE_CMI : RIB_OPER_UPDATE_RSP;
-        difference_ = {before, wanted, {RIB_CLIENT_FSPF, vsan, oper, {}}};
-        difference_.update.changes = changes_between(table_of(before), *wanted);
+        difference_ = {before, wanted, changes_between(table_of(before), *wanted)};
     }
-    difference_.update.vsan = vsan;
-    return difference_.update;
+    return difference_.changes;
 }
 
 void fspf_client::read(uint32_t vsan) {
@@ -166,14 +162,12 @@ void fspf_client::settle(uint32_t vsan, const route_table &after) {
 
 // The answer counts what took effect without naming it, so the RIB is asked what it has. From then on the table is this
 // VSAN's own.
-void fspf_client::send(const fcurt_update &update, bool last_round) {
-    const uint32_t vsan = update.vsan;
+void fspf_client::send(uint32_t vsan, std::span<const route_change> changes, bool last_round) {
     shared_routes &accepted = accepted_[vsan];
     const shared_routes before = accepted;
-    std::span<const route_change> left = update.changes;
-    for (auto &[bytes, size] : encode(update, options_.message_limit)) {
-        const auto part = left.first(size);
-        left = left.subspan(size);
+    for (auto left = changes; !left.empty();) {
+        const auto [bytes, part] = write(vsan, left);
+        left = left.subspan(part.size());
         const fcurt_response response = deliver(vsan, bytes, part);
         if (response.result == RIB_OK) {
             traffic_.count(table_of(accepted), part);
@@ -194,6 +188,17 @@ void fspf_client::send(const fcurt_update &update, bool last_round) {
     if (accepted == before) {
         accepted = difference_.after;
     }
+}
+
+/// The next message: as many of the changes as may be in one, whatever the first needs.
+fspf_client::message_part fspf_client::write(uint32_t vsan, std::span<const route_change> changes) {
+    const size_t first = wire::fcurt_update.size + fcurt_record_size(changes[0].what.hops.size());
+    room_.resize(std::max(options_.message_limit, first));
+    const update_writer update(room_);
+    update.set<"uuid">(RIB_CLIENT_FSPF).set<"vsan">(vsan);
+    update.set<"oper">(options_.link.envelopes ? RIB_OPER_UPDATE_CMI : RIB_OPER_UPDATE_RSP);
+    const size_t added = add_routes(update, changes);
+    return {std::span(room_).first(update.size()), changes.first(added)};
 }
 
 fcurt_response fspf_client::deliver(uint32_t vsan, std::span<uint8_t> message, std::span<const route_change> changes) {
@@ -223,16 +228,14 @@ fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
     if (rib_check_fcurt_rsp(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
         throw no_answer(result_text(RIB_MISSING_RESPONSE));
     }
-    return decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer.data(), RIBKIT_FCURT_RSP_SIZE));
+    return decode_fcurt_response(std::span(answer).first<wire::route_rsp.size>());
 }
 
 void fspf_client::trace(std::span<const uint8_t> update) {
-    const uint8_t *message = update.data();
-    rib_printf_fcurt_update(rib_sizeof_fcurt_update(message), message);
-    const uint8_t *record = message + RIBKIT_FCURT_UPDATE_SIZE;
-    for (uint32_t left = rib_ntoh_fcurt_update_get_n_route(message); left > 0; left--) {
-        rib_printf_fcurt(message, record);
-        record += fcurt_record_size(rib_ntoh_fcurt_get_n_hop(record));
+    const update_view message(update.data());
+    rib_printf_fcurt_update(message.size(), message.data());
+    for (const record_view record : message.list<"route">()) {
+        rib_printf_fcurt(message.data(), record.data());
     }
 }
 

@@ -6,8 +6,8 @@
 #include "tools/client_traffic.h"
 #include "tools/fabric.h"
 #include "tools/fabric_routes.h"
-#include "tools/fcurt_message.h"
 #include "tools/rib_link.h"
+#include "tools/route_messages.h"
 #include "tools/routes.h"
 
 #include <chrono>
@@ -73,13 +73,20 @@ class fspf_client {
     /// What makes one table of another. Many VSANs in turn ask for the same.
     struct difference {
         shared_routes before, after;
-        fcurt_update update;
+        std::vector<route_change> changes;
+    };
+
+    /// A message, and what is in it.
+    struct message_part {
+        std::span<uint8_t> bytes;
+        std::span<const route_change> changes;
     };
 
     void bring_all(const fabric &f);
     bool bring(uint32_t vsan, const shared_routes &wanted);
-    const fcurt_update &update_to(uint32_t vsan, const shared_routes &wanted);
-    void send(const fcurt_update &update, bool last_round);
+    const std::vector<route_change> &changes_to(uint32_t vsan, const shared_routes &wanted);
+    void send(uint32_t vsan, std::span<const route_change> changes, bool last_round);
+    message_part write(uint32_t vsan, std::span<const route_change> changes);
     fcurt_response deliver(uint32_t vsan, std::span<uint8_t> message, std::span<const route_change> changes);
     void note_refused(uint32_t vsan, const fcurt_response &response, std::span<const route_change> changes);
     void read(uint32_t vsan);
@@ -93,6 +100,7 @@ class fspf_client {
     std::map<uint32_t, open_changes> open_;      ///< by VSAN, since `accepted_`
     std::set<uint32_t> unsure_;                  ///< VSANs of which it is not known what the RIB has
     difference difference_;                      ///< the last one asked for
+    std::vector<uint8_t> room_;                  ///< where messages are written
     client_traffic traffic_;                     ///< of the current call
     size_t to_send_ = 0;
 };

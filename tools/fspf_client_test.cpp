@@ -8,6 +8,7 @@
 #include "tools/fault_script.h"
 #include "tools/fspf.h"
 #include "tools/input_error.h"
+#include "tools/literal_updates.h"
 #include "tools/rib_service.h"
 
 #include <gtest/gtest.h>
@@ -154,7 +155,7 @@ TEST(fspf_client, routes_of_other_clients_are_not_its_own) {
     rib_service rib(bus);
     rib_link other(bus, RIB_CLIENT_MCAST);
     const route_table theirs{{{0xfffffa, 0xffffff}, {7, RIB_FLAG_ACTIVE, {}}}};
-    auto update = encode_whole({RIB_CLIENT_MCAST, 1, RIB_OPER_UPDATE, changes_between({}, theirs)});
+    auto update = literal_update({RIB_CLIENT_MCAST, 1, RIB_OPER_UPDATE, changes_between({}, theirs)});
     other.ask(RIBKIT_OPCODE_FCURT_UPDATE, update);
     fspf_client client(bus, {});
     client.start_over(f);
@@ -206,7 +207,7 @@ class unwilling_rib {
   private:
     void serve() {
         const auto refused = encode(fcurt_response{result_, 0, 0, 0, 0});
-        const auto empty = encode_whole({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {}});
+        const auto empty = literal_update({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {}});
         const qip_recv_opts opts{{QIP_RECV_INCOMING}};
         for (qip_ref asked{}; qip_recv(handle_.number(), &asked, &opts) == 0; qip_drop(handle_.number(), &asked)) {
             const uint32_t opcode = qip_opcode_get(&asked);

@@ -168,7 +168,7 @@ TEST(rib_link, an_answer_within_a_shorter_wait_is_the_same_answer) {
         const auto answer_in = [&](std::chrono::milliseconds patience) {
             return rib_link(bus, RIB_CLIENT_FSPF, {.envelopes = envelopes, .patience = patience}).ask(1, {});
         };
-        EXPECT_EQ(answer_in(1h).size(), RIBKIT_FCURT_RSP_SIZE);
+        EXPECT_EQ(answer_in(1h).size(), wire::route_rsp.size);
         EXPECT_EQ(answer_in(9s), answer_in(1h));
     }
     EXPECT_EQ(qip_refs_held(), 0U);

@@ -4,8 +4,9 @@
 #include "ribkit_rib.h"
 #include "testing/pipe.h"
 #include "testing/temporary_directory.h"
-#include "tools/fcurt_message.h"
+#include "tools/literal_updates.h"
 #include "tools/rib_link.h"
+#include "tools/route_messages.h"
 #include "tools/run_command.h"
 
 #include <chrono>
@@ -88,14 +89,14 @@ class rib_processes : public ::testing::Test {
     static void fill(rib_link &link, uint32_t routes) {
         for (uint32_t i = 0; i < routes; i++) {
             const destination to{i, RIB_MASK_PORT};
-            auto bytes = encode_whole({RIB_CLIENT_FSPF,
-                                       vsan,
-                                       RIB_OPER_UPDATE_RSP,
-                                       {{RIB_ACTION_ADD, to, {500, RIB_FLAG_ACTIVE, {{0x01010001, 2}}}}}});
+            auto bytes = literal_update({RIB_CLIENT_FSPF,
+                                         vsan,
+                                         RIB_OPER_UPDATE_RSP,
+                                         {{RIB_ACTION_ADD, to, {500, RIB_FLAG_ACTIVE, {{0x01010001, 2}}}}}});
             const auto answer = link.ask(RIBKIT_OPCODE_FCURT_UPDATE, bytes);
-            ASSERT_EQ(answer.size(), RIBKIT_FCURT_RSP_SIZE);
-            ASSERT_EQ(decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer)).result, RIB_OK);
-            ASSERT_EQ(link.ask(0x300 + i % 100, bytes).size(), RIBKIT_FCURT_RSP_SIZE);
+            ASSERT_EQ(answer.size(), wire::route_rsp.size);
+            ASSERT_EQ(decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(answer)).result, RIB_OK);
+            ASSERT_EQ(link.ask(0x300 + i % 100, bytes).size(), wire::route_rsp.size);
         }
     }
 

@@ -5,9 +5,9 @@
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "ribkit_rib.h"
-#include "tools/fcurt_query.h"
 #include "tools/input_error.h"
 #include "tools/rib_link.h"
+#include "tools/route_messages.h"
 
 #include <algorithm>
 #include <array>
@@ -30,7 +30,7 @@ std::string text_of(const rib_check_report &why) {
     return text.data();
 }
 
-std::array<uint8_t, RIBKIT_FCURT_RSP_SIZE> refusal(uint32_t result) {
+std::array<uint8_t, wire::route_rsp.size> refusal(uint32_t result) {
     return encode(fcurt_response{result, 0, 0, 0, 0});
 }
 
@@ -228,14 +228,16 @@ rib_service::bytes rib_service::find(const request &asked) {
     if (result != RIB_OK) {
         return refuse(asked, result, text_of(why));
     }
-    const auto query = decode_fcurt_query(std::span<const uint8_t, RIBKIT_FCURT_QUERY_SIZE>(asked.payload));
-    if (!may_speak(asked, query.uuid)) {
-        return refuse(asked, RIB_BAD_PARAMETERS, joined("it may not use client ", query.uuid));
+    const query_view query(asked.payload.data());
+    const uint32_t uuid = query.get<"uuid">();
+    const uint32_t type = query.get<"type">();
+    if (!may_speak(asked, uuid)) {
+        return refuse(asked, RIB_BAD_PARAMETERS, joined("it may not use client ", uuid));
     }
-    if (query.type != RIBKIT_QUERY_ALL && query.type != RIBKIT_QUERY_VSAN_ALL) {
-        return refuse(asked, RIB_NOT_SUPPORTED, joined("type ", query.type));
+    if (type != RIBKIT_QUERY_ALL && type != RIBKIT_QUERY_VSAN_ALL) {
+        return refuse(asked, RIB_NOT_SUPPORTED, joined("type ", type));
     }
-    return encode_whole(tables_.answer(query));
+    return tables_.answer(query);
 }
 
 rib_service::bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why) {

@@ -11,6 +11,7 @@
 #include "tools/fspf.h"
 #include "tools/fspf_client.h"
 #include "tools/input_error.h"
+#include "tools/literal_updates.h"
 
 #include <gtest/gtest.h>
 
@@ -77,10 +78,7 @@ TEST(rib_service, a_short_message_is_refused_and_reported_and_the_rib_goes_on) {
     const fabric f = generated(5, fabric_shape::ring);
     rib_service rib(bus);
     fspf_client client(bus, {});
-    auto message =
-        encode(fcurt_update{RIB_CLIENT_FSPF, 2, RIB_OPER_UPDATE_RSP, changes_between({}, fspf_routes(f, 2))}, SIZE_MAX)
-            .at(0)
-            .bytes;
+    auto message = literal_update({RIB_CLIENT_FSPF, 2, RIB_OPER_UPDATE_RSP, changes_between({}, fspf_routes(f, 2))});
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(client.exchange(std::span(message).first(message.size() - 1)),
               (fcurt_response{RIB_BAD_PARAMETERS, RIB_OPER_UPDATE_RSP, 2, 0, 0}));
@@ -131,9 +129,9 @@ TEST(rib_service, a_message_of_another_kind_is_answered_too) {
     request.payload = &payload;
     request.payload_size = 1;
     ASSERT_EQ(rib_wrap_qip_req_rsp(handle.number(), &request, &answer), RIB_OK);
-    ASSERT_EQ(answer.payload_size, RIBKIT_FCURT_RSP_SIZE);
+    ASSERT_EQ(answer.payload_size, wire::route_rsp.size);
     EXPECT_EQ(
-        decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer.payload, RIBKIT_FCURT_RSP_SIZE)),
+        decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(answer.payload, wire::route_rsp.size)),
         (fcurt_response{RIB_NOT_SUPPORTED, 0, 0, 0, 0}));
     EXPECT_EQ(rib_wrap_qip_drop(RIB_CLIENT_TEST, handle.number(), &answer.ref), 0);
 }
@@ -150,8 +148,8 @@ fcurt_response answered(const service_handle &handle, uint32_t opcode, std::span
     }
     const std::vector<uint8_t> bytes(answer.payload, answer.payload + answer.payload_size);
     rib_wrap_qip_drop(RIB_CLIENT_TEST, handle.number(), &answer.ref);
-    return bytes.size() == RIBKIT_FCURT_RSP_SIZE
-               ? decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(bytes))
+    return bytes.size() == wire::route_rsp.size
+               ? decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(bytes))
                : fcurt_response{};
 }
 

@@ -1,12 +1,10 @@
 // What the RIB does with an update: sizes first, then values, then the tables.
 #include "tools/rib_tables.h"
 
-#include "rib_codec.h"
 #include "rib_codes.h"
 #include "tools/fabric.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 namespace ribkit::tools {
@@ -15,46 +13,34 @@ namespace {
 
 constexpr uint32_t any_change = RIB_ACTION_CHANGE_FLAG | RIB_ACTION_CHANGE_METRIC;
 
-bool is_known_action(const route_change &change) {
-    const bool changes = (change.action & any_change) != 0 && (change.action & ~any_change) == 0;
-    return change.action == RIB_ACTION_ADD || change.action == RIB_ACTION_DELETE || changes;
+bool is_known(uint32_t action) {
+    const bool changes = (action & any_change) != 0 && (action & ~any_change) == 0;
+    return action == RIB_ACTION_ADD || action == RIB_ACTION_DELETE || changes;
 }
 
-uint32_t judge(const fcurt_update &update) {
-    if (update.oper != RIB_OPER_UPDATE && update.oper != RIB_OPER_UPDATE_RSP && update.oper != RIB_OPER_UPDATE_CMI) {
+bool has_known_actions(update_view update) {
+    const auto records = update.list<"route">();
+    return std::all_of(records.begin(), records.end(),
+                       [](record_view record) { return is_known(record.get<"action">()); });
+}
+
+uint32_t judge(update_view update) {
+    const uint32_t oper = update.get<"oper">();
+    if (oper != RIB_OPER_UPDATE && oper != RIB_OPER_UPDATE_RSP && oper != RIB_OPER_UPDATE_CMI) {
         return RIB_NOT_SUPPORTED;
     }
-    const bool sound = update.vsan >= 1 && update.vsan <= last_vsan &&
-                       std::all_of(update.changes.begin(), update.changes.end(), is_known_action);
-    return sound ? RIB_OK : RIB_BAD_PARAMETERS;
+    const uint32_t vsan = update.get<"vsan">();
+    return vsan >= 1 && vsan <= last_vsan && has_known_actions(update) ? RIB_OK : RIB_BAD_PARAMETERS;
 }
 
 /// An answer that says as much about the update as its header tells.
 fcurt_response refusal(uint32_t result, std::span<const uint8_t> message) {
-    if (message.size() < RIBKIT_FCURT_UPDATE_SIZE) {
+    if (message.size() < wire::fcurt_update.size) {
         return {result, 0, 0, 0, 0};
     }
-    return {result, rib_ntoh_fcurt_update_get_oper(message.data()), rib_ntoh_fcurt_update_get_vsan(message.data()), 0,
-            0};
+    const update_view update(message.data());
+    return {result, update.get<"oper">(), update.get<"vsan">(), 0, 0};
 }
-
-struct entry_words {
-    uint32_t uuid, vsan;
-    std::array<uint8_t, 4> fcid;
-    uint32_t mask;
-    uint8_t control[8];
-    uint32_t cost, flag, n_hop;
-};
-static_assert(sizeof(entry_words) == 36);
-
-struct entry_hop {
-    uint32_t control, intf;
-};
-
-constexpr size_t label_area = 12; // the converter clears it behind the last hop too
-
-// The displays read a hop's domain from bits 12 to 5 of its control word.
-uint32_t control_of(const next_hop &hop) { return (hop.domain & 0xff) << 5; }
 
 } // namespace
 
@@ -73,33 +59,36 @@ uint32_t rib_tables::held(uint32_t vsan) const {
 held_routes rib_tables::routes() const {
     held_routes all;
     for (const auto &[key, record] : index_) {
-        all.emplace_hint(all.end(), key, held_route{record->uuid, read(*record)});
+        const auto hops = store_.hops(*record);
+        all.emplace_hint(all.end(), key,
+                         held_route{record->uuid, {record->metric, record->flag, {hops.begin(), hops.end()}}});
     }
     return all;
 }
 
-route rib_tables::read(const route_record &record) const {
-    const auto hops = store_.hops(record);
-    return {record.metric, record.flag, {hops.begin(), hops.end()}};
+route_values rib_tables::read(const route_record &record) const {
+    return {record.metric, record.flag, store_.hops(record)};
 }
 
-fcurt_update rib_tables::answer(const fcurt_query &query) const {
-    fcurt_update routes{0, query.vsan, RIB_OPER_UPDATE, {}};
-    size_t size = RIBKIT_FCURT_UPDATE_SIZE;
-    for (auto next = index_.lower_bound({query.vsan, {query.fcid, query.mask}}); next != index_.end(); ++next) {
+// The first route says of which client all of them are.
+std::vector<uint8_t> rib_tables::answer(query_view query) const {
+    const route_key from = start_of(query);
+    const auto first = index_.lower_bound(from);
+    const bool any = first != index_.end();
+    const uint32_t vsan = any && query.get<"type">() == RIBKIT_QUERY_ALL ? first->first.vsan : from.vsan;
+    const uint32_t uuid = any ? first->second->uuid : 0;
+    std::vector<uint8_t> bytes(RIBKIT_ANSWER_LIMIT);
+    const update_writer routes(bytes);
+    routes.set<"uuid">(uuid).set<"vsan">(vsan).set<"oper">(RIB_OPER_UPDATE);
+    uint32_t left = query.get<"requested">();
+    for (auto next = first; left != 0 && next != index_.end(); ++next, --left) {
         const auto &[key, record] = *next;
-        size += fcurt_record_size(record->hops);
-        if (routes.changes.empty() && query.type == RIBKIT_QUERY_ALL) {
-            routes.vsan = key.vsan;
-        }
-        routes.uuid = routes.changes.empty() ? record->uuid : routes.uuid;
-        if (key.vsan != routes.vsan || record->uuid != routes.uuid || routes.changes.size() == query.count ||
-            size > RIBKIT_ANSWER_LIMIT) {
+        if (key.vsan != vsan || record->uuid != uuid || !add_route(routes, RIB_ACTION_ADD, key.to, read(*record))) {
             break;
         }
-        routes.changes.push_back({RIB_ACTION_ADD, key.to, read(*record)});
     }
-    return routes;
+    bytes.resize(routes.size());
+    return bytes;
 }
 
 fcurt_response rib_tables::take_update(std::span<const uint8_t> message, const std::function<bool(uint32_t)> &may_speak,
@@ -110,46 +99,48 @@ fcurt_response rib_tables::take_update(std::span<const uint8_t> message, const s
         response.held = held(response.vsan);
         return response;
     }
-    const fcurt_update update = decode_fcurt_update(message);
-    fcurt_response response{judge(update), update.oper, update.vsan, 0, held(update.vsan)};
-    if (response.result == RIB_OK && may_speak && !may_speak(update.uuid)) {
+    const update_view update(message.data());
+    const uint32_t vsan = update.get<"vsan">();
+    fcurt_response response{judge(update), update.get<"oper">(), vsan, 0, held(vsan)};
+    if (response.result == RIB_OK && may_speak && !may_speak(update.get<"uuid">())) {
         response.result = RIB_BAD_PARAMETERS;
     }
     if (response.result != RIB_OK) {
         return response;
     }
-    for (const route_change &change : update.changes) {
+    for (const record_view change : update.list<"route">()) {
         const uint32_t result = take(update, change);
         response.accepted += result == RIB_OK ? 1 : 0;
         response.result = response.result == RIB_OK ? result : response.result;
     }
-    response.held = held(update.vsan);
+    response.held = held(vsan);
     return response;
 }
 
-uint32_t rib_tables::take(const fcurt_update &update, const route_change &change) {
-    const route_key key{update.vsan, change.to};
+uint32_t rib_tables::take(update_view update, record_view change) {
+    const route_key key{update.get<"vsan">(), destination_of(change)};
+    const uint32_t uuid = update.get<"uuid">();
+    const uint32_t action = change.get<"action">();
     const auto found = index_.find(key);
-    if (change.action == RIB_ACTION_ADD) {
-        return found == index_.end() ? add(key, update.uuid, change.what)
-                                     : replace(*found->second, update.uuid, change.what);
+    if (action == RIB_ACTION_ADD) {
+        return found == index_.end() ? add(key, uuid, change) : replace(*found->second, uuid, change);
     }
     if (found == index_.end()) {
         return RIB_NO_ENTRY;
     }
     route_record &held = *found->second;
-    if (change.action == RIB_ACTION_DELETE) {
+    if (action == RIB_ACTION_DELETE) {
         index_.erase(found);
         count(held.uuid, -1);
         return store_.remove(held);
     }
-    held.flag = (change.action & RIB_ACTION_CHANGE_FLAG) != 0 ? change.what.flag : held.flag;
-    held.metric = (change.action & RIB_ACTION_CHANGE_METRIC) != 0 ? change.what.metric : held.metric;
+    held.flag = (action & RIB_ACTION_CHANGE_FLAG) != 0 ? change.get<"flag">() : held.flag;
+    held.metric = (action & RIB_ACTION_CHANGE_METRIC) != 0 ? change.get<"metric">() : held.metric;
     return RIB_OK;
 }
 
 // The place in the index comes first: once the store has the route, nothing can fail any more.
-uint32_t rib_tables::add(const route_key &key, uint32_t uuid, const route &what) {
+uint32_t rib_tables::add(const route_key &key, uint32_t uuid, record_view what) {
     if (!has_room(uuid)) {
         return RIB_HW_FULL;
     }
@@ -159,7 +150,7 @@ uint32_t rib_tables::add(const route_key &key, uint32_t uuid, const route &what)
     } catch (const std::bad_alloc &) {
         return RIB_OUT_OF_MEMORY;
     }
-    const uint32_t result = store_.add(key.vsan, key.to, uuid, what, place->second);
+    const uint32_t result = store_.add(key, uuid, what, place->second);
     if (result != RIB_OK) {
         index_.erase(place);
         return result;
@@ -168,7 +159,7 @@ uint32_t rib_tables::add(const route_key &key, uint32_t uuid, const route &what)
     return RIB_OK;
 }
 
-uint32_t rib_tables::replace(route_record &held, uint32_t uuid, const route &what) {
+uint32_t rib_tables::replace(route_record &held, uint32_t uuid, record_view what) {
     const uint32_t before = held.uuid;
     if (uuid != before && !has_room(uuid)) {
         return RIB_HW_FULL;
@@ -195,21 +186,6 @@ void rib_tables::count(uint32_t uuid, int32_t more) {
     if (client_use *use = use_of(uuid); use != nullptr) {
         use->routes += static_cast<uint32_t>(more);
     }
-}
-
-std::vector<uint8_t> ucast_entry(const route_key &key, const held_route &held) {
-    const auto &[metric, flag, hops] = held.what;
-    const auto n_hop = static_cast<uint32_t>(hops.size());
-    const entry_words words{held.uuid, key.vsan, fcid_bytes(key.to.fcid), key.to.mask, {}, metric, flag, n_hop};
-    std::vector<uint8_t> host(sizeof words + sizeof(entry_hop) * hops.size() + label_area);
-    std::memcpy(host.data(), &words, sizeof words);
-    for (size_t i = 0; i < hops.size(); i++) {
-        const entry_hop hop{control_of(hops[i]), hops[i].if_index};
-        std::memcpy(host.data() + sizeof words + sizeof hop * i, &hop, sizeof hop);
-    }
-    std::vector<uint8_t> network(host.size());
-    rib_hton_ucast_route(host.data(), network.data());
-    return network;
 }
 
 } // namespace ribkit::tools

@@ -2,9 +2,8 @@
 #pragma once
 
 #include "rib_check.h"
-#include "tools/fcurt_message.h"
-#include "tools/fcurt_query.h"
 #include "tools/rib_spaces.h"
+#include "tools/route_messages.h"
 #include "tools/route_store.h"
 #include "tools/routes.h"
 
@@ -27,17 +26,16 @@ class rib_tables {
     /// Takes an update message from anywhere: nothing is stored unless all of it is sound. Then each record takes
     /// effect by itself or not at all; one that changes or deletes a route that is not there, and one for which
     /// something is full, are passed over. The result is that of the first such: RIB_NO_ENTRY, or the code of what is
-    /// full: RIB_HW_FULL where it is the client's quota, RIB_OUT_OF_MEMORY where it is memory. Throws std::bad_alloc
-    /// before anything is changed.
+    /// full: RIB_HW_FULL where it is the client's quota, RIB_OUT_OF_MEMORY where it is memory.
     /// @param may_speak null, or asked whether the sender may use the update's client identity: RIB_BAD_PARAMETERS
     ///        where not
     /// @param why null, or filled where the message's size and its counts disagree
     fcurt_response take_update(std::span<const uint8_t> message, const std::function<bool(uint32_t)> &may_speak = {},
                                rib_check_report *why = nullptr);
 
-    /// Routes from the query's key on, as many as it wants and as fit into a message: all of one VSAN and one client.
-    /// None where the query is at the end of the tables, or of its VSAN's.
-    [[nodiscard]] fcurt_update answer(const fcurt_query &query) const;
+    /// An update of the routes from the query's key on, as many as it wants and as fit into a message: all of one VSAN
+    /// and one client. None where the query is at the end of the tables, or of its VSAN's. Throws std::bad_alloc.
+    [[nodiscard]] std::vector<uint8_t> answer(query_view query) const;
 
     [[nodiscard]] held_routes routes() const;
     [[nodiscard]] uint32_t held(uint32_t vsan) const;
@@ -50,20 +48,17 @@ class rib_tables {
         uint32_t routes = 0;
     };
 
-    uint32_t take(const fcurt_update &update, const route_change &change);
-    uint32_t add(const route_key &key, uint32_t uuid, const route &what);
-    uint32_t replace(route_record &held, uint32_t uuid, const route &what);
+    uint32_t take(update_view update, record_view change);
+    uint32_t add(const route_key &key, uint32_t uuid, record_view what);
+    uint32_t replace(route_record &held, uint32_t uuid, record_view what);
     client_use *use_of(uint32_t uuid);
     bool has_room(uint32_t uuid);
     void count(uint32_t uuid, int32_t more);
-    [[nodiscard]] route read(const route_record &record) const;
+    [[nodiscard]] route_values read(const route_record &record) const;
 
     route_store store_;
     std::map<route_key, route_record *> index_;
     std::map<uint32_t, client_use> uses_;
 };
-
-/// The route as an entry of the RIB's tables in network form, which rib_show_fcu displays.
-std::vector<uint8_t> ucast_entry(const route_key &key, const held_route &held);
 
 } // namespace ribkit::tools

@@ -5,6 +5,7 @@
 #include "rib_show.h"
 #include "testing/capture.h"
 #include "testing/guarded.h"
+#include "tools/literal_updates.h"
 #include "tools/random_routes.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ const route dearer{600, RIB_FLAG_ACTIVE, {{0x01010002, 3}}};
 
 std::vector<uint8_t> message(std::vector<route_change> changes, uint32_t vsan = 1,
                              uint32_t oper = RIB_OPER_UPDATE_RSP) {
-    return encode(fcurt_update{RIB_CLIENT_FSPF, vsan, oper, std::move(changes)}, SIZE_MAX).at(0).bytes;
+    return literal_update({RIB_CLIENT_FSPF, vsan, oper, std::move(changes)});
 }
 
 void set_word(std::vector<uint8_t> &bytes, size_t at, uint32_t value) {
@@ -96,7 +97,7 @@ TEST_F(rib, a_short_update_is_refused_with_what_its_header_tells) {
     const std::vector<uint8_t> whole = message({{RIB_ACTION_DELETE, two, near}});
     for (size_t length = 0; length < whole.size(); length++) {
         const testing::guarded cut(std::span<const uint8_t>(whole).first(length));
-        const bool header = length >= RIBKIT_FCURT_UPDATE_SIZE;
+        const bool header = length >= 980;
         const uint32_t oper = header ? RIB_OPER_UPDATE_RSP : 0;
         EXPECT_EQ(tables.take_update(cut.bytes()),
                   (fcurt_response{RIB_BAD_PARAMETERS, oper, header ? 1U : 0U, 0, header ? 1U : 0U}))

@@ -4,6 +4,7 @@
 #include "rib_show.h"
 #include "tools/input_error.h"
 #include "tools/rib_tables.h"
+#include "tools/route_messages.h"
 
 #include <charconv>
 #include <cstdio>

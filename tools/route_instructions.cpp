@@ -3,7 +3,9 @@
 // of many segments with the same of few, beside which a route may cost so much at most.
 #include "rib_codes.h"
 #include "tools/rib_tables.h"
+#include "tools/route_messages.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -11,17 +13,21 @@
 
 namespace {
 
+using namespace ribkit;
 using namespace ribkit::tools;
 using messages = std::vector<std::vector<uint8_t>>;
 
 constexpr uint32_t share = 256; // positions for each VSAN
 
 std::vector<uint8_t> routes_of(uint32_t vsan, uint32_t count) {
-    fcurt_update update{RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, {}};
+    constexpr std::array<next_hop, 1> hops{{{0x01010001, 2}}};
+    std::vector<uint8_t> bytes(wire::fcurt_update.size + count * fcurt_record_size(hops.size()));
+    const update_writer update(bytes);
+    update.set<"uuid">(RIB_CLIENT_FSPF).set<"vsan">(vsan).set<"oper">(RIB_OPER_UPDATE_RSP);
     for (uint32_t i = 0; i < count; i++) {
-        update.changes.push_back({RIB_ACTION_ADD, {i << 8, RIB_MASK_AREA}, {500, RIB_FLAG_ACTIVE, {{0x01010001, 2}}}});
+        add_route(update, RIB_ACTION_ADD, {i << 8, RIB_MASK_AREA}, {500, RIB_FLAG_ACTIVE, hops});
     }
-    return encode_whole(update);
+    return bytes;
 }
 
 /// Every VSAN fills its segment, every second one half of its neighbour's as well: the boundary between them moves.

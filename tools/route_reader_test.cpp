@@ -4,8 +4,7 @@
 #include "rib_codes.h"
 #include "testing/capture.h"
 #include "tools/fault_script.h"
-#include "tools/fcurt_message.h"
-#include "tools/fcurt_query.h"
+#include "tools/literal_updates.h"
 #include "tools/random_routes.h"
 #include "tools/rib_service.h"
 
@@ -18,18 +17,17 @@ namespace {
 constexpr const char *bus = "local:route_reader_test";
 
 void add(rib_link &link, uint32_t uuid, uint32_t vsan, const route_table &table) {
-    for (auto &[bytes, size] : encode({uuid, vsan, RIB_OPER_UPDATE, changes_between({}, table)}, SIZE_MAX)) {
-        link.ask(RIBKIT_OPCODE_FCURT_UPDATE, bytes);
-    }
+    auto bytes = literal_update({uuid, vsan, RIB_OPER_UPDATE, changes_between({}, table)});
+    link.ask(RIBKIT_OPCODE_FCURT_UPDATE, bytes);
 }
 
-std::array<uint8_t, RIBKIT_FCURT_QUERY_SIZE> query_bytes(uint32_t type, uint32_t count, const route_key &from) {
-    return encode({RIB_CLIENT_TEST, type, count, from.vsan, from.to.fcid, from.to.mask});
+auto query_bytes(uint32_t type, uint32_t count, const route_key &from) {
+    return write_query(RIB_CLIENT_TEST, type, count, from);
 }
 
 fcurt_update asked(rib_link &link, uint32_t type, uint32_t count, const route_key &from) {
     auto query = query_bytes(type, count, from);
-    return decode_fcurt_update(link.ask(RIBKIT_OPCODE_FCURT_QUERY, query));
+    return literal_contents(link.ask(RIBKIT_OPCODE_FCURT_QUERY, query));
 }
 
 route_table table_of(size_t routes, size_t hops) {
@@ -38,14 +36,6 @@ route_table table_of(size_t routes, size_t hops) {
         table[{i << 8, 0xffff00}] = {i, RIB_FLAG_ACTIVE, std::vector<next_hop>(hops, {0x01010000, 1})};
     }
     return table;
-}
-
-TEST(fcurt_query, six_words) {
-    const auto bytes = encode({12, 0x100, 1000, 4094, 0xfffffe, 0xff0000});
-    const std::array<uint8_t, 24> expected{0, 0, 0,    12,   0, 0,    1,    0,    0, 0,    3, 0xe8,
-                                           0, 0, 0x0f, 0xfe, 0, 0xff, 0xff, 0xfe, 0, 0xff, 0, 0};
-    EXPECT_EQ(bytes, expected);
-    EXPECT_EQ(decode_fcurt_query(bytes), (fcurt_query{12, 0x100, 1000, 4094, 0xfffffe, 0xff0000}));
 }
 
 TEST(route_key, the_next_one) {
@@ -104,14 +94,14 @@ TEST(route_reader, an_answer_is_of_one_vsan_and_one_client) {
 TEST(route_reader, an_answer_is_64_kib_at_most) {
     rib_service rib(bus, {.spaces = {1, 512, 16384}});
     rib_link link(bus, RIB_CLIENT_TEST);
-    const size_t fit = (RIBKIT_ANSWER_LIMIT - RIBKIT_FCURT_UPDATE_SIZE) / fcurt_record_size(16);
+    const size_t fit = (RIBKIT_ANSWER_LIMIT - wire::fcurt_update.size) / fcurt_record_size(16);
     add(link, RIB_CLIENT_FSPF, 1, table_of(fit + 1, 16));
     link.take_traffic();
     EXPECT_EQ(asked(link, RIBKIT_QUERY_ALL, 1000, {}).changes.size(), fit);
     const link_traffic carried = link.take_traffic();
     EXPECT_EQ(carried.messages, 1U);
-    EXPECT_EQ(carried.bytes_sent, RIBKIT_FCURT_QUERY_SIZE);
-    EXPECT_EQ(carried.bytes_received, RIBKIT_FCURT_UPDATE_SIZE + fit * fcurt_record_size(16));
+    EXPECT_EQ(carried.bytes_sent, wire::fcurt_query.size);
+    EXPECT_EQ(carried.bytes_received, wire::fcurt_update.size + fit * fcurt_record_size(16));
     EXPECT_EQ(read_routes(link, {RIB_CLIENT_TEST, 1}).size(), fit + 1);
 }
 
@@ -120,8 +110,8 @@ TEST(route_reader, a_query_that_cannot_be_used_is_refused) {
     rib_link link(bus, RIB_CLIENT_TEST);
     const auto result_of = [&](std::span<uint8_t> query) {
         const auto answer = link.ask(RIBKIT_OPCODE_FCURT_QUERY, query);
-        EXPECT_EQ(answer.size(), RIBKIT_FCURT_RSP_SIZE);
-        return decode_fcurt_response(std::span<const uint8_t, RIBKIT_FCURT_RSP_SIZE>(answer)).result;
+        EXPECT_EQ(answer.size(), wire::route_rsp.size);
+        return decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(answer)).result;
     };
     auto versions = query_bytes(2, 10, {});
     EXPECT_EQ(result_of(versions), RIB_NOT_SUPPORTED);
@@ -147,7 +137,7 @@ TEST(route_reader, routes_that_were_not_asked_for_end_the_reading) {
     ASSERT_EQ(qip_open(bus, &rib), 0);
     ASSERT_EQ(qip_listen(rib, &ribkit_rib_address, 4), 0);
     std::thread serving([rib] {
-        const auto bytes = encode_whole({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, changes_between({}, table_of(2, 1))});
+        const auto bytes = literal_update({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, changes_between({}, table_of(2, 1))});
         qip_ref asked{};
         while (qip_recv(rib, &asked, nullptr) == 0) {
             qip_send(rib, &ribkit_rib_address, 0, bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr, &asked,

@@ -18,6 +18,21 @@ uint32_t first_failure(uint32_t first, uint32_t second) { return first != RIB_OK
 
 uint8_t domain_of(const destination &to) { return static_cast<uint8_t>(to.fcid >> 16); }
 
+/// The hops of a record for which there is a path, so that there are no more than a block of units.
+class path_hops {
+  public:
+    explicit path_hops(record_view record) {
+        for (const auto hop : record.list<"hop">()) {
+            all_[count_++] = {hop.get<"intf">(), hop.get<"domain">()};
+        }
+    }
+    [[nodiscard]] std::span<const next_hop> all() const { return std::span(all_).first(count_); }
+
+  private:
+    std::array<next_hop, unit_block> all_;
+    size_t count_ = 0;
+};
+
 } // namespace
 
 route_store::route_store(const rib_spaces &spaces, const move_display &shown)
@@ -28,7 +43,8 @@ route_store::route_store(const rib_spaces &spaces, const move_display &shown)
     }
 }
 
-uint32_t route_store::add(uint32_t vsan, const destination &to, uint32_t uuid, const route &what, route_record *&made) {
+uint32_t route_store::add(const route_key &key, uint32_t uuid, record_view what, route_record *&made) {
+    const auto &[vsan, to] = key;
     uint32_t result = enter(vsan);
     if (result != RIB_OK) {
         return result;
@@ -38,8 +54,8 @@ uint32_t route_store::add(uint32_t vsan, const destination &to, uint32_t uuid, c
         leave(vsan);
         return RIB_OUT_OF_MEMORY;
     }
-    *made = {vsan, to, uuid, what.metric, what.flag, 0, 0, no_position};
-    result = equip(*made, what.hops);
+    *made = {vsan, to, uuid, what.get<"metric">(), what.get<"flag">(), 0, 0, no_position};
+    result = equip(*made, what);
     if (result != RIB_OK) {
         strip(*made);
         return result;
@@ -50,26 +66,27 @@ uint32_t route_store::add(uint32_t vsan, const destination &to, uint32_t uuid, c
     return RIB_OK;
 }
 
-uint32_t route_store::replace(route_record &record, uint32_t uuid, const route &what) {
-    const auto hops = static_cast<uint32_t>(what.hops.size());
+uint32_t route_store::replace(route_record &record, uint32_t uuid, record_view what) {
+    const uint32_t count = what.get<"n_hop">();
     uint32_t path = record.path;
-    uint32_t result = hops == record.hops ? RIB_OK : paths_.take(hops, path);
+    uint32_t result = count == record.hops ? RIB_OK : paths_.take(count, path);
     if (result != RIB_OK) {
         return result;
     }
-    result = add_ports(what.hops);
+    const path_hops ways(what);
+    result = add_ports(ways.all());
     if (result != RIB_OK) {
-        if (hops != record.hops) {
-            paths_.give_back(hops, path);
+        if (count != record.hops) {
+            paths_.give_back(count, path);
         }
         return result;
     }
-    remove_ports(this->hops(record));
-    if (hops != record.hops) {
+    remove_ports(hops(record));
+    if (count != record.hops) {
         result = paths_.give_back(record.hops, record.path);
     }
-    paths_.write(path, what.hops);
-    record = {record.vsan, record.to, uuid, what.metric, what.flag, hops, path, record.position};
+    paths_.write(path, ways.all());
+    record = {record.vsan, record.to, uuid, what.get<"metric">(), what.get<"flag">(), count, path, record.position};
     return result;
 }
 
@@ -107,15 +124,17 @@ void route_store::leave(uint32_t vsan) {
 }
 
 /// Path units, ports and a position, or as much of that as there is.
-uint32_t route_store::equip(route_record &record, std::span<const next_hop> hops) {
-    uint32_t result = paths_.take(static_cast<uint32_t>(hops.size()), record.path);
+uint32_t route_store::equip(route_record &record, record_view what) {
+    const uint32_t count = what.get<"n_hop">();
+    uint32_t result = paths_.take(count, record.path);
     if (result != RIB_OK) {
         return result;
     }
-    record.hops = static_cast<uint32_t>(hops.size());
-    paths_.write(record.path, hops);
+    const path_hops ways(what);
+    record.hops = count;
+    paths_.write(record.path, ways.all());
     result = positions_.take(vsans_.at(record.vsan).segment, record);
-    return result == RIB_OK ? add_ports(hops) : result;
+    return result == RIB_OK ? add_ports(ways.all()) : result;
 }
 
 /// Gives back what the record has, then the record.

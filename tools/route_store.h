@@ -7,6 +7,7 @@
 #include "tools/path_space.h"
 #include "tools/position_space.h"
 #include "tools/rib_spaces.h"
+#include "tools/route_messages.h"
 #include "tools/route_record.h"
 
 #include <cstdint>
@@ -37,9 +38,9 @@ class route_store {
     route_store(const rib_spaces &spaces, const move_display &shown);
 
     /// Stores a new route whole, or nothing of it. @return 0, or the result code of what is full
-    uint32_t add(uint32_t vsan, const destination &to, uint32_t uuid, const route &what, route_record *&made);
+    uint32_t add(const route_key &key, uint32_t uuid, record_view what, route_record *&made);
     /// Puts another route in place of a record's, or leaves it. @return 0, or the result code of what is full
-    uint32_t replace(route_record &record, uint32_t uuid, const route &what);
+    uint32_t replace(route_record &record, uint32_t uuid, record_view what);
     /// Gives the record back, and all that it has. @return 0, or the first result code of what was not taken back
     uint32_t remove(route_record &record);
 
@@ -60,7 +61,7 @@ class route_store {
 
     uint32_t enter(uint32_t vsan);
     void leave(uint32_t vsan);
-    uint32_t equip(route_record &record, std::span<const next_hop> hops);
+    uint32_t equip(route_record &record, record_view what);
     uint32_t strip(route_record &record);
     uint32_t add_ports(std::span<const next_hop> hops);
     void remove_ports(std::span<const next_hop> hops);

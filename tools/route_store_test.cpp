@@ -5,6 +5,7 @@
 #include "rib_codes.h"
 #include "testing/alloc_failure.h"
 #include "testing/capture.h"
+#include "tools/literal_updates.h"
 #include "tools/random_routes.h"
 #include "tools/rib_tables.h"
 
@@ -16,8 +17,7 @@ namespace ribkit::tools {
 namespace {
 
 fcurt_response update(rib_tables &rib, uint32_t vsan, std::vector<route_change> changes) {
-    const fcurt_update whole{RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, std::move(changes)};
-    return rib.take_update(encode(whole, SIZE_MAX).at(0).bytes);
+    return rib.take_update(literal_update({RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, std::move(changes)}));
 }
 
 struct expected_use {
@@ -226,7 +226,7 @@ TEST(route_store, a_route_without_room_for_more_hops_stays_as_it_is) {
 
 TEST(route_store, a_route_for_which_memory_fails_is_not_there) {
     const rib_spaces spaces{1, 8, 64};
-    const auto add = encode(fcurt_update{RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE_RSP, domains_added(1, 1)}, SIZE_MAX);
+    const auto add = literal_update({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE_RSP, domains_added(1, 1)});
     bool happened = true;
     uint32_t refused = 0; // not always: the buddy allocator has a way that needs less
     for (size_t n = 1; happened; n++) {
@@ -234,7 +234,7 @@ TEST(route_store, a_route_for_which_memory_fails_is_not_there) {
         fcurt_response response{};
         try {
             const testing::failing_allocation failing(n, testing::failing_allocation::how::onwards);
-            response = rib.take_update(add.at(0).bytes);
+            response = rib.take_update(add);
             happened = failing.happened();
         } catch (const std::bad_alloc &) {
             response.result = RIB_OUT_OF_MEMORY;
@@ -250,7 +250,7 @@ TEST(route_store, a_route_for_which_memory_fails_is_not_there) {
 }
 
 fcurt_response update_of(rib_tables &rib, uint32_t uuid, uint32_t vsan, const route_change &change) {
-    return rib.take_update(encode_whole({uuid, vsan, RIB_OPER_UPDATE_RSP, {change}}));
+    return rib.take_update(literal_update({uuid, vsan, RIB_OPER_UPDATE_RSP, {change}}));
 }
 
 // The model counts what each client has; whoever adds a route last has it.

@@ -5,11 +5,6 @@
 
 namespace ribkit::tools {
 
-std::array<uint8_t, 4> fcid_bytes(uint32_t fcid) {
-    return {static_cast<uint8_t>(fcid >> 24), static_cast<uint8_t>(fcid >> 16), static_cast<uint8_t>(fcid >> 8),
-            static_cast<uint8_t>(fcid)};
-}
-
 static uint32_t action_between(const route &before, const route &after) {
     if (before.hops != after.hops) {
         return RIB_ACTION_ADD;

@@ -1,10 +1,10 @@
 // Unicast routes as the lab's programs hold them, and what changed from one table to the next.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <span>
 #include <tuple>
 #include <vector>
 
@@ -23,6 +23,18 @@ struct route {
     std::vector<next_hop> hops;
 
     bool operator==(const route &) const = default;
+};
+
+/// What a route says, where its hops stand with somebody else.
+struct route_values {
+    uint32_t metric;
+    uint32_t flag;
+    std::span<const next_hop> hops;
+
+    route_values(uint32_t cost, uint32_t flags, std::span<const next_hop> ways)
+        : metric(cost), flag(flags), hops(ways) {}
+    route_values(const route &what)
+        : metric(what.metric), flag(what.flag), hops(what.hops) {} // NOLINT(google-explicit-constructor)
 };
 
 struct destination {
@@ -64,9 +76,6 @@ struct held_route {
 
 /// The routes of the RIB.
 using held_routes = std::map<route_key, held_route>;
-
-/// The four bytes of an FC ID as records carry them: a zero byte, then domain, area and port.
-std::array<uint8_t, 4> fcid_bytes(uint32_t fcid);
 
 /// One record of an update. A deleted route keeps what it was.
 struct route_change {

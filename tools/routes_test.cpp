@@ -37,10 +37,6 @@ TEST(routes, the_action_says_what_differs) {
     EXPECT_EQ(action(wider), RIB_ACTION_ADD);
 }
 
-TEST(routes, an_fc_id_is_a_zero_byte_and_three_more) {
-    EXPECT_EQ(fcid_bytes(0x123456), (std::array<uint8_t, 4>{0, 0x12, 0x34, 0x56}));
-}
-
 TEST(routes, random_tables_become_one_another) {
     std::mt19937 random(1);
     for (int round = 0; round < 500; round++) {
