@@ -6,6 +6,7 @@
 #include "codec/messages/snmp.h"
 #include "codec/view.h"
 #include "diag/display_layouts.h"
+#include "rib_codes.h"
 #include "rib_show.h"
 
 #include <algorithm>
@@ -103,13 +104,11 @@ std::vector<std::string_view> display_names() {
 }
 
 uint32_t record_size(const display &kind, std::span<const uint8_t> bytes, rib_check_report &report) {
-    auto size = static_cast<uint32_t>(std::min(bytes.size(), size_t{UINT32_MAX}));
-    uint32_t refused = kind.check(bytes.data(), size, &report);
-    if (refused != 0 && report.rule == RIB_CHECK_EXCESS) {
-        size = report.allowed; // where the first record ends
-        refused = kind.check(bytes.data(), size, &report);
+    const auto size = static_cast<uint32_t>(std::min(bytes.size(), size_t{UINT32_MAX}));
+    if (kind.check(bytes.data(), size, &report) == RIB_OK) {
+        return size;
     }
-    return refused == 0 ? size : 0;
+    return report.rule == RIB_CHECK_EXCESS ? report.allowed : 0; // sound, and it ends before the bytes do
 }
 
 } // namespace ribkit::tools

@@ -2,6 +2,7 @@
 // them.
 #include "tools/show.h"
 
+#include "rib_codes.h"
 #include "rib_show.h"
 #include "testing/capture.h"
 #include "testing/golden.h"
@@ -115,6 +116,26 @@ TEST(show, the_checked_record_is_what_the_display_steps_over) {
             printed_by([&, function = length] { EXPECT_EQ(function(&bytes[at[i]]), at[i + 1] - at[i]) << i; });
         }
     }
+}
+
+// Of examples with damaged counts: what is said to end before the bytes do is a whole record, and no byte of it is too
+// many.
+TEST(show, where_a_record_ends_is_where_its_check_accepts_it) {
+    std::mt19937 random(7);
+    size_t shorter = 0;
+    for (const display &kind : displays()) {
+        for (int round = 0; round < 300; round++) {
+            std::vector<uint8_t> bytes = example(kind);
+            bytes[random() % bytes.size()] ^= static_cast<uint8_t>(1U << random() % 8);
+            rib_check_report report{};
+            const uint32_t size = record_size(kind, guarded(bytes).bytes(), report);
+            if (size != 0) {
+                ASSERT_EQ(kind.check(bytes.data(), size, nullptr), RIB_OK) << kind.name;
+                shorter += size < bytes.size() ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(shorter, 1000U);
 }
 
 TEST(show, a_file_may_be_hexadecimal_raw_or_standard_input) {
