@@ -29,7 +29,7 @@ void convert_records(record_converter convert, const uint8_t *src, uint8_t *dst,
 uint32_t copy_fcurt(const void *src, void *dst) {
     uint32_t n;
     std::memcpy(&n, static_cast<const uint8_t *>(src) + 28, sizeof n);
-    const uint32_t size = 32 + 8 * n;
+    const uint32_t size = wire::fcurt.size + wire::fcurt_hop.size * n;
     std::memcpy(dst, src, size);
     return size;
 }
@@ -40,23 +40,24 @@ struct forms {
     uint32_t n;
     forms(sample s, uint32_t records) : host(std::move(s)), network(host.size), out(host.size), n(records) {
         rib_hton_fcurt_update(host.data(), network.data());
-        convert_records(rib_hton_fcurt, host.data() + update_header, network.data() + update_header, n);
+        convert_records(rib_hton_fcurt, host.data() + wire::fcurt_update.size, network.data() + wire::fcurt_update.size,
+                        n);
     }
     auto sending(record_converter convert) {
         return [this, convert] {
-            convert_records(convert, host.data() + update_header, out.data(), n);
+            convert_records(convert, host.data() + wire::fcurt_update.size, out.data(), n);
             keep(out.data());
         };
     }
     auto receiving(record_converter convert) {
         return [this, convert] {
-            convert_records(convert, network.data() + update_header, out.data(), n);
+            convert_records(convert, network.data() + wire::fcurt_update.size, out.data(), n);
             keep(out.data());
         };
     }
     auto in_place(record_converter there, record_converter back) {
         return [this, there, back] {
-            uint8_t *at = host.data() + update_header;
+            uint8_t *at = host.data() + wire::fcurt_update.size;
             convert_records(there, at, at, n);
             convert_records(back, at, at, n);
             keep(at);
@@ -90,7 +91,7 @@ times many_updates(forms &one) {
         [&] {
             each([&](const uint8_t *src, uint8_t *dst) {
                 rib_hton_fcurt_update(src, dst);
-                convert_records(rib_hton_fcurt, src + update_header, dst + update_header, one.n);
+                convert_records(rib_hton_fcurt, src + wire::fcurt_update.size, dst + wire::fcurt_update.size, one.n);
             });
         },
         [&] { each([&](const uint8_t *src, uint8_t *dst) { std::memcpy(dst, src, one.host.size); }); }, 15);

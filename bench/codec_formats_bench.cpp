@@ -31,7 +31,7 @@ std::vector<host_route> random_routes() {
 void send(const sample &header, const std::vector<host_route> &all, uint8_t *out) {
     rib_hton_fcurt_update(header.room.data(), out);
     const auto *src = reinterpret_cast<const uint8_t *>(all.data());
-    uint8_t *dst = out + update_header;
+    uint8_t *dst = out + wire::fcurt_update.size;
     for (uint32_t i = 0; i < routes; ++i) {
         const uint32_t size = rib_hton_fcurt(src, dst);
         src += size;

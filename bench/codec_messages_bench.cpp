@@ -33,12 +33,12 @@ void check_row() {
     sample network(host.size);
     sample out(host.size);
     rib_hton_fcurt_update(host.data(), network.data());
-    for (size_t at = update_header; at < host.size;) {
+    for (size_t at = wire::fcurt_update.size; at < host.size;) {
         at += rib_hton_fcurt(host.data() + at, network.data() + at);
     }
     const auto convert = [&] {
         rib_ntoh_fcurt_update(network.data(), out.data());
-        for (size_t at = update_header; at < network.size;) {
+        for (size_t at = wire::fcurt_update.size; at < network.size;) {
             at += rib_ntoh_fcurt(network.data() + at, out.data() + at);
         }
         keep(out.data());

@@ -10,6 +10,7 @@
 
 namespace {
 
+using namespace ribkit;
 using namespace ribkit::bench;
 
 constexpr uint32_t units = 1000;
@@ -30,7 +31,7 @@ uint32_t rsp(const void *src, void *dst) {
 sample four_hops() {
     return fcurt_update(units, [](uint32_t) { return 4U; });
 }
-sample response() { return sample(20); }
+sample response() { return sample(wire::route_rsp.size); }
 
 struct counted_case {
     const char *name;
@@ -41,8 +42,8 @@ struct counted_case {
 };
 
 constexpr counted_case cases[] = {
-    {"route", four_hops, update_header, true, rib_hton_fcurt},
-    {"route-loop", four_hops, update_header, true, loop::hton_fcurt},
+    {"route", four_hops, wire::fcurt_update.size, true, rib_hton_fcurt},
+    {"route-loop", four_hops, wire::fcurt_update.size, true, loop::hton_fcurt},
     {"label-route", label_route, 0, false, rib_hton_fclrt},
     {"label-route-loop", label_route, 0, false, loop::hton_fclrt},
     {"fib-path", unicast_path, 0, false, path},

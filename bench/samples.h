@@ -1,6 +1,10 @@
 // The messages that the benchmarks convert, in host form.
 #pragma once
 
+#include "codec/messages/fib.h"
+#include "codec/messages/route.h"
+#include "codec/view.h"
+
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -14,56 +18,59 @@ struct sample {
     explicit sample(size_t bytes) : room(bytes / 8 + 8), size(bytes) {}
     [[nodiscard]] uint8_t *data() { return reinterpret_cast<uint8_t *>(room.data()); }
     [[nodiscard]] uint32_t *words() { return reinterpret_cast<uint32_t *>(room.data()); }
+    /// The message, to set what must not be left to chance.
+    template <const codec::layout &L> [[nodiscard]] codec::writable_view<L, std::endian::native> as() {
+        return codec::writable_view<L, std::endian::native>(room.data());
+    }
 };
 
-constexpr uint32_t update_header = 980;
+/// So many bytes of which only the seed is known.
+inline sample random_sample(size_t bytes, uint32_t seed) {
+    sample message(bytes);
+    std::mt19937 random(seed);
+    for (size_t i = 0; i < bytes / 4; ++i) {
+        message.words()[i] = static_cast<uint32_t>(random());
+    }
+    return message;
+}
 
 /// A unicast update of `routes` records; the hops of each come from `hops(i)`.
 template <class Hops> sample fcurt_update(uint32_t routes, Hops &&hops) {
-    size_t size = update_header;
+    size_t size = wire::fcurt_update.size;
     for (uint32_t i = 0; i < routes; ++i) {
-        size += 32 + 8 * hops(i);
+        size += wire::fcurt.size + wire::fcurt_hop.size * hops(i);
     }
-    sample update(size);
-    std::mt19937 random(1);
-    for (size_t i = 0; i < size / 4; ++i) {
-        update.words()[i] = random();
-    }
-    update.words()[3] = 0;
-    update.words()[4] = routes;
-    for (uint32_t i = 0, at = update_header / 4; i < routes; ++i) {
-        update.words()[at + 7] = hops(i);
-        at += 8 + 2 * hops(i);
+    sample update = random_sample(size, 1);
+    const auto message = update.as<wire::fcurt_update>();
+    message.set<"n_version">(0U).set<"n_route">(routes);
+    uint32_t i = 0;
+    for (const auto route : message.list<"route">()) {
+        route.set<"n_hop">(hops(i++));
     }
     return update;
 }
 
 /// A label route with 16 interfaces of 3 labels, in host form.
 inline sample label_route() {
-    sample route(104 + 16 * 20);
-    std::mt19937 random(4);
-    for (size_t i = 0; i < route.size / 4; ++i) {
-        route.words()[i] = random();
-    }
-    route.words()[5] = 2;
-    route.words()[6] = 16;
-    route.words()[7] = 16;
-    for (size_t i = 0; i < 16; ++i) {
-        route.words()[26 + 5 * i] = 0x00030000;
+    constexpr uint32_t interfaces = 16;
+    constexpr uint32_t labels = 3;
+    sample route =
+        random_sample(wire::fclrt.size + interfaces * (wire::fclrt_intf.size + labels * wire::label.size), 4);
+    const auto message = route.as<wire::fclrt>();
+    message.set<"n_match">(2U).set<"n_src">(16U).set<"n_intf">(interfaces);
+    for (const auto intf : message.list<"intf">()) {
+        intf.set<"ctrl">(0U).set<"ctrl", "push">(labels);
     }
     return route;
 }
 
 /// A unicast path with 16 paths of 3 hops, in host form.
 inline sample unicast_path() {
-    sample path(348);
-    std::mt19937 random(5);
-    for (size_t i = 0; i < path.size / 4; ++i) {
-        path.words()[i] = random();
-    }
-    path.words()[6] = 16;
-    for (size_t i = 0; i < 16; ++i) {
-        path.words()[7 + 5 * i] = 0x00030000;
+    sample path = random_sample(wire::fcu_path.size, 5);
+    const auto message = path.as<wire::fcu_path>();
+    message.set<"n_path">(16U);
+    for (const auto way : message.list<"path">()) {
+        way.set<"path">(0U).set<"path", "n_hop">(3);
     }
     return path;
 }

@@ -10,6 +10,7 @@
 #include "tools/rib_link.h"
 #include "tools/route_messages.h"
 #include "tools/service_handle.h"
+#include "wrap/cmi_envelope.h"
 
 #include <algorithm>
 #include <array>
@@ -25,8 +26,6 @@ namespace {
 using byte_vector = std::vector<uint8_t>;
 
 constexpr uint32_t own_vsan = 2;
-constexpr uint32_t envelope_with_answer = 2;
-constexpr size_t length_in_envelope = 4, opcode_in_envelope = 112, envelope_head = 116;
 
 byte_vector update() {
     constexpr std::array<next_hop, 2> hops{{{0x01010001, 2}, {0x01010002, 3}}};
@@ -44,14 +43,12 @@ byte_vector query() {
     return {bytes.begin(), bytes.end()};
 }
 
-void put(byte_vector &bytes, size_t at, uint32_t word) { store32<std::endian::big>(bytes.data() + at, word); }
-
 byte_vector envelope(uint32_t opcode, const byte_vector &content) {
-    byte_vector bytes(envelope_head + content.size());
-    put(bytes, 0, envelope_with_answer);
-    put(bytes, length_in_envelope, static_cast<uint32_t>(content.size() + 4));
-    put(bytes, opcode_in_envelope, opcode);
-    std::copy(content.begin(), content.end(), bytes.begin() + envelope_head);
+    byte_vector bytes(wrap::payload_at + content.size());
+    const wrap::written_envelope head(bytes.data());
+    const auto length = static_cast<uint32_t>(wrap::opcode_size + content.size());
+    head.set<"type">(wrap::envelope_type::request).set<"length">(length).set<"opcode">(opcode);
+    std::copy(content.begin(), content.end(), bytes.begin() + wrap::payload_at);
     return bytes;
 }
 
@@ -77,10 +74,13 @@ void damage(byte_vector &bytes, std::mt19937 &random) {
     }
 }
 
-/// Whatever the update says at its VSAN.
-void keep_away(byte_vector &bytes, size_t vsan_at) {
-    if (bytes.size() >= vsan_at + 4 && load32<std::endian::big>(bytes.data() + vsan_at) <= 1) {
-        put(bytes, vsan_at, own_vsan);
+/// Whatever an update that begins there says is its VSAN.
+void keep_away(byte_vector &bytes, size_t update_at = 0) {
+    if (bytes.size() >= update_at + wire::fcurt_update.at("vsan") + sizeof own_vsan) {
+        const writable_view<wire::fcurt_update> update(bytes.data() + update_at);
+        if (update.get<"vsan">() <= 1) {
+            update.set<"vsan">(own_vsan);
+        }
     }
 }
 
@@ -115,8 +115,8 @@ attacker::byte_vector attacker::anything() {
         bytes = all[random_() % all.size()].bytes;
         damage(bytes, random_);
     }
-    keep_away(bytes, 4);
-    keep_away(bytes, envelope_head + 4);
+    keep_away(bytes);
+    keep_away(bytes, wrap::payload_at);
     return bytes;
 }
 
@@ -149,12 +149,12 @@ void attacker::announce_too_much() {
     for (const uint32_t count : {3U, 16U, 17U, 0xffffU, 0x7fffffffU, 0x80000000U, 0xfffffff0U, UINT32_MAX}) {
         for (size_t at = 0; at + 4 <= update().size(); at += 4) {
             byte_vector bytes = update();
-            put(bytes, at, count);
-            keep_away(bytes, 4);
+            store32<std::endian::big>(bytes.data() + at, count);
+            keep_away(bytes);
             send(handle.number(), RIBKIT_OPCODE_FCURT_UPDATE, bytes);
         }
         byte_vector bytes = envelope(RIBKIT_OPCODE_FCURT_QUERY, query());
-        put(bytes, length_in_envelope, count);
+        wrap::written_envelope(bytes.data()).set<"length">(count);
         send(handle.number(), RIB_CMI_OPCODE, bytes);
     }
 }

@@ -2,9 +2,12 @@
 #include "fuzz/seeds.h"
 
 #include "codec/message.h"
+#include "codec/messages/route.h"
+#include "codec/view.h"
 #include "codec/witness/golden.h"
 #include "codec/witness/naive_check.h"
 #include "fuzz/openers.h"
+#include "wrap/cmi_envelope.h"
 
 #include <algorithm>
 
@@ -30,21 +33,22 @@ void add(std::vector<sample> &all, const std::string &name, byte_vector message)
 }
 
 /// An update of all the golden records of its table.
-byte_vector whole_update(const std::vector<sample> &all, size_t header, size_t count_at, std::string_view record) {
-    byte_vector update(header);
+template <const layout &Update> byte_vector whole_update(const std::vector<sample> &all, std::string_view record) {
+    byte_vector update(Update.size);
     uint32_t count = 0;
     for (const sample &s : all) {
         if (s.name == record && update.size() + s.message.size() < largest_seed) {
             update.insert(update.end(), s.message.begin(), s.message.end());
-            put(update, count_at, ++count);
+            writable_view<Update>(update.data()).template set<"n_route">(++count);
         }
     }
     return update;
 }
 
-byte_vector envelope(size_t content, uint32_t length) {
-    byte_vector bytes(content);
-    put(bytes, 4, length);
+/// @param content bytes of it; in a request with its opcode
+byte_vector envelope(uint32_t content) {
+    byte_vector bytes(wrap::content_at + content);
+    wrap::written_envelope(bytes.data()).set<"length">(content);
     return bytes;
 }
 
@@ -97,11 +101,11 @@ std::vector<sample> samples() {
             add(all, vector.message, message);
         }
     }
-    add(all, "rib_fcurt_update", whole_update(all, 980, 16, "rib_fcurt"));
-    add(all, "rib_fcmrt_update", whole_update(all, 16, 12, "rib_fcmrt"));
-    add(all, "rib_fclrt_update", whole_update(all, 16, 12, "rib_fclrt"));
-    add(all, "cmi_request", envelope(124, 12));
-    add(all, "cmi_answer", envelope(120, 8));
+    add(all, "rib_fcurt_update", whole_update<wire::fcurt_update>(all, "rib_fcurt"));
+    add(all, "rib_fcmrt_update", whole_update<wire::fcmrt_update>(all, "rib_fcmrt"));
+    add(all, "rib_fclrt_update", whole_update<wire::fclrt_update>(all, "rib_fclrt"));
+    add(all, "cmi_request", envelope(12));
+    add(all, "cmi_answer", envelope(8));
     add(all, "bud_image", bud_image());
     add(all, "cont_image", cont_image());
     return all;
