@@ -1,6 +1,7 @@
 // A row for each command, and the one place that knows how options are parsed.
 #include "tools/command_line.h"
 
+#include "rib_codes.h"
 #include "tools/client_command.h"
 #include "tools/command_output.h"
 #include "tools/fabric.h"
@@ -128,7 +129,7 @@ void add_run(CLI::App &app, run_options &options, const words &given) {
     app.add_flag("--real-time", options.real_time, "wait until an event is due");
     app.add_option("--local", options.local, "compute the routes of this switch, not of the file's local one")
         ->type_name("SWITCH");
-    add_number(app, "--vsan", options.vsans, 1, last_vsan, "serve this VSAN only; repeat it for more")
+    add_number(app, "--vsan", options.vsans, 1, RIB_LAST_VSAN, "serve this VSAN only; repeat it for more")
         ->allow_extra_args(false)
         ->type_name("VSAN");
     add_envelopes(app, options.envelopes);
@@ -191,7 +192,7 @@ action declare_client(CLI::App &app, const words &given) {
 action declare_routes(CLI::App &app, const words &given) {
     const auto options = std::make_shared<routes_command_options>();
     add_bus(app, options->bus, server_here)->check(shared_bus);
-    add_number(app, "--vsan", options->vsan, 1, last_vsan, "routes of this VSAN only")->type_name("VSAN");
+    add_number(app, "--vsan", options->vsan, 1, RIB_LAST_VSAN, "routes of this VSAN only")->type_name("VSAN");
     add_number(app, "--wait-for", options->least, 0, UINT32_MAX, "wait until the RIB holds so many routes")
         ->type_name("NUMBER");
     add_output(app, options->output, given);
@@ -209,8 +210,8 @@ action declare_fabric(CLI::App &app, const words & /*given*/) {
     const auto count = [&](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
         file->excludes(add_number(app, name, value, least, most, what)->type_name("N")->capture_default_str());
     };
-    count("--switches", plan.switches, 2, last_domain, "how many switches");
-    count("--vsans", plan.vsans, 1, last_vsan, "how many VSANs");
+    count("--switches", plan.switches, 2, RIB_LAST_DOMAIN, "how many switches");
+    count("--vsans", plan.vsans, 1, RIB_LAST_VSAN, "how many VSANs");
     count("--events", plan.events, 0, 10'000, "how many links fail and come back");
     count("--seed", plan.seed, 0, UINT32_MAX, "draws what is left to chance");
     const auto shape = std::make_shared<std::string>(shape_name(plan.shape));

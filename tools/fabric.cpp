@@ -1,6 +1,7 @@
 // The rules of a fabric: what a name, a domain, a cost and a VSAN may be, and what may stand only once.
 #include "tools/fabric.h"
 
+#include "rib_codes.h"
 #include "ribkit_platform.h"
 #include "tools/input_error.h"
 
@@ -38,7 +39,7 @@ bool is_multiple(uint32_t value, uint32_t block, uint32_t least) {
 bool fabric_link::carries(uint32_t vsan) const { return std::binary_search(vsans.begin(), vsans.end(), vsan); }
 
 void fabric::add_vsan(fabric_vsan vsan, uint32_t line) {
-    check_range("VSAN", vsan.id, last_vsan, line);
+    check_range("VSAN", vsan.id, RIB_LAST_VSAN, line);
     for (const fabric_vsan &other : vsans_) {
         if (other.id == vsan.id) {
             throw line_error(line, joined("VSAN ", vsan.id, " is already there"));
@@ -85,7 +86,7 @@ void fabric::add_switch(const std::string &switch_name, uint32_t domain, uint32_
         throw line_error(
             line, joined('"', switch_name, "\" is no name for a switch: letters, digits, '-', '_' and '.' make one"));
     }
-    check_range("domain", domain, last_domain, line);
+    check_range("domain", domain, RIB_LAST_DOMAIN, line);
     if (const auto same = switch_by_name_.find(switch_name); same != switch_by_name_.end()) {
         throw line_error(
             line, joined("switch \"", switch_name, "\" is already there, on line ", switches_[same->second].line));
@@ -128,7 +129,7 @@ std::vector<uint32_t> fabric::checked_vsans(const std::vector<uint32_t> &ids, ui
     std::vector<uint32_t> chosen = ids;
     std::sort(chosen.begin(), chosen.end());
     for (size_t i = 0; i < chosen.size(); i++) {
-        check_range("VSAN", chosen[i], last_vsan, line);
+        check_range("VSAN", chosen[i], RIB_LAST_VSAN, line);
         if (!std::binary_search(known.begin(), known.end(), chosen[i])) {
             throw line_error(line, joined("link in VSAN ", chosen[i], ", but there is no such VSAN"));
         }

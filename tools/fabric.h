@@ -18,8 +18,6 @@
 
 namespace ribkit::tools {
 
-inline constexpr uint32_t last_domain = 239;
-inline constexpr uint32_t last_vsan = 4094;
 inline constexpr uint32_t largest_cost = 65535;
 inline constexpr uint32_t default_cost = 500;
 

@@ -190,9 +190,9 @@ TEST(fabric_file, vsans_are_distinct_and_in_range) {
     EXPECT_EQ(complaint("[[vsan]]\nid = 20\n"), "f.toml:17: VSAN 20 is already there");
     EXPECT_EQ(complaint("[[vsan]]\nid = 21\nname = \"backup\"\n"),
               "f.toml:17: VSAN 20 has the name \"backup\" already");
-    EXPECT_EQ(complaint("[[vsan]]\nid = 0\n"), "f.toml:17: VSAN 0 is outside 1 to 4094");
-    EXPECT_EQ(complaint("[[vsan]]\nid = 4095\n"), "f.toml:17: VSAN 4095 is outside 1 to 4094");
-    EXPECT_EQ(complaint("[[vsan]]\nid = 4094\n"), "nothing");
+    EXPECT_EQ(complaint("[[vsan]]\nid = 0\n"), "f.toml:17: VSAN 0 is outside 1 to 4095");
+    EXPECT_EQ(complaint("[[vsan]]\nid = 4096\n"), "f.toml:17: VSAN 4096 is outside 1 to 4095");
+    EXPECT_EQ(complaint("[[vsan]]\nid = 4095\n"), "nothing");
     const fabric f = parse_fabric(pair_of_switches + "vsans = [20, 1]\n", "f.toml");
     EXPECT_TRUE(f.links()[0].carries(1) && f.links()[0].carries(20));
     EXPECT_EQ(complaint("vsans = [2]\n"), "f.toml:14: link in VSAN 2, but there is no such VSAN");

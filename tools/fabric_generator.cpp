@@ -2,6 +2,7 @@
 // that every library draws the same fabric.
 #include "tools/fabric_generator.h"
 
+#include "rib_codes.h"
 #include "tools/fabric.h"
 #include "tools/input_error.h"
 
@@ -116,9 +117,9 @@ class drawing {
     }
 
     [[nodiscard]] std::vector<uint32_t> drawn_domains() {
-        std::vector<uint32_t> domains(last_domain);
+        std::vector<uint32_t> domains(RIB_LAST_DOMAIN);
         std::iota(domains.begin(), domains.end(), 1);
-        for (uint32_t left = last_domain; left > 1; left--) {
+        for (uint32_t left = RIB_LAST_DOMAIN; left > 1; left--) {
             std::swap(domains[left - 1], domains[below(left)]);
         }
         return domains;

@@ -16,7 +16,7 @@ enum class fabric_shape : uint8_t {
 
 struct fabric_plan {
     uint32_t switches = 239; ///< 2 to 239
-    uint32_t vsans = 16;     ///< 1 to 4094
+    uint32_t vsans = 16;     ///< 1 to 4095
     fabric_shape shape = fabric_shape::core_edge;
     uint32_t seed = 1;   ///< draws domains, the local switch, who is linked to whom, and the links that fail
     uint32_t events = 0; ///< links that fail and come back: one every two seconds

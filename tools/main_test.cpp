@@ -109,12 +109,12 @@ TEST(main, numbers_are_asked_for_with_their_limits) {
     };
     limits("lab examples/fabrics/small.toml", "--wait", "0 to 86400");
     limits("lab examples/fabrics/small.toml", "--message-size", "1140 to 1048576");
-    limits("lab examples/fabrics/small.toml", "--vsan", "1 to 4094");
-    limits("routes", "--vsan", "1 to 4094");
+    limits("lab examples/fabrics/small.toml", "--vsan", "1 to 4095");
+    limits("routes", "--vsan", "1 to 4095");
     limits("fabric", "--seed", "0 to 4294967295");
     limits("fabric", "--switches", "2 to 239");
-    EXPECT_EQ(complaint("routes --vsan 4095"),
-              "ribkit routes: --vsan: takes a whole number from 1 to 4094, not 4095 (see ribkit routes --help)\n");
+    EXPECT_EQ(complaint("routes --vsan 4096"),
+              "ribkit routes: --vsan: takes a whole number from 1 to 4095, not 4096 (see ribkit routes --help)\n");
 }
 
 TEST(main, what_runs_by_itself_has_a_bus_that_others_reach) {

@@ -2,7 +2,6 @@
 #include "tools/rib_tables.h"
 
 #include "rib_codes.h"
-#include "tools/fabric.h"
 
 #include <algorithm>
 #include <new>
@@ -30,7 +29,7 @@ uint32_t judge(update_view update) {
         return RIB_NOT_SUPPORTED;
     }
     const uint32_t vsan = update.get<"vsan">();
-    return vsan >= 1 && vsan <= last_vsan && has_known_actions(update) ? RIB_OK : RIB_BAD_PARAMETERS;
+    return vsan >= 1 && vsan <= RIB_LAST_VSAN && has_known_actions(update) ? RIB_OK : RIB_BAD_PARAMETERS;
 }
 
 /// An answer that says as much about the update as its header tells.

@@ -88,8 +88,9 @@ TEST_F(rib, an_update_that_is_not_sound_changes_nothing) {
     EXPECT_EQ(tables.take_update(message({{RIB_ACTION_DELETE, two, {}}}, 1, RIB_OPER_REMOVE)),
               (fcurt_response{RIB_NOT_SUPPORTED, RIB_OPER_REMOVE, 1, 0, 1}));
     EXPECT_EQ(tables.take_update(message({{RIB_ACTION_ADD, two, near}}, 0)).result, RIB_BAD_PARAMETERS);
-    EXPECT_EQ(tables.take_update(message({{RIB_ACTION_ADD, two, near}}, 4095)).result, RIB_BAD_PARAMETERS);
+    EXPECT_EQ(tables.take_update(message({{RIB_ACTION_ADD, two, near}}, 4096)).result, RIB_BAD_PARAMETERS);
     EXPECT_EQ(tables.routes().size(), 1U);
+    EXPECT_EQ(tables.take_update(message({{RIB_ACTION_ADD, two, near}}, 4095)).result, RIB_OK);
 }
 
 TEST_F(rib, a_short_update_is_refused_with_what_its_header_tells) {

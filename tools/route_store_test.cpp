@@ -326,7 +326,7 @@ TEST(route_store, interfaces_cost_as_much_as_they_say_and_nothing_when_they_are_
 TEST(route_store, vsans_beyond_the_segments_are_refused_until_one_is_empty) {
     rib_tables rib({2, 16, 64});
     EXPECT_EQ(update(rib, 7, domains_added(1, 1)).result, RIB_OK);
-    EXPECT_EQ(update(rib, 4094, domains_added(1, 1)).result, RIB_OK);
+    EXPECT_EQ(update(rib, 4095, domains_added(1, 1)).result, RIB_OK);
     EXPECT_EQ(update(rib, 8, domains_added(1, 1)), (fcurt_response{RIB_VSAN_TCAM_FULL, RIB_OPER_UPDATE_RSP, 8, 0, 0}));
     EXPECT_EQ(update(rib, 7, {{RIB_ACTION_DELETE, domain(1), {}}}).result, RIB_OK);
     EXPECT_EQ(update(rib, 8, domains_added(1, 1)).result, RIB_OK);
