@@ -157,13 +157,8 @@ template <const layout &L, std::endian Order = std::endian::big, class Byte = co
     /// The entries of a list.
     template <field_called Field> [[nodiscard]] auto list() const {
         static_assert(is_list(row_of<Field>), "the field is no list");
-        return list_of<Field, *row_of<Field>.entry, row_of<Field>.stride>();
-    }
-
-    /// The entries of a list, taken to be of another layout that says its own size.
-    template <field_called Field, const layout &Entry> [[nodiscard]] auto list_as() const {
-        static_assert(is_list(row_of<Field>), "the field is no list");
-        return list_of<Field, Entry, self_sized>();
+        constexpr row r = row_of<Field>;
+        return entries<*r.entry, r.stride, Order, Byte>(bytes_ + r.offset, read_count<Order>(r.count, bytes_));
     }
 
     /// The same bytes as another layout has them.
@@ -212,11 +207,6 @@ template <const layout &L, std::endian Order = std::endian::big, class Byte = co
     }
 
   private:
-    template <field_called Field, const layout &Entry, uint16_t Stride> [[nodiscard]] auto list_of() const {
-        constexpr row r = row_of<Field>;
-        return entries<Entry, Stride, Order, Byte>(bytes_ + r.offset, read_count<Order>(r.count, bytes_));
-    }
-
     Byte *bytes_;
 };
 
