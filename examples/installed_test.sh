@@ -9,6 +9,7 @@ cmake --install "$build" --prefix "$scratch/prefix" >"$scratch/install.log"
 
 sends() { "$@" | tee "$scratch/output" && grep -q '^the RIB took 1 route of VSAN 1: ok$' "$scratch/output"; }
 shows() { "$@" | tee "$scratch/output" && grep -q '^    fc1/1  Domain  0x07(7)$' "$scratch/output"; }
+writes() { "$@" | tee "$scratch/output" && grep -q '^0x090000, metric 2250: 0x01000009 to domain 9$' "$scratch/output"; }
 
 export PKG_CONFIG_PATH
 PKG_CONFIG_PATH=$(dirname "$(find "$scratch/prefix" -name ribkit.pc)")
@@ -22,6 +23,7 @@ cmake -G Ninja -S "$source/examples/cmake" -B "$scratch/cmake" -DCMAKE_PREFIX_PA
 cmake --build "$scratch/cmake" >>"$scratch/cmake.log"
 sends "$scratch/cmake/send_route"
 shows "$scratch/cmake/show_table"
+writes "$scratch/cmake/write_route"
 
 # With the shared libraries gone, the static ones are what is linked, and is all that is needed.
 rm "$libraries"/*.so*
@@ -32,3 +34,6 @@ sends "$scratch/send_route_static"
 # shellcheck disable=SC2086
 ${CXX:-c++} -std=c++17 "$source/examples/show_table.cpp" $flags -o "$scratch/show_table_static"
 shows "$scratch/show_table_static"
+# shellcheck disable=SC2086
+${CXX:-c++} -std=c++20 -Wall -Wextra -Werror "$source/examples/write_route.cpp" $flags -o "$scratch/write_route_static"
+writes "$scratch/write_route_static"
