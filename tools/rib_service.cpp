@@ -203,7 +203,9 @@ rib_service::bytes rib_service::respond(const request &asked) {
     }
 }
 
+// The answer has its room before anything is changed: what was done is never answered as if it had failed.
 rib_service::bytes rib_service::update(const request &asked) {
+    bytes answer(wire::route_rsp.size);
     rib_check_report why{};
     std::string barred;
     const auto speaks = [&](uint32_t client) {
@@ -218,7 +220,8 @@ rib_service::bytes rib_service::update(const request &asked) {
                                         : joined("vsan ", response.vsan, ", ", response.accepted, " routes accepted"));
     }
     const auto words = encode(response);
-    return {words.begin(), words.end()};
+    std::copy(words.begin(), words.end(), answer.begin());
+    return answer;
 }
 
 rib_service::bytes rib_service::find(const request &asked) {
