@@ -1,7 +1,7 @@
 // A claim as bytes and back, and what follows from one that is heard or answered.
 #include "tools/rib_claim.h"
 
-#include "codec/bytes.h"
+#include "codec/writer.h"
 
 #include <chrono>
 #include <random>
@@ -12,12 +12,16 @@ namespace ribkit::tools {
 
 namespace {
 
-void store(uint8_t *at, uint64_t value) {
-    store32<std::endian::big>(at, static_cast<uint32_t>(value >> 32));
-    store32<std::endian::big>(at + 4, static_cast<uint32_t>(value));
-}
+/// The formats know no such message: it is between RIBs of this kind.
+constexpr layout claim_layout{"claim",
+                              20,
+                              {word(0, "settled"), word(4, "started_high"), word(8, "started_low"),
+                               word(12, "drawn_high"), word(16, "drawn_low")}};
+static_assert(claim_layout.size == RIBKIT_CLAIM_SIZE);
 
-uint64_t load(const uint8_t *at) { return uint64_t{be32(at)} << 32 | be32(at + 4); }
+uint32_t high(uint64_t number) { return static_cast<uint32_t>(number >> 32); }
+uint32_t low(uint64_t number) { return static_cast<uint32_t>(number); }
+uint64_t joined(uint32_t high, uint32_t low) { return uint64_t{high} << 32 | low; }
 
 } // namespace
 
@@ -30,9 +34,10 @@ rib_claim rib_claim::made_now() {
 
 std::array<uint8_t, RIBKIT_CLAIM_SIZE> encode(const rib_claim &claim) {
     std::array<uint8_t, RIBKIT_CLAIM_SIZE> bytes{};
-    store32<std::endian::big>(bytes.data(), claim.settled ? 1 : 0);
-    store(bytes.data() + 4, claim.started);
-    store(bytes.data() + 12, claim.drawn);
+    const writer<claim_layout> words(bytes);
+    words.set<"settled">(claim.settled ? 1U : 0U);
+    words.set<"started_high">(high(claim.started)).set<"started_low">(low(claim.started));
+    words.set<"drawn_high">(high(claim.drawn)).set<"drawn_low">(low(claim.drawn));
     return bytes;
 }
 
@@ -40,7 +45,9 @@ std::optional<rib_claim> decode_claim(std::span<const uint8_t> bytes) {
     if (bytes.size() != RIBKIT_CLAIM_SIZE) {
         return std::nullopt;
     }
-    return rib_claim{be32(bytes.data()) != 0, load(bytes.data() + 4), load(bytes.data() + 12)};
+    const view<claim_layout> words(bytes.data());
+    return rib_claim{words.get<"settled">() != 0, joined(words.get<"started_high">(), words.get<"started_low">()),
+                     joined(words.get<"drawn_high">(), words.get<"drawn_low">())};
 }
 
 claim_step step_after_claim(const rib_claim &mine, const rib_claim &heard) {
