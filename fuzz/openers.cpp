@@ -3,6 +3,8 @@
 #include "fuzz/openers.h"
 
 #include "catalogue/messages.h"
+#include "codec/messages/route.h"
+#include "codec/view.h"
 #include "fib_codec.h"
 #include "rib_codec.h"
 #include "rib_mem.h"
@@ -64,7 +66,7 @@ void receive_update(const accepted &m, void (*header)(const void *, void *), rec
 void read_unicast(const uint8_t *update, const uint8_t *record) {
     use(rib_ntoh_fcurt_get_fcid(record) + rib_ntoh_fcurt_get_action(record) + rib_ntoh_fcurt_get_metric(record) +
         rib_ntoh_fcurt_get_flag(record));
-    each(record + 32, rib_ntoh_fcurt_get_n_hop(record), 8,
+    each(record + wire::fcurt.size, rib_ntoh_fcurt_get_n_hop(record), wire::fcurt_hop.size,
          [](const uint8_t *hop) { use(rib_ntoh_fcurt_route_get_intf(hop) + rib_ntoh_fcurt_route_get_domain(hop)); });
     rib_printf_fcurt(update, record);
 }
@@ -73,10 +75,10 @@ void read_unicast(const uint8_t *update, const uint8_t *record) {
 size_t read_label(const uint8_t *update, const uint8_t *record) {
     use(rib_ntoh_fclrt_get_type(record) + rib_ntoh_fclrt_get_vsan(record) + rib_ntoh_fclrt_get_action(record) +
         rib_ntoh_fclrt_get_n_match(record) + rib_ntoh_fclrt_get_n_src(record) + rib_ntoh_fclrt_get_src(record));
-    size_t at = 104;
+    size_t at = wire::fclrt.size;
     for (uint32_t left = rib_ntoh_fclrt_get_n_intf(record); left != 0; --left) {
         use(rib_ntoh_fclrt_intf_get_intf(record + at));
-        at += 8 + 4 * (rib_ntoh_fclrt_intf_get_ctrl(record + at) >> 16 & 0xff);
+        at += codec::view<wire::fclrt_intf>(record + at).size();
     }
     rib_printf_fclrt(update, record);
     return at;
@@ -89,34 +91,34 @@ void fcurt_update(const accepted &m) {
         rib_show_version(versions.at(i), i, rib_ntoh_fcurt_update_get_n_version(m.bytes));
     }
     const uint32_t count = rib_ntoh_fcurt_update_get_n_route(m.bytes);
-    size_t at = 980;
+    size_t at = wire::fcurt_update.size;
     for (uint32_t i = 0; i < count; ++i) {
         read_unicast(m.bytes, m.bytes + at);
-        at += 32 + size_t{8} * rib_ntoh_fcurt_get_n_hop(m.bytes + at);
+        at += codec::view<wire::fcurt>(m.bytes + at).size();
     }
-    receive_update(m, rib_ntoh_fcurt_update, rib_ntoh_fcurt, 980, count, false);
-    receive_update(m, rib_ntoh_fcurt_update, rib_ntoh_fcurt, 980, count, true);
+    receive_update(m, rib_ntoh_fcurt_update, rib_ntoh_fcurt, wire::fcurt_update.size, count, false);
+    receive_update(m, rib_ntoh_fcurt_update, rib_ntoh_fcurt, wire::fcurt_update.size, count, true);
 }
 
 void fclrt_update(const accepted &m) {
     const uint32_t count = rib_ntoh_fclrt_update_get_n_route(m.bytes);
-    size_t at = 16;
+    size_t at = wire::fclrt_update.size;
     for (uint32_t i = 0; i < count; ++i) {
         at += read_label(m.bytes, m.bytes + at);
     }
-    receive_update(m, rib_ntoh_fclrt_update, rib_ntoh_fclrt, 16, count, false);
-    receive_update(m, rib_ntoh_fclrt_update, rib_ntoh_fclrt, 16, count, true);
+    receive_update(m, rib_ntoh_fclrt_update, rib_ntoh_fclrt, wire::fclrt_update.size, count, false);
+    receive_update(m, rib_ntoh_fclrt_update, rib_ntoh_fclrt, wire::fclrt_update.size, count, true);
 }
 
 void fcmrt_update(const accepted &m) {
-    const uint32_t count = word(m.bytes, 12);
-    size_t at = 16;
+    const uint32_t count = codec::view<wire::fcmrt_update>(m.bytes).get<"n_route">();
+    size_t at = wire::fcmrt_update.size;
     for (uint32_t i = 0; i < count; ++i) {
         rib_printf_fcmrt(m.bytes, m.bytes + at);
-        at += 16 + size_t{4} * word(m.bytes, at + 12);
+        at += codec::view<wire::fcmrt>(m.bytes + at).size();
     }
-    receive_update(m, rib_ntoh_fcmrt_update, rib_ntoh_fcmrt, 16, count, false);
-    receive_update(m, rib_ntoh_fcmrt_update, rib_ntoh_fcmrt, 16, count, true);
+    receive_update(m, rib_ntoh_fcmrt_update, rib_ntoh_fcmrt, wire::fcmrt_update.size, count, false);
+    receive_update(m, rib_ntoh_fcmrt_update, rib_ntoh_fcmrt, wire::fcmrt_update.size, count, true);
 }
 
 // Table entries.
