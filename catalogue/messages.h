@@ -101,7 +101,7 @@ inline constexpr row messages[] = {
         .shown<fib_show_node>(),
     message_of<wire::verf_query, rib_hton_verf_query, rib_ntoh_verf_query, rib_check_verf_query>(
         "rib_verf_query",
-        "The key is a verf_fcl, whose word at 8 is then the cursor, where the low half of the type has a bit of "
+        "The key is a verf_fcl_query where the low half of the type has a bit of "
         "0x1111, else a verf_fcm where it has one of 0x2222, else a verf_fcu; the rest of its room is not touched.")
         .traced<rib_printf_verf_query>(),
     message_of<wire::verf_info, rib_hton_verf_info, rib_ntoh_verf_info, rib_check_verf_info>(
@@ -159,6 +159,7 @@ inline constexpr row forms[] = {
         "Content follows: a request has its operation code in front of it, an answer begins at 112."),
     form_of<wire::fib_state>().traced<rib_printf_fib_state>(),
     form_of<wire::vsan_query>().traced<rib_printf_vsan_query>(),
+    form_of<wire::verf_fcl_query>("The label key of a rib_verf_query."),
     form_of<wire::in_ha>("The body of a rib_in_info of kind 1. Flags are true where they are 1.")
         .shown<rib_show_in_ha>(),
     form_of<wire::in_mem>("The body of a rib_in_info of kind 2.").shown<rib_show_in_mem>(),

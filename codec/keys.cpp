@@ -68,13 +68,14 @@ uint32_t rib_next_fclrt_query(void *cur, void *next) {
     return next_query<"cursor">(from, to, from.list<"match">()[0], to.list<"match">()[0]);
 }
 
-// In a query a label key's third word is the cursor.
 uint32_t rib_next_verf_query(void *cur, void *next) {
     const auto key_of = [](void *query) {
-        return writable_view<wire::verf_fcl>(writable_view<wire::verf_query>(query).area<"key">().data());
+        return writable_view<wire::verf_fcl_query>(writable_view<wire::verf_query>(query).area<"key">().data());
     };
-    const auto label_of = [](writable_view<wire::verf_fcl> key) { return label_view(key.area<"label_0">().data()); };
-    return next_query<"word_8">(key_of(cur), key_of(next), label_of(key_of(cur)), label_of(key_of(next)));
+    const auto label_of = [](writable_view<wire::verf_fcl_query> key) {
+        return label_view(key.area<"label_0">().data());
+    };
+    return next_query<"cursor">(key_of(cur), key_of(next), label_of(key_of(cur)), label_of(key_of(next)));
 }
 
 uint32_t rib_next_fcm_tuple(uint32_t *vsan, uint32_t *fcid) {

@@ -87,6 +87,14 @@ inline constexpr layout verf_fcl{"verf_fcl",
                                   word(24, "label_0", meaning::label).split(label_parts),
                                   also(word(28, "label_1", meaning::label).split(label_parts))}};
 
+/// As a query's key, where the third word is the cursor.
+inline constexpr layout verf_fcl_query{"verf_fcl_query",
+                                       32,
+                                       {word(0, "status").says("fib_verf"), word(4, "vsan", meaning::vsan),
+                                        word(8, "cursor"), also(word(12, "word_12")), also(word(16, "word_16")),
+                                        word(20, "n_label"), word(24, "label_0", meaning::label).split(label_parts),
+                                        also(word(28, "label_1", meaning::label).split(label_parts))}};
+
 inline constexpr layout fcu_rsp_path{"fcu_rsp_path",
                                      20,
                                      {word(0, "word_0"), also(word(4, "word_4")), also(word(8, "word_8")),
