@@ -73,6 +73,8 @@ const char *meaning_of(meaning means) {
         return "bitmap of domains 0 to 239";
     case meaning::ports:
         return "bitmap of ports; its second half is the gap behind it";
+    case meaning::text:
+        return "characters, to the first that is 0";
     }
     return "";
 }

@@ -39,6 +39,7 @@ enum class meaning : uint8_t {
     time,
     domains,
     ports,
+    text,
 };
 
 enum class count_in : uint8_t { none, word, second_byte, constant };

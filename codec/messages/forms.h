@@ -6,10 +6,10 @@
 namespace ribkit::wire {
 
 /// What stands around a message that travels by way of another process; an answer has no operation code.
-inline constexpr layout cmi_envelope{
-    "cmi_envelope",
-    116,
-    {word(0, "type"), word(4, "length"), word(8, "reserved"), bytes(12, 100, "client"), word(112, "opcode")}};
+inline constexpr layout cmi_envelope{"cmi_envelope",
+                                     116,
+                                     {word(0, "type"), word(4, "length"), word(8, "reserved"),
+                                      bytes(12, 100, "client", meaning::text), word(112, "opcode")}};
 
 /// A module tells the state of its FIB.
 inline constexpr layout fib_state{

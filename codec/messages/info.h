@@ -46,7 +46,9 @@ inline constexpr layout test_query{"test_query",
                                    {word(0, "uuid", meaning::client).says("rib_uuid"),
                                     also(word(4, "type").says("rib_test_type")), bytes(8, 40, "bytes_8")}};
 inline constexpr layout registration{
-    "register", 88, {word(0, "uuid", meaning::client).says("rib_uuid"), word(4, "distance"), bytes(8, 80, "name")}};
+    "register",
+    88,
+    {word(0, "uuid", meaning::client).says("rib_uuid"), word(4, "distance"), bytes(8, 80, "name", meaning::text)}};
 
 inline constexpr layout fclrt_info{
     "fclrt_info", 4, {word(0, "n_route", meaning::count), list(4, "route", in::word(0), lbl_route, 0)}};
