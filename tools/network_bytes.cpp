@@ -77,13 +77,16 @@ void add_number(std::vector<uint8_t> &bytes, std::string_view number, uint32_t l
 
 } // namespace
 
-std::vector<uint8_t> network_bytes(std::string_view content, byte_form form) {
-    if (form == byte_form::raw ||
-        (form == byte_form::detected && std::any_of(content.begin(), content.end(), is_binary))) {
+byte_form form_of(std::string_view beginning) {
+    return std::any_of(beginning.begin(), beginning.end(), is_binary) ? byte_form::raw : byte_form::hex;
+}
+
+std::vector<uint8_t> network_bytes(std::string_view content, byte_form form, uint32_t first_line) {
+    if ((form == byte_form::detected ? form_of(content) : form) == byte_form::raw) {
         return {content.begin(), content.end()};
     }
     std::vector<uint8_t> bytes;
-    for (uint32_t line = 1; !content.empty(); line++) {
+    for (uint32_t line = first_line; !content.empty(); line++) {
         std::string_view numbers = bytes_part(take(content, "\n"));
         while (!numbers.empty()) {
             if (const std::string_view number = take(numbers, blanks); !number.empty()) {

@@ -17,6 +17,10 @@ enum class byte_form : uint8_t {
 /// `00*24` is that many times 00; `#` and what follows on its line is a comment; in a line of a dump, which begins with
 /// an offset and a colon, the offset and the characters behind two blanks are passed over. It is 64 MiB at most. Throws
 /// line_error.
-std::vector<uint8_t> network_bytes(std::string_view content, byte_form form);
+/// @param first_line the number of the first line
+std::vector<uint8_t> network_bytes(std::string_view content, byte_form form, uint32_t first_line = 1);
+
+/// Raw or hexadecimal, as far as the beginning of a content tells.
+byte_form form_of(std::string_view beginning);
 
 } // namespace ribkit::tools

@@ -1,0 +1,91 @@
+// Of text whole lines are taken, or all that is left at the end.
+#include "tools/network_input.h"
+
+#include "tools/input_error.h"
+#include "tools/input_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace ribkit::tools {
+
+namespace {
+
+constexpr size_t part_size = 65536;
+constexpr size_t longest_line = size_t{160} << 20;
+
+} // namespace
+
+raw_input::raw_input(const std::string &path)
+    : title_(input_title(path)), descriptor_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) {
+        throw input_error(joined(title_, ": cannot be read: ", std::strerror(errno)));
+    }
+}
+
+raw_input::~raw_input() {
+    if (descriptor_ != STDIN_FILENO) {
+        close(descriptor_);
+    }
+}
+
+size_t raw_input::read(char *to, size_t size) {
+    ssize_t got = 0;
+    do {
+        got = ::read(descriptor_, to, size);
+    } while (got < 0 && errno == EINTR);
+    if (got < 0) {
+        throw input_error(joined(title_, ": cannot be read: ", std::strerror(errno)));
+    }
+    return static_cast<size_t>(got);
+}
+
+/// Reads on behind the text. @return false at the end
+bool network_input::read_part() {
+    const size_t held = text_.size();
+    text_.resize(held + part_size);
+    const size_t got = file_.read(text_.data() + held, part_size);
+    text_.resize(held + got);
+    return got != 0;
+}
+
+bool network_input::read(decode::byte_buffer &to) {
+    while (!ended_) {
+        ended_ = !read_part();
+        if (form_ == byte_form::detected && !text_.empty()) {
+            form_ = form_of(text_);
+        }
+        if (form_ == byte_form::raw) {
+            to.append(text_.data(), text_.size());
+            text_.clear();
+            return !ended_;
+        }
+        const size_t before = to.size();
+        const size_t lines_end = text_.rfind('\n') + 1;
+        take_lines(to, ended_ ? text_.size() : lines_end);
+        if (to.size() != before) {
+            return true;
+        }
+        if (text_.size() > longest_line) {
+            throw input_error(joined(title(), ':', line_, ": a line of more than ", longest_line, " characters"));
+        }
+    }
+    return false;
+}
+
+void network_input::take_lines(decode::byte_buffer &to, size_t end) {
+    const std::string_view lines(text_.data(), end);
+    try {
+        const std::vector<uint8_t> bytes = network_bytes(lines, byte_form::hex, line_);
+        to.append(bytes.data(), bytes.size());
+    } catch (const line_error &error) {
+        throw input_error(joined(title(), ':', error.line, ": ", error.what()));
+    }
+    line_ += static_cast<uint32_t>(std::count(lines.begin(), lines.end(), '\n'));
+    text_.erase(0, end);
+}
+
+} // namespace ribkit::tools
