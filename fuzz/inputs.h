@@ -10,6 +10,12 @@ int check_input(const uint8_t *data, size_t size);
 /// Converts the message both ways with the exported converters and with the naive ones. Aborts where they disagree.
 int engine_input(const uint8_t *data, size_t size);
 
+/// Shows the bytes as messages of a kind, and encodes what was shown. Aborts where it does not come back.
+int decode_input(const uint8_t *data, size_t size);
+
+/// JSON of messages. Aborts where a refusal is not one line, or an encoded message does not come back.
+int encode_input(const uint8_t *data, size_t size);
+
 /// A fabric file, a fault script, a file of records: parsed. Abort where a refusal is not one printable line.
 int fabric_input(const uint8_t *data, size_t size);
 int faults_input(const uint8_t *data, size_t size);

@@ -48,22 +48,35 @@ TEST(corpus, of_the_engine_runs) {
     }
 }
 
+TEST(corpus, of_messages_by_name_runs) {
+    for (const fs::path &file : corpus("decode")) {
+        const byte_vector input = content(file);
+        EXPECT_EQ(decode_input(input.data(), input.size()), 0) << file;
+    }
+    for (const fs::path &file : corpus("encode")) {
+        const byte_vector input = content(file);
+        EXPECT_EQ(encode_input(input.data(), input.size()), 0) << file;
+    }
+}
+
 TEST(corpus, is_small) {
     size_t files = 0;
     uintmax_t bytes = 0;
-    for (const char *name : {"check", "engine"}) {
+    for (const char *name : {"check", "engine", "decode", "encode"}) {
         for (const fs::path &file : corpus(name)) {
             bytes += fs::file_size(file);
             ++files;
         }
     }
-    EXPECT_LT(files, 300U);
-    EXPECT_LT(bytes, 300000U);
+    EXPECT_LT(files, 450U);
+    EXPECT_LT(bytes, 400000U);
 }
 
 TEST(inputs, of_no_byte_are_nothing) {
     EXPECT_EQ(check_input(nullptr, 0), 0);
     EXPECT_EQ(engine_input(nullptr, 0), 0);
+    EXPECT_EQ(decode_input(nullptr, 0), 0);
+    EXPECT_EQ(encode_input(nullptr, 0), 0);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "codec/view.h"
 #include "codec/witness/golden.h"
 #include "codec/witness/naive_check.h"
+#include "decode/decoder.h"
 #include "fuzz/openers.h"
 #include "wrap/cmi_envelope.h"
 
@@ -131,6 +132,49 @@ std::map<std::string, byte_vector> engine_seeds() {
                          with_number(number, vector.source(way, witness::order::little)));
             }
         }
+    }
+    return seeds;
+}
+
+namespace {
+
+/// The longest sample of a message that is not too long, or the message with next to nothing in it.
+byte_vector message_of(const decode::kind &what, const std::vector<sample> &all) {
+    byte_vector best = decode::empty_message(what);
+    for (const sample &s : all) {
+        const bool same = s.name == what.name || "rib_" + s.name == what.name;
+        best = same && s.message.size() > best.size() && s.message.size() < largest_seed ? s.message : best;
+    }
+    return best;
+}
+
+} // namespace
+
+std::map<std::string, byte_vector> decode_seeds() {
+    std::map<std::string, byte_vector> seeds;
+    const std::vector<sample> all = samples();
+    for (const decode::kind &what : decode::kinds()) {
+        const auto number = static_cast<size_t>(&what - decode::kinds().data());
+        seeds[what.name] = with_number(number, message_of(what, all));
+    }
+    return seeds;
+}
+
+std::map<std::string, byte_vector> encode_seeds() {
+    std::map<std::string, byte_vector> seeds;
+    const std::vector<sample> all = samples();
+    for (const char *name :
+         {"rib_fclrt_update", "rib_fcurt_info", "rib_cmi_request", "bud_image", "cont_image", "rib_in_info",
+          "rib_verf_query", "rib_verf_info", "rib_register", "fib_fcl_path", "fib_port"}) {
+        const decode::kind &what = *decode::find_kind(name);
+        std::string json;
+        decode::output out([&](std::string_view piece) { json += piece; });
+        decode::json_writer lines(out, decode::json_form::lines);
+        decode::decoder(what, nullptr, nullptr, &lines).take(message_of(what, all), false);
+        out.flush();
+        seeds[name] = {json.begin(), json.end()};
+        const std::string start = decode::template_of(what);
+        seeds[std::string(name) + "-template"] = {start.begin(), start.end()};
     }
     return seeds;
 }

@@ -25,4 +25,8 @@ std::map<std::string, byte_vector> engine_seeds();
 /// All samples as inputs of the check target, by file name.
 std::map<std::string, byte_vector> check_seeds();
 
+/// A message of each kind for the decode target, and JSON of some for the encode target, by file name.
+std::map<std::string, byte_vector> decode_seeds();
+std::map<std::string, byte_vector> encode_seeds();
+
 } // namespace ribkit::fuzz

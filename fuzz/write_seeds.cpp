@@ -1,5 +1,5 @@
-// Writes the corpora anew: ribkit-seeds FOLDER, with its subfolders check and engine. Files that fuzzing has added
-// stay.
+// Writes the corpora anew: ribkit-seeds FOLDER, with its subfolders check, engine, decode and encode. Files that
+// fuzzing has added stay.
 #include "fuzz/seeds.h"
 
 #include <filesystem>
@@ -21,5 +21,7 @@ int main(int argc, char **argv) {
     }
     write(std::filesystem::path(argv[1]) / "check", check_seeds());
     write(std::filesystem::path(argv[1]) / "engine", engine_seeds());
+    write(std::filesystem::path(argv[1]) / "decode", decode_seeds());
+    write(std::filesystem::path(argv[1]) / "encode", encode_seeds());
     return 0;
 }
