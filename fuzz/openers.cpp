@@ -24,17 +24,13 @@ namespace ribkit::fuzz {
 
 namespace {
 
-uint32_t word(const uint8_t *bytes, size_t at) {
-    bytes += at;
-    return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | uint32_t{bytes[3]};
-}
-
 /// Keeps the read that made a value which nobody needs.
 void use(uint32_t value) { asm volatile("" : : "r"(value)); }
 
-template <typename Each> void each(const uint8_t *first, uint32_t count, size_t stride, Each show) {
-    for (uint32_t i = 0; i < count; ++i) {
-        show(first + stride * i);
+/// Shows each entry of a list.
+template <typename Entries, typename Show> void each(const Entries &entries, Show show) {
+    for (const auto entry : entries) {
+        show(entry.data());
     }
 }
 
@@ -66,7 +62,7 @@ void receive_update(const accepted &m, void (*header)(const void *, void *), rec
 void read_unicast(const uint8_t *update, const uint8_t *record) {
     use(rib_ntoh_fcurt_get_fcid(record) + rib_ntoh_fcurt_get_action(record) + rib_ntoh_fcurt_get_metric(record) +
         rib_ntoh_fcurt_get_flag(record));
-    each(record + wire::fcurt.size, rib_ntoh_fcurt_get_n_hop(record), wire::fcurt_hop.size,
+    each(view<wire::fcurt>(record).list<"hop">(),
          [](const uint8_t *hop) { use(rib_ntoh_fcurt_route_get_intf(hop) + rib_ntoh_fcurt_route_get_domain(hop)); });
     rib_printf_fcurt(update, record);
 }
@@ -78,7 +74,7 @@ size_t read_label(const uint8_t *update, const uint8_t *record) {
     size_t at = wire::fclrt.size;
     for (uint32_t left = rib_ntoh_fclrt_get_n_intf(record); left != 0; --left) {
         use(rib_ntoh_fclrt_intf_get_intf(record + at));
-        at += codec::view<wire::fclrt_intf>(record + at).size();
+        at += view<wire::fclrt_intf>(record + at).size();
     }
     rib_printf_fclrt(update, record);
     return at;
@@ -94,7 +90,7 @@ void fcurt_update(const accepted &m) {
     size_t at = wire::fcurt_update.size;
     for (uint32_t i = 0; i < count; ++i) {
         read_unicast(m.bytes, m.bytes + at);
-        at += codec::view<wire::fcurt>(m.bytes + at).size();
+        at += view<wire::fcurt>(m.bytes + at).size();
     }
     receive_update(m, rib_ntoh_fcurt_update, rib_ntoh_fcurt, wire::fcurt_update.size, count, false);
     receive_update(m, rib_ntoh_fcurt_update, rib_ntoh_fcurt, wire::fcurt_update.size, count, true);
@@ -111,11 +107,11 @@ void fclrt_update(const accepted &m) {
 }
 
 void fcmrt_update(const accepted &m) {
-    const uint32_t count = codec::view<wire::fcmrt_update>(m.bytes).get<"n_route">();
+    const uint32_t count = view<wire::fcmrt_update>(m.bytes).get<"n_route">();
     size_t at = wire::fcmrt_update.size;
     for (uint32_t i = 0; i < count; ++i) {
         rib_printf_fcmrt(m.bytes, m.bytes + at);
-        at += codec::view<wire::fcmrt>(m.bytes + at).size();
+        at += view<wire::fcmrt>(m.bytes + at).size();
     }
     receive_update(m, rib_ntoh_fcmrt_update, rib_ntoh_fcmrt, wire::fcmrt_update.size, count, false);
     receive_update(m, rib_ntoh_fcmrt_update, rib_ntoh_fcmrt, wire::fcmrt_update.size, count, true);
@@ -141,17 +137,17 @@ uint32_t show_label(const uint8_t *entry) {
 }
 
 void fclrt_info(const accepted &m) {
-    uint32_t at = 4;
-    for (uint32_t left = word(m.bytes, 0); left != 0; --left) {
+    uint32_t at = wire::fclrt_info.size;
+    for (uint32_t left = view<wire::fclrt_info>(m.bytes).get<"n_route">(); left != 0; --left) {
         at += show_label(m.bytes + at);
     }
     require(at == m.size);
 }
 
 void topo(const accepted &m) {
-    const uint32_t count = word(m.bytes, 8);
-    for (uint32_t i = 0; i < count; ++i) {
-        rib_show_version(word(m.bytes, 12 + size_t{4} * i), i, count);
+    const auto versions = view<wire::topo>(m.bytes).list<"version">();
+    for (uint32_t i = 0; i < versions.size(); ++i) {
+        rib_show_version(versions[i].get<"version">(), i, versions.size());
     }
 }
 
@@ -168,11 +164,11 @@ void verf_query(const accepted &m) {
 }
 
 void db_info(const accepted &m) {
-    each(m.bytes + 8, word(m.bytes, 0), 20, [](const uint8_t *vsan) { rib_show_db_total(1, vsan); });
+    each(view<wire::db_info>(m.bytes).list<"vsan">(), [](const uint8_t *vsan) { rib_show_db_total(1, vsan); });
 }
 
 void sys_info(const accepted &m) {
-    each(m.bytes + 4, word(m.bytes, 0), 1560, [](const uint8_t *module) { fib_show_node(1, module); });
+    each(view<wire::sys_info>(m.bytes).list<"module">(), [](const uint8_t *module) { fib_show_node(1, module); });
 }
 
 void node(const accepted &m) { rib_printf_fib_state(m.bytes); }
@@ -187,7 +183,10 @@ void cmi_request(const accepted &m) {
     std::memcpy(m.scratch, payload, length);
 }
 
-void cmi_answer(const accepted &m) { std::memcpy(m.scratch, m.bytes + 112, word(m.bytes, 4)); }
+void cmi_answer(const accepted &m) {
+    std::memcpy(m.scratch, m.bytes + wire::cmi_envelope.at("opcode"),
+                view<wire::cmi_envelope>(m.bytes).get<"length">());
+}
 
 void bud_image(const accepted &m) {
     require(bud_image_ntoh(m.bytes, m.scratch) == m.size);
@@ -242,8 +241,9 @@ constexpr more_readers readers[] = {
     {"rib_mcast_route", [](const accepted &m) { show_multicast(m.bytes); }},
     {"rib_topo", topo},
     {"rib_fclrt_info", fclrt_info},
-    {"rib_fcmrt_info", [](const accepted &m) { each(m.bytes + 4, word(m.bytes, 0), 20, show_multicast); }},
-    {"rib_fcurt_info", [](const accepted &m) { each(m.bytes + 8, word(m.bytes, 0), 36, show_unicast); }},
+    {"rib_fcmrt_info",
+     [](const accepted &m) { each(view<wire::fcmrt_info>(m.bytes).list<"route">(), show_multicast); }},
+    {"rib_fcurt_info", [](const accepted &m) { each(view<wire::fcurt_info>(m.bytes).list<"route">(), show_unicast); }},
     {"rib_db_info", db_info},
     {"rib_sys_info", sys_info},
     {"rib_node_info", node},
