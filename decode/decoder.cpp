@@ -1,8 +1,9 @@
 // What is shown of a run of messages, and where it ends.
 #include "decode/decoder.h"
 
-#include "codec/bytes.h"
 #include "codec/messages/forms.h"
+#include "codec/view.h"
+#include "decode/numbers.h"
 #include "decode/walk.h"
 
 #include <algorithm>
@@ -26,8 +27,9 @@ void move_report(rib_check_report &report, uint32_t by) {
 }
 
 const kind *kind_inside(const kind &envelope, std::span<const uint8_t> bytes) {
-    constexpr uint16_t opcode_at = wire::cmi_envelope.at("opcode");
-    return envelope.wire->size > opcode_at ? kind_of_opcode(codec::be32(bytes.data() + opcode_at)) : nullptr;
+    return envelope.wire == &wire::cmi_envelope
+               ? kind_of_opcode(codec::view<wire::cmi_envelope>(bytes.data()).get<"opcode">())
+               : nullptr;
 }
 
 } // namespace
@@ -111,9 +113,7 @@ std::vector<guess> guesses(std::span<const uint8_t> bytes) {
 
 namespace {
 
-void put_word(std::vector<uint8_t> &bytes, size_t at, uint32_t word) {
-    codec::store32<std::endian::big>(bytes.data() + at, word);
-}
+void put_word(std::vector<uint8_t> &bytes, size_t at, uint32_t word) { store_word(bytes.data() + at, word); }
 
 void append_entry(std::vector<uint8_t> &bytes, const shape &s);
 

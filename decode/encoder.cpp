@@ -2,11 +2,11 @@
 // their words.
 #include "decode/encoder.h"
 
-#include "codec/bytes.h"
 #include "codec/messages/forms.h"
 #include "decode/decoder.h"
 #include "decode/encoder_object.h"
 #include "decode/images.h"
+#include "decode/numbers.h"
 
 #include <algorithm>
 #include <charconv>
@@ -285,7 +285,7 @@ void encoder::words(object &o, uint16_t field_number) {
         if (f.size == 0) {
             reserve(at, 4);
         }
-        codec::store32<std::endian::big>(bytes_.data() + at, in_->number(UINT32_MAX));
+        store_word(bytes_.data() + at, in_->number(UINT32_MAX));
     }
     path_.pop_back();
     in_->expect(']');
@@ -389,10 +389,10 @@ void encoder::blocks(object &o, const field &f) {
             }
             const uint32_t index = in_->number(UINT32_MAX);
             reserve(bytes_.size(), 4);
-            codec::store32<std::endian::big>(bytes_.data() + bytes_.size() - 4, index);
+            store_word(bytes_.data() + bytes_.size() - 4, index);
         }
         in_->expect(']');
-        codec::store32<std::endian::big>(bytes_.data() + o.at + f.offset + size_t{4} * k, n);
+        store_word(bytes_.data() + o.at + f.offset + size_t{4} * k, n);
     }
     path_.pop_back();
     in_->expect(']');

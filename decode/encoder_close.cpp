@@ -1,10 +1,10 @@
 // All that was said of an object's numbers is compared: counts with their lists, texts and parts with their words. A
 // number that was left out is what its parts, its text or its list say.
-#include "codec/bytes.h"
 #include "codec/messages/forms.h"
 #include "codec/size.h"
 #include "decode/decoder.h"
 #include "decode/encoder_object.h"
+#include "decode/numbers.h"
 
 namespace ribkit::decode {
 
@@ -119,7 +119,7 @@ void encoder::agree_on_count(object &o, codec::count_of count, uint32_t entries,
         o.seen[f.slot] || (f.text_key && o.seen[f.text_slot]) || (part != f.parts.end() && o.seen[part->slot]);
     const size_t at = o.at + count.at;
     if (!said && is_word) {
-        codec::store32<std::endian::big>(bytes_.data() + at, entries);
+        store_word(bytes_.data() + at, entries);
     } else if (!said) {
         bytes_.data()[at + 1] = static_cast<uint8_t>(entries);
     } else if (const uint32_t number = is_word ? word_at(at) : bytes_.data()[at + 1]; number != entries) {
@@ -200,20 +200,14 @@ std::string encoder::expected_text(object &o, const slot &s) {
 
 void encoder::put_number(const field &f, size_t at, uint32_t number) {
     uint8_t *to = bytes_.data() + at;
-    if (f.size == 4) {
-        codec::store32<std::endian::big>(to, number);
-    } else if (f.size == 2) {
-        codec::store16<std::endian::big>(to, static_cast<uint16_t>(number));
-    } else {
-        *to = static_cast<uint8_t>((*to & ~f.mask) | number);
-    }
+    store_number(to, f.size, f.size == 1 ? (*to & ~uint32_t{f.mask}) | number : number);
 }
 
 uint32_t encoder::number_at(const field &f, size_t at) {
-    const uint8_t *from = bytes_.data() + at;
-    return f.size == 4 ? codec::be32(from) : f.size == 2 ? codec::be16(from) : uint32_t{*from} & f.mask;
+    const uint32_t number = load_number(bytes_.data() + at, f.size);
+    return f.size == 1 ? number & f.mask : number;
 }
 
-uint32_t encoder::word_at(size_t at) { return codec::be32(bytes_.data() + at); }
+uint32_t encoder::word_at(size_t at) { return load_word(bytes_.data() + at); }
 
 } // namespace ribkit::decode

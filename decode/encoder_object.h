@@ -17,8 +17,8 @@ namespace ribkit::decode {
 inline std::string quoted(std::string_view text) {
     constexpr size_t longest = 80;
     const bool cut = text.size() > longest;
-    std::string shown(4 * longest + 5, '"');
-    char *end = put_printable(shown.data() + 1, text.substr(0, longest));
+    std::string shown(4 * longest + 5, '\0');
+    char *end = put_printable(put(shown.data(), "\""), text.substr(0, longest));
     end = put(end, cut ? "...\"" : "\"");
     shown.resize(static_cast<size_t>(end - shown.data()));
     return shown;

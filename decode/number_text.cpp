@@ -1,7 +1,7 @@
 // Numbers and their texts.
 #include "decode/number_text.h"
 
-#include "codec/bytes.h"
+#include "decode/numbers.h"
 #include "diag/compose.h"
 
 #include <array>
@@ -52,7 +52,7 @@ char *put_time(char *to, uint32_t seconds) {
 
 char *put_control(char *to, uint32_t word) {
     std::array<uint8_t, 4> bytes{};
-    codec::store32<std::endian::big>(bytes.data(), word);
+    store_word(bytes.data(), word);
     return to + rib_fclrt_ctrl_to_str(bytes.data(), to);
 }
 
@@ -150,7 +150,7 @@ number_text text_of(const codec::row &r) {
 
 char *put_label_text(char *to, uint32_t word) {
     std::array<uint8_t, 4> bytes{};
-    codec::store32<std::endian::big>(bytes.data(), word);
+    store_word(bytes.data(), word);
     return diag::put_label(to, codec::view<wire::label>(bytes.data()));
 }
 

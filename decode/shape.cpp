@@ -20,16 +20,6 @@ using codec::meaning;
 using codec::row;
 using codec::row_kind;
 
-constexpr row query_key_row(const layout &key, size_t i) {
-    row r = key[i];
-    r.name = r.offset == 8 ? "cursor" : r.name;
-    return r;
-}
-
-/// The label key of a query: its word 8 is the cursor.
-constexpr const layout &query_key_fcl =
-    codec::made_of<wire::verf_fcl, query_key_row, std::make_index_sequence<wire::verf_fcl.rows.size()>>;
-
 bool is_single_word(const layout &l) {
     const row &r = *l.begin();
     return l.rows.size() == 1 && l.size == 4 && (r.kind == row_kind::words || r.kind == row_kind::bytes);
@@ -254,7 +244,7 @@ uint32_t decider_at(oddity odd) {
 
 const layout &key_layout(uint32_t type, bool in_query) {
     const layout &key = wire::key_of(type);
-    return in_query && &key == &wire::verf_fcl ? query_key_fcl : key;
+    return in_query && &key == &wire::verf_fcl ? wire::verf_fcl_query : key;
 }
 
 const layout *body_layout(uint32_t kind) { return kind == 1 ? &wire::in_ha : kind == 2 ? &wire::in_mem : nullptr; }

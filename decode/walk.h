@@ -6,6 +6,7 @@
 #include "codec/messages/forms.h"
 #include "codec/size.h"
 #include "decode/images.h"
+#include "decode/numbers.h"
 #include "decode/shape.h"
 
 #include <span>
@@ -41,13 +42,14 @@ template <class Out> class walk {
 
   private:
     [[nodiscard]] bool there(size_t at, size_t size) const { return at <= end_ && size <= end_ - at; }
-    [[nodiscard]] uint32_t word_at(size_t at) const { return codec::be32(bytes_ + at); }
+    [[nodiscard]] uint32_t word_at(size_t at) const { return load_word(bytes_ + at); }
     [[nodiscard]] uint32_t count_at(codec::count_of count, size_t at) const {
         return codec::read_count<std::endian::big>(count, bytes_ + at);
     }
 
     [[nodiscard]] uint32_t number_at(const field &f, size_t at) const {
-        return f.size == 4 ? word_at(at) : f.size == 2 ? codec::be16(bytes_ + at) : uint32_t{bytes_[at]} & f.mask;
+        const uint32_t number = load_number(bytes_ + at, f.size);
+        return f.size == 1 ? number & f.mask : number;
     }
 
     bool show(const shape &s, const field &f, size_t base, const shown_again *again) {

@@ -113,10 +113,10 @@ void decode_file(const decode_options &options) {
 }
 
 std::string quoted(std::string_view text) {
-    std::string line(6 * text.size() + 2, '"');
-    const char *end = decode::put_escaped(line.data() + 1, text);
-    line.resize(static_cast<size_t>(end - line.data()));
-    return line + '"';
+    std::string line(6 * text.size() + 2, '\0');
+    char *end = decode::put_escaped(decode::put(line.data(), "\""), text);
+    line.resize(static_cast<size_t>(decode::put(end, "\"") - line.data()));
+    return line;
 }
 
 /// A line for each, and an entry of an array for each.
