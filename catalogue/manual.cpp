@@ -1,92 +1,26 @@
-// Rows as lines of tables, and kinds, meanings and counts in words; one chapter for all messages of one layout.
+// Rows as lines of tables, and counts in words; one chapter for all messages of one layout. It is written from the
+// catalogue as others read it, which therefore says all that the manual says.
 #include "catalogue/manual.h"
 
-#include "codec/message.h"
+#include "ribkit_catalogue.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 #include <vector>
-
-using namespace ribkit::codec;
 
 namespace ribkit::catalogue {
 
 namespace {
 
-const char *kind_of(row_kind kind) {
-    switch (kind) {
-    case row_kind::words:
-        return "word";
-    case row_kind::half:
-        return "half";
-    case row_kind::bytes:
-        return "bytes";
-    case row_kind::masked:
-        return "masked";
-    case row_kind::zero:
-        return "zero";
-    case row_kind::gap:
-        return "gap";
-    case row_kind::name:
-        return "name";
-    case row_kind::list:
-        return "list";
-    case row_kind::records:
-        return "records";
-    }
-    return "";
-}
-
-const char *meaning_of(meaning means) {
-    switch (means) {
-    case meaning::plain:
-        return "";
-    case meaning::client:
-        return "client identity";
-    case meaning::operation:
-        return "operation";
-    case meaning::action:
-        return "route action";
-    case meaning::flags:
-        return "route flags";
-    case meaning::vsan:
-        return "VSAN";
-    case meaning::fc_id:
-        return "FC ID";
-    case meaning::fc_mask:
-        return "FC ID mask";
-    case meaning::interface:
-        return "interface index";
-    case meaning::label:
-        return "label stack entry";
-    case meaning::control:
-        return "label control";
-    case meaning::domain:
-        return "domain";
-    case meaning::cost:
-        return "route cost";
-    case meaning::count:
-        return "count";
-    case meaning::time:
-        return "time";
-    case meaning::domains:
-        return "bitmap of domains 0 to 239";
-    case meaning::ports:
-        return "bitmap of ports; its second half is the gap behind it";
-    case meaning::text:
-        return "characters, to the first that is 0";
-    }
-    return "";
-}
-
 /// "bits 31-12 `label`, 8 `bottom`"
-std::string parts_of(const row &r) {
+std::string parts_of(const ribkit_row &r) {
     std::string text;
-    for (const row_part &p : r.parts) {
+    for (const ribkit_part *p : std::span(r.parts, r.n_parts)) {
         text += text.empty() ? "bits " : ", ";
-        text += p.bits == 1 ? "" : std::to_string(p.shift + p.bits - 1) + "-";
-        text += std::to_string(p.shift) + " `" + p.name + "`";
-        text += *p.vocabulary == '\0' ? "" : std::string(" (texts `") + p.vocabulary + "`)";
+        text += p->bits == 1 ? "" : std::to_string(p->shift + p->bits - 1) + "-";
+        text += std::to_string(p->shift) + " `" + p->name + "`";
+        text += p->vocabulary == nullptr ? "" : std::string(" (texts `") + p->vocabulary->name + "`)";
     }
     return text;
 }
@@ -101,10 +35,10 @@ std::string joined(std::initializer_list<std::string> phrases) {
 }
 
 /// What a reader makes of the number.
-std::string reading_of(const row &r) {
-    return joined({meaning_of(r.means), *r.unit == '\0' ? "" : std::string("in ") + r.unit,
+std::string reading_of(const ribkit_row &r) {
+    return joined({r.meaning_text, *r.unit == '\0' ? "" : std::string("in ") + r.unit,
                    r.shown_more == 0 ? "" : "shown counted from 1",
-                   *r.vocabulary == '\0' ? "" : std::string("texts `") + r.vocabulary + "`", parts_of(r)});
+                   r.vocabulary == nullptr ? "" : std::string("texts `") + r.vocabulary->name + "`", parts_of(r)});
 }
 
 std::string hex(uint32_t value) {
@@ -112,98 +46,106 @@ std::string hex(uint32_t value) {
     return {'0', 'x', digits[value >> 4 & 0xf], digits[value & 0xf]};
 }
 
-std::string count_note(const row &r) {
+std::string count_note(const ribkit_row &r) {
     std::string note;
-    if (r.count.where == count_in::constant) {
-        note = std::to_string(r.count.at) + " entries";
+    if (r.count == RIBKIT_COUNT_CONSTANT) {
+        note = std::to_string(r.count_at) + " entries";
     } else {
         note = "as many entries as the ";
-        note += r.count.where == count_in::word ? "word" : "second byte of the word";
-        note += " at " + std::to_string(r.count.at) + " says";
+        note += r.count == RIBKIT_COUNT_WORD ? "word" : "second byte of the word";
+        note += " at " + std::to_string(r.count_at) + " says";
     }
-    if (r.bound != 0 && r.count.where != count_in::constant) {
+    if (r.bound != 0 && r.count != RIBKIT_COUNT_CONSTANT) {
         note += "; room for " + std::to_string(r.bound) + ", the rest zero";
     }
-    if (r.kind == row_kind::records) {
+    if (r.kind == RIBKIT_KIND_RECORDS) {
         note += "; each converted by itself";
     }
     return note;
 }
 
-std::string note_of(const row &r) {
+std::string note_of(const ribkit_row &r) {
     switch (r.kind) {
-    case row_kind::list:
-    case row_kind::records:
+    case RIBKIT_KIND_LIST:
+    case RIBKIT_KIND_RECORDS:
         return count_note(r);
-    case row_kind::masked:
+    case RIBKIT_KIND_MASKED:
         return "only the bits of " + hex(r.mask) + " are carried";
-    case row_kind::zero:
+    case RIBKIT_KIND_ZERO:
         return "written as zero";
-    case row_kind::gap:
+    case RIBKIT_KIND_GAP:
         return joined({"carried by nobody", reading_of(r)});
-    case row_kind::name:
-        return "at most " + std::to_string(r.mask) + " characters, zero-filled";
-    case row_kind::bytes:
+    case RIBKIT_KIND_NAME:
+        return "at most " + std::to_string(r.longest) + " characters, zero-filled";
+    case RIBKIT_KIND_BYTES:
         return joined({"as they stand", reading_of(r)});
     default:
         return reading_of(r);
     }
 }
 
-std::string size_of(const row &r) {
-    if (!is_list(r)) {
+std::string size_of(const ribkit_row &r) {
+    if (r.entry == nullptr) {
         return std::to_string(r.size);
     }
     return r.stride == 0 ? "own size each" : std::to_string(r.stride) + " each";
 }
 
-void print_rows(std::string &text, const layout &l, const std::string &depth, const std::string &path) {
-    for (const row &r : l) {
-        const std::string cells[] = {depth + std::to_string(r.offset), size_of(r), kind_of(r.kind), path + r.name,
-                                     note_of(r)};
+void print_rows(std::string &text, const ribkit_layout &l, const std::string &depth, const std::string &path) {
+    for (const ribkit_row *r : std::span(l.rows, l.n_rows)) {
+        const std::string cells[] = {depth + std::to_string(r->offset), size_of(*r), r->kind_name, path + r->name,
+                                     note_of(*r)};
         for (const std::string &cell : cells) {
             text += "| ";
             text += cell;
             text += ' ';
         }
         text += "|\n";
-        if (r.kind == row_kind::list) {
-            print_rows(text, *r.entry, depth + "+", path + r.name + ".");
+        if (r->kind == RIBKIT_KIND_LIST) {
+            print_rows(text, *r->entry, depth + "+", path + r->name + ".");
         }
     }
 }
+
+using chapter = std::vector<const ribkit_message *>;
 
 /// Messages of one layout are one chapter, in the order of the catalogue.
-std::vector<std::vector<const message *>> chapters() {
-    std::vector<std::vector<const message *>> all;
-    for (const message &m : messages()) {
-        const auto same = std::find_if(all.begin(), all.end(), [&](const auto &c) { return c[0]->wire == m.wire; });
-        if (same != all.end()) {
-            same->push_back(&m);
+std::vector<chapter> chapters(const ribkit_catalogue &all) {
+    std::vector<chapter> found;
+    for (const ribkit_message *m : std::span(all.messages, all.n_messages)) {
+        const auto same =
+            std::find_if(found.begin(), found.end(), [=](const chapter &c) { return c[0]->layout == m->layout; });
+        if (same != found.end()) {
+            same->push_back(m);
         } else {
-            all.push_back({&m});
+            found.push_back({m});
         }
     }
-    return all;
+    return found;
 }
 
-void print_layout(std::string &text, const layout &l, const char *odd, bool open) {
+void print_layout(std::string &text, const ribkit_layout &l, const std::string &odd, bool open) {
     text += "\n\n" + std::to_string(l.size) + " bytes" + (open ? ", and what follows.\n" : ".\n");
     text += "\n| Offset | Bytes | Kind | Field | Meaning |\n| --- | --- | --- | --- | --- |\n";
     print_rows(text, l, "", "");
-    if (odd[0] != '\0') {
-        text += std::string("\n") + odd + "\n";
+    if (!odd.empty()) {
+        text += "\n" + odd + "\n";
     }
 }
 
-void print_chapter(std::string &text, const std::vector<const message *> &chapter) {
+/// Whether its last row is a list without a bound.
+bool is_open(const ribkit_layout &l) {
+    const ribkit_row &last = *l.rows[l.n_rows - 1];
+    return last.entry != nullptr && last.bound == 0;
+}
+
+void print_chapter(std::string &text, const chapter &c) {
     text += "\n##";
-    for (const message *m : chapter) {
-        text += m == chapter[0] ? " " : ", ";
+    for (const ribkit_message *m : c) {
+        text += m == c[0] ? " " : ", ";
         text += m->name;
     }
-    const layout &l = *chapter[0]->wire;
-    print_layout(text, l, chapter[0]->odd, is_open(l.last()) || chapter[0]->odd[0] != '\0');
+    print_layout(text, *c[0]->layout, c[0]->odd, is_open(*c[0]->layout) || c[0]->odd[0] != '\0');
 }
 
 } // namespace
@@ -222,13 +164,13 @@ converters `PREFIX_hton_NAME` and `PREFIX_ntoh_NAME`; the forms at the end have 
 A field that nothing names is called by its kind and offset (`word_16`). Texts of a number are those of the function of that
 name with `_to_str` behind it; `ribkit text NAME` lists them. Bits are counted from 0, the lowest; of bytes, in each byte.
 )";
-    for (const auto &chapter : chapters()) {
-        print_chapter(text, chapter);
+    const ribkit_catalogue &all = *ribkit_catalogue_get();
+    for (const chapter &c : chapters(all)) {
+        print_chapter(text, c);
     }
-    for (const message &f : forms()) {
-        text += "\n## ";
-        text += f.name;
-        print_layout(text, *f.wire, f.odd, false);
+    for (const ribkit_message *f : std::span(all.forms, all.n_forms)) {
+        text += std::string("\n## ") + f->name;
+        print_layout(text, *f->layout, f->odd, false);
     }
     return text;
 }

@@ -92,6 +92,7 @@ inline constexpr row messages[] = {
     message_of<wire::in_info, rib_hton_in_info, rib_ntoh_in_info, rib_check_in_info>(
         "rib_in_info", "Behind the two words a body is carried unchanged: 24 bytes of kind 1, 192 of kind 2, none of "
                        "any other. rib_hton_in_info returns the kind.")
+        .choosing(codec::in_info_body)
         .shown<show_internals>(),
     message_of<wire::reg_info, rib_hton_reg_info, rib_ntoh_reg_info, rib_check_reg_info>("rib_reg_info")
         .shown<show_each<wire::reg_info, "client", rib_show_register>>(),
@@ -103,10 +104,12 @@ inline constexpr row messages[] = {
         "rib_verf_query",
         "The key is a verf_fcl_query where the low half of the type has a bit of "
         "0x1111, else a verf_fcm where it has one of 0x2222, else a verf_fcu; the rest of its room is not touched.")
+        .choosing(codec::verf_query_key)
         .traced<rib_printf_verf_query>(),
     message_of<wire::verf_info, rib_hton_verf_info, rib_ntoh_verf_info, rib_check_verf_info>(
         "rib_verf_info", "n_key keys follow: verf_fcl where the low half of the type has a bit of 0x1111, else "
                          "verf_fcm where it has one of 0x2222, else verf_fcu.")
+        .choosing(codec::verf_info_keys)
         .shown<show_verification>(),
     message_of<wire::fib_update, fib_hton_fcl_update, fib_ntoh_fcl_update, fib_check_fcl_update>("fib_fcl_update"),
     message_of<wire::fib_update, fib_hton_fcm_update, fib_ntoh_fcm_update, fib_check_fcm_update>("fib_fcm_update"),

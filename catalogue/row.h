@@ -49,6 +49,12 @@ struct row : codec::message {
         with.size = Size;
         return with;
     }
+    /// One of its words decides what stands in it.
+    [[nodiscard]] consteval row choosing(const codec::choice &what) const {
+        row with = *this;
+        with.chosen = {&what, 1};
+        return with;
+    }
     template <auto Trace> [[nodiscard]] consteval row traced() const {
         row with = *this;
         with.trace = catalogue::traced<Trace>;

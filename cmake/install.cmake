@@ -1,4 +1,4 @@
-# What a stranger's program builds against: headers, both libraries, a CMake package and pkg-config files.
+# What a stranger's program builds against: headers, the libraries, a CMake package and pkg-config files.
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit)
@@ -7,7 +7,8 @@ set(ribkit_cxx_headers bytes.h layout.h row.h size.h view.h writer.h)
 list(TRANSFORM ribkit_cxx_headers PREPEND ${CMAKE_SOURCE_DIR}/codec/)
 install(FILES ${ribkit_cxx_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit/codec)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/codec/messages DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ribkit/codec)
-install(TARGETS ribkit ribkit_static ribkit_platform ribkit_platform_static EXPORT ribkit-targets)
+install(TARGETS ribkit ribkit_static ribkit_platform ribkit_platform_static ribkit_catalogue_shared ribkit_catalogue_static
+    EXPORT ribkit-targets)
 install(EXPORT ribkit-targets NAMESPACE ribkit:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
 configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ribkit-config.cmake.in ${CMAKE_BINARY_DIR}/ribkit-config.cmake
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
@@ -16,7 +17,7 @@ install(FILES ${CMAKE_BINARY_DIR}/ribkit-config.cmake ${CMAKE_BINARY_DIR}/ribkit
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ribkit)
 # What a program that links the static libraries has to add.
 list(TRANSFORM LIBNATS_LIBRARIES PREPEND " -l" OUTPUT_VARIABLE RIBKIT_NATS_FLAG)
-foreach(file IN ITEMS ribkit.pc ribkit-platform.pc)
+foreach(file IN ITEMS ribkit.pc ribkit-platform.pc ribkit-catalogue.pc)
     configure_file(${CMAKE_SOURCE_DIR}/cmake/${file}.in ${CMAKE_BINARY_DIR}/${file} @ONLY)
     install(FILES ${CMAKE_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()

@@ -3,7 +3,7 @@
 // tests here do, needs no more than this.
 #pragma once
 
-#include "codec/layout.h"
+#include "codec/choices.h"
 #include "rib_check.h"
 
 #include <span>
@@ -20,14 +20,15 @@ struct message {
 
     std::string_view name; ///< the converters' names without "hton_" and "ntoh_": "rib_fcurt"
     const layout *wire;
-    size_t kernel = 0;              ///< the layout's number among all_layouts
-    converter to_network = nullptr; ///< returns what the exported function does, 0 where that returns nothing
-    converter to_host = nullptr;    ///< both are null for a form
-    checker check = nullptr;        ///< of the network form, in which everything below reads the message, too
-    sizer size = nullptr;           ///< records included; null where the layout says all
-    tracer trace = nullptr;         ///< `update` is what a record stands in, and the message itself otherwise
-    display show = nullptr;         ///< clears the header flag once the heads are shown
-    const char *odd = "";           ///< what the layout does not say
+    size_t kernel = 0;                   ///< the layout's number among all_layouts
+    converter to_network = nullptr;      ///< returns what the exported function does, 0 where that returns nothing
+    converter to_host = nullptr;         ///< both are null for a form
+    checker check = nullptr;             ///< of the network form, in which everything below reads the message, too
+    sizer size = nullptr;                ///< records included; null where the layout says all
+    tracer trace = nullptr;              ///< `update` is what a record stands in, and the message itself otherwise
+    display show = nullptr;              ///< clears the header flag once the heads are shown
+    std::span<const choice> chosen = {}; ///< what one of its words decides: one or none
+    const char *odd = "";                ///< what the layout does not say
 };
 
 /// Every message that is converted, in an order that only grows at its end: inputs of fuzzers name it by number.

@@ -7,7 +7,8 @@ install_below() {
     local prefix
     prefix=$(absolute "${1-/usr/local}")
     need "the libraries and the command" "${install_packages[@]}"
-    build release $(without_tests) -- ribkit ribkit_static ribkit_platform ribkit_platform_static ribkit_command
+    build release $(without_tests) -- ribkit ribkit_static ribkit_platform ribkit_platform_static \
+        ribkit_catalogue_shared ribkit_catalogue_static ribkit_command
     scratch=$(mktemp -d)
     stage build/release "$prefix" "$scratch"
     as_owner_of "$prefix" install_files "$scratch" "$prefix"
