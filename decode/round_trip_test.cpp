@@ -128,6 +128,20 @@ bytes cont_image(std::mt19937 &random) {
     return all;
 }
 
+/// Hops one behind the other, each with its labels.
+bytes shown_route(std::mt19937 &random) {
+    bytes all = noise(36, random);
+    const uint32_t hops = random() % 4;
+    put(all, 32, hops);
+    for (uint32_t i = 0; i < hops; ++i) {
+        const uint32_t labels = random() % 4;
+        bytes hop = noise(8 + size_t{4} * labels, random);
+        hop[1] = static_cast<uint8_t>(labels);
+        append(all, hop);
+    }
+    return all;
+}
+
 bytes any_message(const kind &what, std::mt19937 &random) {
     const std::string_view name = what.name;
     if (name == "rib_fcurt_update") {
@@ -135,13 +149,14 @@ bytes any_message(const kind &what, std::mt19937 &random) {
         put(all, 12, random() % 241);
         return all;
     }
-    return name == "rib_fcmrt_update"   ? update(16, 12, "rib_fcmrt", random)
-           : name == "rib_fclrt_update" ? update(16, 12, "rib_fclrt", random)
-           : name == "rib_cmi_request"  ? envelope(116, random)
-           : name == "rib_cmi_answer"   ? envelope(112, random)
-           : name == "bud_image"        ? bud_image(random)
-           : name == "cont_image"       ? cont_image(random)
-           : name == "rib_register" || name == "shown_ucast_route" || name == "module" || name == "in_mem"
+    return name == "rib_fcmrt_update"    ? update(16, 12, "rib_fcmrt", random)
+           : name == "rib_fclrt_update"  ? update(16, 12, "rib_fclrt", random)
+           : name == "rib_cmi_request"   ? envelope(116, random)
+           : name == "rib_cmi_answer"    ? envelope(112, random)
+           : name == "bud_image"         ? bud_image(random)
+           : name == "cont_image"        ? cont_image(random)
+           : name == "shown_ucast_route" ? shown_route(random)
+           : name == "rib_register" || name == "module" || name == "in_mem"
                ? noise(1560, random)
                : witness::random_message(name, witness::order::big, random);
 }

@@ -116,8 +116,14 @@ template <class Out> class walk {
     /// Something where entries end in a list of their own: then they may reach into the next.
     static size_t open_room(const shape &s) { return codec::is_open(s.wire->last()) ? 1 : 0; }
 
+    /// The size of the first field, without which there is nothing of an entry.
+    static size_t first_size(const shape &s) {
+        const field &f = s.fields.front();
+        return f.kind == field_kind::entries ? first_size(*f.entry) : f.kind == field_kind::words ? 4 : f.size;
+    }
+
     bool entry(const field &f, size_t i, size_t at, const shown_again *again) {
-        if (!there(at, 1)) {
+        if (!there(at, first_size(*f.entry))) {
             return false;
         }
         out_.begin_entry(f, i, at);
@@ -165,7 +171,7 @@ template <class Out> class walk {
         case field_kind::payload:
             return payload(f, at, base);
         case field_kind::blocks:
-            return blocks(f, base);
+            return there(base, bud_image.size) && blocks(f, base);
         case field_kind::tail:
             return tail(base);
         default:
@@ -188,7 +194,7 @@ template <class Out> class walk {
         out_.begin_entries(f);
         bool whole = true;
         for (size_t i = 0; i < count && whole; ++i, at += key.size) {
-            whole = there(at, 1);
+            whole = there(at, first_size(key));
             if (whole) {
                 out_.begin_entry(f, i, at);
                 whole = fields(key, at);
@@ -200,7 +206,7 @@ template <class Out> class walk {
     }
 
     bool body(const field &f, size_t at, const codec::layout *l) {
-        return l == nullptr || (there(at, 1) && object(f, at, shape_of(*l)));
+        return l == nullptr || (there(at, first_size(shape_of(*l))) && object(f, at, shape_of(*l)));
     }
 
     bool payload(const field &f, size_t at, size_t base) {

@@ -3,6 +3,7 @@
 #include "testing/golden.h"
 #include "tools/network_bytes.h"
 #include "tools/run_command.h"
+#include "tools/uses.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -186,6 +187,21 @@ TEST(decode, uses_of_our_services_stand_beside_their_words) {
     EXPECT_NE(line.find(R"("word_4":1,"word_4_use":"oper: update","word_8":20,"word_8_use":"vsan",)"),
               std::string::npos)
         << line;
+}
+
+TEST(decode, uses_are_those_that_the_services_go_by) {
+    const auto use = [](const char *message, std::string_view word) {
+        const decode::word_use *found = decode::use_of(message, word);
+        return found == nullptr ? "" : found->use;
+    };
+    EXPECT_STREQ(use("rib_fcurt_rsp", uses::update_answer::result.str()), "result");
+    EXPECT_STREQ(use("rib_fcurt_rsp", uses::update_answer::oper.str()), "oper");
+    EXPECT_STREQ(use("rib_fcurt_rsp", uses::update_answer::vsan.str()), "vsan");
+    EXPECT_STREQ(use("rib_fcurt_rsp", uses::update_answer::accepted.str()), "accepted");
+    EXPECT_STREQ(use("rib_fcurt_rsp", uses::update_answer::held.str()), "held");
+    EXPECT_STREQ(use("rib_fcurt_query", uses::query_start::vsan.str()), "vsan");
+    EXPECT_STREQ(use("rib_fcurt_query", uses::query_start::fcid.str()), "fcid");
+    EXPECT_STREQ(use("rib_fcurt_query", uses::query_start::mask.str()), "mask");
 }
 
 TEST(decode, mistakes_are_one_line_and_exit_2) {

@@ -8,25 +8,28 @@
 #include "tools/network_input.h"
 #include "tools/spool.h"
 
+#include <algorithm>
+
 namespace ribkit::tools {
 
 namespace {
 
-/// Lines of eight words, which `ribkit decode` reads. A message begins a line.
-std::string hexadecimal(std::span<const uint8_t> bytes) {
+/// Writes lines of eight words, which `ribkit decode` reads. A message begins a line.
+void add_hexadecimal(spool &to, std::span<const uint8_t> bytes) {
     constexpr size_t line_size = 32;
-    std::string text;
-    text.reserve(bytes.size() * 9 / 4 + 64);
-    for (size_t at = 0; at < bytes.size(); ++at) {
-        constexpr std::string_view digits = "0123456789abcdef";
-        if (at != 0 && at % 4 == 0) {
-            text += at % line_size == 0 ? '\n' : ' ';
+    std::string line;
+    while (!bytes.empty()) {
+        const auto piece = bytes.first(std::min(bytes.size(), line_size));
+        line.clear();
+        for (size_t at = 0; at < piece.size(); ++at) {
+            constexpr std::string_view digits = "0123456789abcdef";
+            line.append(at != 0 && at % 4 == 0 ? " " : "");
+            line += digits[piece[at] >> 4];
+            line += digits[piece[at] & 0xf];
         }
-        text += digits[bytes[at] >> 4];
-        text += digits[bytes[at] & 0xf];
+        to.add(line += '\n');
+        bytes = bytes.subspan(piece.size());
     }
-    text += '\n';
-    return text;
 }
 
 void encode_file(const encode_options &options) {
@@ -35,8 +38,11 @@ void encode_file(const encode_options &options) {
     spool encoded;
     decode::json_reader json([&](char *to, size_t size) { return input.read(to, size); });
     decode::encoder messages([&](const decode::kind & /*what*/, std::span<const uint8_t> bytes) {
-        encoded.add(options.hex ? hexadecimal(bytes)
-                                : std::string_view(reinterpret_cast<const char *>(bytes.data()), bytes.size()));
+        if (options.hex) {
+            add_hexadecimal(encoded, bytes);
+        } else {
+            encoded.add({reinterpret_cast<const char *>(bytes.data()), bytes.size()});
+        }
     });
     try {
         messages.read(json);

@@ -21,20 +21,22 @@ constexpr size_t most_held = size_t{4} << 20;
 } // namespace
 
 void spool::add(std::string_view text) {
-    held_ += text;
-    if (held_.size() > most_held) {
-        put_aside();
+    if (text.size() <= most_held - held_.size()) {
+        held_ += text;
+        return;
     }
+    put_aside(held_);
+    held_.clear();
+    put_aside(text);
 }
 
-void spool::put_aside() {
+void spool::put_aside(std::string_view text) {
     if (!file_) {
         file_.reset(std::tmpfile());
     }
-    if (!file_ || std::fwrite(held_.data(), 1, held_.size(), file_.get()) != held_.size()) {
+    if (!file_ || std::fwrite(text.data(), 1, text.size(), file_.get()) != text.size()) {
         fail();
     }
-    held_.clear();
 }
 
 void spool::hand_on(const std::function<void(std::string_view)> &take) {

@@ -21,7 +21,7 @@ class spool {
         void operator()(std::FILE *file) const { std::fclose(file); }
     };
 
-    void put_aside();
+    void put_aside(std::string_view text);
 
     std::string held_;
     std::unique_ptr<std::FILE, closer> file_;
