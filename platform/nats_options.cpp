@@ -37,6 +37,11 @@ int unreadable_file() {
 }
 
 // 50 ms, doubled with every attempt, 5 s at most.
+// A connection that nothing comes over, because its server hangs or because memory failed the client library's reader,
+// is made anew within ten seconds.
+constexpr int64_t ping_every = 3000; // milliseconds
+constexpr int most_pings_out = 2;
+
 int64_t pause_before(natsConnection * /*connection*/, int attempts, void * /*closure*/) {
     return std::min<int64_t>(int64_t{50} << std::min(attempts, 7), 5000);
 }
@@ -194,6 +199,8 @@ int set_nats_options(natsOptions *options, const nats_place &place) {
         natsOptions_SetSendAsap(options, true),
         natsOptions_SetTimeout(options, place.server_limit.count()),
         natsOptions_SetMaxReconnect(options, -1),
+        natsOptions_SetPingInterval(options, ping_every),
+        natsOptions_SetMaxPingsOut(options, most_pings_out),
         natsOptions_SetCustomReconnectDelay(options, pause_before, nullptr),
         set_identity(options),
         set_tls(options, place),
