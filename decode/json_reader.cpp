@@ -9,7 +9,7 @@ namespace ribkit::decode {
 namespace {
 
 constexpr size_t longest_string = size_t{1} << 20;
-constexpr size_t longest_kept = size_t{128} << 20;
+constexpr size_t longest_kept = size_t{32} << 20;
 constexpr size_t deepest = 64;
 
 bool is_blank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }

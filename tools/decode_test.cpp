@@ -95,6 +95,28 @@ TEST(decode, bytes_may_be_hexadecimal_raw_or_come_from_standard_input) {
     }
 }
 
+TEST(decode, lines_of_any_length_are_read) {
+    std::string digits;
+    for (int i = 0; i < 400000; ++i) {
+        digits += "0000000200000007";
+    }
+    const std::string sum = run_line("printf '" + std::string("00000002 00000007' | ") +
+                                     RIBKIT_COMMAND " decode vsan | tail -n +2 | md5sum")
+                                .output;
+    for (const std::string &text : {digits, "  " + digits + "\n", "0x" + digits, "00000002\t00000007 " + digits,
+                                    digits + " # " + digits + digits + "\n0000000200000007\n"}) {
+        const input_file file(text);
+        const outcome run =
+            run_line(RIBKIT_COMMAND " decode vsan " + file.path() + " | tail -n 9 | tail -n +2 | md5sum");
+        EXPECT_EQ(run.output, sum) << text.substr(0, 20);
+        const outcome count = run_line(RIBKIT_COMMAND " decode --lines vsan " + file.path() + " | sort -u | wc -l");
+        EXPECT_EQ(count.output, "1\n");
+    }
+    const input_file copies(digits + "*2");
+    EXPECT_EQ(run_command("decode vsan " + copies.path() + " 2>&1 | tail -n 1").output,
+              copies.path() + ":1: a number of more than 1048576 digits has copies\n");
+}
+
 TEST(decode, nothing_is_an_empty_array_or_no_line) {
     EXPECT_EQ(decoded("fcurt /dev/null"), "");
     EXPECT_EQ(decoded("--json fcurt /dev/null"), "[]\n");

@@ -41,6 +41,8 @@ class network_input {
 
   private:
     bool read_part();
+    size_t end_of_lines(size_t looked);
+    void refuse_copies();
     void take_lines(decode::byte_buffer &to, size_t end);
 
     raw_input file_;
@@ -48,6 +50,8 @@ class network_input {
     std::string text_;  ///< read, and not yet taken
     uint32_t line_ = 1; ///< of the first character of the text
     bool ended_ = false;
+    bool in_comment_ = false; ///< of a very long line
+    bool in_number_ = false;  ///< likewise
 };
 
 } // namespace ribkit::tools
