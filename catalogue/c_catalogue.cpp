@@ -91,8 +91,8 @@ template <size_t I> void to_text(uint32_t value, char *text) { diag::vocabularie
 
 /// The converter takes the record's first bytes as they travel.
 void control_to_text(uint32_t value, char *text) {
-    uint8_t record[4];
-    codec::store32<std::endian::big>(record, value);
+    uint8_t record[wire::fclrt_intf.size];
+    codec::writable_view<wire::fclrt_intf>(record).set<"ctrl">(value);
     rib_fclrt_ctrl_to_str(record, text);
 }
 
