@@ -188,12 +188,14 @@ class maker {
     }
 
     void name_slots() {
-        for (uint16_t i = 0; i < made_->fields.size(); ++i) {
+        const auto n_fields = static_cast<uint16_t>(made_->fields.size());
+        for (uint16_t i = 0; i < n_fields; ++i) {
             field &f = made_->fields[i];
             f.slot = name_slot(f.key, {{}, i, slot::role::value});
             f.text_slot = name_slot(f.text_key, {{}, i, slot::role::text});
             name_slot(f.use_key, {{}, i, slot::role::use});
-            for (uint16_t p = 0; p < f.parts.size(); ++p) {
+            const auto n_parts = static_cast<uint16_t>(f.parts.size());
+            for (uint16_t p = 0; p < n_parts; ++p) {
                 f.parts[p].slot = name_slot(f.parts[p].key, {{}, i, slot::role::part, p});
                 name_slot(f.parts[p].text_key, {{}, i, slot::role::part_text, p});
             }
