@@ -117,7 +117,7 @@ TEST_P(hostile_server, answers_nothing_in_the_answer) {
 
 TEST_P(hostile_server, truncates_its_answers) {
     expect_refused([](uint32_t, const byte_vector &, byte_vector answer) {
-        answer.resize(answer.size() - 1);
+        answer.pop_back();
         return answers{answer};
     });
 }
