@@ -1,0 +1,61 @@
+// What an update does, record by record, and at its end.
+#pragma once
+
+#include "rib/table.h"
+
+#include <cstdint>
+
+namespace ribkit::rib {
+
+class state;
+
+/// What an operation asks for: those with response, or by envelope, ask for the same.
+enum class task : uint8_t {
+    none, ///< there is no such operation
+    change,
+    restore,
+    merge,
+    remove,
+    remove_all,
+    suspend,
+    resume,
+    replay,
+    verify,
+    add_version,
+    delete_version
+};
+
+task task_of(uint32_t oper);
+
+/// An update while it is taken: judge() for each record, then, if it begins, take() for each, then end().
+template <class Kind> class update_work {
+  public:
+    update_work(state &on, const update_head &head);
+
+    void judge(const typename Kind::change &one);
+    /// Whether all makes sense, and there is memory to begin.
+    bool begins();
+    void take(const typename Kind::change &one);
+    update_answer end();
+
+  private:
+    void note(uint32_t result);
+    uint32_t judge_head() const;
+    uint32_t take_change(const typename Kind::change &one);
+    uint32_t finish();
+
+    state &on_;
+    const update_head &head_;
+    table<Kind> &table_;
+    task task_;
+    turn turn_;
+    uint32_t records_ = 0;
+    bool begun_ = false;
+    update_answer answer_;
+};
+
+extern template class update_work<unicast>;
+extern template class update_work<multicast>;
+extern template class update_work<label>;
+
+} // namespace ribkit::rib
