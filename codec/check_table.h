@@ -186,11 +186,12 @@ template <const check_table_maker &Made, size_t Chars> struct check_storage {
         plan = {l.size, static_cast<uint16_t>(n_rows), static_cast<uint8_t>(n_lists), 0, odd, is_record_of_words(l)};
         for (size_t run = 0; run < n_runs(l); ++run) {
             const row r = run_of(l, run);
-            if (Made.has_room(r)) {
+            if (check_table_maker::has_room(r)) {
                 rows[n_rows++] = {static_cast<uint16_t>(r.end()), name_at(field_name(r))};
             }
             if (is_counted_list(r)) {
-                const size_t entry = Made.needs_plan(r) ? Made.find(*r.entry) : size_t{check_list::no_plan};
+                const size_t entry =
+                    check_table_maker::needs_plan(r) ? Made.find(*r.entry) : size_t{check_list::no_plan};
                 lists[n_lists++] = {
                     r.count, r.offset, r.stride, r.bound, name_at(holder(l, r.count)), static_cast<uint8_t>(entry)};
                 ++plan.n_lists;
