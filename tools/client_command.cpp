@@ -17,8 +17,8 @@ int run_client(const client_command_options &options) {
     const stop_signals signals;
     fspf_client client(options.bus.url, options.client(progress));
     const stop_call stopping(signals, [&client] { client.close(); });
-    client.start_over(f);
-    fabric_run run(f, client, progress, options.real_time, out);
+    client.start_over();
+    fabric_run run(f, client, progress, options.real_time, [&out](const std::string &line) { out.print_line(line); });
     run.announce_routes();
     out.print_line(head_text(f) + '\n');
     bool played = false;

@@ -2,6 +2,7 @@
 #include "tools/command_line.h"
 
 #include "rib_codes.h"
+#include "tools/base_text.h"
 #include "tools/client_command.h"
 #include "tools/command_output.h"
 #include "tools/decode_command.h"

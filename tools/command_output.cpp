@@ -2,6 +2,7 @@
 // whenever the descriptor below it is led elsewhere.
 #include "tools/command_output.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <cerrno>

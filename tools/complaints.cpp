@@ -2,7 +2,7 @@
 // number of kinds, for a thread that says it when the output is ready, and the counts of a second together.
 #include "tools/complaints.h"
 
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 #include "tools/patient_output.h"
 
 #include <exception>

@@ -2,6 +2,7 @@
 #include "tools/decode_command.h"
 
 #include "decode/decoder.h"
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/message_kinds.h"
 #include "tools/near_names.h"

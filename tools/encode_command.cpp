@@ -3,6 +3,7 @@
 
 #include "decode/decoder.h"
 #include "decode/encoder.h"
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/message_kinds.h"
 #include "tools/network_input.h"

@@ -3,6 +3,7 @@
 
 #include "rib_codes.h"
 #include "ribkit_platform.h"
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Switches are nodes, links are edges. What is special to Graphviz in a name is quoted.
 #include "tools/fabric_dot.h"
 
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 #include "tools/run_text.h"
 
 namespace ribkit::tools {

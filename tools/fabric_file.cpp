@@ -1,6 +1,7 @@
 // From TOML to a fabric: which tables and keys there are. The rules of the fabric itself are those of the model.
 #include "tools/fabric_file.h"
 
+#include "tools/base_text.h"
 #include "tools/duration.h"
 #include "tools/input_error.h"
 #include "tools/input_file.h"

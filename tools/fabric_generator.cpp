@@ -3,8 +3,8 @@
 #include "tools/fabric_generator.h"
 
 #include "rib_codes.h"
+#include "tools/base_text.h"
 #include "tools/fabric.h"
-#include "tools/input_error.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,8 +1,8 @@
 // Generated fabrics are read back by the reader of fabric files.
 #include "tools/fabric_generator.h"
 
+#include "tools/base_text.h"
 #include "tools/fabric_file.h"
-#include "tools/input_error.h"
 #include "tools/spf.h"
 
 #include <gtest/gtest.h>

@@ -25,7 +25,7 @@ void fabric_routes::follow(const fabric &f, const progress &say) {
     lost_.clear();
     size_t done = 0;
     for (topology &t : topologies_) {
-        say(done, topology_of_.size());
+        say(done, all_.size());
         if (t.routes == nullptr ||
             std::any_of(changed.begin(), changed.end(), [&](size_t link) { return is_touched(t, f, link); })) {
             compute(t, f);
@@ -52,7 +52,7 @@ void fabric_routes::find_topologies(const fabric &f) {
             topologies_.push_back({links, {}, {}, {}});
         }
         topologies_[place->second].vsans.push_back(vsan.id);
-        topology_of_[vsan.id] = place->second;
+        all_[vsan.id] = nullptr;
     }
     for (const fabric_link &link : f.links()) {
         links_.push_back({link.up, link.cost});
@@ -89,6 +89,9 @@ void fabric_routes::compute(topology &t, const fabric &f) {
     t.costs = std::move(outcome.costs);
     if (t.routes == nullptr || *t.routes != outcome.routes) {
         t.routes = std::make_shared<const route_table>(std::move(outcome.routes));
+        for (const uint32_t vsan : t.vsans) {
+            all_[vsan] = t.routes;
+        }
     }
 }
 

@@ -31,7 +31,8 @@ class fabric_routes {
     void follow(const fabric &f, const progress &say);
 
     /// The table is never changed: the same address is the same table. Of a VSAN of the fabric.
-    [[nodiscard]] const shared_routes &of(uint32_t vsan) const { return topologies_[topology_of_.at(vsan)].routes; }
+    [[nodiscard]] const shared_routes &of(uint32_t vsan) const { return all_.at(vsan); }
+    [[nodiscard]] const wanted_routes &all() const { return all_; }
 
     /// Routes of all VSANs.
     [[nodiscard]] size_t size() const;
@@ -64,8 +65,8 @@ class fabric_routes {
     void note_lost(const topology &t, const fabric &f, const std::vector<uint32_t> &costs);
 
     std::vector<topology> topologies_;
-    std::map<uint32_t, size_t> topology_of_; ///< by VSAN
-    std::vector<link_state> links_;          ///< as they were when the routes were computed
+    wanted_routes all_;
+    std::vector<link_state> links_; ///< as they were when the routes were computed
     std::vector<unreachable_domains> lost_;
     size_t computations_ = 0;
 };

@@ -1,8 +1,8 @@
 // Events of one moment are one step: the fabric changes, the client follows, and what it cost is recorded.
 #include "tools/fabric_run.h"
 
+#include "tools/base_text.h"
 #include "tools/duration.h"
-#include "tools/input_error.h"
 #include "tools/run_clock.h"
 #include "tools/run_text.h"
 
@@ -20,8 +20,8 @@ double run_record::routes_per_second() const {
     return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
 }
 
-fabric_run::fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, command_output &out)
-    : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), out_(out) {}
+fabric_run::fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, line_taker said)
+    : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), said_(std::move(said)) {}
 
 void fabric_run::play() {
     start_ = run_now();
@@ -70,15 +70,20 @@ void fabric_run::happen(milliseconds at, std::vector<fabric_event> events) {
 }
 
 void fabric_run::step(run_step next) {
+    const auto start = run_now();
+    routes_.follow(fabric_, [this](size_t done, size_t total) { progress_.show("VSANs computed", done, total); });
+    const std::chrono::duration<double> computing = run_now() - start;
     try {
-        next.traffic = client_.converge(fabric_);
+        next.traffic = client_.converge(routes_.all());
+        next.traffic.computing = computing;
     } catch (...) {
         next.traffic = client_.traffic(); // as far as it came
+        next.traffic.computing = computing;
         record(std::move(next));
         throw;
     }
     progress_.clear();
-    next.lost = client_.lost();
+    next.lost = routes_.lost();
     say(joined("  ", traffic_text(next.traffic)));
     if (!next.lost.empty()) {
         say(unreachable_text(fabric_, next.lost));
@@ -90,7 +95,7 @@ void fabric_run::step(run_step next) {
 }
 
 void fabric_run::announce(size_t refused) {
-    const size_t wanted = client_.wanted();
+    const size_t wanted = routes_.size();
     say(refused == 0 ? joined("  the RIB has all ", wanted, wanted == 1 ? " route" : " routes")
                      : joined("  the RIB has refused ", refused, " of ", wanted, " routes"));
 }
@@ -98,18 +103,6 @@ void fabric_run::announce(size_t refused) {
 void fabric_run::record(run_step step) {
     record_.total += step.traffic;
     record_.steps.push_back(std::move(step));
-}
-
-void fabric_run::say(const std::string &line) { out_.print_line(line); }
-
-bool unless_stopped(const std::function<void()> &action) {
-    try {
-        action();
-        return true;
-    } catch (const link_closed &) {
-        std::fputs("ribkit: stopped\n", stderr);
-        return false;
-    }
 }
 
 } // namespace ribkit::tools

@@ -1,8 +1,8 @@
 // A client that follows a fabric through its events.
 #pragma once
 
-#include "tools/command_output.h"
 #include "tools/fabric.h"
+#include "tools/fabric_routes.h"
 #include "tools/fspf_client.h"
 #include "tools/progress.h"
 
@@ -32,10 +32,12 @@ struct run_record {
 
 class fabric_run {
   public:
+    using line_taker = std::function<void(const std::string &line)>;
+
     /// @param progress is cleared before something is said
     /// @param real_time wait until an event is due
-    /// @param out where it is said what happens
-    fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, command_output &out);
+    /// @param said called with every line that says what happens
+    fabric_run(fabric f, fspf_client &client, progress_line &progress, bool real_time, line_taker said);
 
     /// From now on it is also said when all routes of the client are in a RIB that did not have them.
     void announce_routes() { announces_ = true; }
@@ -56,19 +58,17 @@ class fabric_run {
     void step(run_step next);
     void record(run_step step);
     void announce(size_t refused);
-    void say(const std::string &line);
+    void say(const std::string &line) { said_(line); }
 
     fabric fabric_;
+    fabric_routes routes_;
     fspf_client &client_;
     progress_line &progress_;
     bool real_time_;
-    command_output &out_;
+    line_taker said_;
     bool announces_ = false;
     run_record record_;
     std::chrono::steady_clock::time_point start_;
 };
-
-/// Does something that a signal may stop by closing the link. @return false, said on standard error, where it did
-bool unless_stopped(const std::function<void()> &action);
 
 } // namespace ribkit::tools

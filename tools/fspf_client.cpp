@@ -4,7 +4,6 @@
 #include "rib_check.h"
 #include "rib_codes.h"
 #include "rib_trace.h"
-#include "tools/fspf.h"
 #include "tools/route_reader.h"
 #include "tools/run_clock.h"
 
@@ -40,10 +39,10 @@ shared_routes changed(route_table table, std::span<const route_change> changes) 
 fspf_client::fspf_client(const std::string &url, client_options options)
     : link_(url, RIB_CLIENT_FSPF, options.link), options_(std::move(options)) {}
 
-void fspf_client::start_over(const fabric &f) {
-    for (const fabric_vsan &vsan : f.vsans()) {
-        unsure_.insert(vsan.id);
-    }
+void fspf_client::start_over() {
+    accepted_.clear();
+    open_.clear();
+    reads_first_ = true;
 }
 
 bool fspf_client::rib_started(std::chrono::milliseconds limit) {
@@ -56,23 +55,20 @@ bool fspf_client::rib_started(std::chrono::milliseconds limit) {
     return started;
 }
 
-client_traffic fspf_client::converge(const fabric &f) {
+client_traffic fspf_client::converge(const wanted_routes &wanted) {
     traffic_ = {};
     to_send_ = 0;
     const auto start = run_now();
-    routes_.follow(f, [this](size_t done, size_t total) { options_.progress("VSANs computed", done, total); });
-    const auto computed = run_now();
-    traffic_.computing = computed - start;
     const auto finish = [&] {
         const link_traffic carried = link_.take_traffic();
         traffic_.messages = carried.messages;
         traffic_.bytes_sent = carried.bytes_sent;
         traffic_.bytes_received = carried.bytes_received;
-        traffic_.exchanging = run_now() - computed;
+        traffic_.exchanging = run_now() - start;
     };
     try {
         rib_started({});
-        bring_all(f);
+        bring_all(wanted);
         link_.renew_patience(); // for what happens next
     } catch (...) {
         finish();
@@ -83,16 +79,12 @@ client_traffic fspf_client::converge(const fabric &f) {
 }
 
 // A RIB that starts while this goes on has lost what it was sent before: all VSANs have their turn again.
-void fspf_client::bring_all(const fabric &f) {
-    std::set<uint32_t> vsans;
-    for (const fabric_vsan &vsan : f.vsans()) {
-        vsans.insert(vsan.id);
-    }
-    for (auto next = vsans.begin(); next != vsans.end();) {
-        const uint32_t vsan = *next;
+void fspf_client::bring_all(const wanted_routes &wanted) {
+    for (auto next = wanted.begin(); next != wanted.end();) {
+        const auto &[vsan, routes] = *next;
         try {
             ++next;
-            if (!bring(vsan, routes_.of(vsan))) {
+            if (!bring(vsan, routes)) {
                 continue;
             }
             link_.renew_patience();
@@ -103,7 +95,7 @@ void fspf_client::bring_all(const fabric &f) {
             }
             --next;
         }
-        next = rib_started({}) ? vsans.begin() : next;
+        next = rib_started({}) ? wanted.begin() : next;
     }
 }
 
@@ -112,6 +104,9 @@ void fspf_client::bring_all(const fabric &f) {
 bool fspf_client::bring(uint32_t vsan, const shared_routes &wanted) {
     constexpr int most_rounds = 8;
     bool asked = false;
+    if (reads_first_ && !accepted_.contains(vsan)) {
+        unsure_.insert(vsan);
+    }
     for (int round = 1; round <= most_rounds; round++) {
         if (unsure_.contains(vsan)) {
             read(vsan);

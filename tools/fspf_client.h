@@ -4,8 +4,6 @@
 #pragma once
 
 #include "tools/client_traffic.h"
-#include "tools/fabric.h"
-#include "tools/fabric_routes.h"
 #include "tools/rib_link.h"
 #include "tools/route_messages.h"
 #include "tools/routes.h"
@@ -34,25 +32,18 @@ class fspf_client {
     fspf_client(const std::string &url, client_options options);
 
     /// Has what the RIB holds of this client read before anything is sent.
-    void start_over(const fabric &f);
+    void start_over();
 
     /// Looks for the RIB, and waits for it. Throws no_answer where there is none in time, and link_closed.
     void find_rib() { link_.find(); }
 
-    /// Brings the RIB up to date with the fabric, of which only the state and the cost of its links may have changed
-    /// since the last call. What the RIB refuses is reported on standard error and sent again the next time. Where it
-    /// does not answer, it is asked again for as long as the link's patience lasts, which is renewed whenever a VSAN's
-    /// routes are in; throws no_answer after that, and link_closed.
-    client_traffic converge(const fabric &f);
-
-    /// Routes that the RIB should have after the last call to converge.
-    [[nodiscard]] size_t wanted() const { return routes_.size(); }
+    /// Brings the RIB's routes of these VSANs to what is wanted. What the RIB refuses is reported on standard error and
+    /// sent again the next time. Where it does not answer, it is asked again for as long as the link's patience lasts,
+    /// which is renewed whenever a VSAN's routes are in; throws no_answer after that, and link_closed.
+    client_traffic converge(const wanted_routes &wanted);
 
     /// What the last call to converge came to, also where it has thrown.
     [[nodiscard]] const client_traffic &traffic() const { return traffic_; }
-
-    /// Domains that the last call to converge has found to be without a path.
-    [[nodiscard]] const std::vector<unreachable_domains> &lost() const { return routes_.lost(); }
 
     /// Sends one update and awaits the answer. Throws no_answer and link_closed.
     fcurt_response exchange(std::span<uint8_t> update);
@@ -82,7 +73,7 @@ class fspf_client {
         std::span<const route_change> changes;
     };
 
-    void bring_all(const fabric &f);
+    void bring_all(const wanted_routes &wanted);
     bool bring(uint32_t vsan, const shared_routes &wanted);
     const std::vector<route_change> &changes_to(uint32_t vsan, const shared_routes &wanted);
     void send(uint32_t vsan, std::span<const route_change> changes, bool last_round);
@@ -95,10 +86,10 @@ class fspf_client {
 
     rib_link link_;
     client_options options_;
-    fabric_routes routes_;
     std::map<uint32_t, shared_routes> accepted_; ///< by VSAN; null is empty
     std::map<uint32_t, open_changes> open_;      ///< by VSAN, since `accepted_`
     std::set<uint32_t> unsure_;                  ///< VSANs of which it is not known what the RIB has
+    bool reads_first_ = false;                   ///< nor of those that are not in `accepted_`
     difference difference_;                      ///< the last one asked for
     std::vector<uint8_t> room_;                  ///< where messages are written
     client_traffic traffic_;                     ///< of the current call

@@ -3,11 +3,11 @@
 
 #include "rib_codes.h"
 #include "testing/capture.h"
+#include "tools/base_text.h"
 #include "tools/fabric_file.h"
 #include "tools/fabric_generator.h"
 #include "tools/fault_script.h"
 #include "tools/fspf.h"
-#include "tools/input_error.h"
 #include "tools/literal_updates.h"
 #include "tools/rib_service.h"
 

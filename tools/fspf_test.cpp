@@ -3,8 +3,8 @@
 
 #include "rib_codes.h"
 #include "ribkit_platform.h"
+#include "tools/base_text.h"
 #include "tools/fabric_file.h"
-#include "tools/input_error.h"
 
 #include <gtest/gtest.h>
 

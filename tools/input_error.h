@@ -4,7 +4,6 @@
 #include "tools/printable.h"
 
 #include <cstdint>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -20,13 +19,5 @@ struct line_error : std::runtime_error {
 struct input_error : std::runtime_error {
     explicit input_error(const std::string &what) : std::runtime_error(one_line(what)) {}
 };
-
-/// Everything given, one after the other, as text.
-template <typename... Pieces> std::string joined(const Pieces &...pieces) {
-    std::ostringstream stream;
-    stream.exceptions(std::ios::badbit); // or it would leave out what it has no memory for
-    (stream << ... << pieces);
-    return stream.str();
-}
 
 } // namespace ribkit::tools

@@ -1,6 +1,7 @@
 // Input is read whole, up to a limit, so that a mistake can be named by its line.
 #include "tools/input_file.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <array>

@@ -1,6 +1,7 @@
 // RIB and client of one run, and what is printed of it.
 #include "tools/lab.h"
 
+#include "tools/base_text.h"
 #include "tools/command_output.h"
 #include "tools/fabric_run.h"
 #include "tools/input_error.h"
@@ -38,7 +39,7 @@ int run_lab(const lab_options &options) {
                                       !options.bus.faults_file.empty()});
     fspf_client client(options.bus.url, options.client(progress));
     const stop_call stopping(signals, [&client] { client.close(); });
-    fabric_run run(f, client, progress, options.real_time, out);
+    fabric_run run(f, client, progress, options.real_time, [&out](const std::string &line) { out.print_line(line); });
     out.print_line(head_text(f) + '\n');
     const bool played = unless_stopped([&] { run.play(); });
     rib.stop();

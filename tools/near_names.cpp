@@ -1,7 +1,7 @@
 // A name is near when few letters separate it from what was typed.
 #include "tools/near_names.h"
 
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 
 #include <algorithm>
 #include <numeric>

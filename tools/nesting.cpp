@@ -1,6 +1,7 @@
 // A walk over the text that knows just enough of its grammar: where strings and comments begin and end.
 #include "tools/nesting.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // Hexadecimal text is what dumps look like: offsets in front, characters behind, comments, repeated lines.
 #include "tools/network_bytes.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // Hexadecimal text as people and programs write it, and the mistakes in it, by line.
 #include "tools/network_bytes.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // Of text whole lines are taken, or all that is left at the end.
 #include "tools/network_input.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/input_file.h"
 

@@ -2,6 +2,7 @@
 // its reason.
 #include "tools/output_file.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 #include "tools/policy_file.h"
 
 #include "diag/client_rows.h"
+#include "tools/base_text.h"
 #include "tools/near_names.h"
 #include "tools/table_reader.h"
 

@@ -1,6 +1,8 @@
 // A claim as bytes and back, and what follows from one that is heard or answered.
 #include "tools/rib_claim.h"
 
+#include "tools/base_text.h"
+
 #include "codec/writer.h"
 
 #include <chrono>

@@ -5,8 +5,8 @@
 #include "rib_text.h"
 #include "rib_wrap.h"
 #include "ribkit_rib.h"
+#include "tools/base_text.h"
 #include "tools/duration.h"
-#include "tools/input_error.h"
 #include "wrap/cmi_envelope.h"
 
 #include <algorithm>

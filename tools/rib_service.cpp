@@ -5,7 +5,7 @@
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "ribkit_rib.h"
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 #include "tools/rib_link.h"
 #include "tools/route_messages.h"
 

@@ -2,6 +2,7 @@
 #include "tools/route_display.h"
 
 #include "rib_show.h"
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/rib_tables.h"
 #include "tools/route_messages.h"

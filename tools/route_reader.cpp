@@ -4,7 +4,7 @@
 #include "rib_check.h"
 #include "rib_codes.h"
 #include "rib_trace.h"
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 #include "tools/route_messages.h"
 
 namespace ribkit::tools {

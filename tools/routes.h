@@ -50,6 +50,9 @@ using route_table = std::map<destination, route>;
 /// A table that several share, and nobody changes.
 using shared_routes = std::shared_ptr<const route_table>;
 
+/// What a client wants the RIB to have, by VSAN.
+using wanted_routes = std::map<uint32_t, shared_routes>;
+
 struct route_key {
     uint32_t vsan;
     destination to;

@@ -2,9 +2,9 @@
 #include "tools/routes_command.h"
 
 #include "rib_codes.h"
+#include "tools/base_text.h"
 #include "tools/command_output.h"
 #include "tools/duration.h"
-#include "tools/input_error.h"
 #include "tools/route_display.h"
 #include "tools/route_reader.h"
 #include "tools/run_json.h"

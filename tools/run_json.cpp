@@ -3,7 +3,7 @@
 
 #include "rib_codes.h"
 #include "rib_text.h"
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 
 #include <array>
 #include <cmath>

@@ -1,9 +1,11 @@
 // The fabric that is read is cut to what the options choose; what it does not have is named, with what is near.
 #include "tools/run_options.h"
 
+#include "tools/base_text.h"
 #include "tools/fabric_file.h"
 #include "tools/input_error.h"
 #include "tools/near_names.h"
+#include "tools/rib_link.h"
 
 #include <algorithm>
 
@@ -42,6 +44,16 @@ fabric chosen_fabric(const run_options &options) {
         choose_local(f, options.local);
     }
     return f;
+}
+
+bool unless_stopped(const std::function<void()> &action) {
+    try {
+        action();
+        return true;
+    } catch (const link_closed &) {
+        std::fputs("ribkit: stopped\n", stderr);
+        return false;
+    }
 }
 
 } // namespace ribkit::tools

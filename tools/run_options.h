@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ struct run_options {
                 [&progress](const char *what, size_t done, size_t total) { progress.show(what, done, total); }};
     }
 };
+
+/// Does something that a signal may stop by closing the link. @return false, said on standard error, where it did
+bool unless_stopped(const std::function<void()> &action);
 
 /// The fabric of the file, with the VSANs and the local switch that were chosen. Throws an input_error.
 fabric chosen_fabric(const run_options &options);

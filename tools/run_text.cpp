@@ -1,7 +1,7 @@
 // Short lines, made of counts with their nouns.
 #include "tools/run_text.h"
 
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,7 @@
 // Opening: what may be waited for, and what is a mistake of the user's.
 #include "tools/service_handle.h"
 
+#include "tools/base_text.h"
 #include "tools/duration.h"
 #include "tools/input_error.h"
 #include "tools/stop_signals.h"

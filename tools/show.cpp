@@ -1,6 +1,7 @@
 // Records are checked one after the other, and the first that is refused ends the command with its report.
 #include "tools/show.h"
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/input_file.h"
 #include "tools/near_names.h"

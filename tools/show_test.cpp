@@ -7,6 +7,7 @@
 #include "testing/capture.h"
 #include "testing/golden.h"
 #include "testing/guarded.h"
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/run_command.h"
 

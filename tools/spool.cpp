@@ -1,7 +1,7 @@
 // The file is the system's own temporary one: it is gone with the process, however that ends.
 #include "tools/spool.h"
 
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 
 #include <array>
 #include <cerrno>

@@ -2,6 +2,7 @@
 // readers of TOML files include this.
 #pragma once
 
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 #include "tools/text.h"
 
 #include "diag/catalogue.h"
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/near_names.h"
 

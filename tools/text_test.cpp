@@ -3,7 +3,7 @@
 
 #include "diag/catalogue.h"
 #include "testing/golden.h"
-#include "tools/input_error.h"
+#include "tools/base_text.h"
 #include "tools/near_names.h"
 #include "tools/run_command.h"
 

@@ -1,6 +1,7 @@
 // What a user asks a vocabulary: a number, or a text whose numbers are wanted.
 #include "diag/catalogue.h"
 #include "rib_codes.h"
+#include "tools/base_text.h"
 #include "tools/input_error.h"
 #include "tools/near_names.h"
 #include "tools/text.h"

@@ -1,6 +1,7 @@
 // The parser says that something is wrong; the words as they were given say what was meant.
 #include "tools/usage_errors.h"
 
+#include "tools/base_text.h"
 #include "tools/near_names.h"
 
 #include <algorithm>
