@@ -7,7 +7,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 rm -rf "$scratch"
 mkdir -p "$scratch/blocks" "$scratch/tree" "$scratch/bin"
 cp -r "$source/examples" "$scratch/tree"
-ln -s "$build/tools/ribkit" "$scratch/bin/ribkit"
+ln -s "$build/cli/ribkit" "$scratch/bin/ribkit"
 export PATH=$scratch/bin:$PATH:/usr/sbin
 # There ./run lab runs the command that is built already.
 printf '#!/bin/sh\n[ "$1" = lab ] && shift && RIBKIT_FABRIC=examples/fabrics/small.toml exec ribkit lab "$@"\nexit 2\n' \

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-using namespace ribkit::tools;
-
 namespace ribkit::fuzz {
 namespace {
 
@@ -60,7 +58,7 @@ class failing_allocations_between_processes : public ::testing::TestWithParam<tr
     std::pair<ending, words> beside_rib(const std::function<words(const std::string &url)> &arguments,
                                         const failing &memory) {
         const std::string url = next_url();
-        const rib_service healthy(url, {rib_spaces::for_vsans(1)});
+        const ribkit::rib::rib_service healthy(url, {ribkit::rib::rib_spaces::for_vsans(1)});
         const words command = ribkit(arguments(url));
         return {child(command, memory.settings()).end(), command};
     }

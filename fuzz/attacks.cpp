@@ -1,15 +1,15 @@
 // Messages that are cut, stretched, mutilated or of somebody else, sent to a RIB that has to go on.
 #include "fuzz/attacks.h"
 
+#include "bus/rib_link.h"
+#include "bus/service_handle.h"
 #include "codec/bytes.h"
 #include "codec/witness/random_messages.h"
+#include "protocol/route_messages.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
-#include "tools/rib_link.h"
-#include "tools/route_messages.h"
-#include "tools/service_handle.h"
 #include "wrap/cmi_envelope.h"
 
 #include <algorithm>
@@ -17,7 +17,6 @@
 #include <memory>
 
 using namespace ribkit::codec;
-using namespace ribkit::tools;
 
 namespace ribkit::fuzz {
 
@@ -28,18 +27,18 @@ using byte_vector = std::vector<uint8_t>;
 constexpr uint32_t own_vsan = 2;
 
 byte_vector update() {
-    constexpr std::array<next_hop, 2> hops{{{0x01010001, 2}, {0x01010002, 3}}};
-    byte_vector bytes(wire::fcurt_update.size + 2 * fcurt_record_size(hops.size()));
-    const update_writer message(bytes);
+    constexpr std::array<model::next_hop, 2> hops{{{0x01010001, 2}, {0x01010002, 3}}};
+    byte_vector bytes(wire::fcurt_update.size + 2 * protocol::fcurt_record_size(hops.size()));
+    const protocol::update_writer message(bytes);
     message.set<"uuid">(RIB_CLIENT_FSPF).set<"vsan">(own_vsan).set<"oper">(RIB_OPER_UPDATE_RSP);
     for (const uint32_t fcid : {0x630000U, 0x640000U}) {
-        add_route(message, RIB_ACTION_ADD, {fcid, RIB_MASK_DOMAIN}, {500, 0, hops});
+        protocol::add_route(message, RIB_ACTION_ADD, {fcid, RIB_MASK_DOMAIN}, {500, 0, hops});
     }
     return bytes;
 }
 
 byte_vector query() {
-    const auto bytes = write_query(RIB_CLIENT_FSPF, RIBKIT_QUERY_VSAN_ALL, 1000, {own_vsan, {}});
+    const auto bytes = protocol::write_query(RIB_CLIENT_FSPF, RIBKIT_QUERY_VSAN_ALL, 1000, {own_vsan, {}});
     return {bytes.begin(), bytes.end()};
 }
 
@@ -129,14 +128,14 @@ void attacker::send_anything(size_t messages) {
                                               1,
                                               UINT32_MAX,
                                               0x10100};
-    const service_handle handle(url_);
+    const ribkit::bus::service_handle handle(url_);
     for (; messages > 0; messages--) {
         send(handle.number(), opcodes[random_() % opcodes.size()], anything());
     }
 }
 
 void attacker::truncate() {
-    const service_handle handle(url_);
+    const ribkit::bus::service_handle handle(url_);
     for (const auto &[opcode, bytes] : requests()) {
         for (size_t size = 0; size < bytes.size(); size++) {
             send(handle.number(), opcode, {bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(size)});
@@ -145,7 +144,7 @@ void attacker::truncate() {
 }
 
 void attacker::announce_too_much() {
-    const service_handle handle(url_);
+    const ribkit::bus::service_handle handle(url_);
     for (const uint32_t count : {3U, 16U, 17U, 0xffffU, 0x7fffffffU, 0x80000000U, 0xfffffff0U, UINT32_MAX}) {
         for (size_t at = 0; at + 4 <= update().size(); at += 4) {
             byte_vector bytes = update();
@@ -160,7 +159,7 @@ void attacker::announce_too_much() {
 }
 
 void attacker::flood(size_t messages) {
-    const service_handle handle(url_);
+    const ribkit::bus::service_handle handle(url_);
     const byte_vector bytes = query();
     for (; messages > 0; messages--) {
         send(handle.number(), RIBKIT_OPCODE_FCURT_QUERY, bytes);
@@ -169,15 +168,15 @@ void attacker::flood(size_t messages) {
 
 void attacker::come_and_go(size_t times) {
     for (; times > 0; times--) {
-        const service_handle handle(url_);
+        const ribkit::bus::service_handle handle(url_);
         send(handle.number(), RIBKIT_OPCODE_FCURT_UPDATE, update());
     }
 }
 
 void attacker::open_many(size_t handles) {
-    std::vector<std::unique_ptr<service_handle>> all;
+    std::vector<std::unique_ptr<ribkit::bus::service_handle>> all;
     for (; handles > 0; handles--) {
-        all.push_back(std::make_unique<service_handle>(url_));
+        all.push_back(std::make_unique<ribkit::bus::service_handle>(url_));
         send(all.back()->number(), RIBKIT_OPCODE_FCURT_QUERY, query());
     }
 }

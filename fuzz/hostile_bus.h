@@ -3,8 +3,8 @@
 #pragma once
 
 #include "fuzz/child.h"
+#include "rib/service/rib_service.h"
 #include "testing/temporary_directory.h"
-#include "tools/rib_service.h"
 #ifdef RIBKIT_NATS_SERVER
 #include "platform/nats_server.h"
 #endif
@@ -73,7 +73,8 @@ class rib {
   public:
     rib(transport kind, const std::string &url) {
         if (kind == transport::local) {
-            service_ = std::make_unique<tools::rib_service>(url, tools::rib_options{tools::rib_spaces::for_vsans(64)});
+            service_ = std::make_unique<ribkit::rib::rib_service>(
+                url, ribkit::rib::rib_options{ribkit::rib::rib_spaces::for_vsans(64)});
         } else {
             process_ = std::make_unique<child>(
                 std::vector<std::string>{RIBKIT_COMMAND, "rib", "--tables", "none", "--bus", url});
@@ -97,7 +98,7 @@ class rib {
   private:
     static constexpr long most_kilobytes = 400 * 1024;
 
-    std::unique_ptr<tools::rib_service> service_;
+    std::unique_ptr<ribkit::rib::rib_service> service_;
     std::unique_ptr<child> process_;
 };
 

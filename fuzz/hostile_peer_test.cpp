@@ -1,15 +1,15 @@
 // A hostile peer over each transport, and an honest client beside it: all its answers come and are right, the RIB goes
 // on, in bounded memory, and a signal ends it. RIBKIT_ALL=1 lets the attack go on for long.
+#include "bus/rib_link.h"
+#include "clients/route_reader.h"
 #include "fuzz/attacks.h"
 #include "fuzz/hostile_bus.h"
 #include "fuzz/quiet.h"
+#include "protocol/route_messages.h"
 #include "rib_codes.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
-#include "tools/literal_updates.h"
-#include "tools/rib_link.h"
-#include "tools/route_messages.h"
-#include "tools/route_reader.h"
+#include "testing/literal_updates.h"
 
 #include <arpa/inet.h>
 #include <atomic>
@@ -20,8 +20,6 @@
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
-
-using namespace ribkit::tools;
 
 namespace ribkit::fuzz {
 namespace {
@@ -35,13 +33,14 @@ class honest_client {
 
     void work() {
         metric_++;
-        auto message = literal_update({RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, changes()});
+        auto message = testing::literal_update({RIB_CLIENT_FSPF, vsan, RIB_OPER_UPDATE_RSP, changes()});
         const auto answer = link_.ask(RIBKIT_OPCODE_FCURT_UPDATE, message);
         ASSERT_EQ(answer.size(), wire::route_rsp.size);
-        const fcurt_response response = decode_fcurt_response(std::span(answer).first<wire::route_rsp.size>());
+        const protocol::fcurt_response response =
+            protocol::decode_fcurt_response(std::span(answer).first<wire::route_rsp.size>());
         ASSERT_EQ(response.result, RIB_OK);
         ASSERT_EQ(response.accepted, routes);
-        const held_routes held = read_routes(link_, {RIB_CLIENT_FSPF, vsan});
+        const model::held_routes held = clients::read_routes(link_, {RIB_CLIENT_FSPF, vsan});
         ASSERT_EQ(held.size(), routes);
         for (const auto &[key, route] : held) {
             ASSERT_EQ(route.what.metric, metric_);
@@ -52,15 +51,15 @@ class honest_client {
     static constexpr uint32_t vsan = 1;
     static constexpr uint32_t routes = 5;
 
-    [[nodiscard]] std::vector<route_change> changes() const {
-        std::vector<route_change> all;
+    [[nodiscard]] std::vector<model::route_change> changes() const {
+        std::vector<model::route_change> all;
         for (uint32_t domain = 1; domain <= routes; domain++) {
             all.push_back({RIB_ACTION_ADD, {domain << 16, 0xff0000}, {metric_, 0, {{0x01010001, domain}}}});
         }
         return all;
     }
 
-    rib_link link_;
+    ribkit::bus::rib_link link_;
     uint32_t metric_ = 0;
 };
 

@@ -1,20 +1,18 @@
 // A hostile RIB: whatever it answers, the command ends in time with a word about it, or goes on right.
+#include "bus/rib_link.h"
 #include "fuzz/hostile_bus.h"
 #include "fuzz/quiet.h"
 #include "platform/service_fixture.h"
+#include "protocol/route_messages.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
-#include "tools/literal_updates.h"
-#include "tools/rib_link.h"
-#include "tools/route_messages.h"
+#include "testing/literal_updates.h"
 
 #include <algorithm>
 #include <functional>
 #include <random>
 #include <sstream>
 #include <thread>
-
-using namespace ribkit::tools;
 
 namespace ribkit::fuzz {
 namespace {
@@ -59,9 +57,9 @@ class hostile_rib {
         }
     }
 
-    rib_service right_{"local:right", {rib_spaces::for_vsans(4)}};
-    rib_link right_link_{"local:right", RIB_CLIENT_FSPF};
-    service_handle handle_;
+    ribkit::rib::rib_service right_{"local:right", {ribkit::rib::rib_spaces::for_vsans(4)}};
+    ribkit::bus::rib_link right_link_{"local:right", RIB_CLIENT_FSPF};
+    ribkit::bus::service_handle handle_;
     malice what_;
     std::thread thread_;
 };
@@ -138,9 +136,9 @@ answers one_more(uint32_t opcode, const byte_vector &request, const byte_vector 
     if (opcode != RIBKIT_OPCODE_FCURT_QUERY || request.size() != wire::fcurt_query.size) {
         return {answer};
     }
-    const route_key from = start_of(query_view(request.data()));
-    const route_change next{RIB_ACTION_ADD, from.to, {1, 0, {{0x01010001, 1}}}};
-    return {literal_update({RIB_CLIENT_FSPF, from.vsan, RIB_OPER_UPDATE_RSP, {next}})};
+    const model::route_key from = protocol::start_of(protocol::query_view(request.data()));
+    const model::route_change next{RIB_ACTION_ADD, from.to, {1, 0, {{0x01010001, 1}}}};
+    return {testing::literal_update({RIB_CLIENT_FSPF, from.vsan, RIB_OPER_UPDATE_RSP, {next}})};
 }
 
 TEST_P(hostile_server, has_one_more_route_for_ever) { expect_refused(one_more); }

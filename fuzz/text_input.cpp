@@ -1,13 +1,13 @@
 // What people write, handed to its parsers. Whatever it is, it is read or refused in one printable line; anything else
 // ends the program.
+#include "base/duration.h"
+#include "base/input_error.h"
+#include "base/near_names.h"
+#include "cli/messages/network_bytes.h"
 #include "fuzz/inputs.h"
+#include "lab/fabric_file.h"
 #include "platform/fault_script.h"
 #include "ribkit_platform.h"
-#include "tools/duration.h"
-#include "tools/fabric_file.h"
-#include "tools/input_error.h"
-#include "tools/near_names.h"
-#include "tools/network_bytes.h"
 #ifdef RIBKIT_NATS_OPTIONS
 #include "platform/nats_options.h"
 #endif
@@ -18,7 +18,6 @@
 #include <string>
 
 using namespace ribkit;
-using namespace ribkit::tools;
 
 namespace {
 
@@ -28,7 +27,9 @@ void require(bool holds) {
     }
 }
 
-bool is_one_line(std::string_view text) { return !text.empty() && std::none_of(text.begin(), text.end(), is_control); }
+bool is_one_line(std::string_view text) {
+    return !text.empty() && std::none_of(text.begin(), text.end(), base::is_control);
+}
 
 template <typename Parser> int refused_or_read(const Parser &parse) {
     try {
@@ -44,7 +45,7 @@ std::string text_of(const uint8_t *data, size_t size) { return {data, data + siz
 } // namespace
 
 int fabric_input(const uint8_t *data, size_t size) {
-    return refused_or_read([&] { parse_fabric(text_of(data, size), "input"); });
+    return refused_or_read([&] { lab::parse_fabric(text_of(data, size), "input"); });
 }
 
 int faults_input(const uint8_t *data, size_t size) {
@@ -59,16 +60,16 @@ int faults_input(const uint8_t *data, size_t size) {
 
 int bytes_input(const uint8_t *data, size_t size) {
     const std::string text = text_of(data, size);
-    for (const byte_form form : {byte_form::detected, byte_form::hex, byte_form::raw}) {
-        refused_or_read([&] { network_bytes(text, form); });
+    for (const cli::byte_form form : {cli::byte_form::detected, cli::byte_form::hex, cli::byte_form::raw}) {
+        refused_or_read([&] { cli::network_bytes(text, form); });
     }
     return 0;
 }
 
 int words_input(const uint8_t *data, size_t size) {
     const std::string text = text_of(data, size);
-    if (const auto read = parse_duration(text)) {
-        require(parse_duration(duration_text(*read)) == read);
+    if (const auto read = base::parse_duration(text)) {
+        require(base::parse_duration(base::duration_text(*read)) == read);
     }
     uint32_t number = 0;
     if (if_index_parse(text.c_str(), &number) == 0) {
@@ -76,7 +77,7 @@ int words_input(const uint8_t *data, size_t size) {
         sprintf_if_index(name.data(), number);
         require(text.c_str() == std::string(name.data()));
     }
-    no_such_name(text, "KIND", {"fcu", "fcl", "port"}, "--list");
+    base::no_such_name(text, "KIND", {"fcu", "fcl", "port"}, "--list");
 #ifdef RIBKIT_NATS_OPTIONS
     platform::nats_place place;
     if (platform::parse_nats_url(text, place)) {

@@ -17,7 +17,7 @@ bench() {
         finish build/release/*/"${name}_bench" "$server_url"
     done
     [[ " ${names[*]} " != *" codec "* ]] || finish instructions build/release/bench/codec_instructions
-    [[ " ${names[*]} " != *" mem "* ]] || finish instructions build/release/tools/route_instructions
+    [[ " ${names[*]} " != *" mem "* ]] || finish instructions build/release/rib/route_instructions
 }
 
 # instructions PROGRAM: of one conversion, or one route, as callgrind counts them: the figure that repeats. The program lists

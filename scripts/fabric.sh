@@ -1,7 +1,7 @@
 # The ribkit command at work: the lab, and the same as processes.
 
 sample=examples/fabrics/small.toml
-ribkit=build/release/tools/ribkit
+ribkit=build/release/cli/ribkit
 
 # The sample fabric is the one that a lab without FABRIC runs; what is FABRIC and what an option the command knows best.
 lab() {

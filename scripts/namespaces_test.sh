@@ -3,12 +3,13 @@
 set -euo pipefail
 cd "$1"
 
-# namespace_of FOLDER: its name, but for messages, which are named for where they travel, and a bench's peers.
+# namespace_of FOLDER: the name of the room that it is in, but for messages, which are named for where they travel, and
+# for their witnesses.
 namespace_of() {
     case $1 in
         codec/messages) echo wire ;;
-        bench/peers) echo bench ;;
-        *) basename "$1" ;;
+        codec/witness) echo witness ;;
+        *) echo "${1%%/*}" ;;
     esac
 }
 

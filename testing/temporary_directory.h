@@ -1,9 +1,11 @@
-// A directory for the files of one test.
+// Files of one test: a directory for them, or a single one.
 #pragma once
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <string_view>
 
 namespace ribkit::testing {
 
@@ -28,6 +30,18 @@ class temporary_directory {
 
   private:
     std::filesystem::path path_;
+};
+
+/// A file with this content; gone with the object.
+class input_file {
+  public:
+    explicit input_file(std::string_view content) { std::ofstream(path_, std::ios::binary) << content; }
+
+    [[nodiscard]] const std::string &path() const { return path_; }
+
+  private:
+    temporary_directory home_;
+    std::string path_ = home_.file("input");
 };
 
 } // namespace ribkit::testing

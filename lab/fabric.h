@@ -1,0 +1,119 @@
+// A fabric as the lab sees it: switches with their domains, VSANs, links between interfaces, and what happens to the
+// links while the lab runs. What is added is checked against what is there already.
+#pragma once
+
+#include "rib/rib_spaces.h"
+#include "rib/service/rib_policy.h"
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace ribkit::lab {
+
+inline constexpr uint32_t largest_cost = 65535;
+inline constexpr uint32_t default_cost = 500;
+
+struct fabric_vsan {
+    uint32_t id;
+    std::string name; ///< may be empty
+};
+
+struct fabric_switch {
+    std::string name;
+    uint32_t domain;
+    uint32_t line;
+};
+
+/// One end of a link.
+struct fabric_port {
+    size_t owner; ///< index of the switch
+    std::string name;
+    uint32_t if_index;
+};
+
+struct fabric_link {
+    std::array<fabric_port, 2> ends;
+    uint32_t cost;
+    bool up;
+    std::vector<uint32_t> vsans; ///< ids, ascending
+    uint32_t line;
+
+    [[nodiscard]] bool carries(uint32_t vsan) const;
+};
+
+/// A link as it is written down: its ends are "SWITCH INTERFACE"; no VSANs means all.
+struct link_text {
+    std::array<std::string, 2> ends;
+    uint32_t cost = default_cost;
+    bool up = true;
+    std::vector<uint32_t> vsans;
+};
+
+/// At a moment of the run a link goes down, comes up, or costs something else.
+struct fabric_event {
+    std::chrono::milliseconds at;
+    size_t link;
+    std::optional<bool> up;
+    std::optional<uint32_t> cost;
+};
+
+/// Every add_ takes the line where its argument stands, and throws a line_error that says what is wrong with it.
+class fabric {
+  public:
+    std::string name;
+    rib::rib_policy policy; ///< of its RIB
+
+    void add_vsan(fabric_vsan vsan, uint32_t line);
+    void add_switch(const std::string &switch_name, uint32_t domain, uint32_t line);
+    void add_link(const link_text &text, uint32_t line); ///< after the VSANs and switches
+    void add_event(std::chrono::milliseconds at, std::string_view link_end, std::optional<bool> up,
+                   std::optional<uint32_t> cost, uint32_t line); ///< after the links; kept in the order of time
+    void set_local(const std::string &switch_name, uint32_t line);
+
+    /// After the VSANs; what is not given is what they can need at most.
+    void set_spaces(std::optional<uint32_t> positions, std::optional<uint32_t> path_units, uint32_t line);
+
+    [[nodiscard]] bool has_vsan(uint32_t id) const;
+
+    /// Forgets all other VSANs.
+    void keep_vsans(const std::vector<uint32_t> &ids);
+
+    [[nodiscard]] rib::rib_spaces spaces() const;
+    [[nodiscard]] const std::vector<fabric_vsan> &vsans() const { return vsans_; }
+    [[nodiscard]] const std::vector<fabric_switch> &switches() const { return switches_; }
+    [[nodiscard]] const std::vector<fabric_link> &links() const { return links_; }
+    [[nodiscard]] const std::vector<fabric_event> &events() const { return events_; }
+    [[nodiscard]] const fabric_switch &local() const { return switches_[local_]; }
+    [[nodiscard]] size_t local_index() const { return local_; }
+
+    /// The link as it is after the event.
+    void apply(const fabric_event &event);
+
+    [[nodiscard]] std::string port_text(const fabric_port &port) const; ///< "edge-1 fc1/1"
+    [[nodiscard]] std::string link_name(const fabric_link &link) const; ///< "edge-1 fc1/1 - core-1 fc1/2"
+
+  private:
+    [[nodiscard]] fabric_port parse_port(std::string_view text, const char *what, uint32_t line) const;
+    [[nodiscard]] std::vector<uint32_t> checked_vsans(const std::vector<uint32_t> &ids, uint32_t line) const;
+    [[nodiscard]] size_t find_link(std::string_view end, uint32_t line) const;
+
+    std::vector<fabric_vsan> vsans_;
+    std::vector<fabric_switch> switches_;
+    std::vector<fabric_link> links_;
+    std::vector<fabric_event> events_;
+    size_t local_ = 0;
+    std::optional<uint32_t> positions_, path_units_;
+    std::map<std::string, size_t, std::less<>> switch_by_name_;
+    std::map<uint32_t, size_t> switch_by_domain_;
+    std::map<std::pair<size_t, uint32_t>, size_t> link_by_port_; ///< switch and interface index
+};
+
+} // namespace ribkit::lab

@@ -1,0 +1,109 @@
+// Events of one moment are one step: the fabric changes, the client follows, and what it cost is recorded.
+#include "lab/fabric_run.h"
+
+#include "base/duration.h"
+#include "base/text.h"
+#include "bus/run_clock.h"
+#include "lab/run_text.h"
+
+#include <algorithm>
+
+namespace ribkit::lab {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+} // namespace
+
+double run_record::routes_per_second() const {
+    return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
+}
+
+fabric_run::fabric_run(fabric f, clients::fspf_client &client, base::progress_line &progress, bool real_time,
+                       line_taker said)
+    : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), said_(std::move(said)) {}
+
+void fabric_run::play() {
+    start_ = bus::run_now();
+    say("at 0s: the fabric starts");
+    step({});
+    const auto events = fabric_.events();
+    for (auto next = events.begin(); next != events.end();) {
+        const auto later = std::find_if(next, events.end(), [&](const auto &event) { return event.at != next->at; });
+        happen(next->at, {next, later});
+        next = later;
+    }
+}
+
+void fabric_run::stay() {
+    for (;;) {
+        if (client_.rib_started(std::chrono::hours(1))) {
+            start_anew();
+        }
+    }
+}
+
+// The RIB may start anew meanwhile.
+void fabric_run::wait_until(milliseconds at) {
+    for (auto now = bus::run_now(); real_time_ && now < start_ + at; now = bus::run_now()) {
+        const auto left = std::chrono::ceil<milliseconds>(start_ + at - now);
+        if (client_.rib_started(left)) {
+            start_anew();
+        }
+    }
+}
+
+void fabric_run::start_anew() {
+    const auto passed = std::chrono::duration_cast<milliseconds>(bus::run_now() - start_);
+    const auto at = std::max(passed, record_.steps.back().at); // events may have been ahead of the time
+    say(base::joined("at ", base::duration_text(at), ": the RIB is there again"));
+    step({at, {}, {}});
+}
+
+void fabric_run::happen(milliseconds at, std::vector<fabric_event> events) {
+    wait_until(at);
+    for (const fabric_event &event : events) {
+        fabric_.apply(event);
+        say(base::joined("at ", base::duration_text(at), ": ", event_text(fabric_, event)));
+    }
+    step({at, std::move(events), {}});
+}
+
+void fabric_run::step(run_step next) {
+    const auto start = bus::run_now();
+    routes_.follow(fabric_, [this](size_t done, size_t total) { progress_.show("VSANs computed", done, total); });
+    const std::chrono::duration<double> computing = bus::run_now() - start;
+    try {
+        next.traffic = client_.converge(routes_.all());
+        next.traffic.computing = computing;
+    } catch (...) {
+        next.traffic = client_.traffic(); // as far as it came
+        next.traffic.computing = computing;
+        record(std::move(next));
+        throw;
+    }
+    progress_.clear();
+    next.lost = routes_.lost();
+    say(base::joined("  ", traffic_text(next.traffic)));
+    if (!next.lost.empty()) {
+        say(unreachable_text(fabric_, next.lost));
+    }
+    if (announces_ && next.events.empty()) {
+        announce(next.traffic.refused);
+    }
+    record(std::move(next));
+}
+
+void fabric_run::announce(size_t refused) {
+    const size_t wanted = routes_.size();
+    say(refused == 0 ? base::joined("  the RIB has all ", wanted, wanted == 1 ? " route" : " routes")
+                     : base::joined("  the RIB has refused ", refused, " of ", wanted, " routes"));
+}
+
+void fabric_run::record(run_step step) {
+    record_.total += step.traffic;
+    record_.steps.push_back(std::move(step));
+}
+
+} // namespace ribkit::lab

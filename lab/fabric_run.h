@@ -1,0 +1,74 @@
+// A client that follows a fabric through its events.
+#pragma once
+
+#include "base/progress.h"
+#include "clients/fspf_client.h"
+#include "lab/fabric.h"
+#include "lab/fabric_routes.h"
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ribkit::lab {
+
+/// One moment of a run: its events (none at the start, nor where the RIB is there again), and the traffic that they
+/// caused.
+struct run_step {
+    std::chrono::milliseconds at;
+    std::vector<fabric_event> events;
+    clients::client_traffic traffic;
+    std::vector<unreachable_domains> lost{}; ///< domains that became unreachable
+};
+
+struct run_record {
+    std::vector<run_step> steps;
+    clients::client_traffic total;
+
+    [[nodiscard]] double seconds() const { return (total.computing + total.exchanging).count(); }
+    [[nodiscard]] double routes_per_second() const;
+};
+
+class fabric_run {
+  public:
+    using line_taker = std::function<void(const std::string &line)>;
+
+    /// @param progress is cleared before something is said
+    /// @param real_time wait until an event is due
+    /// @param said called with every line that says what happens
+    fabric_run(fabric f, clients::fspf_client &client, base::progress_line &progress, bool real_time, line_taker said);
+
+    /// From now on it is also said when all routes of the client are in a RIB that did not have them.
+    void announce_routes() { announces_ = true; }
+
+    /// All events, one moment after the other. Throws as the client does; what was done until then is on record.
+    void play();
+
+    /// Brings the RIB up to date whenever it is there again, until the client is closed (link_closed).
+    [[noreturn]] void stay();
+
+    [[nodiscard]] const fabric &now() const { return fabric_; }
+    [[nodiscard]] const run_record &record() const { return record_; }
+
+  private:
+    void wait_until(std::chrono::milliseconds at);
+    void happen(std::chrono::milliseconds at, std::vector<fabric_event> events);
+    void start_anew();
+    void step(run_step next);
+    void record(run_step step);
+    void announce(size_t refused);
+    void say(const std::string &line) { said_(line); }
+
+    fabric fabric_;
+    fabric_routes routes_;
+    clients::fspf_client &client_;
+    base::progress_line &progress_;
+    bool real_time_;
+    line_taker said_;
+    bool announces_ = false;
+    run_record record_;
+    std::chrono::steady_clock::time_point start_;
+};
+
+} // namespace ribkit::lab

@@ -1,0 +1,102 @@
+// Unicast routes as the lab's programs hold them, and what changed from one table to the next.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <span>
+#include <tuple>
+#include <vector>
+
+namespace ribkit::model {
+
+struct next_hop {
+    uint32_t if_index;
+    uint32_t domain; ///< of the switch at the other end
+
+    bool operator==(const next_hop &) const = default;
+};
+
+struct route {
+    uint32_t metric = 0;
+    uint32_t flag = 0; ///< RIB_FLAG_...
+    std::vector<next_hop> hops;
+
+    bool operator==(const route &) const = default;
+};
+
+/// What a route says, where its hops stand with somebody else.
+struct route_values {
+    uint32_t metric;
+    uint32_t flag;
+    std::span<const next_hop> hops;
+
+    route_values(uint32_t cost, uint32_t flags, std::span<const next_hop> ways)
+        : metric(cost), flag(flags), hops(ways) {}
+    route_values(const route &what)
+        : metric(what.metric), flag(what.flag), hops(what.hops) {} // NOLINT(google-explicit-constructor)
+};
+
+struct destination {
+    uint32_t fcid;
+    uint32_t mask;
+
+    bool operator==(const destination &) const = default;
+    bool operator<(const destination &other) const { return std::tie(fcid, mask) < std::tie(other.fcid, other.mask); }
+};
+
+using route_table = std::map<destination, route>;
+
+/// A table that several share, and nobody changes.
+using shared_routes = std::shared_ptr<const route_table>;
+
+/// What a client wants the RIB to have, by VSAN.
+using wanted_routes = std::map<uint32_t, shared_routes>;
+
+struct route_key {
+    uint32_t vsan;
+    destination to;
+
+    bool operator==(const route_key &) const = default;
+    bool operator<(const route_key &other) const { return std::tie(vsan, to) < std::tie(other.vsan, other.to); }
+};
+
+/// The next key that a route can have.
+constexpr route_key key_after(const route_key &key) {
+    const auto &[vsan, to] = key;
+    if (to.mask != UINT32_MAX) {
+        return {vsan, {to.fcid, to.mask + 1}};
+    }
+    return to.fcid != UINT32_MAX ? route_key{vsan, {to.fcid + 1, 0}} : route_key{vsan + 1, {0, 0}};
+}
+
+struct held_route {
+    uint32_t uuid; ///< the client that added it
+    route what;
+
+    bool operator==(const held_route &) const = default;
+};
+
+/// The routes of the RIB.
+using held_routes = std::map<route_key, held_route>;
+
+/// One record of an update. A deleted route keeps what it was.
+struct route_change {
+    uint32_t action; ///< RIB_ACTION_...
+    destination to;
+    route what;
+
+    bool operator==(const route_change &) const = default;
+};
+
+/// The fewest changes that make one table of the other: a route that is new or has other hops is added (which
+/// replaces), one with the same hops gets a new flag word or metric, one that is gone is deleted.
+std::vector<route_change> changes_between(const route_table &before, const route_table &after);
+
+/// Brings a table up to date with a change that took effect.
+void apply_change(route_table &table, const route_change &change);
+
+/// Whether the table is as the change would leave it.
+bool has_effect(const route_table &table, const route_change &change);
+
+} // namespace ribkit::model

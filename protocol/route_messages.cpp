@@ -1,0 +1,97 @@
+// Every word is written and read where it stands, in network order.
+#include "protocol/route_messages.h"
+
+#include "codec/messages/sync.h"
+#include "protocol/uses.h"
+
+using namespace ribkit::codec;
+
+namespace ribkit::protocol {
+
+bool add_route(const update_writer &update, uint32_t action, const model::destination &to,
+               const model::route_values &what) {
+    const auto record = update.add<"route">();
+    record.set<"fcid">(to.fcid).set<"mask">(to.mask).set<"action">(action);
+    record.set<"metric">(what.metric).set<"flag">(what.flag);
+    for (const model::next_hop &hop : what.hops) {
+        record.add<"hop">().set<"intf">(hop.if_index).set<"domain">(hop.domain);
+    }
+    if (!update.is_whole()) {
+        update.take_back<"route">(record);
+        return false;
+    }
+    return true;
+}
+
+size_t add_routes(const update_writer &update, std::span<const model::route_change> changes) {
+    size_t added = 0;
+    while (added < changes.size() && add_route(update, changes[added].action, changes[added].to, changes[added].what)) {
+        added++;
+    }
+    return added;
+}
+
+model::destination destination_of(record_view record) {
+    const uint32_t mask = record.get<"mask">();
+    return {record.get<"fcid">() & mask, mask};
+}
+
+model::route route_of(record_view record) {
+    model::route what{record.get<"metric">(), record.get<"flag">(), {}};
+    const auto hops = record.list<"hop">();
+    what.hops.reserve(hops.size());
+    for (const auto hop : hops) {
+        what.hops.push_back({hop.get<"intf">(), hop.get<"domain">()});
+    }
+    return what;
+}
+
+std::array<uint8_t, wire::route_rsp.size> encode(const fcurt_response &response) {
+    using namespace uses::update_answer;
+    std::array<uint8_t, wire::route_rsp.size> bytes;
+    writer<wire::route_rsp>(bytes)
+        .set<result>(response.result)
+        .set<oper>(response.oper)
+        .set<vsan>(response.vsan)
+        .set<accepted>(response.accepted)
+        .set<held>(response.held);
+    return bytes;
+}
+
+fcurt_response decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size> bytes) {
+    using namespace uses::update_answer;
+    const view<wire::route_rsp> response(bytes.data());
+    return {response.get<result>(), response.get<oper>(), response.get<vsan>(), response.get<accepted>(),
+            response.get<held>()};
+}
+
+std::array<uint8_t, wire::fcurt_query.size> write_query(uint32_t uuid, uint32_t type, uint32_t requested,
+                                                        const model::route_key &from) {
+    using namespace uses::query_start;
+    std::array<uint8_t, wire::fcurt_query.size> bytes;
+    const writer<wire::fcurt_query> query(bytes);
+    query.set<"uuid">(uuid).set<"type">(type).set<"requested">(requested);
+    query.set<vsan>(from.vsan).set<fcid>(from.to.fcid).set<mask>(from.to.mask);
+    return bytes;
+}
+
+model::route_key start_of(query_view query) {
+    using namespace uses::query_start;
+    return {query.get<vsan>(), {query.get<fcid>(), query.get<mask>()}};
+}
+
+std::vector<uint8_t> ucast_entry(const model::route_key &key, const model::held_route &held) {
+    const auto &[metric, flag, hops] = held.what;
+    constexpr size_t hop_distance = wire::ucast_route.row_of("hop").stride;
+    std::vector<uint8_t> bytes(wire::ucast_route.size + hop_distance * hops.size() + wire::ucast_hop.size);
+    const writer<wire::ucast_route> entry(bytes);
+    entry.set<"uuid">(held.uuid).set<"vsan">(key.vsan).set<"fcid">(key.to.fcid).set<"mask">(key.to.mask);
+    entry.set<"cost">(metric).set<"flag">(flag);
+    for (const model::next_hop &hop : hops) {
+        const auto way = entry.add<"hop">();
+        way.set<"ctrl", "domain">(hop.domain).set<"intf">(hop.if_index);
+    }
+    return bytes;
+}
+
+} // namespace ribkit::protocol

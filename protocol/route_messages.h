@@ -1,0 +1,67 @@
+// Unicast route messages by the names of their layouts: updates as a client writes them and the RIB reads them, their
+// answers, the queries, and a route as the displays take it.
+#pragma once
+
+#include "codec/messages/query.h"
+#include "codec/messages/route.h"
+#include "codec/writer.h"
+#include "model/routes.h"
+#include "ribkit_rib.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace ribkit::protocol {
+
+// What the C header says in numbers.
+static_assert(RIBKIT_FCURT_UPDATE_SIZE == wire::fcurt_update.size && RIBKIT_FCURT_SIZE == wire::fcurt.size);
+static_assert(RIBKIT_FCURT_HOP_SIZE == wire::fcurt_hop.size && RIBKIT_FCURT_RSP_SIZE == wire::route_rsp.size);
+static_assert(RIBKIT_FCURT_QUERY_SIZE == wire::fcurt_query.size);
+
+constexpr size_t fcurt_record_size(size_t hops) { return wire::fcurt.size + wire::fcurt_hop.size * hops; }
+
+/// Room for one route with all the hops that a path can have.
+inline constexpr size_t smallest_message_limit = wire::fcurt_update.size + fcurt_record_size(RIBKIT_MOST_HOPS);
+
+using update_view = codec::view<wire::fcurt_update>;
+using update_writer = codec::writer<wire::fcurt_update>;
+using record_view = codec::view<wire::fcurt>;
+using query_view = codec::view<wire::fcurt_query>;
+
+/// Adds the route whole, or nothing of it. @return whether there was room
+bool add_route(const update_writer &update, uint32_t action, const model::destination &to,
+               const model::route_values &what);
+
+/// Adds the first of the changes, as many as there is room for. @return how many
+size_t add_routes(const update_writer &update, std::span<const model::route_change> changes);
+
+/// Bits of the address outside of its mask are no part of it.
+model::destination destination_of(record_view record);
+model::route route_of(record_view record);
+
+/// What the RIB answers to an update.
+struct fcurt_response {
+    uint32_t result, oper, vsan, accepted, held; ///< as uses::update_answer
+
+    bool operator==(const fcurt_response &) const = default;
+};
+
+std::array<uint8_t, wire::route_rsp.size> encode(const fcurt_response &response);
+fcurt_response decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size> bytes);
+
+/// A query of the RIB's unicast routes. The answer is an update message with the routes from the key on, all of one
+/// VSAN and one client, each as a route to add; without routes where there are no more.
+/// @param type RIBKIT_QUERY_...
+/// @param requested how many routes at most
+std::array<uint8_t, wire::fcurt_query.size> write_query(uint32_t uuid, uint32_t type, uint32_t requested,
+                                                        const model::route_key &from);
+/// Where a query starts.
+model::route_key start_of(query_view query);
+
+/// The route as an entry of the RIB's tables, which rib_show_fcu displays.
+std::vector<uint8_t> ucast_entry(const model::route_key &key, const model::held_route &held);
+
+} // namespace ribkit::protocol

@@ -1,0 +1,266 @@
+// One message after the other is taken, answered and dropped until the service is stopped. Whatever a message holds, it
+// is answered, in an envelope if it came in one: with a refusal where it cannot be used, or memory fails.
+#include "rib/service/rib_service.h"
+
+#include "base/text.h"
+#include "bus/rib_link.h"
+#include "protocol/route_messages.h"
+#include "rib_codes.h"
+#include "rib_wrap.h"
+#include "ribkit_rib.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+
+namespace ribkit::rib {
+
+namespace {
+
+constexpr uint32_t queue_bound = 64;
+
+std::string text_of(const rib_check_report &why) {
+    std::array<char, 160> text{};
+    rib_check_report_str(&why, text.data(), text.size());
+    return text.data();
+}
+
+std::array<uint8_t, wire::route_rsp.size> refusal(uint32_t result) {
+    return encode(protocol::fcurt_response{result, 0, 0, 0, 0});
+}
+
+constexpr bool lacks_memory(uint32_t result) {
+    return result == RIB_OUT_OF_MEMORY || result == (RIB_PLATFORM_FAILURE | ENOMEM);
+}
+
+std::string sender_of(const qip_ref &ref) {
+    const std::string name = qip_sender_name(&ref);
+    return name.empty() ? base::joined("sender ", qip_sender_get(&ref)) : name;
+}
+
+} // namespace
+
+rib_service::rib_service(const std::string &url, const rib_options &options)
+    : handle_(url, options.patience), policy_(options.policy), binds_names_(!url.starts_with("local:")),
+      gave_way_(options.gave_way),
+      tables_(options.spaces, {options.trace, options.trace || options.memory}, options.policy.quotas),
+      complaints_(options.complaints_to, !options.counts_at_end) {
+    listen(url);
+    if (bus::names_server(url)) {
+        send_claim();
+    }
+    rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0); // what fails is in the debug history
+    thread_ = std::thread([this] { serve(); });
+    qip_step_aside();
+    serving_.wait();
+    if (bus::names_server(url) && !stand_by()) {
+        stop();
+        throw std::runtime_error("another RIB answers at " + bus::shown_url(url));
+    }
+}
+
+void rib_service::listen(const std::string &url) {
+    std::vector<const char *> names;
+    for (const auto &[name, clients] : policy_.who) {
+        names.push_back(name.c_str());
+    }
+    if (qip_listen_to(handle_.number(), &ribkit_rib_address, queue_bound, names.data(),
+                      static_cast<uint32_t>(names.size())) != 0) {
+        throw std::system_error(errno, std::generic_category(), "the RIB cannot listen on " + bus::shown_url(url));
+    }
+}
+
+void rib_service::stop() {
+    {
+        const std::scoped_lock locked(lock_);
+        stopped_ = true;
+        stopping_.notify_all();
+    }
+    handle_.close();
+    if (thread_.joinable()) {
+        qip_step_aside();
+        thread_.join();
+    }
+    complaints_.end();
+}
+
+// A virtual clock knows a thread from its first call on, so that one is made before anybody may ask.
+void rib_service::serve() {
+    bool open = take_one(false);
+    serving_.count_down();
+    while (open) {
+        open = take_one(true);
+    }
+}
+
+/// @return whether the service goes on
+bool rib_service::take_one(bool may_wait) {
+    const uint32_t what = claims_open_.empty() ? QIP_RECV_INCOMING : QIP_RECV_ANYTHING;
+    const qip_recv_opts opts{{what, may_wait ? 0U : 1U}};
+    qip_ref ref{};
+    if (qip_recv(handle_.number(), &ref, &opts) == 0) {
+        failures_ = 0;
+        take(ref);
+        rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &ref);
+    } else if (may_wait) {
+        rest_after(errno);
+    }
+    const std::scoped_lock locked(lock_);
+    return !stopped_;
+}
+
+// What fails again and again would do so for ever: the pauses grow. They are of real time, so that the first failures
+// are without one: under a virtual clock others would have lost their patience.
+void rib_service::rest_after(int error) {
+    constexpr std::chrono::milliseconds longest{250};
+    constexpr uint32_t borne = 16;
+    claims_open_.clear();
+    failures_++;
+    std::unique_lock locked(lock_);
+    if (!stopped_ && failures_ > borne) {
+        complaints_.add("the RIB cannot receive", std::strerror(error));
+        qip_step_aside();
+        stopping_.wait_for(locked, std::min(longest, std::chrono::milliseconds(1U << std::min(failures_ - borne, 8U))),
+                           [this] { return stopped_; });
+    }
+}
+
+// Nothing that a message causes ends the service.
+void rib_service::take(const qip_ref &ref) {
+    const uint32_t opcode = qip_opcode_get(&ref);
+    const bool in_envelope = opcode == RIB_CMI_OPCODE;
+    if (is_answer_to_claim(ref)) {
+        return hear_answer(ref);
+    }
+    answered_++;
+    uint32_t failure = RIB_OK;
+    try {
+        const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&ref));
+        const auto response =
+            in_envelope ? respond_in_envelope(ref) : respond({ref, opcode, {payload, qip_payload_size(&ref)}});
+        if (!response.empty()) {
+            answer(ref, in_envelope, response);
+        }
+        return;
+    } catch (const std::bad_alloc &) {
+        failure = RIB_OUT_OF_MEMORY;
+    } catch (const std::exception &) {
+        failure = RIB_FAILED;
+    }
+    complain(ref, opcode, failure, "");
+    answer(ref, in_envelope, refusal(failure));
+}
+
+// A failure of memory may be over at once; the client would wait in vain.
+void rib_service::answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload) {
+    constexpr int most_tries = 4;
+    const auto wrapper = in_envelope ? rib_wrap_cmi_rsp : rib_wrap_qip_rsp;
+    const auto size = static_cast<uint32_t>(payload.size());
+    int tries = 1;
+    while (lacks_memory(wrapper(handle_.number(), &ref, payload.data(), size)) && tries < most_tries) {
+        tries++;
+    }
+    if (tries == most_tries) {
+        complaints_.add("the RIB cannot answer", std::strerror(ENOMEM));
+    }
+}
+
+rib_service::bytes rib_service::respond_in_envelope(const qip_ref &ref) {
+    const auto *envelope = static_cast<const uint8_t *>(qip_payload_get(&ref));
+    const uint32_t size = qip_payload_size(&ref);
+    rib_check_report why{};
+    if (const uint32_t result = rib_check_cmi_request(envelope, size, &why); result != RIB_OK) {
+        return refuse({ref, RIB_CMI_OPCODE, {}}, result, text_of(why));
+    }
+    uint32_t opcode = 0;
+    uint32_t length = 0;
+    const uint8_t *payload = nullptr;
+    rib_wrap_cmi_recv(envelope, size, &opcode, &payload, &length);
+    return respond({ref, opcode, {payload, length}});
+}
+
+rib_service::bytes rib_service::respond(const request &asked) {
+    switch (asked.opcode) {
+    case RIBKIT_OPCODE_FCURT_UPDATE:
+        return update(asked);
+    case RIBKIT_OPCODE_FCURT_QUERY:
+        return find(asked);
+    case RIBKIT_OPCODE_CLAIM:
+        return hear_claim(asked);
+    case RIBKIT_OPCODE_PROBE:
+        if (asked.payload.empty()) {
+            const auto said = refusal(RIB_NOT_SUPPORTED);
+            return {said.begin(), said.end()};
+        }
+        [[fallthrough]];
+    default:
+        return refuse(asked, RIB_NOT_SUPPORTED, "no such opcode");
+    }
+}
+
+// The answer has its room before anything is changed: what was done is never answered as if it had failed.
+rib_service::bytes rib_service::update(const request &asked) {
+    bytes answer(wire::route_rsp.size);
+    rib_check_report why{};
+    std::string barred;
+    const auto speaks = [&](uint32_t client) {
+        barred = may_speak(asked, client) ? "" : base::joined("it may not use client ", client);
+        return barred.empty();
+    };
+    const protocol::fcurt_response response = tables_.take_update(asked.payload, speaks, &why);
+    if (response.result != RIB_OK) {
+        complain(asked.ref, asked.opcode, response.result,
+                 why.message != nullptr ? text_of(why)
+                 : !barred.empty()      ? barred
+                                   : base::joined("vsan ", response.vsan, ", ", response.accepted, " routes accepted"));
+    }
+    const auto words = encode(response);
+    std::copy(words.begin(), words.end(), answer.begin());
+    return answer;
+}
+
+rib_service::bytes rib_service::find(const request &asked) {
+    rib_check_report why{};
+    const uint32_t result =
+        rib_check_fcurt_query(asked.payload.data(), static_cast<uint32_t>(asked.payload.size()), &why);
+    if (result != RIB_OK) {
+        return refuse(asked, result, text_of(why));
+    }
+    const protocol::query_view query(asked.payload.data());
+    const uint32_t uuid = query.get<"uuid">();
+    const uint32_t type = query.get<"type">();
+    if (!may_speak(asked, uuid)) {
+        return refuse(asked, RIB_BAD_PARAMETERS, base::joined("it may not use client ", uuid));
+    }
+    if (type != RIBKIT_QUERY_ALL && type != RIBKIT_QUERY_VSAN_ALL) {
+        return refuse(asked, RIB_NOT_SUPPORTED, base::joined("type ", type));
+    }
+    return tables_.answer(query);
+}
+
+rib_service::bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why) {
+    complain(asked.ref, asked.opcode, result, why);
+    const auto said = refusal(result);
+    return {said.begin(), said.end()};
+}
+
+void rib_service::complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why) {
+    try {
+        complaints_.add(base::joined("the RIB refuses opcode 0x", std::hex, opcode, std::dec, " from ", sender_of(ref),
+                                     ": ", bus::result_text(result)),
+                        why);
+    } catch (const std::exception &) { // no memory for the text
+        return;
+    }
+}
+
+bool rib_service::may_speak(const request &asked, uint32_t client) const {
+    return !binds_names_ || policy_.allows(qip_sender_name(&asked.ref), client);
+}
+
+} // namespace ribkit::rib

@@ -1,0 +1,106 @@
+// The RIB as a listener on the message bus, on a thread of its own.
+#pragma once
+
+#include "bus/complaints.h"
+#include "bus/service_handle.h"
+#include "rib/rib_tables.h"
+#include "rib/service/rib_claim.h"
+#include "rib/service/rib_policy.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <latch>
+#include <mutex>
+#include <span>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace ribkit::rib {
+
+struct rib_options {
+    rib_spaces spaces{};
+    bool trace = false;                    ///< print a line for every route that moves in the hardware
+    std::chrono::milliseconds patience{0}; ///< how long a server of the bus is waited for
+    bool memory = false;                   ///< print the segments of the hardware whenever they change
+    rib_policy policy{};
+    std::function<void()> gave_way{};  ///< called, on the RIB's thread, when an earlier RIB was found later on
+    bool counts_at_end = false;        ///< complaints are counted until the end, so that runs print the same
+    int complaints_to = STDERR_FILENO; ///< a descriptor
+};
+
+class rib_service {
+  public:
+    /// Listens at the RIB's address of this bus, and notifies its clients. Throws as service_handle does,
+    /// std::bad_alloc, and std::runtime_error where it cannot listen or another RIB is there.
+    explicit rib_service(const std::string &url, const rib_options &options = {});
+    rib_service(const rib_service &) = delete;
+    rib_service &operator=(const rib_service &) = delete;
+    ~rib_service() { stop(); }
+
+    /// Answers no more.
+    void stop();
+
+    /// For reading once the service has stopped.
+    [[nodiscard]] const rib_tables &tables() const { return tables_; }
+    [[nodiscard]] size_t answered() const { return answered_; }
+
+    /// Whether another RIB was there first.
+    [[nodiscard]] bool has_given_way() const { return given_way_; }
+
+  private:
+    struct request {
+        const qip_ref &ref;
+        uint32_t opcode;
+        std::span<const uint8_t> payload;
+    };
+    using bytes = std::vector<uint8_t>;
+
+    void listen(const std::string &url);
+    void serve();
+    bool take_one(bool may_wait);
+    void rest_after(int error);
+    void take(const qip_ref &ref);
+    void answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload);
+    bytes respond_in_envelope(const qip_ref &ref);
+    bytes respond(const request &asked);
+    bytes update(const request &asked);
+    bytes find(const request &asked);
+    bytes refuse(const request &asked, uint32_t result, const std::string &why);
+    void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why);
+    [[nodiscard]] bool may_speak(const request &asked, uint32_t client) const;
+
+    bool stand_by();
+    void send_claim();
+    bytes hear_claim(const request &asked);
+    [[nodiscard]] bool is_answer_to_claim(const qip_ref &ref) const;
+    void hear_answer(const qip_ref &ref);
+    void step(claim_step next);
+    [[nodiscard]] rib_claim claim_now() const;
+
+    bus::service_handle handle_;
+    rib_policy policy_;
+    bool binds_names_; ///< the bus says who sends
+    std::function<void()> gave_way_;
+    rib_tables tables_;
+    bus::complaints complaints_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    rib_claim claim_ = rib_claim::made_now();
+    uint32_t claims_left_ = 16;         ///< to send; whoever can send to the RIB can make it ask again
+    std::vector<uint32_t> claims_open_; ///< tokens of those sent and not answered
+    uint32_t failures_ = 0;             ///< of receiving, one after the other
+    size_t answered_ = 0;
+    std::mutex lock_;
+    std::condition_variable stopping_;
+    bool stopped_ = false;
+    std::atomic<bool> given_way_{false};
+    std::latch serving_{1};
+    std::thread thread_;
+};
+
+} // namespace ribkit::rib

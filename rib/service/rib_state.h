@@ -1,0 +1,19 @@
+// What a RIB holds once it answers no more.
+#pragma once
+
+#include "rib/service/rib_service.h"
+
+#include <cstddef>
+
+namespace ribkit::rib {
+
+struct rib_state {
+    explicit rib_state(const rib_service &stopped)
+        : routes(stopped.tables().routes()), memory(stopped.tables().store().memory()), answered(stopped.answered()) {}
+
+    model::held_routes routes;
+    rib_memory memory;
+    size_t answered; ///< messages
+};
+
+} // namespace ribkit::rib
