@@ -110,6 +110,9 @@ run_cmake() {
         >"$scratch/output" 2>&1 || fail "does not build: $(cat "$scratch/output")"
 }
 
+# A drawing is compared with what it draws elsewhere; here it says of what kind it is.
+run_mermaid() { head -1 "$1" | grep -qE '^(flowchart|sequenceDiagram|stateDiagram)' || fail "is no drawing"; }
+
 # An excerpt stands in its file, but for the layout of its lines.
 run_excerpt() {
     awk '{ gsub(/[ \t]/, "") } NR == FNR { part = part $0; next } { whole = whole $0 } END { exit index(whole, part) == 0 }' \
@@ -121,7 +124,7 @@ run_block() {
     if [[ $language == none ]]; then
         fail "does not say what it is"
     elif [[ $language != text ]] && ! declare -F "run_$language" >/dev/null; then
-        fail "a block is one of sh, console, toml, c, cpp, cmake, text, not '$language'"
+        fail "a block is one of sh, console, toml, c, cpp, cmake, mermaid, text, not '$language'"
     elif [[ $(mark "not run") ]]; then
         echo "$line: not run: $(mark "not run")"
     elif [[ $(mark from) ]]; then
