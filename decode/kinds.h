@@ -20,7 +20,7 @@ struct kind {
     oddity odd = oddity::none;
     const char *what = ""; ///< where the name does not say it
 
-    [[nodiscard]] const shape &fields() const { return shape_of(*wire, odd, name); }
+    [[nodiscard]] const shape &fields() const { return shape_of(*wire, odd); }
     /// Whether the first bytes say how much follows.
     [[nodiscard]] bool is_open() const;
 };

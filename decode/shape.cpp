@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <map>
-#include <tuple>
 #include <utility>
 
 namespace ribkit::decode {
@@ -53,7 +52,7 @@ field_kind kind_of(const row &r) {
 
 class maker {
   public:
-    maker(const layout &l, oddity odd, const char *message) : message_(message) {
+    maker(const layout &l, oddity odd) {
         made_->wire = &l;
         made_->size = l.size;
         made_->odd = odd;
@@ -114,14 +113,14 @@ class maker {
     }
 
     void add_use(field &f) const {
-        f.use = message_ == nullptr ? nullptr : use_of(message_, f.name());
+        f.use = protocol::use_of(*made_->wire, f.name());
         if (f.use != nullptr) {
             f.use_key = json_key(std::string(f.name()) + "_use");
         }
     }
 
-    void add_entry(field &f, const row &r) const {
-        f.entry = &shape_of(*r.entry, oddity::none, message_);
+    static void add_entry(field &f, const row &r) {
+        f.entry = &shape_of(*r.entry);
         const row &first = *r.entry->begin();
         f.labels = first.means == meaning::label;
         f.text = f.kind == field_kind::words ? text_of(first) : number_text();
@@ -210,7 +209,6 @@ class maker {
         return static_cast<uint16_t>(made_->slots.size() - 1);
     }
 
-    const char *message_;
     std::unique_ptr<shape> made_ = std::make_unique<shape>();
 };
 
@@ -251,12 +249,11 @@ const layout &key_layout(uint32_t type, bool in_query) {
 
 const layout *body_layout(uint32_t kind) { return kind == 1 ? &wire::in_ha : kind == 2 ? &wire::in_mem : nullptr; }
 
-const shape &shape_of(const layout &l, oddity odd, const char *message) {
-    static std::map<std::tuple<const layout *, oddity, std::string_view>, std::unique_ptr<shape>> made;
-    const std::string_view name = message == nullptr ? "" : message;
-    auto &kept = made[{&l, odd, name}];
+const shape &shape_of(const layout &l, oddity odd) {
+    static std::map<std::pair<const layout *, oddity>, std::unique_ptr<shape>> made;
+    auto &kept = made[{&l, odd}];
     if (!kept) {
-        kept = maker(l, odd, message).take(); // which makes the shapes of entries, too
+        kept = maker(l, odd).take(); // which makes the shapes of entries, too
     }
     return *kept;
 }

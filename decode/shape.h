@@ -5,7 +5,7 @@
 
 #include "codec/layout.h"
 #include "decode/number_text.h"
-#include "decode/uses.h"
+#include "protocol/uses.h"
 
 #include <memory>
 #include <string>
@@ -76,7 +76,7 @@ struct field {
     json_key key;
     json_key text_key; ///< where it has a text
     json_key use_key;  ///< where our services have a use for it
-    const word_use *use = nullptr;
+    const protocol::word_use *use = nullptr;
     number_text text;
     std::vector<part_field> parts;
     uint16_t slot = 0; ///< of its own key; its text's and its use's where it has them
@@ -130,7 +130,7 @@ const codec::layout &key_layout(uint32_t type, bool in_query);
 /// The layout of a body of that kind; null where there is none.
 const codec::layout *body_layout(uint32_t kind);
 
-/// The shape of a layout, kept from then on. @param message whose words our services use, or null
-const shape &shape_of(const codec::layout &l, oddity odd = oddity::none, const char *message = nullptr);
+/// The shape of a layout, kept from then on.
+const shape &shape_of(const codec::layout &l, oddity odd = oddity::none);
 
 } // namespace ribkit::decode

@@ -47,37 +47,36 @@ model::route route_of(record_view record) {
 }
 
 std::array<uint8_t, wire::route_rsp.size> encode(const fcurt_response &response) {
-    using namespace uses::update_answer;
     std::array<uint8_t, wire::route_rsp.size> bytes;
     writer<wire::route_rsp>(bytes)
-        .set<result>(response.result)
-        .set<oper>(response.oper)
-        .set<vsan>(response.vsan)
-        .set<accepted>(response.accepted)
-        .set<held>(response.held);
+        .set<use<wire::route_rsp, "result">>(response.result)
+        .set<use<wire::route_rsp, "oper">>(response.oper)
+        .set<use<wire::route_rsp, "vsan">>(response.vsan)
+        .set<use<wire::route_rsp, "accepted">>(response.accepted)
+        .set<use<wire::route_rsp, "held">>(response.held);
     return bytes;
 }
 
 fcurt_response decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size> bytes) {
-    using namespace uses::update_answer;
     const view<wire::route_rsp> response(bytes.data());
-    return {response.get<result>(), response.get<oper>(), response.get<vsan>(), response.get<accepted>(),
-            response.get<held>()};
+    return {response.get<use<wire::route_rsp, "result">>(), response.get<use<wire::route_rsp, "oper">>(),
+            response.get<use<wire::route_rsp, "vsan">>(), response.get<use<wire::route_rsp, "accepted">>(),
+            response.get<use<wire::route_rsp, "held">>()};
 }
 
 std::array<uint8_t, wire::fcurt_query.size> write_query(uint32_t uuid, uint32_t type, uint32_t requested,
                                                         const model::route_key &from) {
-    using namespace uses::query_start;
     std::array<uint8_t, wire::fcurt_query.size> bytes;
     const writer<wire::fcurt_query> query(bytes);
     query.set<"uuid">(uuid).set<"type">(type).set<"requested">(requested);
-    query.set<vsan>(from.vsan).set<fcid>(from.to.fcid).set<mask>(from.to.mask);
+    query.set<use<wire::fcurt_query, "vsan">>(from.vsan);
+    query.set<use<wire::fcurt_query, "fcid">>(from.to.fcid).set<use<wire::fcurt_query, "mask">>(from.to.mask);
     return bytes;
 }
 
 model::route_key start_of(query_view query) {
-    using namespace uses::query_start;
-    return {query.get<vsan>(), {query.get<fcid>(), query.get<mask>()}};
+    return {query.get<use<wire::fcurt_query, "vsan">>(),
+            {query.get<use<wire::fcurt_query, "fcid">>(), query.get<use<wire::fcurt_query, "mask">>()}};
 }
 
 std::vector<uint8_t> ucast_entry(const model::route_key &key, const model::held_route &held) {

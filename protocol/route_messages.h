@@ -44,7 +44,7 @@ model::route route_of(record_view record);
 
 /// What the RIB answers to an update.
 struct fcurt_response {
-    uint32_t result, oper, vsan, accepted, held; ///< as uses::update_answer
+    uint32_t result, oper, vsan, accepted, held; ///< as the uses of wire::route_rsp
 
     bool operator==(const fcurt_response &) const = default;
 };

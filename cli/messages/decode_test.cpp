@@ -1,7 +1,6 @@
 // The decode command: every example as it is shown, every way to hand bytes over, and all that can be wrong with them.
 #include "cli/messages/network_bytes.h"
 #include "decode/kinds.h"
-#include "protocol/uses.h"
 #include "testing/golden.h"
 #include "testing/run_command.h"
 
@@ -213,21 +212,6 @@ TEST(decode, uses_of_our_services_stand_beside_their_words) {
     EXPECT_NE(line.find(R"("word_4":1,"word_4_use":"oper: update","word_8":20,"word_8_use":"vsan",)"),
               std::string::npos)
         << line;
-}
-
-TEST(decode, uses_are_those_that_the_services_go_by) {
-    const auto use = [](const char *message, std::string_view word) {
-        const decode::word_use *found = decode::use_of(message, word);
-        return found == nullptr ? "" : found->use;
-    };
-    EXPECT_STREQ(use("rib_fcurt_rsp", protocol::uses::update_answer::result.str()), "result");
-    EXPECT_STREQ(use("rib_fcurt_rsp", protocol::uses::update_answer::oper.str()), "oper");
-    EXPECT_STREQ(use("rib_fcurt_rsp", protocol::uses::update_answer::vsan.str()), "vsan");
-    EXPECT_STREQ(use("rib_fcurt_rsp", protocol::uses::update_answer::accepted.str()), "accepted");
-    EXPECT_STREQ(use("rib_fcurt_rsp", protocol::uses::update_answer::held.str()), "held");
-    EXPECT_STREQ(use("rib_fcurt_query", protocol::uses::query_start::vsan.str()), "vsan");
-    EXPECT_STREQ(use("rib_fcurt_query", protocol::uses::query_start::fcid.str()), "fcid");
-    EXPECT_STREQ(use("rib_fcurt_query", protocol::uses::query_start::mask.str()), "mask");
 }
 
 TEST(decode, mistakes_are_one_line_and_exit_2) {
