@@ -41,6 +41,46 @@ static const struct qip_addr ribkit_modules_address = {RIB_WRAP_NODE_MODULES, RI
 #define RIBKIT_QUERY_ALL UINT32_C(0x1)
 #define RIBKIT_QUERY_VSAN_ALL UINT32_C(0x100)
 
+/*
+ * The other tables and all that the RIB tells of itself. docs/protocol.md has a row for each: what it does, what it
+ * answers, what it causes.
+ */
+
+/** A multicast route update: rib_fcmrt_update with its records of rib_fcmrt; answered with rib_fcmrt_rsp. */
+#define RIBKIT_OPCODE_FCMRT_UPDATE UINT32_C(0x111)
+/** Asks for multicast routes: rib_fcmrt_query, answered with rib_fcmrt_update or rib_fcmrt_info. */
+#define RIBKIT_OPCODE_FCMRT_QUERY UINT32_C(0x112)
+/** A label route update: rib_fclrt_update with its records of rib_fclrt; answered with rib_fclrt_rsp. */
+#define RIBKIT_OPCODE_FCLRT_UPDATE UINT32_C(0x121)
+/** Asks for label routes: rib_fclrt_query, answered with rib_fclrt_update or rib_fclrt_info. */
+#define RIBKIT_OPCODE_FCLRT_QUERY UINT32_C(0x122)
+/** How many routes each VSAN has in each table: rib_db_query, answered with rib_db_info. */
+#define RIBKIT_OPCODE_DB_QUERY UINT32_C(0x131)
+/** Which domains are reached: rib_dm_query, answered with rib_dm_info. */
+#define RIBKIT_OPCODE_DM_QUERY UINT32_C(0x132)
+/** The modules and their ports: rib_sys_query, answered with rib_sys_info. */
+#define RIBKIT_OPCODE_SYS_QUERY UINT32_C(0x133)
+/** The state of the RIB itself: rib_in_query, answered with rib_in_info. */
+#define RIBKIT_OPCODE_IN_QUERY UINT32_C(0x134)
+/** Who has registered: rib_reg_query, answered with rib_reg_info. */
+#define RIBKIT_OPCODE_REG_QUERY UINT32_C(0x135)
+/** A module's record: rib_node_query, answered with rib_node_info. */
+#define RIBKIT_OPCODE_NODE_QUERY UINT32_C(0x136)
+/** Turns a history line for each request on or off: rib_test_query, answered with rib_test_info. */
+#define RIBKIT_OPCODE_TEST_QUERY UINT32_C(0x137)
+/** What a verification found: rib_verf_query, answered with rib_verf_info. */
+#define RIBKIT_OPCODE_VERF_QUERY UINT32_C(0x138)
+/** Compares a table with the modules: rib_verify, answered with the response of the table. */
+#define RIBKIT_OPCODE_VERIFY UINT32_C(0x139)
+/** Registers a client, or says that it is still there: rib_register, answered with rib_fcurt_rsp. */
+#define RIBKIT_OPCODE_REGISTER UINT32_C(0x13a)
+/** The latest changes of a table: rib_sync_query, answered with sync records or rib_sync_info. */
+#define RIBKIT_OPCODE_SYNC_QUERY UINT32_C(0x13b)
+/** States of VSANs: vsan_query, answered with fib_vsan_update. */
+#define RIBKIT_OPCODE_VSAN_QUERY UINT32_C(0x13c)
+/** Which way a flow goes: rib_fib_fcu_lb_query, answered with rib_fib_fcu_lb_rsp. */
+#define RIBKIT_OPCODE_FCU_LB_QUERY UINT32_C(0x13d)
+
 /** Asks whether a RIB is there. Without payload; "not supported" is the answer, of which the RIB says nothing else. */
 #define RIBKIT_OPCODE_PROBE UINT32_C(0)
 
@@ -54,6 +94,17 @@ static const struct qip_addr ribkit_modules_address = {RIB_WRAP_NODE_MODULES, RI
 
 /** A notification without payload, to the listeners and the modules: the RIB has started, with empty tables. */
 #define RIBKIT_OPCODE_STARTED UINT32_C(0x201)
+
+/*
+ * Notifications to the listeners: routes that a client has changed, as an update message of that client, in the order
+ * of the changes. A client registers to be told of what changes.
+ */
+#define RIBKIT_OPCODE_FCURT_NOTE UINT32_C(0x211) /**< rib_fcurt_update */
+#define RIBKIT_OPCODE_FCMRT_NOTE UINT32_C(0x212) /**< rib_fcmrt_update */
+#define RIBKIT_OPCODE_FCLRT_NOTE UINT32_C(0x213) /**< rib_fclrt_update */
+
+/** A client's identity is at most this, so that it fits beside a VSAN into a word of a query. */
+#define RIBKIT_LAST_CLIENT UINT32_C(0xfffff)
 
 /* Sizes in bytes. */
 #define RIBKIT_FCURT_UPDATE_SIZE UINT32_C(980) /**< of rib_fcurt_update without its records */
