@@ -1,6 +1,7 @@
 # ribkit_tests(NAME files... [SERVICES library] [LIBRARIES ...]): one test binary a folder. Natively every test is a ctest
 # entry of its own; under emulation and sanitizers, where a process is dear, the binary is one entry. The services that
-# the core calls are recording fakes unless SERVICES names a library that really offers them.
+# the core calls are recording fakes unless SERVICES names a library that really offers them. What all tests include is
+# compiled once.
 if(RIBKIT_TESTS)
     enable_testing()
     if(CMAKE_CROSSCOMPILING)
@@ -11,6 +12,12 @@ if(RIBKIT_TESTS)
         find_package(GTest REQUIRED)
         include(GoogleTest)
     endif()
+    add_library(ribkit_test_headers OBJECT ${CMAKE_SOURCE_DIR}/testing/headers.cpp)
+    target_precompile_headers(ribkit_test_headers PRIVATE $<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h>>)
+    # As tests, which are programs: else the compiler would not take it.
+    set_target_properties(ribkit_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    target_compile_options(ribkit_test_headers PRIVATE -fPIE)
+    target_link_libraries(ribkit_test_headers PRIVATE ribkit_warnings GTest::gtest)
 endif()
 
 function(ribkit_tests name)
@@ -22,6 +29,7 @@ function(ribkit_tests name)
         set(arg_SERVICES ribkit_fakes)
     endif()
     add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+    target_precompile_headers(${name} REUSE_FROM ribkit_test_headers)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE RIBKIT_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
     target_link_libraries(${name} PRIVATE ribkit_warnings ${arg_LIBRARIES} ribkit_testing

@@ -1,0 +1,2 @@
+// The target that the tests' precompiled headers belong to wants a source.
+#include <gtest/gtest.h>
