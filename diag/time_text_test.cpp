@@ -211,8 +211,8 @@ TEST(ColumnWidth, CutsAndPads) {
     EXPECT_EQ(padded("abcd", 4), "abcd");
     EXPECT_EQ(padded("", 3), "   ");
     EXPECT_EQ(padded("abc", 0), "");
-    EXPECT_EQ(padded("abc", 50), "abc" + std::string(37, ' '));
-    EXPECT_EQ(padded("abc", 40), "abc" + std::string(37, ' '));
+    EXPECT_EQ(padded("abc", 50), std::string("abc").append(37, ' '));
+    EXPECT_EQ(padded("abc", 40), std::string("abc").append(37, ' '));
     EXPECT_EQ(padded(std::string(40, 'y'), 39), std::string(39, 'y'));
     for (int width = 0; width <= 45; ++width) {
         for (size_t length = 0; length <= 40; ++length) {
