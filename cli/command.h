@@ -1,0 +1,37 @@
+// What the command line knows of a command: a row for each, and the two lists of them. CLI11 is seen by few files,
+// since it takes seconds to compile: command_line.cpp and the two that declare the options of a group of commands.
+#pragma once
+
+#include "cli/usage_errors.h"
+
+#include <functional>
+#include <span>
+
+namespace CLI {
+class App;
+}
+
+namespace ribkit::cli {
+
+/// What is done once the command line is understood; returns the exit code.
+using action = std::function<int()>;
+
+struct command {
+    const char *name;
+    const char *description;
+    action (*declare)(CLI::App &app, const words &given);
+    /// Whether it has to have an argument, so that what stands behind `--json` may be meant as that.
+    bool has_own_word;
+    const char *example;
+    const char *failure; ///< when its exit code is 1
+};
+
+inline constexpr const char *output_lost = "the output cannot be written";
+
+/// Fabrics, their RIB and its routes.
+std::span<const command> fabric_commands();
+
+/// Messages, displays and texts.
+std::span<const command> message_commands();
+
+} // namespace ribkit::cli

@@ -1,0 +1,172 @@
+// The options of the commands of fabrics.
+#include "cli/fabrics/client_command.h"
+#include "cli/fabrics/fabric_command.h"
+#include "cli/fabrics/lab.h"
+#include "cli/fabrics/rib_command.h"
+#include "cli/fabrics/routes_command.h"
+#include "cli/options.h"
+#include "lab/fabric.h"
+#include "rib_codes.h"
+
+namespace ribkit::cli {
+namespace {
+
+/// What runs by itself has its partners in other processes.
+const CLI::Validator shared_bus(
+    [](const std::string &url) {
+        return url.starts_with("local:") ? url + " stays in this process, where nobody could reach it" : "";
+    },
+    "");
+
+CLI::Option *add_bus(CLI::App &app, bus_options &bus, const char *url) {
+    bus.url = url;
+    CLI::Option *added = app.add_option("--bus", bus.url,
+                                        "local:[NAME] in this process, unix:DIRECTORY on this machine, "
+                                        "nats://HOST[:PORT][/FABRIC] or tls://... over a server")
+                             ->type_name("URL")
+                             ->capture_default_str();
+    app.add_option("--faults", bus.faults_file, "script of what goes wrong on the bus")
+        ->type_name("FILE")
+        ->check(file_name);
+    add_number(app, "--wait", bus.wait, 0, 86400, "how long a server, the RIB and its answers are waited for, together")
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    return added;
+}
+
+void add_tables(CLI::App &app, std::string &tables) {
+    app.add_option("--tables", tables,
+                   "display the RIB's tables at the end: all, none, or those of one VSAN (auto: all up to 64 routes)")
+        ->type_name("WHICH")
+        ->capture_default_str();
+}
+
+void add_envelopes(CLI::App &app, bool &envelopes) {
+    app.add_flag("--envelopes", envelopes, "send every request in a CMI envelope");
+}
+
+// What is the same for the client of the lab and the one by itself.
+void add_run(CLI::App &app, run_options &options, const words &given) {
+    app.add_option("FABRIC", options.fabric_file, "fabric file, - for standard input")
+        ->required()
+        ->envname("RIBKIT_FABRIC")
+        ->check(file_name);
+    app.add_flag("--trace", options.output.traces, "print every message sent to the RIB");
+    add_output(app, options.output, given);
+    add_number(app, "--message-size", options.message_limit, protocol::smallest_message_limit, size_t{1} << 20,
+               "longest update message in bytes")
+        ->type_name("BYTES")
+        ->capture_default_str();
+    app.add_flag("--real-time", options.real_time, "wait until an event is due");
+    app.add_option("--local", options.local, "compute the routes of this switch, not of the file's local one")
+        ->type_name("SWITCH");
+    add_number(app, "--vsan", options.vsans, 1, RIB_LAST_VSAN, "serve this VSAN only; repeat it for more")
+        ->allow_extra_args(false)
+        ->type_name("VSAN");
+    add_envelopes(app, options.envelopes);
+}
+
+action declare_lab(CLI::App &app, const words &given) {
+    const auto options = std::make_shared<lab_options>();
+    add_run(app, *options, given);
+    add_bus(app, options->bus, "local:");
+    add_tables(app, options->tables);
+    app.add_flag("--memory", options->memory, "display at the end what the RIB's tables are made of");
+    app.add_flag("--check", options->check, "read all that is given, say what the fabric is, and run nothing")
+        ->excludes("--json");
+    return [options] {
+        refuse_beside_json(options->output, {{options->output.traces, "--trace"}, {options->memory, "--memory"}});
+        return run_lab(*options);
+    };
+}
+
+constexpr const char *server_here = "nats://127.0.0.1:4222";
+
+action declare_rib(CLI::App &app, const words &given) {
+    const auto options = std::make_shared<rib_command_options>();
+    app.add_option("FABRIC", options->fabric_file, "fabric file that gives the tables their sizes (64 VSANs without)")
+        ->check(file_name);
+    app.add_option("--who", options->who_file, "file of [[who]] and [[quota]] tables, instead of the fabric file's")
+        ->check(file_name)
+        ->type_name("FILE");
+    app.add_flag("--trace", options->output.traces, "print every route that moves in the hardware");
+    add_bus(app, options->bus, server_here)->check(shared_bus);
+    add_tables(app, options->tables);
+    add_output(app, options->output, given);
+    app.add_flag("--memory", options->memory, "display at the end what the tables are made of");
+    return [options] {
+        refuse_beside_json(options->output, {{options->output.traces, "--trace"}, {options->memory, "--memory"}});
+        return run_rib(*options);
+    };
+}
+
+action declare_client(CLI::App &app, const words &given) {
+    const auto options = std::make_shared<client_command_options>();
+    add_run(app, *options, given);
+    add_bus(app, options->bus, server_here)->check(shared_bus);
+    app.add_flag("--stay", options->stay, "go on after the last event, and bring a RIB that starts anew up to date");
+    return [options] {
+        refuse_beside_json(options->output, {{options->output.traces, "--trace"}});
+        return run_client(*options);
+    };
+}
+
+action declare_routes(CLI::App &app, const words &given) {
+    const auto options = std::make_shared<routes_command_options>();
+    add_bus(app, options->bus, server_here)->check(shared_bus);
+    add_number(app, "--vsan", options->vsan, 1, RIB_LAST_VSAN, "routes of this VSAN only")->type_name("VSAN");
+    add_number(app, "--wait-for", options->least, 0, UINT32_MAX, "wait until the RIB holds so many routes")
+        ->type_name("NUMBER");
+    add_output(app, options->output, given);
+    add_envelopes(app, options->envelopes);
+    return [options] { return run_routes(*options); };
+}
+
+action declare_fabric(CLI::App &app, const words & /*given*/) {
+    const auto options = std::make_shared<fabric_command_options>();
+    lab::fabric_plan &plan = options->plan;
+    CLI::Option *dot = app.add_flag("--dot", options->dot, "draw it, for Graphviz: ribkit fabric --dot | dot -Tsvg");
+    CLI::Option *file = app.add_option("FABRIC", options->fabric_file, "draw this fabric file, - for standard input")
+                            ->check(file_name)
+                            ->needs(dot);
+    const auto count = [&](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
+        file->excludes(add_number(app, name, value, least, most, what)->type_name("N")->capture_default_str());
+    };
+    count("--switches", plan.switches, 2, RIB_LAST_DOMAIN, "how many switches");
+    count("--vsans", plan.vsans, 1, RIB_LAST_VSAN, "how many VSANs");
+    count("--events", plan.events, 0, 10'000, "how many links fail and come back");
+    count("--seed", plan.seed, 0, UINT32_MAX, "draws what is left to chance");
+    const auto shape = std::make_shared<std::string>(lab::shape_name(plan.shape));
+    file->excludes(
+        app.add_option("--shape", *shape, "how they are linked")
+            ->check(CLI::IsMember(std::vector<std::string>(lab::shape_names.begin(), lab::shape_names.end())))
+            ->type_name("SHAPE")
+            ->capture_default_str());
+    add_file(app, options->output);
+    return [options, shape] {
+        options->plan.shape = lab::shape_named(*shape);
+        return run_fabric(*options);
+    };
+}
+
+constexpr command commands[] = {
+    {"lab", "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date", declare_lab, true,
+     "lab --trace examples/fabrics/small.toml",
+     "the RIB refused something or did not answer, or the output cannot be written"},
+    {"rib", "Runs the RIB by itself, for clients in other processes", declare_rib, false,
+     "rib --bus nats://127.0.0.1:4222 examples/fabrics/small.toml",
+     "the bus cannot be opened, another RIB is there, or the output cannot be written"},
+    {"client", "Runs a route client by itself: FSPF computes routes and keeps a RIB elsewhere up to date",
+     declare_client, true, "client --vsan 1 --vsan 20 examples/fabrics/small.toml",
+     "the RIB refused something or did not answer, the client was stopped, or the output cannot be written"},
+    {"routes", "Displays the routes of a RIB that runs", declare_routes, false, "routes --vsan 1 --json",
+     "the RIB did not answer, or the output cannot be written"},
+    {"fabric", "Generates a fabric file, or draws one", declare_fabric, false,
+     "fabric --shape ring --switches 20 --events 5 -o ring.toml", output_lost},
+};
+
+} // namespace
+
+std::span<const command> fabric_commands() { return commands; }
+
+} // namespace ribkit::cli
