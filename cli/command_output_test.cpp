@@ -113,7 +113,7 @@ TEST(command_output, json_in_two_words_is_refused_with_the_spelling) {
     EXPECT_EQ(testing::complaint(std::string("client --json x.json") + small), refused("client"));
     EXPECT_EQ(testing::complaint("rib --json x.json"), refused("rib"));
     EXPECT_EQ(testing::complaint("routes --json x.json"), refused("routes"));
-    EXPECT_EQ(testing::complaint("show --list --json x.json"), refused("show"));
+    EXPECT_EQ(testing::complaint("show fcm --json x.json"), "x.json: cannot be read: No such file or directory\n");
     for (const std::string &arguments :
          {std::string("lab --json -") + small, std::string("lab --json -"), std::string("routes --json -"),
           std::string("rib --json -"), std::string("text --json - rib_uuid 1")}) {

@@ -1,12 +1,9 @@
 // A walk's fields as JSON: indented, or each message on a line of its own.
 #pragma once
 
-#include "decode/escape.h"
 #include "decode/field_text.h"
-#include "decode/output.h"
+#include "decode/json_text.h"
 #include "rib_check.h"
-
-#include <charconv>
 
 namespace ribkit::decode {
 
@@ -18,37 +15,47 @@ enum class json_form : uint8_t {
 
 class json_writer {
   public:
-    json_writer(output &out, json_form form) : out_(out), form_(form) {
+    json_writer(output &out, json_form form) : json_writer(json_text(out, form == json_form::lines), form, false) {}
+
+    /// @param json where the messages stand in a larger document, which goes on once they are finished
+    explicit json_writer(const json_text &json) : json_writer(json, json_form::array, true) {}
+
+  private:
+    json_writer(const json_text &json, json_form form, bool inside)
+        : json_(json), out_(json.out()), form_(form), inside_(inside) {
         if (form == json_form::array) {
-            open('[');
+            json_.open('[');
         }
     }
 
+  public:
     void begin_message(std::string_view name) {
-        begin_value();
-        open('{');
-        member(message_key);
-        text_value(name);
-        member(fields_key);
-        open('{');
+        json_.element();
+        json_.open('{');
+        json_.member(message_key);
+        json_.text(name);
+        json_.member(fields_key);
+        json_.open('{');
     }
     /// @param refused why the message is not whole, or null
     void end_message(const rib_check_report *refused) {
-        close('}');
+        json_.close('}');
         if (refused != nullptr) {
             report(*refused);
         }
-        close('}');
+        json_.close('}');
         if (form_ != json_form::array) {
-            out_.append("\n");
+            json_.end_line();
+            json_.start_anew();
         }
-        first_ = form_ != json_form::array;
     }
     /// Behind the last message.
     void finish() {
         if (form_ == json_form::array) {
-            close(']');
-            out_.append("\n");
+            json_.close(']');
+            if (!inside_) {
+                json_.end_line();
+            }
         }
     }
 
@@ -56,8 +63,8 @@ class json_writer {
         if (bare() && f.counts) {
             return;
         }
-        member(f.key);
-        value(number);
+        json_.member(f.key);
+        json_.number(number);
         if (bare()) {
             return;
         }
@@ -65,12 +72,12 @@ class json_writer {
             text(f.text_key, f.text, number);
         }
         if (f.use_key) {
-            member(f.use_key);
-            quoted([&](char *to) { return put_use(to, f, number); });
+            json_.member(f.use_key);
+            json_.quoted([&](char *to) { return put_use(to, f, number); });
         }
         for (const part_field &p : f.parts) {
-            member(p.key);
-            value(p.of(number));
+            json_.member(p.key);
+            json_.number(p.of(number));
             if (p.text_key) {
                 text(p.text_key, p.text, p.of(number));
             }
@@ -78,72 +85,72 @@ class json_writer {
     }
 
     void address(const field &f, size_t /*at*/, uint32_t number) {
-        member(f.key);
-        quoted([&](char *to) { return put_address(to, number); });
+        json_.member(f.key);
+        json_.quoted([&](char *to) { return put_address(to, number); });
     }
 
     /// @param map the same, or more where a bitmap goes on behind its field
     void digits(const field &f, size_t /*at*/, std::span<const uint8_t> bytes, std::span<const uint8_t> map) {
-        member(f.key);
+        json_.member(f.key);
         digits_value(bytes);
         if (f.text_key && !bare()) {
-            member(f.text_key);
-            quoted([&](char *to) { return put_positions(to, map); });
+            json_.member(f.text_key);
+            json_.quoted([&](char *to) { return put_positions(to, map); });
         }
     }
 
     void name(const field &f, size_t /*at*/, std::span<const uint8_t> bytes) {
         if (!bare()) {
-            member(f.key);
+            json_.member(f.key);
             digits_value(bytes);
         }
-        member(f.text_key);
-        quoted([&](char *to) { return put_escaped(to, name_in(bytes)); });
+        json_.member(f.text_key);
+        json_.quoted([&](char *to) { return put_escaped(to, name_in(bytes)); });
     }
 
     void begin_words(const field &f) {
-        member(f.key);
+        json_.member(f.key);
         out_.append("[");
     }
     void item(const field & /*f*/, size_t i, size_t /*at*/, uint32_t word) {
         char *to = out_.room();
-        to = i == 0 ? to : put(to, form_ == json_form::lines ? "," : ", ");
+        to = i == 0 ? to : put(to, json_.is_tight() ? "," : ", ");
         out_.commit(std::to_chars(to, to + 10, word).ptr);
     }
     void end_words() { out_.append("]"); }
 
     void begin_entries(const field &f) {
-        member(f.key);
-        open('[');
+        json_.member(f.key);
+        json_.open('[');
     }
     void begin_entry(const field & /*f*/, size_t /*i*/, size_t /*at*/) {
-        begin_value();
-        open('{');
+        json_.element();
+        json_.open('{');
     }
-    void end_entry() { close('}'); }
-    void end_entries() { close(']'); }
+    void end_entry() { json_.close('}'); }
+    void end_entries() { json_.close(']'); }
 
     void begin_object(const field &f, size_t /*at*/) {
-        member(f.key);
-        open('{');
+        json_.member(f.key);
+        json_.open('{');
     }
-    void end_object() { close('}'); }
+    void end_object() { json_.close('}'); }
 
     void begin_carried(const field &f, size_t at, const char *message) {
         begin_object(f, at);
-        member(message_key);
-        text_value(message);
-        member(fields_key);
-        open('{');
+        json_.member(message_key);
+        json_.text(message);
+        json_.member(fields_key);
+        json_.open('{');
     }
     void end_carried() {
-        close('}');
-        close('}');
+        json_.close('}');
+        json_.close('}');
     }
 
     void begin_blocks(const field &f) { begin_entries(f); }
     void begin_block(const field & /*f*/, size_t /*k*/) {
-        begin_value();
+        json_.element();
         out_.append("[");
     }
     void block(const field &f, size_t /*k*/, size_t i, size_t at, uint32_t index) { item(f, i, at, index); }
@@ -152,9 +159,9 @@ class json_writer {
 
     /// Bytes that the layout does not carry.
     void rest(size_t offset, size_t /*at*/, std::span<const uint8_t> bytes) {
-        begin_value();
+        json_.element();
         char *to = put(out_.room(), "\"bytes_");
-        to = put(std::to_chars(to, to + 10, offset).ptr, form_ == json_form::lines ? "\":" : "\": ");
+        to = put(std::to_chars(to, to + 10, offset).ptr, json_.is_tight() ? "\":" : "\": ");
         out_.commit(to);
         digits_value(bytes);
     }
@@ -165,42 +172,6 @@ class json_writer {
 
     [[nodiscard]] bool bare() const { return form_ == json_form::bare; }
 
-    char *put_line(char *to) const {
-        constexpr std::string_view blanks = "                                        ";
-        *to++ = '\n';
-        return put(to, blanks.substr(0, 2 * depth_));
-    }
-
-    char *put_separator(char *to) {
-        if (!first_) {
-            *to++ = ',';
-        }
-        first_ = false;
-        return form_ == json_form::lines || depth_ == 0 ? to : put_line(to);
-    }
-
-    void begin_value() { out_.commit(put_separator(out_.room())); }
-
-    void member(const json_key &key) {
-        out_.commit(put(put_separator(out_.room()), form_ == json_form::lines ? key.tight() : key.spaced()));
-    }
-
-    void value(uint32_t number) {
-        char *to = out_.room();
-        out_.commit(std::to_chars(to, to + 10, number).ptr);
-    }
-
-    template <class Put> void quoted(const Put &put_text) {
-        char *to = out_.room();
-        *to++ = '"';
-        to = put_text(to);
-        *to++ = '"';
-        out_.commit(to);
-    }
-    void text_value(std::string_view text) {
-        quoted([&](char *to) { return put_escaped(to, text); });
-    }
-
     /// A text that the number may not have. Names of interfaces are the platform's: only they need to be looked at.
     void text(const json_key &key, const number_text &text, uint32_t number) {
         char room[number_text::room];
@@ -208,8 +179,8 @@ class json_writer {
         if (found.empty()) {
             return;
         }
-        member(key);
-        quoted([&](char *to) {
+        json_.member(key);
+        json_.quoted([&](char *to) {
             return text.from == number_text::source::interface ? put_escaped(to, found) : put(to, found);
         });
     }
@@ -224,39 +195,25 @@ class json_writer {
         out_.append("\"");
     }
 
-    void open(char bracket) {
-        out_.append({&bracket, 1});
-        ++depth_;
-        first_ = true;
-    }
-    void close(char bracket) {
-        --depth_;
-        char *to = out_.room();
-        to = first_ || form_ == json_form::lines ? to : put_line(to);
-        *to++ = bracket;
-        out_.commit(to);
-        first_ = false;
-    }
-
     void report(const rib_check_report &refused) {
         static const json_key refused_key("refused"), field_key("field"), offset_key("offset"), found_key("found"),
             allowed_key("allowed");
-        member(refused_key);
-        open('{');
-        member(field_key);
-        text_value(refused.field);
+        json_.member(refused_key);
+        json_.open('{');
+        json_.member(field_key);
+        json_.text(refused.field);
         for (const auto &[key, number] : {std::pair(&offset_key, refused.offset), std::pair(&found_key, refused.found),
                                           std::pair(&allowed_key, refused.allowed)}) {
-            member(*key);
-            value(number);
+            json_.member(*key);
+            json_.number(number);
         }
-        close('}');
+        json_.close('}');
     }
 
+    json_text json_;
     output &out_;
     json_form form_;
-    size_t depth_ = 0;
-    bool first_ = true; ///< nothing stands yet between the brackets that are open
+    bool inside_; ///< a larger document
 };
 
 } // namespace ribkit::decode

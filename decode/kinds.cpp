@@ -119,4 +119,10 @@ uint32_t message_size(const kind &what, std::span<const uint8_t> bytes, rib_chec
     return refused == 0 ? size : 0;
 }
 
+std::string report_text(const rib_check_report &report) {
+    std::string line(static_cast<size_t>(rib_check_report_str(&report, nullptr, 0)), '\0');
+    rib_check_report_str(&report, line.data(), static_cast<uint32_t>(line.size() + 1));
+    return line;
+}
+
 } // namespace ribkit::decode

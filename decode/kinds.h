@@ -6,6 +6,7 @@
 #include "rib_check.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -38,5 +39,8 @@ const kind *kind_of_opcode(uint32_t opcode);
 
 /// The length of the message that `bytes` begin with; 0, and the report filled, where its check refuses it.
 uint32_t message_size(const kind &what, std::span<const uint8_t> bytes, rib_check_report &report);
+
+/// What a check says, in one line.
+std::string report_text(const rib_check_report &report);
 
 } // namespace ribkit::decode

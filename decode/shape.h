@@ -4,6 +4,7 @@
 #pragma once
 
 #include "codec/layout.h"
+#include "decode/json_text.h"
 #include "decode/number_text.h"
 #include "protocol/uses.h"
 
@@ -34,24 +35,6 @@ enum class field_kind : uint8_t {
 
 /// What a layout cannot say.
 enum class oddity : uint8_t { none, verf_query, verf_info, in_info, envelope, bud_image, hops };
-
-/// A key as JSON writes it: "\"uuid\": ".
-class json_key {
-  public:
-    json_key() = default;
-    explicit json_key(const std::string &name) : quoted_("\"" + name + "\": ") {}
-
-    [[nodiscard]] std::string_view name() const { return quoted_.empty() ? "" : between(1, 3); }
-    [[nodiscard]] std::string_view spaced() const { return quoted_; }
-    [[nodiscard]] std::string_view tight() const { return between(0, 1); }
-    explicit operator bool() const { return !quoted_.empty(); }
-
-  private:
-    [[nodiscard]] std::string_view between(size_t first, size_t left) const {
-        return std::string_view(quoted_).substr(first, quoted_.size() - first - left);
-    }
-    std::string quoted_;
-};
 
 struct part_field {
     json_key key;

@@ -32,9 +32,7 @@ int run_client(const client_command_options &options) {
         }
     });
     out.print_line('\n' + lab::summary_text(run.record(), nullptr));
-    if (out.wants_json()) {
-        out.print_json(client_json(run));
-    }
+    print_client_json(out, run);
     out.finish();
     return played && run.record().total.refused == 0 ? 0 : 1;
 }

@@ -47,9 +47,7 @@ int run_lab(const lab_options &options) {
     const rib::rib_state state(rib);
     out.display([&] { tables.display(rib, options.memory); });
     out.print_line('\n' + lab::summary_text(run.record(), &state));
-    if (out.wants_json()) {
-        out.print_json(lab_json(run, state));
-    }
+    print_lab_json(out, run, state);
     out.finish();
     return played && run.record().total.refused == 0 ? 0 : 1;
 }

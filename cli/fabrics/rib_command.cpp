@@ -59,9 +59,7 @@ int run_rib(const rib_command_options &options) {
     const rib::rib_state state(rib);
     out.display([&] { tables.display(rib, options.memory); });
     out.print_line('\n' + lab::summary_text(state));
-    if (out.wants_json()) {
-        out.print_json(rib_json(state));
-    }
+    print_rib_json(out, state);
     out.finish();
     return 0;
 }

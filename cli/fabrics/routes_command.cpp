@@ -66,9 +66,7 @@ int run_routes(const routes_command_options &options) {
     const auto routes = read_enough(link, {RIB_CLIENT_OPERATOR, options.vsan}, options.least);
     out.display([&] { table_choice("all").display(routes); });
     out.print_line('\n' + counted(routes.size()));
-    if (out.wants_json()) {
-        out.print_json(routes_json(routes));
-    }
+    print_routes_json(out, routes);
     out.finish();
     return 0;
 }

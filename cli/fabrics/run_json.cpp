@@ -1,146 +1,161 @@
-// What the commands print, and every route. Keys keep the order in which they are written here.
+// What the commands print, and every route as `ribkit decode` prints a rib_ucast_route.
 #include "cli/fabrics/run_json.h"
 
-#include "base/text.h"
-#include "rib_codes.h"
-#include "rib_text.h"
+#include "cli/json_document.h"
+#include "decode/decoder.h"
+#include "protocol/route_messages.h"
 
-#include <array>
 #include <cmath>
-#include <iomanip>
-#include <nlohmann/json.hpp>
 
 namespace ribkit::cli {
 
 namespace {
 
-using json = nlohmann::ordered_json;
-
-std::string hex24(uint32_t value) { return base::joined("0x", std::hex, std::setfill('0'), std::setw(6), value); }
+using decode::json_text;
 
 double rounded(double seconds) { return std::round(seconds * 1e6) / 1e6; }
 
-json traffic_json(const clients::client_traffic &t) {
-    return {{"routes_sent", t.sent()},    {"added", t.added},
-            {"deleted", t.deleted},       {"changed", t.changed},
-            {"refused", t.refused},       {"round_trips", t.messages},
-            {"bytes_sent", t.bytes_sent}, {"bytes_received", t.bytes_received}};
+void traffic_members(json_text &json, const clients::client_traffic &t) {
+    json.member("routes_sent").number(t.sent());
+    json.member("added").number(t.added);
+    json.member("deleted").number(t.deleted);
+    json.member("changed").number(t.changed);
+    json.member("refused").number(t.refused);
+    json.member("round_trips").number(t.messages);
+    json.member("bytes_sent").number(t.bytes_sent);
+    json.member("bytes_received").number(t.bytes_received);
 }
 
-json fabric_json(const lab::fabric &f) {
-    json vsans = json::array();
-    for (const lab::fabric_vsan &vsan : f.vsans()) {
-        vsans.push_back({{"id", vsan.id}, {"name", vsan.name}});
-    }
-    return {{"name", f.name},
-            {"switches", f.switches().size()},
-            {"links", f.links().size()},
-            {"vsans", vsans},
-            {"local", {{"name", f.local().name}, {"domain", f.local().domain}}}};
+void fabric_member(json_text &json, const lab::fabric &f) {
+    json.member("fabric").open('{');
+    json.member("name").text(f.name);
+    json.member("switches").number(f.switches().size());
+    json.member("links").number(f.links().size());
+    json.member("vsans").list(f.vsans(), [&](const lab::fabric_vsan &vsan) {
+        json.open('{');
+        json.member("id").number(vsan.id);
+        json.member("name").text(vsan.name);
+        json.close('}');
+    });
+    json.member("local").open('{');
+    json.member("name").text(f.local().name);
+    json.member("domain").number(f.local().domain);
+    json.close('}');
+    json.close('}');
 }
 
-json event_json(const lab::fabric &f, const lab::fabric_event &event) {
-    json value{{"link", f.link_name(f.links()[event.link])}};
+void event_value(json_text &json, const lab::fabric &f, const lab::fabric_event &event) {
+    json.open('{');
+    json.member("link").text(f.link_name(f.links()[event.link]));
     if (event.up) {
-        value["state"] = *event.up ? "up" : "down";
+        json.member("state").text(*event.up ? "up" : "down");
     }
     if (event.cost) {
-        value["cost"] = *event.cost;
+        json.member("cost").number(*event.cost);
     }
-    return value;
+    json.close('}');
 }
 
-json step_json(const lab::fabric &f, const lab::run_step &step) {
-    json events = json::array();
-    for (const lab::fabric_event &event : step.events) {
-        events.push_back(event_json(f, event));
-    }
-    json unreachable = json::array();
-    for (const auto &[vsan, domains] : step.lost) {
-        unreachable.push_back({{"vsan", vsan}, {"domains", domains}});
-    }
-    json value{{"at_ms", step.at.count()}, {"events", events}, {"unreachable", unreachable}};
-    value.update(traffic_json(step.traffic));
-    return value;
+void step_value(json_text &json, const lab::fabric &f, const lab::run_step &step) {
+    json.open('{');
+    json.member("at_ms").number(static_cast<uint64_t>(step.at.count()));
+    json.member("events").list(step.events, [&](const lab::fabric_event &event) { event_value(json, f, event); });
+    json.member("unreachable").list(step.lost, [&](const auto &lost) {
+        const auto &[vsan, domains] = lost;
+        json.open('{');
+        json.member("vsan").number(vsan);
+        json.member("domains").list(domains, [&](uint32_t domain) { json.number(domain); });
+        json.close('}');
+    });
+    traffic_members(json, step.traffic);
+    json.close('}');
 }
 
-json hop_json(const model::next_hop &hop) {
-    std::array<char, 64> name{};
-    rib_if_index_to_str(hop.if_index, name.data());
-    return {{"interface", name.data()}, {"domain", hop.domain}};
+void run_members(json_text &json, const lab::fabric_run &run) {
+    fabric_member(json, run.now());
+    json.member("steps").list(run.record().steps,
+                              [&](const lab::run_step &step) { step_value(json, run.now(), step); });
 }
 
-json route_json(const model::route_key &key, const model::held_route &held) {
-    const model::route &what = held.what;
-    json hops = json::array();
-    for (const model::next_hop &hop : what.hops) {
-        hops.push_back(hop_json(hop));
-    }
-    return {{"vsan", key.vsan},
-            {"fcid", hex24(key.to.fcid)},
-            {"mask", hex24(key.to.mask)},
-            {"client", held.uuid},
-            {"metric", what.metric},
-            {"direct", (what.flag & RIB_FLAG_DIRECT) != 0},
-            {"active", (what.flag & RIB_FLAG_ACTIVE) != 0},
-            {"hops", hops}};
-}
-
-json list_of(const model::held_routes &routes) {
-    json list = json::array();
+/// An array of messages.
+void routes_value(const json_text &json, const model::held_routes &routes) {
+    const decode::kind &entry = *decode::find_kind("rib_ucast_route");
+    decode::json_writer written(json);
+    decode::decoder messages(entry, nullptr, nullptr, &written);
     for (const auto &[key, held] : routes) {
-        list.push_back(route_json(key, held));
+        const std::vector<uint8_t> bytes = protocol::ucast_entry(key, held); // and room behind it, for displays
+        rib_check_report report{};
+        messages.take(std::span(bytes).first(decode::message_size(entry, bytes, report)), false);
     }
-    return list;
+    written.finish();
 }
 
-json run_json(const lab::fabric_run &run) {
-    json steps = json::array();
-    for (const lab::run_step &step : run.record().steps) {
-        steps.push_back(step_json(run.now(), step));
+void held_members(json_text &json, const rib::rib_state &rib) {
+    json.member("routes_held").number(rib.routes.size());
+    json.member("path_units").number(rib.memory.path_units);
+    json.member("positions").number(rib.memory.positions);
+}
+
+void times_members(json_text &json, const lab::run_record &run) {
+    json.member("seconds").real(rounded(run.seconds()));
+    json.member("seconds_computing").real(rounded(run.total.computing.count()));
+    json.member("seconds_exchanging").real(rounded(run.total.exchanging.count()));
+    json.member("routes_per_second").number(static_cast<uint64_t>(std::llround(run.routes_per_second())));
+}
+
+/// An object with what `print` prints, where one is wanted.
+template <typename Print> void print_object(command_output &out, const Print &print) {
+    if (!out.wants_json()) {
+        return;
     }
-    return {{"fabric", fabric_json(run.now())}, {"steps", steps}};
+    json_document document(out);
+    json_text &json = document.text();
+    json.open('{');
+    print(json);
+    json.close('}');
+    document.finish();
 }
-
-json held_json(const rib::rib_state &rib) {
-    return {
-        {"routes_held", rib.routes.size()}, {"path_units", rib.memory.path_units}, {"positions", rib.memory.positions}};
-}
-
-json times_json(const lab::run_record &run) {
-    return {{"seconds", rounded(run.seconds())},
-            {"seconds_computing", rounded(run.total.computing.count())},
-            {"seconds_exchanging", rounded(run.total.exchanging.count())},
-            {"routes_per_second", std::llround(run.routes_per_second())}};
-}
-
-std::string text_of(const json &value) { return value.dump(2, ' ', false, json::error_handler_t::replace) + "\n"; }
 
 } // namespace
 
-std::string lab_json(const lab::fabric_run &run, const rib::rib_state &rib) {
-    json value = run_json(run);
-    value["routes"] = list_of(rib.routes);
-    json summary = traffic_json(run.record().total);
-    summary.update(held_json(rib));
-    summary.update(times_json(run.record()));
-    value["summary"] = summary;
-    return text_of(value);
+void print_lab_json(command_output &out, const lab::fabric_run &run, const rib::rib_state &rib) {
+    print_object(out, [&](json_text &json) {
+        run_members(json, run);
+        routes_value(json.member("routes"), rib.routes);
+        json.member("summary").open('{');
+        traffic_members(json, run.record().total);
+        held_members(json, rib);
+        times_members(json, run.record());
+        json.close('}');
+    });
 }
 
-std::string client_json(const lab::fabric_run &run) {
-    json value = run_json(run);
-    value["summary"] = traffic_json(run.record().total);
-    value["summary"].update(times_json(run.record()));
-    return text_of(value);
+void print_client_json(command_output &out, const lab::fabric_run &run) {
+    print_object(out, [&](json_text &json) {
+        run_members(json, run);
+        json.member("summary").open('{');
+        traffic_members(json, run.record().total);
+        times_members(json, run.record());
+        json.close('}');
+    });
 }
 
-std::string rib_json(const rib::rib_state &rib) {
-    json summary{{"messages_answered", rib.answered}};
-    summary.update(held_json(rib));
-    return text_of({{"routes", list_of(rib.routes)}, {"summary", summary}});
+void print_rib_json(command_output &out, const rib::rib_state &rib) {
+    print_object(out, [&](json_text &json) {
+        routes_value(json.member("routes"), rib.routes);
+        json.member("summary").open('{');
+        json.member("messages_answered").number(rib.answered);
+        held_members(json, rib);
+        json.close('}');
+    });
 }
 
-std::string routes_json(const model::held_routes &routes) { return text_of(list_of(routes)); }
+void print_routes_json(command_output &out, const model::held_routes &routes) {
+    if (out.wants_json()) {
+        json_document document(out);
+        routes_value(document.text(), routes);
+        document.finish();
+    }
+}
 
 } // namespace ribkit::cli

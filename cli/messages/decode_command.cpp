@@ -4,6 +4,7 @@
 #include "base/input_error.h"
 #include "base/near_names.h"
 #include "base/text.h"
+#include "cli/json_document.h"
 #include "cli/messages/message_kinds.h"
 #include "cli/messages/network_input.h"
 #include "decode/decoder.h"
@@ -17,13 +18,8 @@ namespace {
 
 using decode::byte_buffer;
 using decode::json_form;
+using decode::json_text;
 using decode::kind;
-
-std::string report_line(const rib_check_report &report) {
-    std::string line(static_cast<size_t>(rib_check_report_str(&report, nullptr, 0)), '\0');
-    rib_check_report_str(&report, line.data(), static_cast<uint32_t>(line.size() + 1));
-    return line;
-}
 
 /// What the user says an envelope carries; null where the operation code tells.
 const kind *carried_by(const kind &what, const std::string &name) {
@@ -91,7 +87,7 @@ void show_all(network_input &input, decode::decoder &messages, shown_messages &s
 
 base::input_error complaint(const std::string &title, const decode::refusal &refused) {
     return base::input_error(base::joined(title, ": message ", refused.number, " at byte ", refused.offset, ": ",
-                                          report_line(refused.report)));
+                                          decode::report_text(refused.report)));
 }
 
 void decode_file(const decode_options &options) {
@@ -114,59 +110,57 @@ void decode_file(const decode_options &options) {
     }
 }
 
-std::string quoted(std::string_view text) {
-    std::string line(6 * text.size() + 2, '\0');
-    char *end = decode::put_escaped(decode::put(line.data(), "\""), text);
-    line.resize(static_cast<size_t>(decode::put(end, "\"") - line.data()));
-    return line;
+/// A line for each of `all`, and an object of an array.
+template <typename Range, typename Line, typename Members>
+void print_list(const output_options &options, const Range &all, const Line &line_of, const Members &members_of) {
+    command_output out(options);
+    for (const auto &one : all) {
+        out.print_line(line_of(one));
+    }
+    json_document document(out);
+    json_text &json = document.text();
+    json.list(all, [&](const auto &one) { json.object([&] { members_of(json, one); }); });
+    document.finish();
+    out.finish();
 }
-
-/// A line for each, and an entry of an array for each.
-class listing {
-  public:
-    explicit listing(const output_options &options) : out_(options) {}
-
-    void add(const std::string &line, const std::string &entry) {
-        out_.print_line(line);
-        entries_ += base::joined(entries_.empty() ? "" : ",", "\n  ", entry);
-    }
-    void finish() {
-        out_.print_json(entries_.empty() ? "[]\n" : "[" + entries_ + "\n]\n");
-        out_.finish();
-    }
-
-  private:
-    command_output out_;
-    std::string entries_;
-};
 
 void list_kinds(const output_options &options) {
-    listing list(options);
-    for (const kind &k : decode::kinds()) {
-        const std::string size = base::joined(k.wire->size, " bytes", k.is_open() ? " and what follows" : "");
-        list.add(base::joined(std::left, std::setw(26), k.name, size, *k.what == '\0' ? "" : ": ", k.what),
-                 base::joined("{\"message\": ", quoted(k.name), ", \"bytes\": ", k.wire->size,
-                              ", \"open\": ", k.is_open() ? "true" : "false", "}"));
-    }
-    list.finish();
+    print_list(
+        options, decode::kinds(),
+        [](const kind &k) {
+            const std::string size = base::joined(k.wire->size, " bytes", k.is_open() ? " and what follows" : "");
+            return base::joined(std::left, std::setw(26), k.name, size, *k.what == '\0' ? "" : ": ", k.what);
+        },
+        [](json_text &json, const kind &k) {
+            json.member("message").text(k.name);
+            json.member("bytes").number(k.wire->size);
+            json.member("open").truth(k.is_open());
+        });
 }
 
-void list_guesses(const decode_options &options) {
+void read_all(const decode_options &options, byte_buffer &bytes) {
     network_input input(options.file, options.form);
-    byte_buffer bytes;
     while (input.read(bytes)) {
         if (bytes.size() > decode::largest_message) {
             throw base::input_error(
                 base::joined(input.title(), ": holds more than ", decode::largest_message, " bytes"));
         }
     }
-    listing list(options.output);
-    for (const decode::guess &g : decode::guesses(bytes.bytes())) {
-        list.add(base::joined(std::left, std::setw(26), g.what->name, g.messages,
-                              g.messages == 1 ? " message" : " messages"),
-                 base::joined("{\"message\": ", quoted(g.what->name), ", \"messages\": ", g.messages, "}"));
-    }
-    list.finish();
+}
+
+void list_guesses(const decode_options &options) {
+    byte_buffer bytes;
+    read_all(options, bytes);
+    print_list(
+        options.output, decode::guesses(bytes.bytes()),
+        [](const decode::guess &g) {
+            return base::joined(std::left, std::setw(26), g.what->name, g.messages,
+                                g.messages == 1 ? " message" : " messages");
+        },
+        [](json_text &json, const decode::guess &g) {
+            json.member("message").text(g.what->name);
+            json.member("messages").number(g.messages);
+        });
 }
 
 } // namespace

@@ -202,7 +202,7 @@ TEST(decode, a_guess_names_whose_checks_accept_the_bytes) {
     const std::string guesses = decoded("--guess " + file.path());
     EXPECT_NE(guesses.find("rib_mcast_route           1 message\n"), std::string::npos) << guesses;
     EXPECT_EQ(guesses.find("rib_fcurt "), std::string::npos) << guesses;
-    EXPECT_EQ(decoded("--guess --json < " + file.path()).find("[\n  {\"message\": \""), 0U);
+    EXPECT_EQ(decoded("--guess --json < " + file.path()).find("[\n  {\n    \"message\": \""), 0U);
 }
 
 TEST(decode, uses_of_our_services_stand_beside_their_words) {

@@ -45,37 +45,44 @@ void show_versions(uint32_t * /*header*/, const void *record) {
 consteval display display_of(std::string_view message_name, std::string_view name, const char *what) {
     const auto *row = std::find_if(std::begin(catalogue::messages), std::end(catalogue::messages),
                                    [=](const message &m) { return m.name == message_name; });
-    return {name, what, row->check, row->show}; // does not compile where there is no row
+    return {name, what, message_name, row->check, row->show}; // does not compile where there is no row
 }
 
 /// Another one of a message, or of a part of a message.
-template <auto Show> consteval display other_display(message::checker check, std::string_view name, const char *what) {
-    return {name, what, check, catalogue::shown<Show>};
+template <auto Show>
+consteval display other_display(std::string_view message_name, message::checker check, std::string_view name,
+                                const char *what) {
+    return {name, what, message_name, check, catalogue::shown<Show>};
 }
 
 constexpr display kinds[] = {
-    other_display<rib_show_fcu>(fits<diag::shown_ucast_route>, "rib_show_fcu", "unicast route and its next hops"),
+    other_display<rib_show_fcu>("shown_ucast_route", fits<diag::shown_ucast_route>, "rib_show_fcu",
+                                "unicast route and its next hops"),
     display_of("rib_lbl_route", "rib_show_fcl", "label route and its next hops"),
     display_of("rib_mcast_route", "rib_show_fcm", "multicast route and its interfaces"),
     display_of("rib_topo", "rib_show_fct", "version list of a client"),
-    other_display<rib_show_fcurt>(fits<diag::shown_ucast_route>, "rib_show_fcurt",
+    other_display<rib_show_fcurt>("shown_ucast_route", fits<diag::shown_ucast_route>, "rib_show_fcurt",
                                   "unicast route as its protocol sees it"),
-    other_display<show_fcmrt>(rib_check_mcast_route, "rib_show_fcmrt", "multicast route as queries see it"),
+    other_display<show_fcmrt>("rib_mcast_route", rib_check_mcast_route, "rib_show_fcmrt",
+                              "multicast route as queries see it"),
     display_of("rib_sync_fcu", "rib_show_sync_fcu", "entry of the unicast synchronisation log"),
     display_of("rib_sync_fcm", "rib_show_sync_fcm", "entry of the multicast synchronisation log"),
     display_of("rib_sync_fcl", "rib_show_sync_fcl", "entry of the label synchronisation log"),
-    other_display<rib_show_sync_gbl>(fits<wire::sync_gbl>, "rib_show_sync_gbl", "state of a synchronisation log"),
-    other_display<catalogue::show_snmp_route>(fits<wire::fc_route_entry>, "rib_show_snmp_fcroute",
+    other_display<rib_show_sync_gbl>("sync_gbl", fits<wire::sync_gbl>, "rib_show_sync_gbl",
+                                     "state of a synchronisation log"),
+    other_display<catalogue::show_snmp_route>("fcRouteEntry", fits<wire::fc_route_entry>, "rib_show_snmp_fcroute",
                                               "row of the SNMP route table"),
-    other_display<rib_show_dm>(fits<wire::dm_entry>, "rib_show_dm", "domains of a VSAN"),
-    other_display<show_versions>(rib_check_topo, "rib_show_version", "versions of a version list"),
+    other_display<rib_show_dm>("dm_entry", fits<wire::dm_entry>, "rib_show_dm", "domains of a VSAN"),
+    other_display<show_versions>("rib_topo", rib_check_topo, "rib_show_version", "versions of a version list"),
     display_of("rib_db_info", "rib_show_db", "route counts of all VSANs"),
-    other_display<rib_show_db_total>(fits<wire::db_summary>, "rib_show_db_total", "sum of the route counts"),
+    other_display<rib_show_db_total>("db_summary", fits<wire::db_summary>, "rib_show_db_total",
+                                     "sum of the route counts"),
     display_of("rib_verf_info", "rib_show_verf_info", "verification report and its entries"),
     display_of("rib_register", "rib_show_register", "registration of a client"),
-    other_display<rib_show_sys_port>(fits<wire::module_entry>, "rib_show_sys_port", "present ports of a module"),
-    other_display<rib_show_in_mem>(fits<wire::in_mem>, "rib_show_in_mem", "memory pools"),
-    other_display<rib_show_in_ha>(fits<wire::in_ha>, "rib_show_in_ha", "high-availability state"),
+    other_display<rib_show_sys_port>("module", fits<wire::module_entry>, "rib_show_sys_port",
+                                     "present ports of a module"),
+    other_display<rib_show_in_mem>("in_mem", fits<wire::in_mem>, "rib_show_in_mem", "memory pools"),
+    other_display<rib_show_in_ha>("in_ha", fits<wire::in_ha>, "rib_show_in_ha", "high-availability state"),
     display_of("fib_verf_fcu", "fib_show_verf_fcu", "unicast verification entry"),
     display_of("fib_verf_fcm", "fib_show_verf_fcm", "multicast verification entry"),
     display_of("fib_verf_fcl", "fib_show_verf_fcl", "label verification entry"),

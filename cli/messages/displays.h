@@ -2,6 +2,7 @@
 // shown.
 #pragma once
 
+#include "cli/command_output.h"
 #include "codec/message.h"
 
 #include <cstdint>
@@ -15,6 +16,7 @@ namespace ribkit::cli {
 struct display {
     std::string_view name; ///< of the function that shows a record
     const char *what;
+    std::string_view message; ///< as `ribkit decode` calls a record
     codec::message::checker check;
     codec::message::display show;
 
@@ -31,7 +33,7 @@ const display *find_display(std::string_view name);
 std::vector<std::string_view> display_names();
 
 /// All of them for a program.
-std::string json_of(std::span<const display> listed);
+void print_json(command_output &out, std::span<const display> listed);
 
 /// The length of the record that `bytes` begin with; 0, and the report filled, where the check refuses it.
 uint32_t record_size(const display &kind, std::span<const uint8_t> bytes, rib_check_report &report);

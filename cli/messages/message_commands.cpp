@@ -35,8 +35,7 @@ void add_form(CLI::App &app, byte_form &form) {
 action declare_show(CLI::App &app, const words &given) {
     const auto options = std::make_shared<show_options>();
     CLI::Option *list = app.add_flag("--list", options->list, "name the displays, and what a record of each is");
-    add_file(app, options->output);
-    add_json(app, options->output, given)->needs(list);
+    add_output(app, options->output, given);
     app.add_option("KIND", options->kind, "display: fcu, fcl, port, ...")->excludes(list);
     app.add_option("FILE", options->file, "records in network form, - for standard input")
         ->check(file_name)
@@ -114,7 +113,7 @@ action declare_text(CLI::App &app, const words &given) {
 }
 
 constexpr command commands[] = {
-    {"show", "Displays records of a file of network bytes, each checked before it is shown", declare_show, false,
+    {"show", "Displays records of a file of network bytes, each checked before it is shown", declare_show, true,
      "show fcu examples/messages/fcu.hex", output_lost},
     {"decode", "Prints messages of network bytes field by field, each checked before it is shown", declare_decode, true,
      "decode rib_fcurt_update update.bin", output_lost},

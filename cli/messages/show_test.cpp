@@ -78,6 +78,32 @@ TEST(show, every_display_prints_its_example_as_it_always_did) {
     }
 }
 
+TEST(show, as_json_records_are_messages_as_decode_has_them) {
+    for (const display &kind : displays()) {
+        const std::string name(kind.short_name());
+        const std::string arguments = "show " + name + " " + example_path(kind);
+        expect_golden("cli/golden/decode/" + name + ".json", testing::run_command(arguments + " --json").output);
+    }
+    const temporary_directory home;
+    const std::string path = home.file("json");
+    EXPECT_EQ(testing::run_command("show fcm examples/messages/fcm.hex --json=" + path).output,
+              file_content("cli/golden/show/fcm.txt"));
+    EXPECT_EQ(file_content(path), file_content("cli/golden/decode/fcm.json"));
+}
+
+TEST(show, a_refused_record_ends_the_array_as_far_as_it_is_understood) {
+    const testing::input_file file("000001f4 00000321 000001f5 0322");
+    const std::string why = file.path() + ": record 2 at byte 8: fib_vsan: word_4 at offset 4 ends at 8, but the bytes "
+                                          "end at 6\n";
+    const testing::outcome text = testing::run_command("show vsan " + file.path() + " 2>&1");
+    EXPECT_EQ(text.output.substr(text.output.size() - std::min(why.size(), text.output.size())), why);
+    const testing::outcome json = testing::run_command("show vsan --json " + file.path() + " 2>/dev/null");
+    EXPECT_EQ(json.exit_code, 2);
+    EXPECT_EQ(json.output, testing::run_command("decode fib_vsan --json " + file.path() + " 2>/dev/null").output);
+    const testing::outcome said = testing::run_command("show vsan --json " + file.path() + " 2>&1 >/dev/null");
+    EXPECT_EQ(said.output, why);
+}
+
 TEST(show, every_display_that_reads_network_bytes_has_a_row) {
     std::istringstream header(file_content("include/rib_show.h"));
     std::set<std::string> declared;
@@ -235,7 +261,7 @@ TEST(show, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(testing::complaint("show vsan < " + cut.path()),
               "standard input: record 1 at byte 0: fib_vsan: word_4 at offset 4 ends at 8, but the bytes "
               "end at 6\n");
-    for (const char *arguments : {"--list fcu", "--list fcu x", "--json", "--json fcu x", "\"\"", "--hex --raw fcu x",
+    for (const char *arguments : {"--list fcu", "--list fcu x", "--json", "--json=x fcu y", "\"\"", "--hex --raw fcu x",
                                   "fcu x y", "--hax fcu", "FCU"}) {
         testing::complaint(std::string("show ") + arguments);
     }

@@ -34,7 +34,7 @@ void list(const std::vector<const vocabulary *> &listed, command_output &out) {
     for (const vocabulary *words : listed) {
         out.print(listed_text(*words));
     }
-    out.print_json(json_of(listed));
+    print_json(out, listed);
 }
 
 void print(const std::vector<value_text> &texts, command_output &out) {
@@ -42,7 +42,7 @@ void print(const std::vector<value_text> &texts, command_output &out) {
         out.print_line(base::joined(text.written, "  ", text.text, text.errno_name.empty() ? "" : "  ", text.errno_name,
                                     text.errno_name.empty() ? "" : ": ", text.errno_text));
     }
-    out.print_json(json_of(texts));
+    print_json(out, texts);
 }
 
 std::vector<const vocabulary *> all_vocabularies() {

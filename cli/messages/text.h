@@ -38,7 +38,7 @@ int run_text(const text_options &options);
 const diag::vocabulary *find_vocabulary(std::string_view name);
 
 /// The same for a program.
-std::string json_of(const std::vector<value_text> &texts);
-std::string json_of(const std::vector<const diag::vocabulary *> &listed);
+void print_json(command_output &out, const std::vector<value_text> &texts);
+void print_json(command_output &out, const std::vector<const diag::vocabulary *> &listed);
 
 } // namespace ribkit::cli

@@ -1,9 +1,8 @@
-// Texts and displays as JSON. Keys keep the order in which they are written here.
+// Texts and displays as JSON.
+#include "cli/json_document.h"
 #include "cli/messages/displays.h"
 #include "cli/messages/text.h"
 #include "diag/catalogue.h"
-
-#include <nlohmann/json.hpp>
 
 using namespace ribkit::diag;
 
@@ -11,52 +10,50 @@ namespace ribkit::cli {
 
 namespace {
 
-using json = nlohmann::ordered_json;
+using decode::json_text;
 
-std::string text_of(const json &document) {
-    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+void entry_members(json_text &json, uint32_t value, std::string_view text) {
+    json.member("value").number(value);
+    json.member("text").text(text);
 }
 
-json entry(uint32_t value, const std::string &text) { return {{"value", value}, {"text", text}}; }
-
-json entry(const value_text &t) {
-    json one = entry(t.value, t.text);
-    if (!t.errno_name.empty()) {
-        one["errno"] = t.errno_name;
-        one["errno_text"] = t.errno_text;
-    }
-    return one;
+/// A document that is an array of objects.
+template <typename Range, typename Print>
+void print_array(command_output &out, const Range &all, const Print &members_of) {
+    json_document document(out);
+    json_text &json = document.text();
+    json.list(all, [&](const auto &one) { json.object([&] { members_of(json, one); }); });
+    document.finish();
 }
 
 } // namespace
 
-std::string json_of(const std::vector<value_text> &texts) {
-    json entries = json::array();
-    for (const value_text &t : texts) {
-        entries.push_back(entry(t));
-    }
-    return text_of(entries);
-}
-
-std::string json_of(const std::vector<const vocabulary *> &listed) {
-    json document = json::array();
-    for (const vocabulary *words : listed) {
-        json entries = json::array();
-        for (const text_row &row : words->rows) {
-            entries.push_back(entry(row.value, row.text));
+void print_json(command_output &out, const std::vector<value_text> &texts) {
+    print_array(out, texts, [](json_text &json, const value_text &t) {
+        entry_members(json, t.value, t.text);
+        if (!t.errno_name.empty()) {
+            json.member("errno").text(t.errno_name);
+            json.member("errno_text").text(t.errno_text);
         }
-        const json other = words->fallback == nullptr ? json(nullptr) : json(words->fallback);
-        document.push_back({{"vocabulary", words->name}, {"texts", entries}, {"other", other}});
-    }
-    return text_of(document);
+    });
 }
 
-std::string json_of(std::span<const display> listed) {
-    json document = json::array();
-    for (const display &kind : listed) {
-        document.push_back({{"kind", kind.short_name()}, {"display", kind.name}, {"record", kind.what}});
-    }
-    return text_of(document);
+void print_json(command_output &out, const std::vector<const vocabulary *> &listed) {
+    print_array(out, listed, [](json_text &json, const vocabulary *words) {
+        json.member("vocabulary").text(words->name);
+        json.member("texts").list(
+            words->rows, [&](const text_row &row) { json.object([&] { entry_members(json, row.value, row.text); }); });
+        json.member("other");
+        words->fallback == nullptr ? json.null() : json.text(words->fallback);
+    });
+}
+
+void print_json(command_output &out, std::span<const display> listed) {
+    print_array(out, listed, [](json_text &json, const display &kind) {
+        json.member("kind").text(kind.short_name());
+        json.member("display").text(kind.name);
+        json.member("record").text(kind.what);
+    });
 }
 
 } // namespace ribkit::cli
