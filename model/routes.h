@@ -1,6 +1,7 @@
 // Unicast routes as the lab's programs hold them, and what changed from one table to the next.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -17,10 +18,14 @@ struct next_hop {
     bool operator==(const next_hop &) const = default;
 };
 
+/// What a unicast route carries of the frame's header unread: R_CTL and its mask, the rewrite byte, five more.
+using carried_bytes = std::array<uint8_t, 8>;
+
 struct route {
     uint32_t metric = 0;
     uint32_t flag = 0; ///< RIB_FLAG_...
     std::vector<next_hop> hops;
+    carried_bytes carried{};
 
     bool operator==(const route &) const = default;
 };
@@ -30,11 +35,12 @@ struct route_values {
     uint32_t metric;
     uint32_t flag;
     std::span<const next_hop> hops;
+    carried_bytes carried;
 
-    route_values(uint32_t cost, uint32_t flags, std::span<const next_hop> ways)
-        : metric(cost), flag(flags), hops(ways) {}
-    route_values(const route &what)
-        : metric(what.metric), flag(what.flag), hops(what.hops) {} // NOLINT(google-explicit-constructor)
+    route_values(uint32_t cost, uint32_t flags, std::span<const next_hop> ways, const carried_bytes &bytes = {})
+        : metric(cost), flag(flags), hops(ways), carried(bytes) {}
+    route_values(const route &what) // NOLINT(google-explicit-constructor)
+        : route_values(what.metric, what.flag, what.hops, what.carried) {}
 };
 
 struct destination {
@@ -87,6 +93,18 @@ struct route_change {
     route what;
 
     bool operator==(const route_change &) const = default;
+};
+
+/// One record of a unicast update, where its hops stand with somebody else.
+struct unicast_change {
+    uint32_t action;
+    destination to;
+    route_values what;
+
+    unicast_change(uint32_t does, const destination &where, const route_values &says)
+        : action(does), to(where), what(says) {}
+    unicast_change(const route_change &owning) // NOLINT(google-explicit-constructor)
+        : unicast_change(owning.action, owning.to, owning.what) {}
 };
 
 /// The fewest changes that make one table of the other: a route that is new or has other hops is added (which

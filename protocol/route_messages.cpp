@@ -12,6 +12,9 @@ bool add_route(const update_writer &update, uint32_t action, const model::destin
                const model::route_values &what) {
     const auto record = update.add<"route">();
     record.set<"fcid">(to.fcid).set<"mask">(to.mask).set<"action">(action);
+    const auto &[rctl, rctl_mask, rewrite, a, b, c, d, e] = what.carried;
+    record.set<"rctl">(rctl).set<"rctl_mask">(rctl_mask).set<"byte_10">(rewrite);
+    record.set_bytes<"bytes_11">(std::array{a, b, c, d, e});
     record.set<"metric">(what.metric).set<"flag">(what.flag);
     for (const model::next_hop &hop : what.hops) {
         record.add<"hop">().set<"intf">(hop.if_index).set<"domain">(hop.domain);
@@ -37,7 +40,7 @@ model::destination destination_of(record_view record) {
 }
 
 model::route route_of(record_view record) {
-    model::route what{record.get<"metric">(), record.get<"flag">(), {}};
+    model::route what{record.get<"metric">(), record.get<"flag">(), {}, carried_by(record)};
     const auto hops = record.list<"hop">();
     what.hops.reserve(hops.size());
     for (const auto hop : hops) {
@@ -80,11 +83,14 @@ model::route_key start_of(query_view query) {
 }
 
 std::vector<uint8_t> ucast_entry(const model::route_key &key, const model::held_route &held) {
-    const auto &[metric, flag, hops] = held.what;
+    const auto &[metric, flag, hops, carried] = held.what;
     constexpr size_t hop_distance = wire::ucast_route.row_of("hop").stride;
     std::vector<uint8_t> bytes(wire::ucast_route.size + hop_distance * hops.size() + wire::ucast_hop.size);
     const writer<wire::ucast_route> entry(bytes);
     entry.set<"uuid">(held.uuid).set<"vsan">(key.vsan).set<"fcid">(key.to.fcid).set<"mask">(key.to.mask);
+    const auto &[rctl, rctl_mask, rewrite, a, b, c, d, e] = carried;
+    entry.set<"rctl">(rctl).set<"rctl_mask">(rctl_mask).set<"byte_18">(rewrite);
+    entry.set_bytes<"bytes_19">(std::array{a, b, c, d, e});
     entry.set<"cost">(metric).set<"flag">(flag);
     for (const model::next_hop &hop : hops) {
         const auto way = entry.add<"hop">();

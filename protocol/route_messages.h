@@ -8,6 +8,7 @@
 #include "model/routes.h"
 #include "ribkit_rib.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -40,6 +41,13 @@ size_t add_routes(const update_writer &update, std::span<const model::route_chan
 
 /// Bits of the address outside of its mask are no part of it.
 model::destination destination_of(record_view record);
+/// What the record carries behind its mask.
+inline model::carried_bytes carried_by(record_view record) {
+    model::carried_bytes bytes{record.get<"rctl">(), record.get<"rctl_mask">(), record.get<"byte_10">()};
+    const auto more = record.area<"bytes_11">();
+    std::copy(more.begin(), more.end(), bytes.end() - more.size());
+    return bytes;
+}
 model::route route_of(record_view record);
 
 /// What the RIB answers to an update.
