@@ -2,6 +2,7 @@
 #include "bus/rib_link.h"
 
 #include "base/input_error.h"
+#include "protocol/route_messages.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"

@@ -135,12 +135,13 @@ const std::vector<model::route_change> &fspf_client::changes_to(uint32_t vsan, c
     return difference_.changes;
 }
 
+// Which of several clients' routes is active is the RIB's business: what is read is taken for as it was sent.
 void fspf_client::read(uint32_t vsan) {
     unsure_.insert(vsan);
     model::route_table mine;
     for (const auto &[key, held] : read_routes(link_, {RIB_CLIENT_FSPF, vsan, options_.trace})) {
         if (held.uuid == RIB_CLIENT_FSPF) {
-            mine.emplace_hint(mine.end(), key.to, held.what);
+            mine.emplace_hint(mine.end(), key.to, held.what)->second.flag |= RIB_FLAG_ACTIVE;
         }
     }
     settle(vsan, mine);

@@ -5,6 +5,7 @@
 #include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
 #include "lab/fspf.h"
+#include "rib/service/answers.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
 #include "testing/capture.h"
@@ -42,7 +43,7 @@ model::held_routes routes_of(const lab::fabric &f) {
 
 model::held_routes held_by(rib::rib_service &rib) {
     rib.stop();
-    return rib.tables().routes();
+    return rib::active_routes(rib.tables());
 }
 
 /// Runs it with what it says on both outputs thrown away.
@@ -167,6 +168,23 @@ TEST(fspf_client, routes_of_other_clients_are_not_its_own) {
     model::held_routes expected = routes_of(f);
     expected[{1, {0xfffffa, 0xffffff}}] = {RIB_CLIENT_MCAST, {7, RIB_FLAG_ACTIVE, {}}};
     EXPECT_EQ(held_by(rib), expected);
+}
+
+TEST(fspf_client, routes_behind_nearer_ones_of_other_clients_are_its_own_all_the_same) {
+    const lab::fabric f = generated();
+    rib::rib_service rib(bus);
+    clients::fspf_client client(bus, {});
+    client.converge(testing::wanted_by(f));
+    model::route_table theirs = lab::fspf_routes(f, 1);
+    theirs.erase(theirs.begin());
+    auto update = testing::literal_update({RIB_CLIENT_CONFIG, 1, RIB_OPER_UPDATE, model::changes_between({}, theirs)});
+    bus::rib_link(bus, RIB_CLIENT_CONFIG).ask(RIBKIT_OPCODE_FCURT_UPDATE, update);
+    client.start_over();
+    EXPECT_EQ(client.converge(testing::wanted_by(f)).sent(), 0U);
+    rib.stop();
+    for (const auto &[to, what] : lab::fspf_routes(f, 1)) {
+        EXPECT_NE(rib.tables().routes<rib::unicast>().find({1, to}, RIB_CLIENT_FSPF), nullptr);
+    }
 }
 
 TEST(fspf_client, what_somebody_else_has_done_already_is_not_refused) {

@@ -8,11 +8,11 @@
 // "add" and "delete" are for any of them.
 #pragma once
 
-#include "rib/hardware.h"
 #include "rib/word_path.h"
 
 namespace ribkit::rib {
 
+/// As unicast says it of each.
 struct label {
     static constexpr table_id id = table_id::label;
     static constexpr bool has_candidates = false;
@@ -26,30 +26,32 @@ struct label {
         bool marked;
     };
 
-    static key key_of(uint32_t /*vsan*/, const change &one) { return one.key; }
+    /// With what is no part of such a key set to 0.
+    static key key_of(uint32_t vsan, const change &one);
     static key first_of(uint32_t vsan) { return {vsan}; }
     static const model::destination &destination_of(const key &where) { return where.to; }
+
+    /// A key of another VSAN than the update's, of no type, by source without one, by more labels than there can be, or
+    /// by labels alone without one, makes no sense.
+    static bool is_sound(uint32_t vsan, const key &where);
+    static bool is_known(uint32_t action, const key &where);
     static bool is_add(uint32_t action) { return (action & any_add) != 0; }
-    static bool is_delete(uint32_t action) { return (action & any_delete) != 0; }
-    /// The action that adds a label route of the key's kind.
+    static bool is_delete(uint32_t action) { return (action & any_add << 1) != 0; }
     static uint32_t action_adding(const key &where);
     static uint32_t action_deleting(const key &where) { return action_adding(where) << 1; }
 
-    /// Records of another VSAN than the update's, of no type, with more labels, sources or hops than there can be, or
-    /// whose action is for another kind of label route, make no sense.
-    static uint32_t judge(uint32_t vsan, const change &one);
     static uint32_t store(hardware &behind, stored &made, const values &what);
     static uint32_t replace(hardware &behind, stored &held, const values &what);
     static uint32_t give_back(hardware &behind, stored &held);
     static void forget(stored &held) { held.path.forget(); }
-    static values read(const hardware &, const stored &held, bool) {
+    static values read(const hardware & /*behind*/, const stored &held, bool /*active*/) {
         return {held.path.first_part(), held.path.second_part()};
     }
 
   private:
+    /// The action that takes an addition back is the next bit.
     static constexpr uint32_t any_add = RIB_ACTION_ADD | RIB_ACTION_ADD_LABEL | RIB_ACTION_ADD_LABEL_TUNNEL |
                                         RIB_ACTION_ADD_FC_LABEL | RIB_ACTION_ADD_UCAST_LABEL;
-    static constexpr uint32_t any_delete = any_add << 1;
 };
 
 } // namespace ribkit::rib

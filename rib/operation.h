@@ -39,9 +39,7 @@ template <class Kind> class update_work {
     update_answer end();
 
   private:
-    void note(uint32_t result);
-    uint32_t judge_head() const;
-    uint32_t take_change(const typename Kind::change &one);
+    [[nodiscard]] uint32_t judge_head() const;
     uint32_t finish();
 
     state &on_;

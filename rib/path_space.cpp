@@ -37,6 +37,26 @@ uint32_t path_space::give_back(uint32_t hops, uint32_t path) {
     return bud_free(blocks_, hops, path);
 }
 
+uint32_t path_space::reserve(uint32_t units, uint32_t *blocks) {
+    for (uint32_t done = 0; done < units; done += unit_block) {
+        const uint32_t result = bud_alloc(blocks_, std::min(units - done, unit_block), blocks + done / unit_block);
+        if (result != RIB_OK) {
+            release(done, blocks);
+            return result;
+        }
+    }
+    return RIB_OK;
+}
+
+uint32_t path_space::release(uint32_t units, const uint32_t *blocks) {
+    uint32_t result = RIB_OK;
+    for (uint32_t done = 0; done < units; done += unit_block) {
+        const uint32_t one = bud_free(blocks_, std::min(units - done, unit_block), blocks[done / unit_block]);
+        result = result == RIB_OK ? one : result;
+    }
+    return result;
+}
+
 uint32_t path_space::hold(uint32_t hops, uint32_t path) {
     const size_t number = path / unit_block;
     try {

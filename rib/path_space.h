@@ -26,6 +26,12 @@ class path_space {
     /// @return what bud_free returns
     uint32_t give_back(uint32_t hops, uint32_t path);
 
+    /// Obtains units that nothing is written to, as blocks of which all but the last are whole: their first units.
+    /// All of them, or none. @return what bud_alloc returns
+    uint32_t reserve(uint32_t units, uint32_t *blocks);
+    /// @return the first result of bud_free that is not 0
+    uint32_t release(uint32_t units, const uint32_t *blocks);
+
     void write(uint32_t path, std::span<const model::next_hop> hops);
     [[nodiscard]] std::span<const model::next_hop> read(uint32_t path, uint32_t hops) const;
 

@@ -3,7 +3,6 @@
 #include "rib/position_space.h"
 
 #include "rib_codes.h"
-#include "rib_trace.h"
 
 #include <algorithm>
 #include <new>
@@ -27,9 +26,9 @@ std::vector<uint32_t> even_sizes(const rib_spaces &spaces) {
 
 } // namespace
 
-position_space::position_space(const rib_spaces &spaces, const move_display &shown)
-    : vsans_(spaces.vsans), trace_(shown.routes), taken_(spaces.vsans / 8 + 1),
-      owners_(spaces.positions / position_block), records_(spaces.positions), full_(spaces.vsans), segments_(nullptr) {
+position_space::position_space(const rib_spaces &spaces, bool shows_segments, effects *out)
+    : vsans_(spaces.vsans), out_(out), taken_(spaces.vsans / 8 + 1), owners_(spaces.positions / position_block),
+      standing_(spaces.positions), full_(spaces.vsans), segments_(nullptr) {
     const std::vector<uint32_t> sizes = even_sizes(spaces);
     const cont_config config{spaces.positions, position_block, spaces.vsans};
     segments_ = cont_create(&config, sizes.data(), move, own, 1);
@@ -37,7 +36,7 @@ position_space::position_space(const rib_spaces &spaces, const move_display &sho
         cont_destroy(segments_);
         throw std::bad_alloc();
     }
-    cont_quiet(segments_, shown.segments ? 0 : 1);
+    cont_quiet(segments_, shows_segments ? 0 : 1);
     uint32_t first = 0;
     for (uint32_t segment = 0; segment < spaces.vsans; segment++) {
         own_blocks(segment, first, sizes[segment]);
@@ -64,16 +63,16 @@ void position_space::give_back_segment(uint32_t segment) {
 
 // A segment that cannot grow stays full until a position is free again: the allocator, which reports every attempt, is
 // not asked in between.
-uint32_t position_space::take(uint32_t segment, route_record &record) {
-    record.position = no_position;
+uint32_t position_space::take(uint32_t segment, placed &what) {
+    what.position = no_position;
     if (full_[segment]) {
         return RIB_FAILED;
     }
     working = this;
-    const uint32_t result = cont_alloc(segments_, segment, &record.position);
+    const uint32_t result = cont_alloc(segments_, segment, &what.position);
     working = nullptr;
     if (result == RIB_OK) {
-        records_[record.position] = &record;
+        standing_[what.position] = &what;
     } else {
         full_[segment] = true;
         any_full_ = true;
@@ -81,16 +80,23 @@ uint32_t position_space::take(uint32_t segment, route_record &record) {
     return result;
 }
 
-uint32_t position_space::give_back(uint32_t segment, const route_record &record) {
-    records_[record.position] = nullptr;
+uint32_t position_space::give_back(uint32_t segment, placed &what) {
+    standing_[what.position] = nullptr;
     working = this;
-    const uint32_t result = cont_free(segments_, segment, record.position);
+    const uint32_t result = cont_free(segments_, segment, what.position);
     working = nullptr;
+    what.position = no_position;
     if (any_full_) {
         std::fill(full_.begin(), full_.end(), false);
         any_full_ = false;
     }
     return result;
+}
+
+void position_space::hand_over(placed &from, placed &to) {
+    to.position = from.position;
+    from.position = no_position;
+    standing_[to.position] = &to;
 }
 
 uint32_t position_space::used(uint32_t segment) const {
@@ -107,22 +113,20 @@ uint32_t position_space::move(uint32_t destination, uint32_t source, uint32_t co
 }
 
 uint32_t position_space::own(uint32_t segment, uint32_t first, uint32_t count) {
-    if (working->trace_) {
-        rib_printf_time("RIB hardware positions 0x%05x to 0x%05x now belong to segment %u\n", first, first + count - 1,
-                        segment);
+    if (working->out_ != nullptr) {
+        working->out_->owned(segment, first, count);
     }
     working->own_blocks(segment, first, count);
     return RIB_OK;
 }
 
 void position_space::move_one(uint32_t destination, uint32_t source) {
-    route_record *record = records_[source];
-    records_[source] = nullptr;
-    records_[destination] = record;
-    record->position = destination;
-    if (trace_) {
-        rib_printf_time("RIB moves vsan %u fc id 0x%06x mask 0x%06x from position 0x%05x to 0x%05x\n", record->vsan,
-                        record->to.fcid, record->to.mask, source, destination);
+    placed *what = standing_[source];
+    standing_[source] = nullptr;
+    standing_[destination] = what;
+    what->position = destination;
+    if (out_ != nullptr) {
+        out_->moved(what->vsan, what->to, source, destination);
     }
 }
 

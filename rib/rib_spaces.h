@@ -23,10 +23,4 @@ struct rib_spaces {
     static rib_spaces for_vsans(uint32_t count) { return {count, count * 256, count * 4096}; }
 };
 
-/// What is printed when positions move.
-struct move_display {
-    bool routes = false;   ///< a line for every route
-    bool segments = false; ///< the table of segments for every boundary, as the allocator prints it
-};
-
 } // namespace ribkit::rib

@@ -2,7 +2,7 @@
 // usage: route_instructions CASE; prints how many routes the watched function took. Without CASE it lists them, those
 // of many segments with the same of few, beside which a route may cost so much at most.
 #include "protocol/route_messages.h"
-#include "rib/rib_tables.h"
+#include "rib/service/updates.h"
 #include "rib_codes.h"
 
 #include <array>
@@ -64,10 +64,10 @@ constexpr counted_case cases[] = {
 } // namespace
 
 /// The function that is watched.
-extern "C" [[gnu::noinline]] uint32_t ribkit_bench_counted(rib_tables &rib, const messages &all) {
+extern "C" [[gnu::noinline]] uint32_t ribkit_bench_counted(state &rib, const messages &all) {
     uint32_t taken = 0;
     for (const auto &message : all) {
-        taken += rib.take_update(message).accepted;
+        taken += take_update<unicast>(rib, message).accepted;
     }
     return taken;
 }
@@ -79,7 +79,7 @@ int main(int argc, char **argv) {
         } else if (std::strcmp(argv[1], c.name) == 0) {
             uint32_t routes = 0;
             const messages all = c.make(c.vsans, routes);
-            rib_tables rib({c.vsans, c.vsans * share, c.vsans * share * unit_block});
+            state rib({.spaces = {c.vsans, c.vsans * share, c.vsans * share * unit_block}});
             const uint32_t taken = ribkit_bench_counted(rib, all);
             std::printf("%u\n", taken);
             return taken == routes ? 0 : 1;

@@ -17,7 +17,7 @@ namespace ribkit::rib {
 
 /// What is in use, and of how much.
 struct rib_memory {
-    uint32_t routes = 0;
+    uint32_t routes = 0; ///< of all tables
     uint32_t path_units = 0;
     uint32_t positions = 0;
     rib_spaces spaces;
@@ -46,11 +46,11 @@ class state {
     ///        next
     template <class Kind, class Changes> update_answer update(const update_head &head, const Changes &changes) {
         update_work<Kind> work(*this, head);
-        for (const typename Kind::change &one : changes) {
+        for (const auto &one : changes) {
             work.judge(one);
         }
         if (work.begins()) {
-            for (const typename Kind::change &one : changes) {
+            for (const auto &one : changes) {
                 work.take(one);
             }
         }
@@ -83,6 +83,7 @@ class state {
   private:
     template <class Kind> friend class update_work;
     template <class Kind> table<Kind> &table_of();
+    uint32_t set_suspended(uint32_t vsan, bool suspends);
 
     effects *out_;
     hardware hardware_;

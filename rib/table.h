@@ -85,19 +85,17 @@ template <class Kind> class table {
     };
     using place = typename index::iterator;
 
-    uint32_t found(turn &by, const key &where, place &at, record *&mine);
-    uint32_t make(turn &by, const key &where, const values &what, record *&made);
-    void unmake(record &made);
+    record *own(place at, const turn &by) const;
+    uint32_t missing(place at) const;
     uint32_t open(turn &by, place hint, const key &where, const values &what, bool marks);
     uint32_t join(turn &by, place at, const values &what, bool marks);
+    uint32_t make(turn &by, const key &where, const values &what, record *&made);
     uint32_t replace(turn &by, place at, record &mine, const values &what, bool marks);
     uint32_t remove_at(turn &by, place &at, record &mine);
-    template <class Which> uint32_t remove_where(turn &by, const key &from, Which which);
+    template <class Which> uint32_t remove_where(turn &by, Which which);
 
-    static bool precedes(const record &a, const record &b);
-    static void link(record *&first, record &one);
-    static void unlink(record *&first, record &one);
-    void settle(turn &by, const key &where, record *before, record *now, const record &told);
+    void rank(turn &by, place at, record &one, const record *sent, uint32_t action);
+    void count(turn &by, uint32_t more);
     void tell(turn &by, const key &where, const record &route, uint32_t action);
 
     hardware &behind_;

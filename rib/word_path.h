@@ -2,14 +2,22 @@
 // for its ways.
 #pragma once
 
-#include "rib/path_space.h"
+#include "rib/hardware.h"
 
 #include <cstdint>
 #include <span>
 
 namespace ribkit::rib {
 
-/// All zero it is a route without words.
+/// What a route of any length says.
+struct word_route {
+    uint32_t ways;                   ///< a path unit for each
+    std::span<const uint32_t> ports; ///< the interfaces that it uses
+    std::span<const uint32_t> first; ///< its words, in two parts
+    std::span<const uint32_t> second{};
+};
+
+/// Where the words are kept. All zero it is a route without any.
 struct word_path {
     uint32_t *block; ///< null where there are no words
     uint32_t units;  ///< path units that it takes
@@ -19,16 +27,19 @@ struct word_path {
     [[nodiscard]] std::span<const uint32_t> first_part() const { return {block + blocks_of(units), first}; }
     [[nodiscard]] std::span<const uint32_t> second_part() const { return {block + blocks_of(units) + first, second}; }
 
-    /// How many blocks so many units are.
-    static constexpr uint32_t blocks_of(uint32_t units) { return (units + unit_block - 1) / unit_block; }
-
-    /// Obtains units and a block for two parts, whole or not at all.
-    /// @return 0, or the result code of what is full
-    uint32_t store(path_space &paths, uint32_t ways, std::span<const uint32_t> a, std::span<const uint32_t> b);
+    /// Obtains all that a new route needs, or nothing. @return 0, or the result code of what is full
+    uint32_t store(hardware &behind, const word_route &what);
+    /// Puts another route in place of this one, or leaves it. @return as store
+    /// @param ports the interfaces that this one uses
+    uint32_t replace(hardware &behind, std::span<const uint32_t> ports, const word_route &what);
     /// @return 0, or the first result code of what was not taken back
-    uint32_t give_back(path_space &paths);
-    /// The words only: the path space ends with them.
+    uint32_t give_back(hardware &behind, std::span<const uint32_t> ports);
+    /// Gives the words back, where all else ends.
     void forget();
+
+  private:
+    static constexpr uint32_t blocks_of(uint32_t units) { return (units + unit_block - 1) / unit_block; }
+    static bool write(word_path &made, const word_route &what);
 };
 
 } // namespace ribkit::rib

@@ -4,7 +4,7 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "protocol/route_messages.h"
-#include "rib/rib_tables.h"
+#include "rib/service/answers.h"
 #include "rib_show.h"
 
 #include <charconv>
@@ -43,9 +43,9 @@ void table_choice::display(const model::held_routes &routes) const {
 }
 
 void table_choice::display(const rib::rib_service &stopped, bool memory) const {
-    display(stopped.tables().routes());
+    display(rib::active_routes(stopped.tables()));
     if (memory) {
-        stopped.tables().store().show();
+        stopped.tables().show();
     }
 }
 

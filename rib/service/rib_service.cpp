@@ -5,7 +5,10 @@
 #include "base/text.h"
 #include "bus/rib_link.h"
 #include "protocol/route_messages.h"
+#include "rib/service/answers.h"
+#include "rib/service/updates.h"
 #include "rib_codes.h"
+#include "rib_trace.h"
 #include "rib_wrap.h"
 #include "ribkit_rib.h"
 
@@ -13,6 +16,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <exception>
 #include <new>
 #include <stdexcept>
@@ -45,10 +49,20 @@ std::string sender_of(const qip_ref &ref) {
 
 } // namespace
 
+void move_trace::moved(uint32_t vsan, const model::destination &what, uint32_t from, uint32_t to) {
+    rib_printf_time("RIB moves vsan %u fc id 0x%06x mask 0x%06x from position 0x%05x to 0x%05x\n", vsan, what.fcid,
+                    what.mask, from, to);
+}
+
+void move_trace::owned(uint32_t segment, uint32_t first, uint32_t count) {
+    rib_printf_time("RIB hardware positions 0x%05x to 0x%05x now belong to segment %u\n", first, first + count - 1,
+                    segment);
+}
+
 rib_service::rib_service(const std::string &url, const rib_options &options)
     : handle_(url, options.patience), policy_(options.policy), binds_names_(!url.starts_with("local:")),
-      gave_way_(options.gave_way),
-      tables_(options.spaces, {options.trace, options.trace || options.memory}, options.policy.quotas),
+      gave_way_(options.gave_way), tables_({options.spaces, options.policy.quotas, options.trace || options.memory},
+                                           options.trace ? &moves_ : nullptr),
       complaints_(options.complaints_to, !options.counts_at_end) {
     listen(url);
     if (bus::names_server(url)) {
@@ -181,13 +195,17 @@ rib_service::bytes rib_service::respond_in_envelope(const qip_ref &ref) {
     uint32_t length = 0;
     const uint8_t *payload = nullptr;
     rib_wrap_cmi_recv(envelope, size, &opcode, &payload, &length);
-    return respond({ref, opcode, {payload, length}});
+    return respond({ref, opcode, {payload, length}, true});
 }
 
 rib_service::bytes rib_service::respond(const request &asked) {
     switch (asked.opcode) {
     case RIBKIT_OPCODE_FCURT_UPDATE:
-        return update(asked);
+        return update<unicast>(asked);
+    case RIBKIT_OPCODE_FCMRT_UPDATE:
+        return update<multicast>(asked);
+    case RIBKIT_OPCODE_FCLRT_UPDATE:
+        return update<label>(asked);
     case RIBKIT_OPCODE_FCURT_QUERY:
         return find(asked);
     case RIBKIT_OPCODE_CLAIM:
@@ -204,7 +222,7 @@ rib_service::bytes rib_service::respond(const request &asked) {
 }
 
 // The answer has its room before anything is changed: what was done is never answered as if it had failed.
-rib_service::bytes rib_service::update(const request &asked) {
+template <class Kind> rib_service::bytes rib_service::update(const request &asked) {
     bytes answer(wire::route_rsp.size);
     rib_check_report why{};
     std::string barred;
@@ -212,7 +230,8 @@ rib_service::bytes rib_service::update(const request &asked) {
         barred = may_speak(asked, client) ? "" : base::joined("it may not use client ", client);
         return barred.empty();
     };
-    const protocol::fcurt_response response = tables_.take_update(asked.payload, speaks, &why);
+    const update_origin from{static_cast<uint32_t>(std::time(nullptr)), asked.in_envelope, speaks};
+    const protocol::fcurt_response response = take_update<Kind>(tables_, asked.payload, from, &why);
     if (response.result != RIB_OK) {
         complain(asked.ref, asked.opcode, response.result,
                  why.message != nullptr ? text_of(why)
@@ -240,7 +259,7 @@ rib_service::bytes rib_service::find(const request &asked) {
     if (type != RIBKIT_QUERY_ALL && type != RIBKIT_QUERY_VSAN_ALL) {
         return refuse(asked, RIB_NOT_SUPPORTED, base::joined("type ", type));
     }
-    return tables_.answer(query);
+    return rib::answer(tables_, query);
 }
 
 rib_service::bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why) {

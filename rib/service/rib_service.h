@@ -3,9 +3,9 @@
 
 #include "bus/complaints.h"
 #include "bus/service_handle.h"
-#include "rib/rib_tables.h"
 #include "rib/service/rib_claim.h"
 #include "rib/service/rib_policy.h"
+#include "rib/state.h"
 
 #include <atomic>
 #include <chrono>
@@ -34,6 +34,13 @@ struct rib_options {
     int complaints_to = STDERR_FILENO; ///< a descriptor
 };
 
+/// Prints a line for all that moves in the hardware.
+class move_trace final : public effects {
+  public:
+    void moved(uint32_t vsan, const model::destination &what, uint32_t from, uint32_t to) override;
+    void owned(uint32_t segment, uint32_t first, uint32_t count) override;
+};
+
 class rib_service {
   public:
     /// Listens at the RIB's address of this bus, and notifies its clients. Throws as service_handle does,
@@ -47,7 +54,7 @@ class rib_service {
     void stop();
 
     /// For reading once the service has stopped.
-    [[nodiscard]] const rib_tables &tables() const { return tables_; }
+    [[nodiscard]] const state &tables() const { return tables_; }
     [[nodiscard]] size_t answered() const { return answered_; }
 
     /// Whether another RIB was there first.
@@ -58,6 +65,7 @@ class rib_service {
         const qip_ref &ref;
         uint32_t opcode;
         std::span<const uint8_t> payload;
+        bool in_envelope = false;
     };
     using bytes = std::vector<uint8_t>;
 
@@ -69,7 +77,7 @@ class rib_service {
     void answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload);
     bytes respond_in_envelope(const qip_ref &ref);
     bytes respond(const request &asked);
-    bytes update(const request &asked);
+    template <class Kind> bytes update(const request &asked);
     bytes find(const request &asked);
     bytes refuse(const request &asked, uint32_t result, const std::string &why);
     void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why);
@@ -87,7 +95,8 @@ class rib_service {
     rib_policy policy_;
     bool binds_names_; ///< the bus says who sends
     std::function<void()> gave_way_;
-    rib_tables tables_;
+    move_trace moves_;
+    state tables_;
     bus::complaints complaints_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     rib_claim claim_ = rib_claim::made_now();

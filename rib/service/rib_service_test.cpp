@@ -6,6 +6,7 @@
 #include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
 #include "lab/fspf.h"
+#include "rib/service/answers.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "testing/capture.h"
@@ -25,8 +26,8 @@ lab::fabric generated(uint32_t switches, lab::fabric_shape shape) {
     return lab::parse_fabric(lab::generate_fabric({switches, 2, shape, 1, 4}), "generated");
 }
 
-void expect_same_routes(const rib_tables &tables, const lab::fabric &f) {
-    const model::held_routes held = tables.routes();
+void expect_same_routes(const state &tables, const lab::fabric &f) {
+    const model::held_routes held = active_routes(tables);
     size_t expected = 0;
     for (const lab::fabric_vsan &vsan : f.vsans()) {
         for (const auto &[to, what] : lab::fspf_routes(f, vsan.id)) {
@@ -119,7 +120,7 @@ TEST(rib_service, what_does_not_fit_is_reported_and_the_rib_keeps_nothing_that_t
     EXPECT_EQ(last.deleted, 16U);
     EXPECT_EQ(last.refused, 0U);
     rib.stop();
-    EXPECT_TRUE(rib.tables().routes().empty());
+    EXPECT_TRUE(active_routes(rib.tables()).empty());
 }
 
 TEST(rib_service, a_message_of_another_kind_is_answered_too) {

@@ -1,6 +1,7 @@
 // What a RIB holds once it answers no more.
 #pragma once
 
+#include "rib/service/answers.h"
 #include "rib/service/rib_service.h"
 
 #include <cstddef>
@@ -9,7 +10,7 @@ namespace ribkit::rib {
 
 struct rib_state {
     explicit rib_state(const rib_service &stopped)
-        : routes(stopped.tables().routes()), memory(stopped.tables().store().memory()), answered(stopped.answered()) {}
+        : routes(active_routes(stopped.tables())), memory(stopped.tables().memory()), answered(stopped.answered()) {}
 
     model::held_routes routes;
     rib_memory memory;
