@@ -144,9 +144,10 @@ uint64_t qip_now(void);
 uint32_t qip_refs_held(void);
 
 /**
- * Puts a fault script in force for the whole process, instead of the one before. A call that another thread has begun
- * may still be asked about at the one before: a run that has to go the same way twice loads its script while nobody
- * else does more than wait. The lines of a script, of which '#' and what follows is a comment:
+ * Puts a fault script in force for all handles of the process that have none of their own (qip_faults_load_for), also
+ * for those that are opened later, instead of the one before. A call that another thread has begun may still be asked
+ * about at the one before: a run that has to go the same way twice loads its script while nobody else does more than
+ * wait. The lines of a script, of which '#' and what follows is a comment:
  *
  * - seed NUMBER: of the random choices; 1 without such a line
  * - clock virtual: waits and delays take no real time: it jumps whenever every thread that has used the service waits
@@ -159,14 +160,25 @@ uint32_t qip_refs_held(void);
  * - reorder WHEN: it arrives after the next one to the same handle
  * - truncate WHEN BYTES: no more than its first bytes arrive
  *
- * WHEN is N (the N-th, from 1), "every N", or "one-in N" (at random). Calls are counted by their kind, over all
- * handles; messages as they arrive, requests, answers and notifications alike, over all handles.
+ * WHEN is N (the N-th, from 1), "every N", or "one-in N" (at random). Calls are counted by their kind, messages as they
+ * arrive, requests, answers and notifications alike: over all handles that the script is in force for.
  *
  * @param file the script's path; null ends the one in force
  * @param error receives, within error_size bytes, "FILE:LINE: what is wrong" or "FILE: cannot be read: why" on failure
  * @return 0; else non-zero with errno EINVAL, and the script before stays in force
  */
 int qip_faults_load(const char *file, char *error, uint32_t error_size);
+
+/**
+ * Puts a fault script in force for one handle, instead of the one before: its calls and what arrives for it, and nobody
+ * else's. The script has no "clock virtual": the clock is the process's.
+ *
+ * @param handle an open one, which from now on follows no script that is loaded for all
+ * @param file the script's path; null: nothing disturbs this handle
+ * @param error as of qip_faults_load
+ * @return 0; else non-zero with errno EBADF (no such handle) or EINVAL, and what was in force stays
+ */
+int qip_faults_load_for(uint32_t handle, const char *file, char *error, uint32_t error_size);
 
 /**
  * For a thread that has used the service and is about to wait for something else than the service, such as another

@@ -6,20 +6,24 @@
 #include <atomic>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 
 namespace ribkit::platform {
 
-/// Puts a script's text in force, null: none; "", or what is said about it without the file's path.
-inline std::string load_script(const char *text) {
+/// Puts a script's text in force, null: none, for all handles or for one; "", or what is said about it without the
+/// file's path.
+inline std::string load_script(const char *text, std::optional<uint32_t> handle = {}) {
     const testing::temporary_directory home;
     const std::string file = home.file("script");
     if (text != nullptr) {
         std::ofstream{file} << text;
     }
     char error[200] = "";
-    if (qip_faults_load(text == nullptr ? nullptr : file.c_str(), error, sizeof error) == 0) {
+    const char *const path = text == nullptr ? nullptr : file.c_str();
+    if ((handle ? qip_faults_load_for(*handle, path, error, sizeof error)
+                : qip_faults_load(path, error, sizeof error)) == 0) {
         return "";
     }
     EXPECT_EQ(errno, EINVAL);

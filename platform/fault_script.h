@@ -10,7 +10,7 @@
 //   truncate WHEN BYTES            no more than its first bytes arrive
 //
 // WHEN is N (the n-th call or message, from 1), "every N", or "one-in N" (at random). Messages are counted as they
-// arrive, requests, answers and notifications alike, over all handles of the process. A '#' starts a comment.
+// arrive, requests, answers and notifications alike, over all handles that follow the script. A '#' starts a comment.
 #pragma once
 
 #include <cstddef>

@@ -1,10 +1,9 @@
-// One script a process, behind a lock; a flag spares the lock where there is none.
+// Reading scripts, and looking for the one that counts.
 #include "platform/faults.h"
 
 #include "platform/clock.h"
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -18,24 +17,10 @@ namespace {
 
 constexpr size_t largest_script = size_t{1} << 20;
 
-// Asked by every call; the flag spares the lock where there is no script.
-struct slot {
-    std::atomic<bool> taken{false};
-    std::mutex lock;
-    std::shared_ptr<fault_script> script;
-};
-
 // Never destroyed: threads may still be in a call when the process ends.
-slot &in_force() {
-    static auto &only = *new slot;
+fault_slot &common() {
+    static auto &only = *new fault_slot;
     return only;
-}
-
-void replace(std::shared_ptr<fault_script> script) {
-    slot &here = in_force();
-    const std::scoped_lock lock{here.lock};
-    here.taken = script != nullptr;
-    here.script.swap(script);
 }
 
 /// Why it cannot be read, or an empty text.
@@ -54,37 +39,68 @@ std::string read(const char *file, std::string &text) {
     return std::ferror(stream.get()) == 0 ? "" : std::strerror(errno);
 }
 
-} // namespace
-
-std::string load_faults(const char *file) {
+/// The file's script, or what is wrong with it.
+std::string parsed(const char *file, fault_script &script) {
     std::string text;
     if (const std::string why = read(file, text); !why.empty()) {
         return " cannot be read: " + why;
     }
+    return script.parse(text);
+}
+
+} // namespace
+
+void fault_slot::put(fault_script_ptr script) {
+    const std::scoped_lock lock{lock_};
+    taken_ = script != nullptr;
+    script_.swap(script);
+}
+
+fault_script_ptr fault_slot::get() const {
+    if (!taken_.load(std::memory_order_relaxed)) {
+        return nullptr;
+    }
+    const std::scoped_lock lock{lock_};
+    return script_;
+}
+
+void handle_faults::put(fault_script_ptr own) {
+    own_.put(std::move(own));
+    is_own_ = true;
+}
+
+fault_script_ptr handle_faults::get() const { return is_own_ ? own_.get() : common_faults(); }
+
+std::string load_faults(const char *file) {
     auto script = std::make_shared<fault_script>();
-    std::string wrong = script->parse(text);
+    std::string wrong = parsed(file, *script);
     const uint32_t line = script->virtual_clock_line();
     if (wrong.empty() && !set_virtual_clock(line != 0)) {
         wrong = std::to_string(line) + ": no virtual clock while a handle is open that other processes reach";
     }
     if (wrong.empty()) {
-        replace(std::move(script));
+        common().put(std::move(script));
     }
     return wrong;
 }
 
 void end_faults() {
     set_virtual_clock(false);
-    replace(nullptr);
+    common().put(nullptr);
 }
 
-std::shared_ptr<fault_script> faults() {
-    slot &here = in_force();
-    if (!here.taken.load(std::memory_order_relaxed)) {
-        return nullptr;
+fault_script_ptr common_faults() { return common().get(); }
+
+std::string load_faults(const char *file, handle_faults &handle) {
+    auto script = std::make_shared<fault_script>();
+    std::string wrong = parsed(file, *script);
+    if (wrong.empty() && script->virtual_clock_line() != 0) {
+        wrong = std::to_string(script->virtual_clock_line()) + ": the clock is the process's, not a handle's";
     }
-    const std::scoped_lock lock{here.lock};
-    return here.script;
+    if (wrong.empty()) {
+        handle.put(std::move(script));
+    }
+    return wrong;
 }
 
 } // namespace ribkit::platform

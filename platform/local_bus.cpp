@@ -167,7 +167,7 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
     }
 
     std::shared_ptr<bus> bus_;
-    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(bus_->office);
+    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(bus_->office, faults());
     sender_ptr self_ = new_sender("");
 };
 

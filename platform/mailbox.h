@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/fair_queue.h"
-#include "platform/fault_script.h"
+#include "platform/faults.h"
 #include "platform/post_office.h"
 #include "platform/ring.h"
 #include "platform/spin_habit.h"
@@ -25,12 +25,14 @@ struct arrival {
     packet behind_the_next{};
 };
 
-/// All but `receive` are called with the office's lock held. What arrives is disturbed as a fault script says.
+/// All but `receive` are called with the office's lock held. What arrives is disturbed as the handle's
+/// fault script says.
 class mailbox : public std::enable_shared_from_this<mailbox> {
   public:
     static constexpr size_t most_awaited = 4096; ///< answers outstanding or unread
 
-    explicit mailbox(std::shared_ptr<post_office> office) : office_(std::move(office)), queue_(*office_) {}
+    mailbox(std::shared_ptr<post_office> office, std::shared_ptr<const handle_faults> faults)
+        : office_(std::move(office)), faults_(std::move(faults)), queue_(*office_) {}
     mailbox(const mailbox &) = delete;
     mailbox &operator=(const mailbox &) = delete;
     ~mailbox() = default;
@@ -96,6 +98,7 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
     void give_up(waiter &self);
 
     std::shared_ptr<post_office> office_;
+    std::shared_ptr<const handle_faults> faults_;
     fair_queue queue_;
     packet behind_the_next_;
     std::vector<message> answers_;  // in the order of arrival; room for as many as are awaited

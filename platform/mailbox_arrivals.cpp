@@ -1,5 +1,4 @@
 // What a fault script does to a message between its arrival and the mailbox.
-#include "platform/faults.h"
 #include "platform/history.h"
 #include "platform/mailbox.h"
 
@@ -43,7 +42,7 @@ class mailbox::late_arrival final : public late_action {
 };
 
 void mailbox::put(door &way_in, message letter) {
-    if (faults() != nullptr) {
+    if (faults_->get() != nullptr) {
         arrival all = prepare(&way_in, std::move(letter));
         complete(all);
         return;
@@ -55,7 +54,7 @@ void mailbox::put(door &way_in, message letter) {
 }
 
 void mailbox::put_answer(message letter) {
-    if (faults() != nullptr) {
+    if (faults_->get() != nullptr) {
         arrival all = prepare(nullptr, std::move(letter));
         complete(all);
         return;
@@ -66,7 +65,7 @@ void mailbox::put_answer(message letter) {
 arrival mailbox::prepare(door *way_in, message letter) {
     arrival made;
     made.box = this;
-    if (const auto script = faults()) {
+    if (const auto script = faults_->get()) {
         made.done = script->next_message();
     }
     if (made.done.lost) {

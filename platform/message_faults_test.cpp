@@ -66,6 +66,37 @@ TEST_F(faulty, a_late_message_on_the_real_clock) {
     EXPECT_GE(clock_now() - before, milliseconds{20});
 }
 
+TEST_F(faulty, a_handle_has_a_script_of_its_own_and_another_has_none) {
+    uint32_t other = 0;
+    ASSERT_EQ(qip_open(url.c_str(), &other), 0);
+    ASSERT_EQ(load_script("fail send every 2 EIO", client), "");
+    ASSERT_EQ(load_script("drop 2\n", server), "");
+    EXPECT_EQ(send_text(other, "of the other"), 0);
+    EXPECT_EQ(incoming(), "of the other");
+    EXPECT_EQ(send_text(client, "lost where it arrives"), 0);
+    EXPECT_EQ(incoming(), refused(EAGAIN));
+    EXPECT_EQ(send_text(client, "not sent"), EIO);
+    EXPECT_EQ(send_text(other, "of the other again"), 0);
+    EXPECT_EQ(incoming(), "of the other again");
+
+    load("fail send every 1 EAGAIN\ndrop every 1\n"); // for those that have none of their own
+    EXPECT_EQ(send_text(other, "not sent"), EAGAIN);
+    EXPECT_EQ(send_text(client, "by the script of its own"), 0);
+    EXPECT_EQ(incoming(), "by the script of its own");
+    ASSERT_EQ(load_script(nullptr, other), "");
+    EXPECT_EQ(send_text(other, "undisturbed"), 0);
+    EXPECT_EQ(incoming(), "undisturbed");
+    qip_close(other);
+}
+
+TEST_F(faulty, a_handle_s_script_is_refused_like_any_other_and_has_no_clock) {
+    EXPECT_EQ(load_script("fail send every 1 EIO", client), "");
+    EXPECT_EQ(load_script("seed 1\nclock virtual\n", client), ":2: the clock is the process's, not a handle's");
+    EXPECT_EQ(load_script("fly\n", client), ":1: no such event: fly");
+    EXPECT_EQ(send_text(client, "by the script before"), EIO);
+    EXPECT_EQ(error_of(qip_faults_load_for(UINT32_MAX, nullptr, nullptr, 0)), EBADF);
+}
+
 } // namespace
 
 } // namespace ribkit::platform

@@ -89,7 +89,7 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
 
     nats_place place_;
     std::shared_ptr<post_office> office_ = std::make_shared<post_office>();
-    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(office_);
+    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(office_, faults());
     bool has_real_time_ = false;
     connection_ptr connection_;
     std::string inbox_; // of the answers: a token follows

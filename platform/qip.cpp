@@ -40,20 +40,20 @@ template <typename Action> int answered_by(const Action &action) {
 }
 
 /// Makes the call unless a fault script lets it fail.
-template <typename Action> int called(service_call call, const Action &action) {
-    return answered_by([&] {
-        take_turn();
-        const auto script = faults();
-        const int failure = script == nullptr ? 0 : script->failure_of(call);
-        return failure != 0 ? failure : action();
-    });
+template <typename Action> int called_under(const fault_script_ptr &script, service_call call, const Action &action) {
+    const int failure = script == nullptr ? 0 : script->failure_of(call);
+    return failure != 0 ? failure : action();
 }
+
+/// That of an unknown handle is the one that all follow.
+fault_script_ptr script_of(const endpoint_ptr &end) { return end == nullptr ? common_faults() : end->faults()->get(); }
 
 /// Calls the action with the handle's endpoint.
 template <typename Action> int called_at(uint32_t handle, service_call call, const Action &action) {
-    return called(call, [&] {
+    return answered_by([&] {
+        take_turn();
         const endpoint_ptr end = find_handle(handle);
-        return end == nullptr ? EBADF : action(*end);
+        return called_under(script_of(end), call, [&] { return end == nullptr ? EBADF : action(*end); });
     });
 }
 
@@ -133,13 +133,16 @@ const message *received(const qip_ref *ref) {
 int qip_open(const char *url, uint32_t *handle) { return qip_open_within(url, UINT32_MAX, handle); }
 
 int qip_open_within(const char *url, uint32_t milliseconds, uint32_t *handle) {
-    return called(service_call::open, [&] {
-        endpoint_ptr opened;
-        const int error = open_endpoint(url, std::chrono::milliseconds{milliseconds}, opened);
-        if (error == 0) {
-            *handle = add_handle(std::move(opened));
-        }
-        return error;
+    return answered_by([&] {
+        take_turn();
+        return called_under(common_faults(), service_call::open, [&] {
+            endpoint_ptr opened;
+            const int error = open_endpoint(url, std::chrono::milliseconds{milliseconds}, opened);
+            if (error == 0) {
+                *handle = add_handle(std::move(opened));
+            }
+            return error;
+        });
     });
 }
 
@@ -193,9 +196,12 @@ int qip_recv(uint32_t handle, struct qip_ref *ref_out, const struct qip_recv_opt
 }
 
 int qip_drop(uint32_t handle, struct qip_ref *ref) {
-    static_cast<void>(handle);          // references outlive the handle that they came from
     const bool was_held = release(ref); // whatever a fault script says: nobody could drop it again
-    return called(service_call::drop, [&] { return was_held ? 0 : EBADF; });
+    return answered_by([&] {
+        take_turn();
+        const fault_script_ptr script = script_of(find_handle(handle)); // references outlive their handle
+        return called_under(script, service_call::drop, [&] { return was_held ? 0 : EBADF; });
+    });
 }
 
 uint32_t qip_rr_token_get(const struct qip_ref *ref) {
@@ -253,17 +259,39 @@ int qip_virtual_time(uint64_t *microseconds) {
     return 0;
 }
 
+namespace {
+
+/// @param wrong as it follows the file's name
+int loaded(const char *file, const std::string &wrong, char *error, uint32_t error_size) {
+    if (!wrong.empty()) {
+        std::snprintf(error, error_size, "%s:%s", file, wrong.c_str());
+        return EINVAL;
+    }
+    return 0;
+}
+
+} // namespace
+
 int qip_faults_load(const char *file, char *error, uint32_t error_size) {
     return answered_by([&] {
         if (file == nullptr) {
             end_faults();
             return 0;
         }
-        const std::string wrong = load_faults(file);
-        if (!wrong.empty()) {
-            std::snprintf(error, error_size, "%s:%s", file, wrong.c_str());
-            return EINVAL;
+        return loaded(file, load_faults(file), error, error_size);
+    });
+}
+
+int qip_faults_load_for(uint32_t handle, const char *file, char *error, uint32_t error_size) {
+    return answered_by([&] {
+        const endpoint_ptr end = find_handle(handle);
+        if (end == nullptr) {
+            return EBADF;
         }
-        return 0;
+        if (file == nullptr) {
+            end->faults()->put(nullptr);
+            return 0;
+        }
+        return loaded(file, load_faults(file, *end->faults()), error, error_size);
     });
 }

@@ -2,6 +2,7 @@
 // are 0 or an errno. Everything may be called from several threads at once.
 #pragma once
 
+#include "platform/faults.h"
 #include "platform/message.h"
 #include "qip.h"
 #include <chrono>
@@ -37,11 +38,17 @@ class endpoint {
 
     virtual int receive(const selector &selected, message &letter) = 0;
 
+    /// What disturbs its calls and what arrives here.
+    [[nodiscard]] const std::shared_ptr<handle_faults> &faults() const { return faults_; }
+
     /// How often the connection was lost and is there again.
     [[nodiscard]] virtual uint32_t reconnections() const { return 0; }
 
     /// Ends every wait with ECANCELED and makes every later call fail with it.
     virtual void close() = 0;
+
+  private:
+    std::shared_ptr<handle_faults> faults_ = std::make_shared<handle_faults>();
 };
 
 using endpoint_ptr = std::shared_ptr<endpoint>;

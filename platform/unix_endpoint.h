@@ -106,7 +106,7 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
 
     unix_place place_;
     std::shared_ptr<post_office> office_ = std::make_shared<post_office>();
-    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(office_);
+    std::shared_ptr<mailbox> box_ = std::make_shared<mailbox>(office_, faults());
     std::shared_ptr<unix_waker> waker_ = std::make_shared<unix_waker>();
     std::unique_ptr<uint8_t[]> packet_room_ = std::make_unique_for_overwrite<uint8_t[]>(packet_size);
     bool has_real_time_ = false;
