@@ -29,8 +29,9 @@ template <typename Action> int answered_by(const Action &action) {
         error = action();
     } catch (const std::bad_alloc &) {
         error = ENOMEM;
-    } catch (const std::system_error &failure) { // a thread that cannot be started
-        error = failure.code().value();
+    } catch (
+        const std::system_error &failure) { // a thread that cannot be started: EAGAIN also where memory for it fails
+        error = failure.code().value() == EAGAIN ? ENOMEM : failure.code().value();
     }
     if (error == 0) {
         return 0;

@@ -222,7 +222,9 @@ TEST_F(processes, outcomes_for_programs) {
     EXPECT_EQ(client.output.substr(0, 15), "{\n  \"fabric\": {");
     EXPECT_NE(client.output.find("\"routes_sent\": 27,"), std::string::npos);
     const testing::outcome routes = testing::run_command(command("routes --vsan 20 --json"));
-    EXPECT_EQ(routes.output.substr(0, 24), "[\n  {\n    \"vsan\": 20,\n  ");
+    EXPECT_EQ(routes.output.substr(0, 44), "[\n  {\n    \"message\": \"rib_ucast_route\",\n    ") << routes.output;
+    EXPECT_NE(routes.output.find("\"vsan\": 20,"), std::string::npos);
+    EXPECT_EQ(routes.output.find("\"vsan\": 1,"), std::string::npos);
     const std::string last = rib.stopped(SIGINT).output;
     EXPECT_NE(last.find("{\n  \"routes\": [\n"), std::string::npos) << last;
     EXPECT_NE(last.find("\"messages_answered\": "), std::string::npos) << last;
