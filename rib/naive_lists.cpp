@@ -58,9 +58,9 @@ std::vector<naive_route> naive_state::in_order(const condition &which) const {
     std::vector<naive_route> some;
     std::copy_if(routes_.begin(), routes_.end(), std::back_inserter(some), which);
     std::sort(some.begin(), some.end(), [this](const naive_route &a, const naive_route &b) {
-        return std::tie(a.table, a.what.key) != std::tie(b.table, b.what.key)
-                   ? std::tie(a.table, a.what.key) < std::tie(b.table, b.what.key)
-                   : precedes(a, b);
+        return a.table != b.table         ? a.table < b.table
+               : a.what.key != b.what.key ? by_number()(a.what.key, b.what.key)
+                                          : precedes(a, b);
     });
     return some;
 }
@@ -114,8 +114,8 @@ std::map<uint32_t, words> naive_state::clients() const {
     return all;
 }
 
-std::map<uint32_t, std::set<words>> naive_state::destinations() const {
-    std::map<uint32_t, std::set<words>> all;
+std::map<uint32_t, std::set<words, by_number>> naive_state::destinations() const {
+    std::map<uint32_t, std::set<words, by_number>> all;
     for (const naive_route &route : routes_) {
         words one{static_cast<uint32_t>(route.table)};
         one.insert(one.end(), route.what.key.begin(), route.what.key.end());

@@ -1,6 +1,7 @@
 // Requests to the naive model, and what of them makes sense whatever is held.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -9,6 +10,13 @@ namespace ribkit::rib {
 
 /// Numbers in a row: a key, what a route says, what is told about a route.
 using words = std::vector<uint32_t>;
+
+/// The order of keys: number by number. What `<` of vectors does on a big-endian machine depends on the library.
+struct by_number {
+    bool operator()(const words &a, const words &b) const {
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
+    }
+};
 
 /// The tables, in the order of the numbers that logs give them.
 inline constexpr size_t naive_label = 0, naive_multicast = 1, naive_unicast = 2;

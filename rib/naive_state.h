@@ -51,7 +51,7 @@ class naive_state {
     [[nodiscard]] std::map<uint32_t, words> clients() const;
     [[nodiscard]] uint32_t distance_of(uint32_t uuid) const;
     /// Destinations by VSAN, of all tables.
-    [[nodiscard]] std::map<uint32_t, std::set<words>> destinations() const;
+    [[nodiscard]] std::map<uint32_t, std::set<words, by_number>> destinations() const;
     /// Routes, ways of all routes, destinations.
     [[nodiscard]] words in_use() const;
 
