@@ -61,7 +61,7 @@ template <class Kind> table<Kind>::~table() {
 }
 
 template <class Kind> uint32_t table<Kind>::put(turn &by, const key &where, const values &what, bool marks) {
-    const place at = index_.lower_bound(where);
+    const place at = seek(where);
     const bool is_there = at != index_.end() && at->first == where;
     if (record *mine = is_there ? own(at, by) : nullptr; mine != nullptr) {
         return replace(by, at, *mine, what, marks);
@@ -180,6 +180,15 @@ template <class Kind> auto table<Kind>::find(const key &where, uint32_t uuid) co
 
 template <class Kind> uint32_t table<Kind>::count() const { return static_cast<uint32_t>(index_.size()) + rivals_; }
 
+/// As lower_bound. Routes come in the order of their keys mostly, so that the place behind the last is tried first.
+template <class Kind> auto table<Kind>::seek(const key &where) -> place {
+    const bool is_behind = next_ == index_.begin() || std::prev(next_)->first < where;
+    const bool is_before = next_ == index_.end() || !(next_->first < where);
+    const place at = is_behind && is_before ? next_ : index_.lower_bound(where);
+    next_ = at != index_.end() && at->first == where ? std::next(at) : at;
+    return at;
+}
+
 template <class Kind> auto table<Kind>::own(place at, const turn &by) const -> record * {
     record *one = at->second;
     while (one != nullptr && one->of != by.sender) {
@@ -282,6 +291,7 @@ template <class Kind> uint32_t table<Kind>::remove_at(turn &by, place &at, recor
         if constexpr (Kind::id == table_id::unicast) {
             by.use->domains.remove(domain_of(mine.to));
         }
+        next_ = next_ == here ? at : next_;
         index_.erase(here);
     } else {
         rivals_--;

@@ -85,6 +85,7 @@ template <class Kind> class table {
     };
     using place = typename index::iterator;
 
+    place seek(const key &where);
     record *own(place at, const turn &by) const;
     uint32_t missing(place at) const;
     uint32_t open(turn &by, place hint, const key &where, const values &what, bool marks);
@@ -102,7 +103,8 @@ template <class Kind> class table {
     effects *out_;
     std::unique_ptr<struct pool, pool_end> records_;
     index index_;
-    uint32_t rivals_ = 0; ///< candidates behind the first
+    place next_ = index_.end(); ///< of the next route, where it comes in order
+    uint32_t rivals_ = 0;       ///< candidates behind the first
 };
 
 extern template class table<unicast>;

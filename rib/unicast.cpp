@@ -29,6 +29,12 @@ std::span<const model::next_hop> hops_of(const hardware &behind, const unicast::
     return behind.paths.read(held.path, held.hops);
 }
 
+bool use_same_ports(std::span<const model::next_hop> a, std::span<const model::next_hop> b) {
+    return std::equal(
+        a.begin(), a.end(), b.begin(), b.end(),
+        [](const model::next_hop &one, const model::next_hop &other) { return one.if_index == other.if_index; });
+}
+
 void set(unicast::stored &held, uint32_t path, const unicast::values &what) {
     held.metric = what.metric;
     held.flag = what.flag & ~RIB_FLAG_ACTIVE;
@@ -75,13 +81,16 @@ uint32_t unicast::replace(hardware &behind, stored &held, const values &what) {
         }
         return result;
     }
-    const uint32_t result = behind.ports.add(hop_ports(what.hops).all());
-    if (result == RIB_OK) {
-        behind.ports.remove(hop_ports(hops_of(behind, held)).all());
-        behind.paths.write(held.path, what.hops);
-        set(held, held.path, what);
+    const auto before = hops_of(behind, held);
+    if (!use_same_ports(before, what.hops)) {
+        if (const uint32_t result = behind.ports.add(hop_ports(what.hops).all()); result != RIB_OK) {
+            return result;
+        }
+        behind.ports.remove(hop_ports(before).all());
     }
-    return result;
+    behind.paths.write(held.path, what.hops);
+    set(held, held.path, what);
+    return RIB_OK;
 }
 
 uint32_t unicast::give_back(hardware &behind, stored &held) {
