@@ -343,6 +343,31 @@ TEST(room, interfaces_cost_as_much_as_they_say_and_nothing_when_they_are_gone) {
     }
 }
 
+/// Bytes that the program has from the allocator, with what that adds to each; 0 where another one stands in.
+size_t allocated() {
+    const struct mallinfo2 now = mallinfo2();
+    return now.uordblks + now.hblkhd;
+}
+
+// As many VSANs and domains as a switch has in a large fabric, all spaces included.
+TEST(room, a_route_costs_less_than_200_bytes_at_rest) {
+    constexpr uint32_t vsans = 400;
+    constexpr uint32_t domains = RIB_LAST_DOMAIN;
+    const auto changes = domains_added(1, domains);
+    const size_t before = allocated();
+    state rib({.spaces = rib_spaces::for_vsans(vsans)});
+    for (uint32_t vsan = 1; vsan <= vsans; vsan++) {
+        ASSERT_EQ(update(rib, vsan, changes).accepted, domains);
+    }
+    const size_t held = allocated() - before;
+    if (held == 0) {
+        GTEST_SKIP() << "the allocator does not count";
+    }
+    EXPECT_GT(held, vsans * domains * sizeof(table<unicast>::record));
+    EXPECT_LT(held, vsans * domains * 200) << static_cast<double>(held) / (vsans * domains) << " bytes a route";
+    RecordProperty("bytes_a_route", std::to_string(held / (vsans * domains)));
+}
+
 TEST(room, vsans_beyond_the_segments_are_refused_until_one_is_empty) {
     state rib({.spaces = {2, 16, 64}});
     EXPECT_EQ(update(rib, 7, domains_added(1, 1)).result, RIB_OK);

@@ -47,6 +47,16 @@ messages one_segment(uint32_t vsans, uint32_t &routes) {
     return {routes_of(1, routes)};
 }
 
+/// Ten thousand routes, and a million: a route to each other domain in every VSAN.
+messages all_domains(uint32_t vsans, uint32_t &routes) {
+    messages all;
+    for (uint32_t vsan = 1; vsan <= vsans; vsan++) {
+        all.push_back(routes_of(vsan, RIB_LAST_DOMAIN));
+    }
+    routes = vsans * RIB_LAST_DOMAIN;
+    return all;
+}
+
 struct counted_case {
     const char *name;
     uint32_t vsans;
@@ -59,6 +69,8 @@ constexpr counted_case cases[] = {
     {"route-1000-segments", 1000, all_segments, " route-10-segments 1.3"},
     {"route-one-takes-10-segments", 10, one_segment, ""},
     {"route-one-takes-1000-segments", 1000, one_segment, " route-one-takes-10-segments 1.3"},
+    {"route-42-vsans", 42, all_domains, ""},
+    {"route-4094-vsans", 4094, all_domains, " route-42-vsans 1.3"},
 };
 
 } // namespace
