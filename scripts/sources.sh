@@ -18,7 +18,12 @@ tidy() {
     finish lint "${files[@]}"
 }
 
-lint() { printf '%s\n' "$@" | xargs -P 2 -n 1 clang-tidy --quiet -p build/release 2>/dev/null; }
+# What the compiler has precompiled is of no use to another one.
+lint() {
+    mkdir -p build/tidy
+    sed 's/ -Winvalid-pch -include [^ ]*cmake_pch\.hxx//' build/release/compile_commands.json > build/tidy/compile_commands.json
+    printf '%s\n' "$@" | xargs -P 2 -n 1 clang-tidy --quiet -p build/tidy 2>/dev/null
+}
 
 golden() {
     need "the test suite" "${test_packages[@]}"
