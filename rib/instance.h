@@ -1,0 +1,45 @@
+// All that a running RIB knows.
+#pragma once
+
+#include "model/system.h"
+#include "rib/change_logs.h"
+#include "rib/registry.h"
+#include "rib/state.h"
+#include "rib/vsans.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+namespace ribkit::rib {
+
+struct instance {
+    /// Throws std::bad_alloc.
+    /// @param out null, or told what happens to the routes; it must last
+    /// @param now seconds since 1970
+    instance(const state_options &options, effects *out, uint32_t now) : routes(options, out), created(now) {}
+
+    state routes;
+    change_logs logs{};
+    registry clients{};
+    described_vsans described{};
+    std::array<model::verification, tables> reports{}; ///< by table_id
+    uint32_t created;                                  ///< seconds since 1970
+    bool notes_requests = false;                       ///< each in a line of history
+
+    /// Takes a registration, and its distance. Throws std::bad_alloc.
+    /// @param heard seconds that pass evenly
+    /// @param now seconds since 1970
+    /// @return as registry::take
+    uint32_t enter(const registration &said, uint64_t heard, uint32_t now);
+    /// Forgets a client that was not heard of for too long, and its distance. @return who it was, as
+    /// registry::forget_one
+    std::optional<registration> lose(uint64_t heard, uint32_t now);
+
+    /// How many routes VSANs have, from one on.
+    [[nodiscard]] std::vector<model::vsan_summary> summaries(uint32_t first, size_t most) const;
+    /// What the RIB keeps, by the kinds of memory.
+    [[nodiscard]] std::array<model::memory_pool, model::memory_pools> memory() const;
+};
+
+} // namespace ribkit::rib
