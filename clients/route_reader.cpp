@@ -2,6 +2,7 @@
 #include "clients/route_reader.h"
 
 #include "base/text.h"
+#include "protocol/queries.h"
 #include "protocol/route_messages.h"
 #include "rib_check.h"
 #include "rib_codes.h"
@@ -20,9 +21,9 @@ uint32_t result_of(std::span<const uint8_t> answer) {
 }
 
 /// An update that has passed its check.
-std::vector<uint8_t> ask(bus::rib_link &link, const route_reading &wanted, const model::route_key &from) {
+std::vector<uint8_t> ask(bus::rib_link &link, const route_reading &wanted, const protocol::unicast_place &from) {
     const uint32_t type = wanted.vsan ? RIBKIT_QUERY_VSAN_ALL : RIBKIT_QUERY_ALL;
-    auto query = protocol::write_query(wanted.uuid, type, routes_a_query, from);
+    auto query = protocol::encode(protocol::unicast_query{wanted.uuid, type, routes_a_query, from.key, from.owner});
     if (wanted.trace) {
         rib_printf_fcu_query(query.data());
     }
@@ -36,12 +37,22 @@ std::vector<uint8_t> ask(bus::rib_link &link, const route_reading &wanted, const
     return answer;
 }
 
+/// Of several routes of a destination the reader's own counts, or else the active one.
+void keep(model::held_routes &all, const model::route_key &key, model::held_route one, uint32_t reader) {
+    const auto [at, is_new] = all.try_emplace(key, one);
+    const bool is_active = (one.what.flag & RIB_FLAG_ACTIVE) != 0;
+    if (!is_new && (one.uuid == reader || (is_active && at->second.uuid != reader))) {
+        at->second = std::move(one);
+    }
+}
+
 } // namespace
 
 model::held_routes read_routes(bus::rib_link &link, const route_reading &wanted) {
     model::held_routes all;
-    model::route_key from{wanted.vsan.value_or(0), {}};
-    while (from.vsan == wanted.vsan.value_or(from.vsan)) {
+    protocol::unicast_place from{{wanted.vsan.value_or(0), {}}, 0};
+    const uint32_t last = wanted.vsan.value_or(RIB_LAST_VSAN);
+    while (from.key.vsan <= last) {
         const auto answer = ask(link, wanted, from);
         const protocol::update_view part(answer.data());
         const auto records = part.list<"route">();
@@ -52,12 +63,13 @@ model::held_routes read_routes(bus::rib_link &link, const route_reading &wanted)
             throw bus::no_answer(base::joined("it has more than ", wanted.most_routes, " routes"));
         }
         for (const protocol::record_view one : records) {
-            const model::route_key key{part.get<"vsan">(), protocol::destination_of(one)};
-            if (key < from || records.size() > routes_a_query) {
+            const protocol::unicast_place place{{part.get<"vsan">(), protocol::destination_of(one)},
+                                                part.get<"uuid">()};
+            if (place < from || place.key.vsan > last || records.size() > routes_a_query) {
                 throw bus::no_answer("what came is not what was asked for");
             }
-            all.emplace_hint(all.end(), key, model::held_route{part.get<"uuid">(), protocol::route_of(one)});
-            from = model::key_after(key);
+            keep(all, place.key, {place.owner, protocol::route_of(one)}, wanted.uuid);
+            from = protocol::place_after(place);
         }
     }
     return all;

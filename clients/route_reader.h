@@ -18,7 +18,8 @@ struct route_reading {
     size_t most_routes = size_t{1} << 22;
 };
 
-/// The routes that the RIB holds. Throws no_answer, also where it has more than `most_routes`, and link_closed.
+/// The routes that the RIB holds: of those of a destination the reader's own, or else the active one. Throws no_answer,
+/// also where it has more than `most_routes`, and link_closed.
 model::held_routes read_routes(bus::rib_link &link, const route_reading &wanted);
 
 } // namespace ribkit::clients

@@ -23,7 +23,7 @@ void add(bus::rib_link &link, uint32_t uuid, uint32_t vsan, const model::route_t
 }
 
 auto query_bytes(uint32_t type, uint32_t count, const model::route_key &from) {
-    return protocol::write_query(RIB_CLIENT_TEST, type, count, from);
+    return protocol::encode(protocol::unicast_query{RIB_CLIENT_TEST, type, count, from});
 }
 
 testing::fcurt_update asked(bus::rib_link &link, uint32_t type, uint32_t count, const model::route_key &from) {
@@ -114,8 +114,8 @@ TEST(route_reader, a_query_that_cannot_be_used_is_refused) {
         EXPECT_EQ(answer.size(), wire::route_rsp.size);
         return protocol::decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(answer)).result;
     };
-    auto versions = query_bytes(2, 10, {});
-    EXPECT_EQ(result_of(versions), RIB_NOT_SUPPORTED);
+    auto shifted = query_bytes(0x10000, 10, {});
+    EXPECT_EQ(result_of(shifted), RIB_NOT_SUPPORTED);
     auto query = query_bytes(RIBKIT_QUERY_ALL, 10, {});
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(result_of(std::span(query).first(23)), RIB_BAD_PARAMETERS);

@@ -5,6 +5,7 @@
 #include "bus/service_handle.h"
 #include "codec/bytes.h"
 #include "codec/witness/random_messages.h"
+#include "protocol/queries.h"
 #include "protocol/route_messages.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
@@ -38,7 +39,8 @@ byte_vector update() {
 }
 
 byte_vector query() {
-    const auto bytes = protocol::write_query(RIB_CLIENT_FSPF, RIBKIT_QUERY_VSAN_ALL, 1000, {own_vsan, {}});
+    const auto bytes =
+        protocol::encode(protocol::unicast_query{RIB_CLIENT_FSPF, RIBKIT_QUERY_VSAN_ALL, 1000, {own_vsan, {}}});
     return {bytes.begin(), bytes.end()};
 }
 

@@ -3,6 +3,7 @@
 #include "fuzz/hostile_bus.h"
 #include "fuzz/quiet.h"
 #include "platform/service_fixture.h"
+#include "protocol/queries.h"
 #include "protocol/route_messages.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
@@ -136,7 +137,7 @@ answers one_more(uint32_t opcode, const byte_vector &request, const byte_vector 
     if (opcode != RIBKIT_OPCODE_FCURT_QUERY || request.size() != wire::fcurt_query.size) {
         return {answer};
     }
-    const model::route_key from = protocol::start_of(protocol::query_view(request.data()));
+    const model::route_key from = protocol::read(codec::view<wire::fcurt_query>(request.data())).from;
     const model::route_change next{RIB_ACTION_ADD, from.to, {1, 0, {{0x01010001, 1}}}};
     return {testing::literal_update({RIB_CLIENT_FSPF, from.vsan, RIB_OPER_UPDATE_RSP, {next}})};
 }

@@ -12,10 +12,13 @@
 
 #include <array>
 #include <cstdint>
+#include <tuple>
 
 namespace ribkit::protocol {
 
 template <const codec::layout &L> using bytes_of = std::array<uint8_t, L.size>;
+
+static_assert(RIBKIT_FCURT_QUERY_SIZE == wire::fcurt_query.size); // what the C header says in numbers
 
 /// Asks for unicast routes from a key on, of that key from an owner on. The owner fits beside the VSAN.
 struct unicast_query {
@@ -61,6 +64,7 @@ struct unicast_place {
     uint32_t owner;
 
     bool operator==(const unicast_place &) const = default;
+    bool operator<(const unicast_place &other) const { return std::tie(key, owner) < std::tie(other.key, other.owner); }
 };
 unicast_place place_after(const unicast_place &last);
 /// The next key that a label route can have and a query can start at.

@@ -68,6 +68,9 @@ inline constexpr query_kind unicast_kinds[] = {
     {0x800000, answer_form::entries, chosen_keys::all, chosen_routes::mine},
 };
 
+/// Whether a type of unicast query is one to be shown, which is answered with info messages.
+constexpr bool is_shown(uint32_t unicast_type) { return (unicast_type & 0xf00000) != 0; }
+
 inline constexpr query_kind multicast_kinds[] = {
     {0x1},
     {0x2, answer_form::routes, chosen_keys::vsan},

@@ -1,7 +1,6 @@
 // Every word is written and read where it stands, in network order.
 #include "protocol/route_messages.h"
 
-#include "codec/messages/sync.h"
 #include "protocol/uses.h"
 
 using namespace ribkit::codec;
@@ -65,38 +64,6 @@ fcurt_response decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.si
     return {response.get<use<wire::route_rsp, "result">>(), response.get<use<wire::route_rsp, "oper">>(),
             response.get<use<wire::route_rsp, "vsan">>(), response.get<use<wire::route_rsp, "accepted">>(),
             response.get<use<wire::route_rsp, "held">>()};
-}
-
-std::array<uint8_t, wire::fcurt_query.size> write_query(uint32_t uuid, uint32_t type, uint32_t requested,
-                                                        const model::route_key &from) {
-    std::array<uint8_t, wire::fcurt_query.size> bytes;
-    const writer<wire::fcurt_query> query(bytes);
-    query.set<"uuid">(uuid).set<"type">(type).set<"requested">(requested);
-    query.set<use<wire::fcurt_query, "vsan">>(from.vsan);
-    query.set<use<wire::fcurt_query, "fcid">>(from.to.fcid).set<use<wire::fcurt_query, "mask">>(from.to.mask);
-    return bytes;
-}
-
-model::route_key start_of(query_view query) {
-    return {query.get<use<wire::fcurt_query, "vsan">>(),
-            {query.get<use<wire::fcurt_query, "fcid">>(), query.get<use<wire::fcurt_query, "mask">>()}};
-}
-
-std::vector<uint8_t> ucast_entry(const model::route_key &key, const model::held_route &held) {
-    const auto &[metric, flag, hops, carried] = held.what;
-    constexpr size_t hop_distance = wire::ucast_route.row_of("hop").stride;
-    std::vector<uint8_t> bytes(wire::ucast_route.size + hop_distance * hops.size() + wire::ucast_hop.size);
-    const writer<wire::ucast_route> entry(bytes);
-    entry.set<"uuid">(held.uuid).set<"vsan">(key.vsan).set<"fcid">(key.to.fcid).set<"mask">(key.to.mask);
-    const auto &[rctl, rctl_mask, rewrite, a, b, c, d, e] = carried;
-    entry.set<"rctl">(rctl).set<"rctl_mask">(rctl_mask).set<"byte_18">(rewrite);
-    entry.set_bytes<"bytes_19">(std::array{a, b, c, d, e});
-    entry.set<"cost">(metric).set<"flag">(flag);
-    for (const model::next_hop &hop : hops) {
-        const auto way = entry.add<"hop">();
-        way.set<"ctrl", "domain">(hop.domain).set<"intf">(hop.if_index);
-    }
-    return bytes;
 }
 
 } // namespace ribkit::protocol

@@ -1,8 +1,7 @@
-// Unicast route messages by the names of their layouts: updates as a client writes them and the RIB reads them, their
-// answers, the queries, and a route as the displays take it.
+// Unicast route messages by the names of their layouts: updates as a client writes them and the RIB reads them, and
+// their answers.
 #pragma once
 
-#include "codec/messages/query.h"
 #include "codec/messages/route.h"
 #include "codec/writer.h"
 #include "model/routes.h"
@@ -20,7 +19,6 @@ namespace ribkit::protocol {
 // What the C header says in numbers.
 static_assert(RIBKIT_FCURT_UPDATE_SIZE == wire::fcurt_update.size && RIBKIT_FCURT_SIZE == wire::fcurt.size);
 static_assert(RIBKIT_FCURT_HOP_SIZE == wire::fcurt_hop.size && RIBKIT_FCURT_RSP_SIZE == wire::route_rsp.size);
-static_assert(RIBKIT_FCURT_QUERY_SIZE == wire::fcurt_query.size);
 
 constexpr size_t fcurt_record_size(size_t hops) { return wire::fcurt.size + wire::fcurt_hop.size * hops; }
 
@@ -30,7 +28,6 @@ inline constexpr size_t smallest_message_limit = wire::fcurt_update.size + fcurt
 using update_view = codec::view<wire::fcurt_update>;
 using update_writer = codec::writer<wire::fcurt_update>;
 using record_view = codec::view<wire::fcurt>;
-using query_view = codec::view<wire::fcurt_query>;
 
 /// Adds the route whole, or nothing of it. @return whether there was room
 bool add_route(const update_writer &update, uint32_t action, const model::destination &to,
@@ -59,17 +56,5 @@ struct fcurt_response {
 
 std::array<uint8_t, wire::route_rsp.size> encode(const fcurt_response &response);
 fcurt_response decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size> bytes);
-
-/// A query of the RIB's unicast routes. The answer is an update message with the routes from the key on, all of one
-/// VSAN and one client, each as a route to add; without routes where there are no more.
-/// @param type RIBKIT_QUERY_...
-/// @param requested how many routes at most
-std::array<uint8_t, wire::fcurt_query.size> write_query(uint32_t uuid, uint32_t type, uint32_t requested,
-                                                        const model::route_key &from);
-/// Where a query starts.
-model::route_key start_of(query_view query);
-
-/// The route as an entry of the RIB's tables, which rib_show_fcu displays.
-std::vector<uint8_t> ucast_entry(const model::route_key &key, const model::held_route &held);
 
 } // namespace ribkit::protocol

@@ -1,6 +1,6 @@
 // Messages by name against the same ones put together byte after byte: updates of every size in rooms of every size,
 // answers, queries, entries of the tables.
-#include "protocol/route_messages.h"
+#include "protocol/table_messages.h"
 
 #include "rib_check.h"
 #include "rib_codec.h"
@@ -110,15 +110,6 @@ TEST(route_messages, an_answer_is_five_words) {
     const std::array<uint8_t, 20> expected{0x40, 0x52, 0, 0x10, 0, 0, 0, 0x10, 0, 0, 0, 20, 0, 0, 0, 3, 1, 2, 3, 4};
     EXPECT_EQ(answer, expected);
     EXPECT_EQ(decode_fcurt_response(answer), response);
-}
-
-TEST(route_messages, a_query_is_six_words) {
-    const model::route_key from{4094, {0xfffffe, 0xff0000}};
-    const auto query = write_query(12, 0x100, 1000, from);
-    const std::array<uint8_t, 24> expected{0, 0, 0,    12,   0, 0,    1,    0,    0, 0,    3, 0xe8,
-                                           0, 0, 0x0f, 0xfe, 0, 0xff, 0xff, 0xfe, 0, 0xff, 0, 0};
-    EXPECT_EQ(query, expected);
-    EXPECT_EQ(start_of(query_view(query.data())), from);
 }
 
 TEST(route_messages, an_entry_of_the_tables_has_its_hops_eight_bytes_apart) {

@@ -3,7 +3,7 @@
 
 #include "base/input_error.h"
 #include "base/text.h"
-#include "protocol/route_messages.h"
+#include "protocol/table_messages.h"
 #include "rib/service/answers.h"
 #include "rib_show.h"
 

@@ -5,10 +5,9 @@
 #include "base/text.h"
 #include "bus/rib_link.h"
 #include "protocol/route_messages.h"
-#include "rib/service/answers.h"
+#include "rib/service/history.h"
 #include "rib/service/updates.h"
 #include "rib_codes.h"
-#include "rib_trace.h"
 #include "rib_wrap.h"
 #include "ribkit_rib.h"
 
@@ -27,6 +26,7 @@ namespace ribkit::rib {
 namespace {
 
 constexpr uint32_t queue_bound = 64;
+constexpr uint64_t microseconds = 1'000'000; ///< a second
 
 std::string text_of(const rib_check_report &why) {
     std::array<char, 160> text{};
@@ -42,6 +42,9 @@ constexpr bool lacks_memory(uint32_t result) {
     return result == RIB_OUT_OF_MEMORY || result == (RIB_PLATFORM_FAILURE | ENOMEM);
 }
 
+/// Since 1970.
+uint32_t seconds_now() { return static_cast<uint32_t>(std::time(nullptr)); }
+
 std::string sender_of(const qip_ref &ref) {
     const std::string name = qip_sender_name(&ref);
     return name.empty() ? base::joined("sender ", qip_sender_get(&ref)) : name;
@@ -49,20 +52,12 @@ std::string sender_of(const qip_ref &ref) {
 
 } // namespace
 
-void move_trace::moved(uint32_t vsan, const model::destination &what, uint32_t from, uint32_t to) {
-    rib_printf_time("RIB moves vsan %u fc id 0x%06x mask 0x%06x from position 0x%05x to 0x%05x\n", vsan, what.fcid,
-                    what.mask, from, to);
-}
-
-void move_trace::owned(uint32_t segment, uint32_t first, uint32_t count) {
-    rib_printf_time("RIB hardware positions 0x%05x to 0x%05x now belong to segment %u\n", first, first + count - 1,
-                    segment);
-}
-
 rib_service::rib_service(const std::string &url, const rib_options &options)
     : handle_(url, options.patience), policy_(options.policy), binds_names_(!url.starts_with("local:")),
-      gave_way_(options.gave_way), tables_({options.spaces, options.policy.quotas, options.trace || options.memory},
-                                           options.trace ? &moves_ : nullptr),
+      gave_way_(options.gave_way),
+      notices_([this](uint32_t opcode, std::span<const uint8_t> message) { return send_notice(opcode, message); }),
+      watch_(rib_.logs, notices_, options.trace),
+      rib_({options.spaces, options.policy.quotas, options.trace || options.memory}, &watch_, seconds_now()),
       complaints_(options.complaints_to, !options.counts_at_end) {
     listen(url);
     if (bus::names_server(url)) {
@@ -114,18 +109,58 @@ void rib_service::serve() {
 
 /// @return whether the service goes on
 bool rib_service::take_one(bool may_wait) {
-    const uint32_t what = claims_open_.empty() ? QIP_RECV_INCOMING : QIP_RECV_ANYTHING;
-    const qip_recv_opts opts{{what, may_wait ? 0U : 1U}};
+    const qip_recv_opts opts = next_wait(may_wait);
     qip_ref ref{};
     if (qip_recv(handle_.number(), &ref, &opts) == 0) {
         failures_ = 0;
         take(ref);
         rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &ref);
-    } else if (may_wait) {
+    } else if (may_wait && errno != ETIMEDOUT) {
         rest_after(errno);
     }
+    keep_house();
     const std::scoped_lock locked(lock_);
     return !stopped_;
+}
+
+// Without an end, but where somebody's registration may end or something waits to be sent.
+qip_recv_opts rib_service::next_wait(bool may_wait) const {
+    constexpr uint32_t soon = 50; // milliseconds
+    qip_recv_opts opts{{claims_open_.empty() ? QIP_RECV_INCOMING : QIP_RECV_ANYTHING, may_wait ? 0U : 1U}};
+    opts.word[2] = !notices_.waits() && rib_.clients.size() != 0 ? 1 : 0;
+    opts.word[4] = notices_.waits() ? soon : 0;
+    return opts;
+}
+
+/// What is due when a request was taken, or none came.
+void rib_service::keep_house() {
+    try {
+        lose_clients();
+        notices_.flush();
+    } catch (const std::bad_alloc &) { // later
+        return;
+    }
+}
+
+void rib_service::lose_clients() {
+    const uint64_t heard = qip_now() / microseconds;
+    if (rib_.clients.size() == 0 || heard == looked_) {
+        return;
+    }
+    looked_ = heard;
+    watch_.set_time(seconds_now());
+    while (const auto lost = rib_.lose(heard, seconds_now())) {
+        note_in_history(line_of_loss(*lost));
+    }
+    notices_.listen(rib_.clients.size() != 0);
+}
+
+// What is lost with a server its listeners know of.
+bool rib_service::send_notice(uint32_t opcode, std::span<const uint8_t> message) const {
+    const qip_send_opts at_once{{0, 1}};
+    return qip_send(handle_.number(), &ribkit_listeners_address, opcode, message.data(),
+                    static_cast<uint32_t>(message.size()), nullptr, nullptr, &at_once) == 0 ||
+           (errno != EAGAIN && errno != ENOMEM && errno != ENOBUFS);
 }
 
 // What fails again and again would do so for ever: the pauses grow. They are of real time, so that the first failures
@@ -184,7 +219,7 @@ void rib_service::answer(const qip_ref &ref, bool in_envelope, std::span<const u
     }
 }
 
-rib_service::bytes rib_service::respond_in_envelope(const qip_ref &ref) {
+bytes rib_service::respond_in_envelope(const qip_ref &ref) {
     const auto *envelope = static_cast<const uint8_t *>(qip_payload_get(&ref));
     const uint32_t size = qip_payload_size(&ref);
     rib_check_report why{};
@@ -198,31 +233,61 @@ rib_service::bytes rib_service::respond_in_envelope(const qip_ref &ref) {
     return respond({ref, opcode, {payload, length}, true});
 }
 
-rib_service::bytes rib_service::respond(const request &asked) {
-    switch (asked.opcode) {
-    case RIBKIT_OPCODE_FCURT_UPDATE:
-        return update<unicast>(asked);
-    case RIBKIT_OPCODE_FCMRT_UPDATE:
-        return update<multicast>(asked);
-    case RIBKIT_OPCODE_FCLRT_UPDATE:
-        return update<label>(asked);
-    case RIBKIT_OPCODE_FCURT_QUERY:
-        return find(asked);
-    case RIBKIT_OPCODE_CLAIM:
-        return hear_claim(asked);
-    case RIBKIT_OPCODE_PROBE:
-        if (asked.payload.empty()) {
-            const auto said = refusal(RIB_NOT_SUPPORTED);
-            return {said.begin(), said.end()};
+const rib_service::request_row rib_service::own_requests[] = {
+    {RIBKIT_OPCODE_PROBE, &rib_service::hear_probe},
+    {RIBKIT_OPCODE_CLAIM, &rib_service::hear_claim},
+    {RIBKIT_OPCODE_FCURT_UPDATE, &rib_service::update<unicast>},
+    {RIBKIT_OPCODE_FCMRT_UPDATE, &rib_service::update<multicast>},
+    {RIBKIT_OPCODE_FCLRT_UPDATE, &rib_service::update<label>},
+};
+
+bytes rib_service::respond(const request &asked) {
+    watch_.set_time(seconds_now());
+    if (rib_.notes_requests) {
+        note_in_history("rib: opcode ", asked.opcode, ", ", asked.payload.size(), " bytes from ", sender_of(asked.ref));
+    }
+    for (const request_row &row : own_requests) {
+        if (row.opcode == asked.opcode) {
+            return (this->*row.handler)(asked);
         }
-        [[fallthrough]];
-    default:
+    }
+    return ask(asked);
+}
+
+bytes rib_service::hear_probe(const request &asked) {
+    if (!asked.payload.empty()) {
         return refuse(asked, RIB_NOT_SUPPORTED, "no such opcode");
     }
+    const auto said = refusal(RIB_NOT_SUPPORTED);
+    return {said.begin(), said.end()};
+}
+
+arrival rib_service::arrival_of(const request &asked) {
+    return {seconds_now(), qip_now() / microseconds, asked.in_envelope};
+}
+
+/// What is answered from what the RIB knows.
+bytes rib_service::ask(const request &asked) {
+    const request_handler *row = find_handler(asked.opcode);
+    if (row == nullptr) {
+        return refuse(asked, RIB_NOT_SUPPORTED, "no such opcode");
+    }
+    rib_check_report why{};
+    const auto size = static_cast<uint32_t>(asked.payload.size());
+    if (const uint32_t result = row->check(asked.payload.data(), size, &why); result != RIB_OK) {
+        return refuse(asked, result, text_of(why));
+    }
+    const uint32_t client = row->client(asked.payload.data());
+    if (!may_speak(asked, client)) {
+        return refuse(asked, RIB_BAD_PARAMETERS, base::joined("it may not use client ", client));
+    }
+    reply answer = row->answer(rib_, asked.payload.data(), arrival_of(asked));
+    notices_.listen(rib_.clients.size() != 0);
+    return answer.result == RIB_OK ? std::move(answer.message) : refuse(asked, answer.result, answer.why);
 }
 
 // The answer has its room before anything is changed: what was done is never answered as if it had failed.
-template <class Kind> rib_service::bytes rib_service::update(const request &asked) {
+template <class Kind> bytes rib_service::update(const request &asked) {
     bytes answer(wire::route_rsp.size);
     rib_check_report why{};
     std::string barred;
@@ -230,8 +295,8 @@ template <class Kind> rib_service::bytes rib_service::update(const request &aske
         barred = may_speak(asked, client) ? "" : base::joined("it may not use client ", client);
         return barred.empty();
     };
-    const update_origin from{static_cast<uint32_t>(std::time(nullptr)), asked.in_envelope, speaks};
-    const protocol::fcurt_response response = take_update<Kind>(tables_, asked.payload, from, &why);
+    const update_origin from{seconds_now(), asked.in_envelope, speaks};
+    const protocol::fcurt_response response = take_update<Kind>(rib_.routes, asked.payload, from, &why);
     if (response.result != RIB_OK) {
         complain(asked.ref, asked.opcode, response.result,
                  why.message != nullptr ? text_of(why)
@@ -243,26 +308,7 @@ template <class Kind> rib_service::bytes rib_service::update(const request &aske
     return answer;
 }
 
-rib_service::bytes rib_service::find(const request &asked) {
-    rib_check_report why{};
-    const uint32_t result =
-        rib_check_fcurt_query(asked.payload.data(), static_cast<uint32_t>(asked.payload.size()), &why);
-    if (result != RIB_OK) {
-        return refuse(asked, result, text_of(why));
-    }
-    const protocol::query_view query(asked.payload.data());
-    const uint32_t uuid = query.get<"uuid">();
-    const uint32_t type = query.get<"type">();
-    if (!may_speak(asked, uuid)) {
-        return refuse(asked, RIB_BAD_PARAMETERS, base::joined("it may not use client ", uuid));
-    }
-    if (type != RIBKIT_QUERY_ALL && type != RIBKIT_QUERY_VSAN_ALL) {
-        return refuse(asked, RIB_NOT_SUPPORTED, base::joined("type ", type));
-    }
-    return rib::answer(tables_, query);
-}
-
-rib_service::bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why) {
+bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why) {
     complain(asked.ref, asked.opcode, result, why);
     const auto said = refusal(result);
     return {said.begin(), said.end()};
@@ -279,7 +325,7 @@ void rib_service::complain(const qip_ref &ref, uint32_t opcode, uint32_t result,
 }
 
 bool rib_service::may_speak(const request &asked, uint32_t client) const {
-    return !binds_names_ || policy_.allows(qip_sender_name(&asked.ref), client);
+    return client <= RIBKIT_LAST_CLIENT && (!binds_names_ || policy_.allows(qip_sender_name(&asked.ref), client));
 }
 
 } // namespace ribkit::rib

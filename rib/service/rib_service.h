@@ -3,9 +3,11 @@
 
 #include "bus/complaints.h"
 #include "bus/service_handle.h"
+#include "rib/service/notices.h"
+#include "rib/service/requests.h"
 #include "rib/service/rib_claim.h"
 #include "rib/service/rib_policy.h"
-#include "rib/state.h"
+#include "rib/service/route_watch.h"
 
 #include <atomic>
 #include <chrono>
@@ -34,13 +36,6 @@ struct rib_options {
     int complaints_to = STDERR_FILENO; ///< a descriptor
 };
 
-/// Prints a line for all that moves in the hardware.
-class move_trace final : public effects {
-  public:
-    void moved(uint32_t vsan, const model::destination &what, uint32_t from, uint32_t to) override;
-    void owned(uint32_t segment, uint32_t first, uint32_t count) override;
-};
-
 class rib_service {
   public:
     /// Listens at the RIB's address of this bus, and notifies its clients. Throws as service_handle does,
@@ -54,7 +49,7 @@ class rib_service {
     void stop();
 
     /// For reading once the service has stopped.
-    [[nodiscard]] const state &tables() const { return tables_; }
+    [[nodiscard]] const state &tables() const { return rib_.routes; }
     [[nodiscard]] size_t answered() const { return answered_; }
 
     /// Whether another RIB was there first.
@@ -67,18 +62,28 @@ class rib_service {
         std::span<const uint8_t> payload;
         bool in_envelope = false;
     };
-    using bytes = std::vector<uint8_t>;
+    struct request_row {
+        uint32_t opcode;
+        bytes (rib_service::*handler)(const request &asked);
+    };
+    static const request_row own_requests[];
 
     void listen(const std::string &url);
     void serve();
     bool take_one(bool may_wait);
+    [[nodiscard]] qip_recv_opts next_wait(bool may_wait) const;
+    void keep_house();
+    void lose_clients();
+    bool send_notice(uint32_t opcode, std::span<const uint8_t> message) const;
     void rest_after(int error);
     void take(const qip_ref &ref);
     void answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload);
     bytes respond_in_envelope(const qip_ref &ref);
     bytes respond(const request &asked);
     template <class Kind> bytes update(const request &asked);
-    bytes find(const request &asked);
+    bytes ask(const request &asked);
+    bytes hear_probe(const request &asked);
+    [[nodiscard]] static arrival arrival_of(const request &asked);
     bytes refuse(const request &asked, uint32_t result, const std::string &why);
     void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why);
     [[nodiscard]] bool may_speak(const request &asked, uint32_t client) const;
@@ -95,8 +100,10 @@ class rib_service {
     rib_policy policy_;
     bool binds_names_; ///< the bus says who sends
     std::function<void()> gave_way_;
-    move_trace moves_;
-    state tables_;
+    notices notices_;
+    route_watch watch_;
+    instance rib_;
+    uint64_t looked_ = 0; ///< for clients that were not heard of, in seconds
     bus::complaints complaints_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     rib_claim claim_ = rib_claim::made_now();

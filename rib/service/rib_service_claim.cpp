@@ -44,7 +44,7 @@ void rib_service::send_claim() {
 }
 
 // The own claim comes back, since we listen where it goes; it is not answered.
-rib_service::bytes rib_service::hear_claim(const request &asked) {
+bytes rib_service::hear_claim(const request &asked) {
     const auto heard = decode_claim(asked.payload);
     if (!heard) {
         return refuse(asked, RIB_BAD_PARAMETERS, "a claim of another size");

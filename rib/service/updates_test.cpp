@@ -1,6 +1,7 @@
 // Update messages of the three tables, whole and damaged.
 #include "rib/service/updates.h"
 
+#include "protocol/table_messages.h"
 #include "rib/service/answers.h"
 #include "rib_codes.h"
 #include "rib_show.h"
@@ -184,25 +185,6 @@ TEST_F(updates, an_update_by_envelope_comes_in_one) {
     const bytes message = ucast({{RIB_ACTION_ADD, two, near}}, RIB_OPER_UPDATE_CMI);
     EXPECT_EQ(take<unicast>(message).result, RIB_BAD_PARAMETERS);
     EXPECT_EQ(take<unicast>(message, {.in_envelope = true}).result, RIB_OK);
-}
-
-TEST_F(updates, a_route_is_answered_to_its_owner_and_the_active_one_to_others) {
-    take<unicast>(ucast({{RIB_ACTION_ADD, two, near}}));
-    const auto add_static = testing::literal_update(
-        {RIB_CLIENT_CONFIG, 1, RIB_OPER_UPDATE, {{RIB_ACTION_ADD, two, near}, {RIB_ACTION_ADD, three, near}}});
-    EXPECT_EQ(take<unicast>(add_static), (protocol::fcurt_response{RIB_OK, RIB_OPER_UPDATE, 1, 2, 3}));
-    const auto asked = [&](uint32_t client) {
-        const auto query = protocol::write_query(client, RIBKIT_QUERY_ALL, 10, {});
-        return testing::literal_contents(answer(rib, protocol::query_view(query.data())));
-    };
-    const auto own = asked(RIB_CLIENT_FSPF);
-    EXPECT_EQ(own.uuid, RIB_CLIENT_FSPF);
-    ASSERT_EQ(own.changes.size(), 1U) << "the next is another client's";
-    EXPECT_EQ(own.changes[0].what.flag, RIB_FLAG_DIRECT);
-    const auto active = asked(RIB_CLIENT_TEST);
-    EXPECT_EQ(active.uuid, RIB_CLIENT_CONFIG);
-    ASSERT_EQ(active.changes.size(), 2U);
-    EXPECT_EQ(active.changes[0].what.flag, RIB_FLAG_DIRECT | RIB_FLAG_ACTIVE);
 }
 
 TEST(entry, displays_its_route) {

@@ -1,0 +1,24 @@
+// What a request is answered with.
+#pragma once
+
+#include "rib_codes.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ribkit::rib {
+
+using bytes = std::vector<uint8_t>;
+
+/// A message, or the result code of why there is none.
+struct reply {
+    uint32_t result = RIB_OK;
+    bytes message{};
+    std::string why{}; ///< more about a refusal, for the complaint
+
+    static reply of(bytes message) { return {RIB_OK, std::move(message)}; }
+    static reply refusal(uint32_t result, std::string why = {}) { return {result, {}, std::move(why)}; }
+};
+
+} // namespace ribkit::rib
