@@ -7,10 +7,10 @@
 #include "codec/messages/snmp.h"
 #include "decode/images.h"
 #include "diag/display_layouts.h"
+#include "protocol/requests.h"
 #include "rib_codes.h"
 #include "rib_mem.h"
 #include "rib_wrap.h"
-#include "ribkit_rib.h"
 
 #include <algorithm>
 
@@ -104,9 +104,8 @@ std::vector<std::string_view> kind_names(std::string_view wanted) {
 }
 
 const kind *kind_of_opcode(uint32_t opcode) {
-    return opcode == RIBKIT_OPCODE_FCURT_UPDATE  ? find_kind("rib_fcurt_update")
-           : opcode == RIBKIT_OPCODE_FCURT_QUERY ? find_kind("rib_fcurt_query")
-                                                 : nullptr;
+    const protocol::request_row *row = protocol::find_request(opcode);
+    return row == nullptr || *row->message == '\0' ? nullptr : find_kind(row->message);
 }
 
 uint32_t message_size(const kind &what, std::span<const uint8_t> bytes, rib_check_report &report) {
