@@ -5,7 +5,9 @@
 #include "decode/byte_buffer.h"
 #include "decode/json_reader.h"
 #include "decode/kinds.h"
+#include "decode/output.h"
 
+#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -53,14 +55,17 @@ class encoder {
     };
 
     class object;
+    using text_room = std::array<char, output::longest_piece>; ///< any text that a number may have
 
     void read_message();
     const kind &message_fields(bool carried);
     const kind &kind_named(std::string_view name, bool carried);
     void fields(const shape &s, size_t at, bool in_place);
 
-    void member(object &o, std::string_view key);
+    void member(object &o);
     void value(object &o, uint16_t slot);
+    void part(object &o, uint16_t slot);
+    void text(object &o, uint16_t slot);
     void simple_value(const field &f, size_t at);
     void words(object &o, uint16_t field_number);
     void entries(object &o, uint16_t field_number);
@@ -71,7 +76,7 @@ class encoder {
     void blocks(object &o, const field &f);
     void rest_member(object &o, std::string_view key);
 
-    // Once all members have been read: encoder_close.cpp.
+    // Once all members have been read, or what they speak of: encoder_close.cpp.
     void close(object &o);
     void read_deferred(object &o);
     void close_field(object &o, const field &f);
@@ -83,7 +88,9 @@ class encoder {
     void close_tail(object &o);
     void appended_digits();
     void close_note(object &o, const note &n);
-    std::string expected_text(object &o, const slot &s);
+    void agree_on_part(object &o, const slot &s, uint32_t said);
+    void agree_on_text(object &o, const slot &s, std::string_view said, std::string_view expected);
+    std::string_view expected_text(object &o, const slot &s, text_room &room);
 
     void put_number(const field &f, size_t at, uint32_t number);
     [[nodiscard]] uint32_t number_at(const field &f, size_t at);

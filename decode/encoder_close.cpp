@@ -163,39 +163,47 @@ void encoder::close_tail(object &o) {
 
 void encoder::close_note(object &o, const note &n) {
     const slot &s = o.fields.slots[n.slot];
-    const field &f = o.fields.fields[s.field];
+    path_.push_back({s.key});
     if (s.is == slot::role::part) {
-        if (const uint32_t is = f.parts[s.part].of(number_at(f, o.at + f.offset)); is != n.part) {
-            fail_at(s.key, "is " + std::to_string(n.part) + ", but in " + std::string(f.name()) + " it is " +
-                               std::to_string(is));
-        }
-        return;
+        agree_on_part(o, s, n.part);
+    } else {
+        text_room room;
+        agree_on_text(o, s, std::string_view(texts_).substr(n.at, n.size), expected_text(o, s, room));
     }
-    const std::string_view said = std::string_view(texts_).substr(n.at, n.size);
-    if (const std::string expected = expected_text(o, s); said != expected) {
-        fail_at(s.key, "is " + quoted(said) + ", but " + std::string(f.name()) + " is " + quoted(expected));
+    path_.pop_back();
+}
+
+void encoder::agree_on_part(object &o, const slot &s, uint32_t said) {
+    const field &f = o.fields.fields[s.field];
+    if (const uint32_t is = f.parts[s.part].of(number_at(f, o.at + f.offset)); is != said) {
+        fail("is " + std::to_string(said) + ", but in " + std::string(f.name()) + " it is " + std::to_string(is));
     }
 }
 
-std::string encoder::expected_text(object &o, const slot &s) {
+void encoder::agree_on_text(object &o, const slot &s, std::string_view said, std::string_view expected) {
+    if (said != expected) {
+        const field &f = o.fields.fields[s.field];
+        fail("is " + quoted(said) + ", but " + std::string(f.name()) + " is " + quoted(expected));
+    }
+}
+
+std::string_view encoder::expected_text(object &o, const slot &s, text_room &room) {
     const field &f = o.fields.fields[s.field];
     const uint8_t *at = bytes_.data() + o.at + f.offset;
-    std::string text(output::longest_piece, '\0');
-    char *end = text.data();
+    char *const begin = room.data();
+    char *end = begin;
     if (f.kind == field_kind::name) {
-        return as_utf8(name_in({at, f.size}));
-    }
-    if (f.kind == field_kind::digits) {
-        end = put_positions(end, {at, is_split_map(f) ? 2 * size_t{f.size} : f.size});
+        end = put(begin, as_utf8(name_in({at, f.size})));
+    } else if (f.kind == field_kind::digits) {
+        end = put_positions(begin, {at, is_split_map(f) ? 2 * size_t{f.size} : f.size});
     } else if (s.is == slot::role::use) {
-        end = put_use(end, f, number_at(f, o.at + f.offset));
+        end = put_use(begin, f, number_at(f, o.at + f.offset));
     } else if (s.is == slot::role::part_text) {
-        end = f.parts[s.part].text.put(end, f.parts[s.part].of(number_at(f, o.at + f.offset)));
+        end = f.parts[s.part].text.put(begin, f.parts[s.part].of(number_at(f, o.at + f.offset)));
     } else {
-        end = f.text.put(end, number_at(f, o.at + f.offset));
+        end = f.text.put(begin, number_at(f, o.at + f.offset));
     }
-    text.resize(static_cast<size_t>(end - text.data()));
-    return text;
+    return {begin, static_cast<size_t>(end - begin)};
 }
 
 void encoder::put_number(const field &f, size_t at, uint32_t number) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 namespace ribkit::decode {
 
@@ -12,7 +13,6 @@ constexpr size_t longest_string = size_t{1} << 20;
 constexpr size_t longest_kept = size_t{32} << 20;
 constexpr size_t deepest = 64;
 
-bool is_blank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
 bool is_control(char c) { return static_cast<unsigned char>(c) < 0x20; }
 bool ends_string(char c) { return c == '"' || c == '\\' || is_control(c); }
 bool is_number_character(char c) {
@@ -50,25 +50,18 @@ bool json_reader::refill() {
     return size != 0;
 }
 
-char json_reader::peek() {
+/// At the end of a piece, or at what is no JSON.
+char json_reader::peek_further() {
     while (!at_end()) {
+        if (*next_ == '\0') {
+            throw json_error("a byte of 0 is no JSON");
+        }
         if (!is_blank(*next_)) {
-            if (*next_ == '\0') {
-                throw json_error("a byte of 0 is no JSON");
-            }
             return *next_;
         }
         ++next_;
     }
     return '\0';
-}
-
-bool json_reader::take(char c) {
-    if (peek() != c) {
-        return false;
-    }
-    ++next_;
-    return true;
 }
 
 void json_reader::expect(char c) {
@@ -95,6 +88,17 @@ std::string_view json_reader::string() {
     const std::string_view text(next_, static_cast<size_t>(stop - next_));
     next_ = stop + 1;
     return text;
+}
+
+bool json_reader::take_string(std::string_view text) {
+    const size_t size = text.size();
+    if (peek() != '"' || static_cast<size_t>(end_ - next_) < size + 2 || next_[size + 1] != '"' ||
+        std::memcmp(next_ + 1, text.data(), size) != 0 ||
+        std::any_of(text.begin(), text.end(), [](char c) { return ends_string(c); })) {
+        return false;
+    }
+    next_ += size + 2;
+    return true;
 }
 
 std::string_view json_reader::long_string() {

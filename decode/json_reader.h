@@ -30,12 +30,24 @@ class json_reader {
     // All of these pass over white space first, and throw json_error where something else stands there.
 
     /// The next character, which stays; 0 at the end.
-    char peek();
+    char peek() {
+        while (next_ != end_ && is_blank(*next_)) {
+            ++next_;
+        }
+        return next_ != end_ && *next_ != '\0' ? *next_ : peek_further();
+    }
     /// Takes a character where it stands there.
-    bool take(char c);
+    bool take(char c) {
+        const bool there = peek() == c;
+        next_ += there ? 1 : 0;
+        return there;
+    }
     void expect(char c);
     /// A string, until the reader is asked again.
     std::string_view string();
+    /// Takes a string where it is this one, for whoever knows what to expect. False may also say that it has escapes,
+    /// or does not lie in one piece: then `string` tells.
+    bool take_string(std::string_view text);
     /// A whole number in digits.
     uint32_t number(uint32_t most);
     /// A string of hexadecimal digits of whole bytes, each handed on. Stops where `byte` returns false.
@@ -44,6 +56,8 @@ class json_reader {
     std::string value();
 
   private:
+    static bool is_blank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+    char peek_further();
     void take_none() { next_ = end_ = piece_.data(); }
     bool refill();
     [[nodiscard]] bool at_end() { return next_ == end_ && !refill(); }
