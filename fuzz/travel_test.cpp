@@ -1,0 +1,112 @@
+// Every message that clients and RIB exchange has travelled: requests, answers and notifications of one RIB are noted,
+// with the records and entries that stand in them, and compared with the catalogue.
+#include "bus/service_handle.h"
+#include "codec/bytes.h"
+#include "codec/messages/forms.h"
+#include "codec/size.h"
+#include "fuzz/quiet.h"
+#include "fuzz/sound_requests.h"
+#include "protocol/requests.h"
+#include "rib/service/rib_service.h"
+#include "rib_codes.h"
+#include "rib_wrap.h"
+#include "ribkit_platform.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace ribkit::fuzz {
+namespace {
+
+constexpr const char *url = "local:travel";
+
+/// Of the RIB's protocol, and yet not exchanged.
+constexpr std::string_view at_home[] = {
+    "rib_node_info", // no module has told of itself
+};
+
+/// Of the protocol of RIB and modules, and yet exchanged with clients.
+constexpr std::string_view guests[] = {"fib_vsan_update", "fib_vsan"};
+
+bool is_exchanged(std::string_view name) {
+    return name.starts_with("rib_") ? std::find(std::begin(at_home), std::end(at_home), name) == std::end(at_home)
+                                    : std::find(std::begin(guests), std::end(guests), name) != std::end(guests);
+}
+
+class notebook {
+  public:
+    /// Notes a message, and what stands in it.
+    void note(const codec::message &kind, const uint8_t *bytes) {
+        names_.emplace(kind.name);
+        note_entries(*kind.wire, bytes);
+    }
+    void note(std::string_view name, const byte_vector &bytes) {
+        if (const codec::message *kind = codec::find_message(name); kind != nullptr) {
+            note(*kind, bytes.data());
+        }
+    }
+
+    [[nodiscard]] const std::set<std::string, std::less<>> &names() const { return names_; }
+
+  private:
+    /// The first entry of each list stands for all.
+    void note_entries(const codec::layout &l, const uint8_t *bytes) {
+        for (const codec::row &r : l) {
+            if (!codec::is_list(r) || codec::read_count<std::endian::big>(r.count, bytes) == 0) {
+                continue;
+            }
+            for (const codec::message &kind : codec::messages()) {
+                if (kind.wire == r.entry) {
+                    names_.emplace(kind.name);
+                }
+            }
+            note_entries(*r.entry, bytes + r.offset);
+        }
+    }
+
+    std::set<std::string, std::less<>> names_;
+};
+
+/// Notes all that was told until now. @return its opcodes
+std::set<uint32_t> note_news(uint32_t listening, notebook &notes) {
+    std::set<uint32_t> heard;
+    const qip_recv_opts at_once{{QIP_RECV_INCOMING, 1}};
+    for (qip_ref ref{}; qip_recv(listening, &ref, &at_once) == 0; qip_drop(listening, &ref)) {
+        const uint32_t opcode = qip_opcode_get(&ref);
+        const auto *bytes = static_cast<const uint8_t *>(qip_payload_get(&ref));
+        notes.note(protocol::find_request(opcode)->message, {bytes, bytes + qip_payload_size(&ref)});
+        heard.insert(opcode);
+    }
+    return heard;
+}
+
+TEST(travel, every_message_between_clients_and_rib_has_travelled) {
+    const quiet silence{stderr};
+    const bus::service_handle listening(url);
+    ASSERT_EQ(qip_listen(listening.number(), &ribkit_listeners_address, 1000), 0);
+    rib::rib_service service(url);
+    requester asking(url);
+    notebook notes;
+    for (const auto &[opcode, bytes] : sound_requests()) {
+        const protocol::request_row &row = *protocol::find_request(opcode);
+        const byte_vector answer = asking.ask(opcode, bytes);
+        notes.note(row.message, bytes);
+        if (const codec::message *kind = kind_of(answer, row.answer); kind != nullptr && !is_refusal(answer)) {
+            notes.note(*kind, answer.data());
+        }
+    }
+    service.stop();
+    const std::set<uint32_t> heard = note_news(listening.number(), notes);
+    for (const protocol::request_row &row : protocol::requests) {
+        EXPECT_EQ(heard.contains(row.opcode), row.to != protocol::destination_of::rib) << row.name;
+    }
+    for (const codec::message &kind : codec::messages()) {
+        EXPECT_EQ(notes.names().contains(kind.name), is_exchanged(kind.name)) << kind.name;
+    }
+}
+
+} // namespace
+} // namespace ribkit::fuzz
