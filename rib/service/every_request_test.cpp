@@ -1,0 +1,199 @@
+// Over the bus: every request is answered, whatever it holds; registrations and notifications come and go.
+#include "codec/message.h"
+#include "protocol/queries.h"
+#include "protocol/requests.h"
+#include "protocol/route_messages.h"
+#include "protocol/system_messages.h"
+#include "rib/service/rib_service.h"
+#include "rib/state.h"
+#include "rib_codes.h"
+#include "rib_wrap.h"
+#include "ribkit_platform.h"
+#include "testing/fault_script.h"
+#include "testing/literal_updates.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <optional>
+#include <unistd.h>
+
+namespace ribkit::rib {
+namespace {
+
+constexpr const char *url = "local:every_request_test";
+
+/// Complaints are read by nobody.
+class nowhere {
+  public:
+    nowhere() : descriptor_(open("/dev/null", O_WRONLY | O_CLOEXEC)) {}
+    nowhere(const nowhere &) = delete;
+    nowhere &operator=(const nowhere &) = delete;
+    ~nowhere() { close(descriptor_); }
+    [[nodiscard]] int descriptor() const { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
+
+/// A client that asks, and hears notifications.
+class asker {
+  public:
+    asker() : handle_(url) { qip_listen(handle_.number(), &ribkit_listeners_address, 100); }
+
+    [[nodiscard]] bytes ask(uint32_t opcode, std::span<const uint8_t> payload, bool in_envelope = false) const {
+        bytes copy(payload.begin(), payload.end());
+        rib_wrap_msg request{};
+        rib_wrap_msg answer{};
+        request.opcode = opcode;
+        request.payload = copy.data();
+        request.payload_size = static_cast<uint32_t>(copy.size());
+        const auto wrapper = in_envelope ? rib_wrap_cmi_req_rsp : rib_wrap_qip_req_rsp;
+        EXPECT_EQ(wrapper(handle_.number(), &request, &answer), RIB_OK) << std::hex << opcode << ' ' << payload.size();
+        const bytes said(answer.payload, answer.payload + answer.payload_size);
+        qip_drop(handle_.number(), &answer.ref);
+        return said;
+    }
+
+    /// The next notification that is there within a second.
+    [[nodiscard]] std::optional<std::pair<uint32_t, bytes>> hear() const {
+        const qip_recv_opts within{{QIP_RECV_INCOMING, 0, 1}};
+        qip_ref ref{};
+        if (qip_recv(handle_.number(), &ref, &within) != 0) {
+            return {};
+        }
+        const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&ref));
+        std::pair<uint32_t, bytes> note{qip_opcode_get(&ref), {payload, payload + qip_payload_size(&ref)}};
+        qip_drop(handle_.number(), &ref);
+        return note;
+    }
+
+    [[nodiscard]] uint32_t handle() const { return handle_.number(); }
+
+  private:
+    bus::service_handle handle_;
+};
+
+uint32_t result_in(const bytes &answer) {
+    EXPECT_EQ(answer.size(), wire::route_rsp.size);
+    return protocol::decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(answer)).result;
+}
+
+/// The size of the fixed part of a request.
+size_t size_of(const protocol::request_row &row) {
+    const auto found = std::find_if(codec::forms().begin(), codec::forms().end(),
+                                    [&](const auto &form) { return form.name == row.message; });
+    return row.message[0] == '\0'          ? 0
+           : found != codec::forms().end() ? found->wire->size
+                                           : codec::find_message(row.message)->wire->size;
+}
+
+TEST(every_request, is_answered_when_it_is_truncated_at_any_byte) {
+    const nowhere silent;
+    rib_service rib(url, {.complaints_to = silent.descriptor()});
+    const asker client;
+    for (const protocol::request_row &row : protocol::requests) {
+        if (row.to != protocol::destination_of::rib || row.opcode == RIBKIT_OPCODE_CLAIM) {
+            continue;
+        }
+        const bytes message(size_of(row));
+        for (size_t size = 0; size < message.size(); size++) {
+            for (const bool in_envelope : {false, true}) {
+                EXPECT_EQ(result_in(client.ask(row.opcode, std::span(message).first(size), in_envelope)),
+                          RIB_BAD_PARAMETERS)
+                    << row.name << ' ' << size;
+            }
+        }
+        EXPECT_FALSE(client.ask(row.opcode, message).empty()) << row.name;
+        const bytes longer(message.size() + 1);
+        EXPECT_EQ(result_in(client.ask(row.opcode, longer)), message.empty() ? RIB_NOT_SUPPORTED : RIB_EXCESS_DATA)
+            << row.name;
+    }
+}
+
+TEST(every_request, is_answered_with_any_count_too_large) {
+    const nowhere silent;
+    rib_service rib(url, {.complaints_to = silent.descriptor()});
+    const asker client;
+    for (const protocol::request_row &row : protocol::requests) {
+        if (row.to != protocol::destination_of::rib || row.opcode == RIBKIT_OPCODE_CLAIM) {
+            continue;
+        }
+        for (size_t at = 0; at < std::min<size_t>(size_of(row), 60); at += 4) {
+            for (const uint8_t byte : {0xff, 0x7f, 0x01}) {
+                bytes message(size_of(row));
+                std::fill_n(message.begin() + static_cast<ptrdiff_t>(at), 4, byte);
+                EXPECT_FALSE(client.ask(row.opcode, message).empty()) << row.name << ' ' << at;
+            }
+        }
+    }
+}
+
+TEST(every_request, of_no_kind_is_refused) {
+    const nowhere silent;
+    rib_service rib(url, {.complaints_to = silent.descriptor()});
+    const asker client;
+    for (const uint32_t opcode : {1U, 0x104U, 0x13eU, 0x201U, 0x211U, UINT32_MAX}) {
+        EXPECT_EQ(result_in(client.ask(opcode, bytes(20))), RIB_NOT_SUPPORTED) << opcode;
+    }
+    const auto beyond = protocol::encode<wire::db_query>({RIBKIT_LAST_CLIENT + 1, 1, 1, 0});
+    EXPECT_EQ(result_in(client.ask(RIBKIT_OPCODE_DB_QUERY, beyond)), RIB_BAD_PARAMETERS);
+}
+
+bytes update_of(uint32_t client, uint32_t fcid, uint32_t action = RIB_ACTION_ADD, uint32_t oper = RIB_OPER_UPDATE) {
+    return testing::literal_update({client, 1, oper, {{action, {fcid, 0xffffff}, {1, 0, {{0x01010001, 2}}}}}});
+}
+
+/// The first route of a unicast notification, and its action.
+std::pair<uint32_t, uint32_t> told_by(const std::optional<std::pair<uint32_t, bytes>> &note) {
+    if (!note || note->first != RIBKIT_OPCODE_FCURT_NOTE) {
+        return {};
+    }
+    const auto said = testing::literal_contents(note->second);
+    return said.changes.empty() ? std::pair(0U, 0U) : std::pair(said.changes[0].to.fcid, said.changes[0].action);
+}
+
+TEST(notifications, come_to_every_listener_while_anybody_is_registered) {
+    const testing::fault_script script("clock virtual\n");
+    rib_service rib(url);
+    const asker one;
+    const asker two;
+    EXPECT_EQ(result_in(one.ask(RIBKIT_OPCODE_FCURT_UPDATE, update_of(12, 5))), RIB_OK);
+    EXPECT_FALSE(one.hear());
+    EXPECT_EQ(result_in(one.ask(RIBKIT_OPCODE_REGISTER, protocol::encode(model::registration{99, 7, "test"}))), RIB_OK);
+    EXPECT_EQ(result_in(one.ask(RIBKIT_OPCODE_FCURT_UPDATE, update_of(12, 6))), RIB_OK);
+    EXPECT_EQ(result_in(one.ask(RIBKIT_OPCODE_FCURT_UPDATE, update_of(12, 7, 1, RIB_OPER_RESTORE))), RIB_OK);
+    EXPECT_EQ(result_in(one.ask(RIBKIT_OPCODE_FCURT_UPDATE, update_of(12, 6, RIB_ACTION_DELETE))), RIB_OK);
+    for (const asker *listener : {&one, &two}) {
+        EXPECT_EQ(told_by(listener->hear()), (std::pair(6U, RIB_ACTION_ADD)));
+        EXPECT_EQ(told_by(listener->hear()), (std::pair(6U, RIB_ACTION_DELETE)));
+        EXPECT_FALSE(listener->hear());
+    }
+}
+
+TEST(registrations, end_thirty_seconds_after_the_last_repetition) {
+    const testing::fault_script script("clock virtual\n");
+    rib_service rib(url);
+    const asker client;
+    const auto listed = [&] {
+        const bytes info = client.ask(RIBKIT_OPCODE_REG_QUERY, protocol::encode<wire::reg_query>({12, 1, 10}));
+        return protocol::registrations_of(codec::view<wire::reg_info>(info.data()));
+    };
+    const auto said = protocol::encode(model::registration{99, 7, "test"});
+    for (int repetition = 0; repetition < 3; repetition++) {
+        EXPECT_EQ(result_in(client.ask(RIBKIT_OPCODE_REGISTER, said)), RIB_OK);
+        for (int second = 0; second < 20; second++) {
+            EXPECT_FALSE(client.hear());
+        }
+        EXPECT_EQ(listed(), (std::vector<model::registration>{{99, 7, "test"}}));
+    }
+    for (int second = 0; second < 15; second++) {
+        EXPECT_FALSE(client.hear());
+    }
+    EXPECT_TRUE(listed().empty());
+    rib.stop();
+    EXPECT_EQ(rib.tables().clients().distance(99), default_distance(99));
+}
+
+} // namespace
+} // namespace ribkit::rib
