@@ -230,7 +230,7 @@ TEST(wire_random, the_service_answers_and_tells_what_the_model_does) {
     const auto told = client.take_told();
     const auto changed = for_listeners(expected.take_told());
     const auto [a, b] = std::mismatch(told.begin(), told.end(), changed.begin(), changed.end());
-    EXPECT_GT(told.size(), rounds / 3);
+    EXPECT_GT(told.size(), rounds / 4);
     EXPECT_EQ(told.size(), changed.size());
     EXPECT_TRUE(a == told.end() || b == changed.end()) << ::testing::PrintToString(*a) << "\n"
                                                        << ::testing::PrintToString(*b);
