@@ -1,5 +1,5 @@
 // A record of the history is a subtype and a text.
-#include "rib/service/history.h"
+#include "bus/history.h"
 
 #include "yelk.h"
 
@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace ribkit::rib {
+namespace ribkit::bus {
 
 namespace {
 
@@ -32,4 +32,4 @@ void note_in_history(const std::string &line) noexcept {
     yelk_hist_event(event_id, static_cast<uint32_t>(sizeof said.subtype + length + 1), &said);
 }
 
-} // namespace ribkit::rib
+} // namespace ribkit::bus

@@ -1,4 +1,4 @@
-// Lines of the debug history that tell what the RIB has done.
+// Lines of the debug history that tell what a service or a client has done.
 #pragma once
 
 #include "base/text.h"
@@ -6,7 +6,7 @@
 #include <new>
 #include <string>
 
-namespace ribkit::rib {
+namespace ribkit::bus {
 
 /// Where memory is short there is no line.
 void note_in_history(const std::string &line) noexcept;
@@ -19,4 +19,4 @@ template <class... Parts> void note_in_history(const char *first, const Parts &.
     }
 }
 
-} // namespace ribkit::rib
+} // namespace ribkit::bus

@@ -3,6 +3,7 @@
 
 #include "base/duration.h"
 #include "base/text.h"
+#include "bus/history.h"
 #include "rib_codes.h"
 #include "rib_text.h"
 #include "rib_wrap.h"
@@ -41,6 +42,19 @@ qip_recv_opts incoming_within(std::chrono::milliseconds limit) {
 qip_recv_opts answer_within(std::chrono::milliseconds limit, uint32_t token) {
     const auto count = static_cast<uint32_t>(limit.count());
     return {{QIP_RECV_BY_TOKEN, count == 0 ? 1U : 0U, 0, token, count}};
+}
+
+/// That the RIB has started; what says so and more is damaged.
+bool is_start(const qip_ref &note) {
+    if (qip_opcode_get(&note) != RIBKIT_OPCODE_STARTED) {
+        return false;
+    }
+    const uint32_t size = qip_payload_size(&note);
+    if (size != 0) {
+        note_in_history("client: notification of ", size, " bytes with opcode ", RIBKIT_OPCODE_STARTED,
+                        " dropped: it has no payload");
+    }
+    return size == 0;
 }
 
 } // namespace
@@ -147,6 +161,9 @@ std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) 
     if (result == RIB_OK || result == RIB_BAD_PARAMETERS) { // of an envelope that does not hold what it says
         rib_wrap_qip_drop(uuid_, handle_.number(), &answer.ref);
     }
+    if (result == RIB_BAD_PARAMETERS) {
+        drop_answer(opcode, answer.payload_size, result_text(result));
+    }
     if (result != RIB_OK) {
         throw no_answer(result_text(result));
     }
@@ -154,6 +171,11 @@ std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) 
     traffic_.bytes_sent += request.size();
     traffic_.bytes_received += bytes.size();
     return bytes;
+}
+
+void rib_link::drop_answer(uint32_t opcode, size_t size, const std::string &why) {
+    note_in_history("client: answer of ", size, " bytes to opcode ", opcode, " dropped: ", why);
+    throw no_answer(why);
 }
 
 // The wrappers wait as long as they do: where less is left, what they do is done here with another limit.
@@ -261,7 +283,7 @@ void rib_link::take_notes(std::chrono::milliseconds limit) {
     qip_recv_opts opts = incoming_within(limit);
     qip_ref note{};
     while (qip_recv(handle_.number(), &note, &opts) == 0) {
-        started_ = started_ || qip_opcode_get(&note) == RIBKIT_OPCODE_STARTED;
+        started_ = is_start(note) || started_;
         rib_wrap_qip_drop(uuid_, handle_.number(), &note);
         opts = incoming_within({}); // those that wait already
     }

@@ -77,6 +77,11 @@ class rib_link {
     /// sound when it was sent: that was damaged on the way, or this client may send nothing.
     void take_result(uint32_t opcode, uint32_t result);
 
+    /// An answer that cannot be used leaves a line in the history and is gone. Throws no_answer.
+    /// @param opcode of what was asked
+    /// @param size of the answer, in bytes
+    [[noreturn]] static void drop_answer(uint32_t opcode, size_t size, const std::string &why);
+
     /// Whether the RIB has started since the last call, or may have done so unheard, because the server was lost and
     /// both are there again. Waits for that so long; 0 does not wait. Throws link_closed.
     bool heard_of_start(std::chrono::milliseconds limit = {});

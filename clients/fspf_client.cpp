@@ -226,7 +226,7 @@ void fspf_client::note_refused(uint32_t vsan, const protocol::fcurt_response &re
 protocol::fcurt_response fspf_client::exchange(std::span<uint8_t> update) {
     const auto answer = link_.ask(RIBKIT_OPCODE_FCURT_UPDATE, update);
     if (rib_check_fcurt_rsp(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
-        throw bus::no_answer(bus::result_text(RIB_MISSING_RESPONSE));
+        bus::rib_link::drop_answer(RIBKIT_OPCODE_FCURT_UPDATE, answer.size(), bus::result_text(RIB_MISSING_RESPONSE));
     }
     return protocol::decode_fcurt_response(std::span(answer).first<wire::route_rsp.size>());
 }

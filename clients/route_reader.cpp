@@ -32,7 +32,7 @@ std::vector<uint8_t> ask(bus::rib_link &link, const route_reading &wanted, const
         rib_check_fcurt_update(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) == RIB_OK;
     link.take_result(RIBKIT_OPCODE_FCURT_QUERY, is_sound ? RIB_OK : result_of(answer));
     if (!is_sound) {
-        throw bus::no_answer("what came is damaged");
+        bus::rib_link::drop_answer(RIBKIT_OPCODE_FCURT_QUERY, answer.size(), "what came is damaged");
     }
     return answer;
 }
@@ -66,7 +66,8 @@ model::held_routes read_routes(bus::rib_link &link, const route_reading &wanted)
             const protocol::unicast_place place{{part.get<"vsan">(), protocol::destination_of(one)},
                                                 part.get<"uuid">()};
             if (place < from || place.key.vsan > last || records.size() > routes_a_query) {
-                throw bus::no_answer("what came is not what was asked for");
+                bus::rib_link::drop_answer(RIBKIT_OPCODE_FCURT_QUERY, answer.size(),
+                                           "what came is not what was asked for");
             }
             keep(all, place.key, {place.owner, protocol::route_of(one)}, wanted.uuid);
             from = protocol::place_after(place);

@@ -3,9 +3,9 @@
 #include "rib/service/rib_service.h"
 
 #include "base/text.h"
+#include "bus/history.h"
 #include "bus/rib_link.h"
 #include "protocol/route_messages.h"
-#include "rib/service/history.h"
 #include "rib/service/updates.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
@@ -150,7 +150,7 @@ void rib_service::lose_clients() {
     looked_ = heard;
     watch_.set_time(seconds_now());
     while (const auto lost = rib_.lose(heard, seconds_now())) {
-        note_in_history(line_of_loss(*lost));
+        bus::note_in_history(line_of_loss(*lost));
     }
     notices_.listen(rib_.clients.size() != 0);
 }
@@ -244,7 +244,8 @@ const rib_service::request_row rib_service::own_requests[] = {
 bytes rib_service::respond(const request &asked) {
     watch_.set_time(seconds_now());
     if (rib_.notes_requests) {
-        note_in_history("rib: opcode ", asked.opcode, ", ", asked.payload.size(), " bytes from ", sender_of(asked.ref));
+        bus::note_in_history("rib: opcode ", asked.opcode, ", ", asked.payload.size(), " bytes from ",
+                             sender_of(asked.ref));
     }
     for (const request_row &row : own_requests) {
         if (row.opcode == asked.opcode) {

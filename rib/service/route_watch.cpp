@@ -1,13 +1,13 @@
 // Lines of the trace, and of the history.
 #include "rib/service/route_watch.h"
 
-#include "rib/service/history.h"
+#include "bus/history.h"
 #include "rib_trace.h"
 
 namespace ribkit::rib {
 
 void route_watch::vsan_changed(uint32_t vsan, bool suspended) {
-    note_in_history("rib: vsan ", vsan, suspended ? " is suspended" : " is active again");
+    bus::note_in_history("rib: vsan ", vsan, suspended ? " is suspended" : " is active again");
 }
 
 void route_watch::moved(uint32_t vsan, const model::destination &what, uint32_t from, uint32_t to) {

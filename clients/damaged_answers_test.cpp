@@ -1,0 +1,169 @@
+// A RIB whose answers and notifications arrive damaged: clients drop them, and each leaves one line in the history.
+#include "clients/fspf_client.h"
+#include "clients/route_reader.h"
+#include "rib_codes.h"
+#include "ribkit_rib.h"
+#include "testing/capture.h"
+#include "testing/literal_updates.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <thread>
+
+namespace ribkit::clients {
+namespace {
+
+using bytes = std::vector<uint8_t>;
+
+constexpr const char *url = "local:damaged_answers";
+
+/// Answers every request with the bytes that it has been given.
+class damaging_rib {
+  public:
+    damaging_rib() : handle_(url) {
+        EXPECT_EQ(qip_listen(handle_.number(), &ribkit_rib_address, 64), 0);
+        thread_ = std::thread([this] { serve(); });
+    }
+    damaging_rib(const damaging_rib &) = delete;
+    damaging_rib &operator=(const damaging_rib &) = delete;
+    ~damaging_rib() {
+        handle_.close();
+        thread_.join();
+    }
+
+    void answer_with(bytes answer) {
+        const std::scoped_lock locked(lock_);
+        answer_ = std::move(answer);
+    }
+
+    void notify(uint32_t opcode, const bytes &payload) const {
+        EXPECT_EQ(qip_send(handle_.number(), &ribkit_listeners_address, opcode, payload.data(),
+                           static_cast<uint32_t>(payload.size()), nullptr, nullptr, nullptr),
+                  0);
+    }
+
+  private:
+    void serve() {
+        for (qip_ref ref{}; qip_recv(handle_.number(), &ref, nullptr) == 0; qip_drop(handle_.number(), &ref)) {
+            const std::scoped_lock locked(lock_);
+            qip_send(handle_.number(), nullptr, 0, answer_.data(), static_cast<uint32_t>(answer_.size()), nullptr, &ref,
+                     nullptr);
+        }
+    }
+
+    std::mutex lock_;
+    bytes answer_;
+    bus::service_handle handle_;
+    std::thread thread_;
+};
+
+size_t lines_about(const std::string &what) {
+    const std::string text = testing::printed_by(yelk_hist_print);
+    size_t lines = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
+        lines++;
+    }
+    return lines;
+}
+
+bytes words(std::initializer_list<uint32_t> numbers) {
+    bytes all;
+    for (const uint32_t number : numbers) {
+        testing::append_word(all, number);
+    }
+    return all;
+}
+
+bytes routes() {
+    return testing::literal_update({RIB_CLIENT_FSPF,
+                                    1,
+                                    RIB_OPER_UPDATE,
+                                    {{RIB_ACTION_ADD, {0x020000, RIB_MASK_DOMAIN}, {500, 0, {{0x01010001, 2}}}}}});
+}
+
+class damaged_answers : public ::testing::Test {
+  protected:
+    void TearDown() override { yelk_hist_clear(); }
+
+    static void read() {
+        bus::rib_link link(url, RIB_CLIENT_FSPF);
+        read_routes(link, {RIB_CLIENT_FSPF, 1});
+    }
+    static void send(bool in_envelope) {
+        fspf_client client(url, {.link = {.envelopes = in_envelope}});
+        bytes update = routes();
+        client.exchange(update);
+    }
+
+    /// What a client does with an answer ends with an exception, and leaves a line.
+    template <class Ask> void expect_dropped(const bytes &answer, const Ask &ask) {
+        rib.answer_with(answer);
+        yelk_hist_clear();
+        testing::printed_by([&] { EXPECT_THROW(ask(), bus::no_answer) << answer.size(); });
+        EXPECT_EQ(lines_about("client: answer of"), 1U) << answer.size();
+        EXPECT_EQ(lines_about("client:"), 1U) << answer.size();
+    }
+
+    /// Every beginning of an answer, and one byte more than it has.
+    template <class Ask> void expect_every_length_dropped(const bytes &answer, const Ask &ask) {
+        for (size_t size = 0; size <= answer.size() + 1; size++) {
+            bytes other = answer;
+            other.resize(size);
+            if (size != answer.size()) {
+                expect_dropped(other, ask);
+            }
+        }
+    }
+
+    damaging_rib rib;
+};
+
+TEST_F(damaged_answers, of_any_length_to_an_update_are_dropped) {
+    expect_every_length_dropped(words({RIB_OK, RIB_OPER_UPDATE, 1, 1, 1}), [] { send(false); });
+}
+
+TEST_F(damaged_answers, of_any_length_in_an_envelope_are_dropped) {
+    bytes answer = words({0, 20, 0});
+    answer.resize(112);
+    const bytes response = words({RIB_OK, RIB_OPER_UPDATE, 1, 1, 1});
+    answer.insert(answer.end(), response.begin(), response.end());
+    expect_every_length_dropped(answer, [] { send(true); });
+}
+
+TEST_F(damaged_answers, of_any_length_to_a_query_are_dropped) {
+    expect_every_length_dropped(routes(), [] { read(); });
+}
+
+TEST_F(damaged_answers, that_announce_more_than_they_hold_are_dropped) {
+    const bytes sound = routes();
+    for (const size_t count_at : {size_t{12}, size_t{16}, sound.size() - 12}) {
+        for (const uint32_t count : {241U, 0x7fffffffU, UINT32_MAX}) {
+            bytes answer = sound;
+            for (const int shift : {24, 16, 8, 0}) {
+                answer[count_at + static_cast<size_t>(3 - shift / 8)] = static_cast<uint8_t>(count >> shift);
+            }
+            expect_dropped(answer, [] { read(); });
+        }
+    }
+}
+
+TEST_F(damaged_answers, with_what_was_not_asked_for_are_dropped) {
+    bytes answer = routes();
+    answer[7] = 2; // the VSAN
+    expect_dropped(answer, [] { read(); });
+}
+
+TEST_F(damaged_answers, a_start_with_a_payload_is_dropped) {
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    yelk_hist_clear();
+    rib.notify(RIBKIT_OPCODE_STARTED, {0});
+    EXPECT_FALSE(link.heard_of_start());
+    EXPECT_EQ(lines_about("client: notification of 1 bytes"), 1U);
+    rib.notify(RIBKIT_OPCODE_STARTED, {});
+    EXPECT_TRUE(link.heard_of_start());
+    EXPECT_EQ(lines_about("client:"), 1U);
+}
+
+} // namespace
+} // namespace ribkit::clients
