@@ -4,6 +4,7 @@
 #include "codec/messages/forms.h"
 #include "codec/view.h"
 #include "decode/numbers.h"
+#include "decode/offset_writer.h"
 #include "decode/walk.h"
 
 #include <algorithm>
@@ -89,6 +90,10 @@ void decoder::show(std::span<const uint8_t> bytes, const content &inside, const 
     if (json_ != nullptr) {
         json_->begin_message(what_.name);
         walk(*json_, bytes.data(), bytes.size(), inside).fields(what_.fields(), 0);
+        if (json_text *json = json_->begin_offsets()) {
+            offset_writer offsets(*json);
+            walk(offsets, bytes.data(), bytes.size(), inside).fields(what_.fields(), 0);
+        }
         json_->end_message(report);
     }
 }

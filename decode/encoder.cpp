@@ -104,7 +104,9 @@ const kind &encoder::message_fields(bool carried) {
         if ((key == message_key && what != nullptr) || (key == fields_key && (read || !early.empty()))) {
             fail("stands twice");
         }
-        if (key == message_key) {
+        if (key == "offsets") {
+            in_->value(); // where the fields stand is known
+        } else if (key == message_key) {
             what = &kind_named(in_->string(), carried);
         } else if (key == fields_key && what == nullptr) {
             early = in_->value();

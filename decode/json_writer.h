@@ -15,7 +15,11 @@ enum class json_form : uint8_t {
 
 class json_writer {
   public:
-    json_writer(output &out, json_form form) : json_writer(json_text(out, form == json_form::lines), form, false) {}
+    /// @param offsets whether it is said of each message, too, where its fields stand
+    json_writer(output &out, json_form form, bool offsets = false)
+        : json_writer(json_text(out, form == json_form::lines), form, false) {
+        offsets_ = offsets;
+    }
 
     /// @param json where the messages stand in a larger document, which goes on once they are finished
     explicit json_writer(const json_text &json) : json_writer(json, json_form::array, true) {}
@@ -36,6 +40,17 @@ class json_writer {
         json_.text(name);
         json_.member(fields_key);
         json_.open('{');
+    }
+    /// Where the offsets follow the fields: null if nobody wants them.
+    json_text *begin_offsets() {
+        if (!offsets_) {
+            return nullptr;
+        }
+        static const json_key offsets_key("offsets");
+        json_.close('}');
+        json_.member(offsets_key);
+        json_.open('{');
+        return &json_;
     }
     /// @param refused why the message is not whole, or null
     void end_message(const rib_check_report *refused) {
@@ -214,6 +229,7 @@ class json_writer {
     output &out_;
     json_form form_;
     bool inside_; ///< a larger document
+    bool offsets_ = false;
 };
 
 } // namespace ribkit::decode

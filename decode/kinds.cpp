@@ -7,6 +7,7 @@
 #include "codec/messages/snmp.h"
 #include "decode/images.h"
 #include "diag/display_layouts.h"
+#include "protocol/claim.h"
 #include "protocol/requests.h"
 #include "rib_codes.h"
 #include "rib_mem.h"
@@ -44,6 +45,7 @@ constexpr kind others[] = {
     record<wire::dm_entry>("dm_entry", "VSAN of rib_dm_info"),
     record<wire::module_entry>("module", "module of rib_sys_info"),
     record<diag::shown_ucast_route>("shown_ucast_route", "rib_ucast_route as displays read it"),
+    record<protocol::claim>("rib_claim", "claim to the RIB's address"),
     record<wire::sync_gbl>("sync_gbl", "state of a synchronisation log"),
     record<wire::fc_route_entry>("fcRouteEntry", "row of the SNMP route table"),
     record<wire::fc_route_flow_stat_entry>("fcRouteFlowStatEntry", "row of the SNMP flow statistics"),
@@ -105,7 +107,7 @@ std::vector<std::string_view> kind_names(std::string_view wanted) {
 
 const kind *kind_of_opcode(uint32_t opcode) {
     const protocol::request_row *row = protocol::find_request(opcode);
-    return row == nullptr || *row->message == '\0' ? nullptr : find_kind(row->message);
+    return row == nullptr ? nullptr : find_kind(row->message);
 }
 
 uint32_t message_size(const kind &what, std::span<const uint8_t> bytes, rib_check_report &report) {

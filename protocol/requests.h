@@ -15,7 +15,7 @@ enum class destination_of : uint8_t { rib, listeners, listeners_and_modules };
 struct request_row {
     uint32_t opcode;
     const char *name;    ///< behind RIBKIT_OPCODE_
-    const char *message; ///< of the catalogue; "" for none
+    const char *message; ///< of the catalogue, or the claim; "" for none
     const char *answer;  ///< messages of the catalogue, separated by blanks; "" for none
     destination_of to;
     const char *sender;
@@ -36,7 +36,7 @@ inline constexpr request_row requests[] = {
      "Asks for unicast routes or topology versions. The VSAN's word has the VSAN in its low 12 bits and above them the "
      "first owner of interest of the first key; the next query starts behind the last key and owner.",
      "what its type says, of one VSAN and one client; none where there are no more", ""},
-    {RIBKIT_OPCODE_CLAIM, "CLAIM", "", "", destination_of::rib, "RIB",
+    {RIBKIT_OPCODE_CLAIM, "CLAIM", "rib_claim", "rib_claim", destination_of::rib, "RIB",
      "Five words: a claim to the address, where a server lets several RIBs listen.", "the claim of whoever hears it",
      "the later RIB gives way"},
     {RIBKIT_OPCODE_FCMRT_UPDATE, "FCMRT_UPDATE", "rib_fcmrt_update", "rib_fcmrt_rsp", destination_of::rib, "client",

@@ -44,7 +44,7 @@ class shown_messages {
             text_.emplace(text_to_, options.offsets);
         }
         if (out.wants_json()) {
-            json_.emplace(json_to_, options.lines ? json_form::lines : json_form::array);
+            json_.emplace(json_to_, options.lines ? json_form::lines : json_form::array, options.offsets);
         }
     }
 

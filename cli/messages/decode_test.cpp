@@ -66,6 +66,18 @@ TEST(decode, offsets_say_where_fields_stand) {
                                                                "      20    intf[0]             16842753  fc1/1\n");
 }
 
+TEST(decode, offsets_stand_behind_the_fields_in_json) {
+    const testing::input_file file(one_route + one_route);
+    const std::string lines = decoded("--lines --offsets mcast_route " + file.path());
+    EXPECT_NE(
+        lines.find(R"("intf":[16842753]},"offsets":{"uuid":0,"vsan":4,"fcid":8,"mask":12,"n_intf":16,"intf":[20]}})"
+                   "\n{"),
+        std::string::npos)
+        << lines;
+    const testing::input_file json(decoded("--json --offsets mcast_route " + file.path()));
+    EXPECT_EQ(testing::run_command("encode " + json.path()).output.size(), 2 * 24U);
+}
+
 TEST(decode, lines_are_a_message_each) {
     const testing::input_file file(one_route + one_route);
     const std::string line = R"({"message":"rib_mcast_route","fields":{"uuid":14,"uuid_text":"mcast","vsan":1,)"
@@ -179,6 +191,10 @@ TEST(decode, an_envelope_is_shown_with_what_it_carries) {
     EXPECT_NE(decoded("--lines cmi_request " + known.path())
                   .find(R"("opcode":258,"payload":{"message":"rib_fcurt_query","fields":{"uuid":12,)"),
               std::string::npos);
+    const input_file claim = envelope("00000018", "00000103 00000001 00000002 00000003 00000004 00000005");
+    EXPECT_NE(decoded("--lines cmi_request " + claim.path())
+                  .find(R"("opcode":259,"payload":{"message":"rib_claim","fields":{"settled":1,"started_high":2,)"),
+              std::string::npos);
     const input_file unknown = envelope("0000001c", "00000000 " + query);
     EXPECT_NE(decoded("--lines cmi_request " + unknown.path()).find(R"("opcode":0,"payload":"0000000c00000001)"),
               std::string::npos);
@@ -228,7 +244,7 @@ TEST(decode, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(testing::complaint("decode fcurt " + letters.path()),
               letters.path() + ":3: \"0000000g\" is no hexadecimal number\n");
     for (const char *arguments :
-         {"--list fcurt", "--guess a b", "--json --offsets fcurt /dev/null", "--hex --raw fcurt /dev/null", "fcurt a b",
+         {"--list fcurt", "--guess a b", "--hex --raw fcurt /dev/null", "fcurt a b",
           "--carries nothing cmi_request /dev/null", "--guess --offsets /dev/null", "\"\"", "--guess -x"}) {
         testing::complaint(std::string("decode ") + arguments);
     }

@@ -65,7 +65,8 @@ action declare_decode(CLI::App &app, const words &given) {
         ->type_name("MESSAGE")
         ->excludes(list)
         ->excludes(guess);
-    app.add_flag("--offsets", options->offsets, "begin each line with where its field stands")
+    app.add_flag("--offsets", options->offsets,
+                 "say where each field stands: in front of its line, or in a member of their own")
         ->excludes(list)
         ->excludes(guess);
     add_form(app, options->form);
@@ -76,7 +77,6 @@ action declare_decode(CLI::App &app, const words &given) {
     return [options] {
         place_words(*options);
         options->output.json = options->lines && !options->output.json ? "" : options->output.json;
-        refuse_beside_json(options->output, {{options->offsets, "--offsets"}});
         return run_decode(*options);
     };
 }

@@ -1,9 +1,8 @@
 // A claim as bytes and back, and what follows from one that is heard or answered.
 #include "rib/service/rib_claim.h"
 
-#include "base/text.h"
-
 #include "codec/writer.h"
+#include "protocol/claim.h"
 
 #include <chrono>
 #include <random>
@@ -13,13 +12,6 @@ using namespace ribkit::codec;
 namespace ribkit::rib {
 
 namespace {
-
-/// The formats know no such message: it is between RIBs of this kind.
-constexpr layout claim_layout{"claim",
-                              20,
-                              {word(0, "settled"), word(4, "started_high"), word(8, "started_low"),
-                               word(12, "drawn_high"), word(16, "drawn_low")}};
-static_assert(claim_layout.size == RIBKIT_CLAIM_SIZE);
 
 uint32_t high(uint64_t number) { return static_cast<uint32_t>(number >> 32); }
 uint32_t low(uint64_t number) { return static_cast<uint32_t>(number); }
@@ -36,7 +28,7 @@ rib_claim rib_claim::made_now() {
 
 std::array<uint8_t, RIBKIT_CLAIM_SIZE> encode(const rib_claim &claim) {
     std::array<uint8_t, RIBKIT_CLAIM_SIZE> bytes{};
-    const writer<claim_layout> words(bytes);
+    const writer<protocol::claim> words(bytes);
     words.set<"settled">(claim.settled ? 1U : 0U);
     words.set<"started_high">(high(claim.started)).set<"started_low">(low(claim.started));
     words.set<"drawn_high">(high(claim.drawn)).set<"drawn_low">(low(claim.drawn));
@@ -47,7 +39,7 @@ std::optional<rib_claim> decode_claim(std::span<const uint8_t> bytes) {
     if (bytes.size() != RIBKIT_CLAIM_SIZE) {
         return std::nullopt;
     }
-    const view<claim_layout> words(bytes.data());
+    const view<protocol::claim> words(bytes.data());
     return rib_claim{words.get<"settled">() != 0, joined(words.get<"started_high">(), words.get<"started_low">()),
                      joined(words.get<"drawn_high">(), words.get<"drawn_low">())};
 }
