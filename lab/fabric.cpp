@@ -76,6 +76,14 @@ void fabric::keep_vsans(const std::vector<uint32_t> &ids) {
                   [&](const fabric_vsan &vsan) { return std::find(ids.begin(), ids.end(), vsan.id) == ids.end(); });
 }
 
+std::vector<uint32_t> fabric::vsan_ids() const {
+    std::vector<uint32_t> ids;
+    for (const fabric_vsan &vsan : vsans_) {
+        ids.push_back(vsan.id);
+    }
+    return ids;
+}
+
 rib::rib_spaces fabric::spaces() const {
     rib::rib_spaces spaces = rib::rib_spaces::for_vsans(static_cast<uint32_t>(vsans_.size()));
     spaces.positions = positions_.value_or(spaces.positions);

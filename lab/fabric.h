@@ -88,6 +88,7 @@ class fabric {
 
     [[nodiscard]] rib::rib_spaces spaces() const;
     [[nodiscard]] const std::vector<fabric_vsan> &vsans() const { return vsans_; }
+    [[nodiscard]] std::vector<uint32_t> vsan_ids() const;
     [[nodiscard]] const std::vector<fabric_switch> &switches() const { return switches_; }
     [[nodiscard]] const std::vector<fabric_link> &links() const { return links_; }
     [[nodiscard]] const std::vector<fabric_event> &events() const { return events_; }

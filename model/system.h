@@ -77,6 +77,14 @@ struct availability {
     bool operator==(const availability &) const = default;
 };
 
+/// The log of a table has so many changes at most, each at an index.
+inline constexpr uint32_t logged_changes = 128;
+/// What stands in the place of an index where a record is none, but tells how many there were.
+inline constexpr uint32_t log_marker = logged_changes;
+
+/// The place of a number in the log.
+constexpr uint32_t log_index(uint32_t sequence) { return sequence % logged_changes; }
+
 /// A change of a table, as its log has it.
 template <class Key> struct logged_change {
     uint32_t sequence; ///< goes on at 0 behind the largest number

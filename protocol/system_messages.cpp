@@ -52,7 +52,7 @@ model::domain_reach::bitmap bitmap_of(std::span<const uint8_t, sizeof(model::dom
 /// Writes the words that all records of logs have.
 template <const codec::layout &L, class Key>
 writer<L> &write_change(writer<L> &record, const model::logged_change<Key> &change) {
-    record.template set<"index">(change.sequence % logged_changes).template set<"sequence">(change.sequence);
+    record.template set<"index">(model::log_index(change.sequence)).template set<"sequence">(change.sequence);
     record.template set<"time">(change.time).template set<"oper">(change.oper).template set<"action">(change.action);
     return record;
 }
@@ -68,7 +68,7 @@ bytes log_message(std::span<const model::logged_change<Key>> changes, uint32_t n
         left = left.subspan(L.size);
     }
     writer<L>(left)
-        .template set<"index">(log_marker)
+        .template set<"index">(model::log_marker)
         .template set<"sequence">(next)
         .template set<"time">(changes.empty() ? 0 : changes.back().time)
         .template set<"oper">(static_cast<uint32_t>(changes.size()));

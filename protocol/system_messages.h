@@ -51,8 +51,4 @@ bytes unicast_log(std::span<const model::logged_change<model::route_key>> change
 bytes multicast_log(std::span<const model::logged_change<model::multicast_key>> changes, uint32_t next);
 bytes label_log(std::span<const model::logged_change<model::label_key>> changes, uint32_t next);
 
-/// A log has so many entries; the index of a marker.
-inline constexpr uint32_t logged_changes = 128;
-inline constexpr uint32_t log_marker = logged_changes;
-
 } // namespace ribkit::protocol

@@ -107,7 +107,7 @@ TEST(system_messages, logs_end_with_a_marker) {
     EXPECT_EQ(word_at(unicast, 32), 1U);
     EXPECT_EQ(word_at(unicast, 20), 20U);
     EXPECT_EQ(word_at(unicast, 28), 0xff0000U);
-    EXPECT_EQ(word_at(unicast, 64), log_marker);
+    EXPECT_EQ(word_at(unicast, 64), model::log_marker);
     EXPECT_EQ(word_at(unicast, 68), 130U);
     EXPECT_EQ(word_at(unicast, 72), 1001U);
     EXPECT_EQ(word_at(unicast, 76), 2U);

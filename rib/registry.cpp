@@ -46,6 +46,11 @@ std::optional<registration> registry::forget_one(uint64_t now) {
     return gone;
 }
 
+const registration *registry::find(uint32_t client) const {
+    const auto found = clients_.find(client);
+    return found == clients_.end() ? nullptr : &found->second.said;
+}
+
 std::vector<registration> registry::all() const {
     std::vector<registration> listed;
     listed.reserve(clients_.size());

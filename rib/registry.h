@@ -39,7 +39,8 @@ class registry {
     /// @return who it was; none where all were heard of. To be called until then
     std::optional<registration> forget_one(uint64_t now);
 
-    [[nodiscard]] bool has(uint32_t client) const { return clients_.contains(client); }
+    /// Null where it is not registered.
+    [[nodiscard]] const registration *find(uint32_t client) const;
     [[nodiscard]] size_t size() const { return clients_.size(); }
     /// By identity.
     [[nodiscard]] std::vector<registration> all() const;

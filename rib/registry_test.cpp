@@ -11,12 +11,12 @@ namespace {
 TEST(registry, a_client_is_known_until_it_is_not_heard_of) {
     registry clients;
     EXPECT_EQ(clients.take({12, 7, "fspf"}, 100), RIB_OK);
-    EXPECT_TRUE(clients.has(12));
+    EXPECT_EQ(*clients.find(12), (registration{12, 7, "fspf"}));
     EXPECT_FALSE(clients.forget_one(129));
     const auto lost = clients.forget_one(130);
     ASSERT_TRUE(lost);
     EXPECT_EQ(*lost, (registration{12, 7, "fspf"}));
-    EXPECT_FALSE(clients.has(12));
+    EXPECT_EQ(clients.find(12), nullptr);
     EXPECT_FALSE(clients.forget_one(1000));
 }
 

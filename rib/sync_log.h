@@ -10,13 +10,8 @@
 
 namespace ribkit::rib {
 
-/// So many entries a table.
-inline constexpr uint32_t logged_changes = 128;
-/// What stands in the place of an index where an entry is none, but tells how many there were.
-inline constexpr uint32_t log_marker = logged_changes;
-
-/// The place of a number in the ring.
-constexpr uint32_t log_index(uint32_t sequence) { return sequence % logged_changes; }
+using model::log_index;
+using model::logged_changes;
 
 template <class Key> class sync_log {
   public:

@@ -36,7 +36,9 @@ int run_lab(const lab_options &options) {
                                            options.memory,
                                            f.policy,
                                            {},
-                                           !options.bus.faults_file.empty()});
+                                           !options.bus.faults_file.empty(),
+                                           STDERR_FILENO,
+                                           f.vsan_ids()});
     clients::fspf_client client(options.bus.url, options.client(progress));
     const base::stop_call stopping(signals, [&client] { client.close(); });
     lab::fabric_run run(f, client, progress, options.real_time,

@@ -1,4 +1,4 @@
-// The first route says of which client all of an answer are.
+// Routes are copied out of the table, with their next hops.
 #include "rib/service/answers.h"
 
 #include "rib_codes.h"

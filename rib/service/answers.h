@@ -1,4 +1,4 @@
-// What the RIB answers of its unicast routes.
+// The routes of a RIB as values, for displays and summaries.
 #pragma once
 
 #include "protocol/route_messages.h"

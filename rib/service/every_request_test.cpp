@@ -171,6 +171,15 @@ TEST(notifications, come_to_every_listener_while_anybody_is_registered) {
     }
 }
 
+TEST(every_request, vsans_of_the_fabric_are_known_without_routes) {
+    rib_service rib(url, {.vsans = {7, 9}});
+    const asker client;
+    const bytes info = client.ask(RIBKIT_OPCODE_VSAN_QUERY, protocol::encode<wire::vsan_query>({12, 1, 10, 0}));
+    const auto vsans = protocol::vsans_of(codec::view<wire::vsan_update>(info.data()));
+    ASSERT_EQ(vsans.size(), 2U);
+    EXPECT_EQ(vsans[1], (std::pair(9U, model::vsan_attributes{})));
+}
+
 TEST(registrations, end_thirty_seconds_after_the_last_repetition) {
     const testing::fault_script script("clock virtual\n");
     rib_service rib(url);

@@ -4,7 +4,7 @@
 #include "rib_codes.h"
 
 #include <cstdint>
-#include <string>
+#include <utility>
 #include <vector>
 
 namespace ribkit::rib {
@@ -15,10 +15,9 @@ using bytes = std::vector<uint8_t>;
 struct reply {
     uint32_t result = RIB_OK;
     bytes message{};
-    std::string why{}; ///< more about a refusal, for the complaint
 
     static reply of(bytes message) { return {RIB_OK, std::move(message)}; }
-    static reply refusal(uint32_t result, std::string why = {}) { return {result, {}, std::move(why)}; }
+    static reply refusal(uint32_t result) { return {result, {}}; }
 };
 
 } // namespace ribkit::rib

@@ -59,6 +59,9 @@ rib_service::rib_service(const std::string &url, const rib_options &options)
       watch_(rib_.logs, notices_, options.trace),
       rib_({options.spaces, options.policy.quotas, options.trace || options.memory}, &watch_, seconds_now()),
       complaints_(options.complaints_to, !options.counts_at_end) {
+    for (const uint32_t vsan : options.vsans) {
+        rib_.described.try_emplace(vsan);
+    }
     listen(url);
     if (bus::names_server(url)) {
         send_claim();
@@ -284,7 +287,7 @@ bytes rib_service::ask(const request &asked) {
     }
     reply answer = row->answer(rib_, asked.payload.data(), arrival_of(asked));
     notices_.listen(rib_.clients.size() != 0);
-    return answer.result == RIB_OK ? std::move(answer.message) : refuse(asked, answer.result, answer.why);
+    return answer.result == RIB_OK ? std::move(answer.message) : refuse(asked, answer.result, "");
 }
 
 // The answer has its room before anything is changed: what was done is never answered as if it had failed.

@@ -6,6 +6,7 @@
 #include "protocol/system_messages.h"
 #include "rib/domains.h"
 #include "rib/flows.h"
+#include "rib/service/history.h"
 #include "ribkit_rib.h"
 
 #include <algorithm>
@@ -220,8 +221,16 @@ reply verify(instance &rib, const protocol::simple_request &asked, const arrival
 
 reply enter(instance &rib, const registration &said, const arrival &came) {
     reply answer = result_of(RIB_OK);
+    const registration *before = rib.clients.find(said.client);
+    const bool is_news = before == nullptr || before->distance != said.distance;
     const uint32_t result = rib.enter(said, came.heard, came.now);
-    return result == RIB_OK ? std::move(answer) : reply::refusal(result);
+    if (result != RIB_OK) {
+        return reply::refusal(result);
+    }
+    if (is_news) {
+        note_in_history(line_of_registration(*rib.clients.find(said.client)));
+    }
+    return answer;
 }
 
 } // namespace ribkit::rib
