@@ -1,5 +1,5 @@
-// What the command line knows of a command: a row for each, and the two lists of them. CLI11 is seen by few files,
-// since it takes seconds to compile: command_line.cpp and the two that declare the options of a group of commands.
+// What the command line knows of a command: a row for each, and the lists of them. CLI11 is seen by few files, since it
+// takes seconds to compile: command_line.cpp and those that declare the options of a group of commands.
 #pragma once
 
 #include "cli/usage_errors.h"
@@ -30,6 +30,9 @@ inline constexpr const char *output_lost = "the output cannot be written";
 
 /// Fabrics, their RIB and its routes.
 std::span<const command> fabric_commands();
+
+/// What an operator asks of a RIB that runs.
+std::span<const command> rib_commands();
 
 /// Messages, displays and texts.
 std::span<const command> message_commands();

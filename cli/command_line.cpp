@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "cli/command.h"
 #include "cli/command_output.h"
+#include "cli/options.h"
 #include "cli/usage_errors.h"
 
 #include <algorithm>
@@ -19,25 +20,17 @@ namespace {
 /// All of them, in the order in which they are listed.
 const std::vector<command> &commands() {
     static const std::vector<command> all = [] {
-        std::vector<command> both(fabric_commands().begin(), fabric_commands().end());
-        both.insert(both.end(), message_commands().begin(), message_commands().end());
-        return both;
+        std::vector<command> listed;
+        for (const auto group : {fabric_commands(), rib_commands(), message_commands()}) {
+            listed.insert(listed.end(), group.begin(), group.end());
+        }
+        return listed;
     }();
     return all;
 }
 
 const command &command_named(const std::string &name) {
     return *std::find_if(commands().begin(), commands().end(), [&](const command &c) { return name == c.name; });
-}
-
-std::vector<std::string> option_names(const CLI::App &app) {
-    std::vector<std::string> names;
-    for (const CLI::Option *option : app.get_options()) {
-        for (const std::string &name : option->get_lnames()) {
-            names.push_back("--" + name);
-        }
-    }
-    return names;
 }
 
 /// One line, where CLI11 may say more.

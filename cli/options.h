@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace ribkit::cli {
 
@@ -65,6 +66,17 @@ inline CLI::Option *add_json(CLI::App &app, output_options &output, const words 
 inline void add_output(CLI::App &app, output_options &output, const words &given) {
     add_file(app, output);
     add_json(app, output, given);
+}
+
+/// The long names of a command's options, with their dashes.
+inline std::vector<std::string> option_names(const CLI::App &app) {
+    std::vector<std::string> names;
+    for (const CLI::Option *option : app.get_options()) {
+        for (const std::string &name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
 }
 
 /// JSON has the output for itself.

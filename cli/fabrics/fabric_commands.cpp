@@ -1,48 +1,21 @@
 // The options of the commands of fabrics.
+#include "cli/fabrics/bus_declaration.h"
 #include "cli/fabrics/client_command.h"
 #include "cli/fabrics/fabric_command.h"
 #include "cli/fabrics/lab.h"
 #include "cli/fabrics/rib_command.h"
 #include "cli/fabrics/routes_command.h"
-#include "cli/options.h"
 #include "lab/fabric.h"
 #include "rib_codes.h"
 
 namespace ribkit::cli {
 namespace {
 
-/// What runs by itself has its partners in other processes.
-const CLI::Validator shared_bus(
-    [](const std::string &url) {
-        return url.starts_with("local:") ? url + " stays in this process, where nobody could reach it" : "";
-    },
-    "");
-
-CLI::Option *add_bus(CLI::App &app, bus_options &bus, const char *url) {
-    bus.url = url;
-    CLI::Option *added = app.add_option("--bus", bus.url,
-                                        "local:[NAME] in this process, unix:DIRECTORY on this machine, "
-                                        "nats://HOST[:PORT][/FABRIC] or tls://... over a server")
-                             ->type_name("URL")
-                             ->capture_default_str();
-    app.add_option("--faults", bus.faults_file, "script of what goes wrong on the bus")
-        ->type_name("FILE")
-        ->check(file_name);
-    add_number(app, "--wait", bus.wait, 0, 86400, "how long a server, the RIB and its answers are waited for, together")
-        ->type_name("SECONDS")
-        ->capture_default_str();
-    return added;
-}
-
 void add_tables(CLI::App &app, std::string &tables) {
     app.add_option("--tables", tables,
                    "display the RIB's tables at the end: all, none, or those of one VSAN (auto: all up to 64 routes)")
         ->type_name("WHICH")
         ->capture_default_str();
-}
-
-void add_envelopes(CLI::App &app, bool &envelopes) {
-    app.add_flag("--envelopes", envelopes, "send every request in a CMI envelope");
 }
 
 // What is the same for the client of the lab and the one by itself.
@@ -79,8 +52,6 @@ action declare_lab(CLI::App &app, const words &given) {
         return run_lab(*options);
     };
 }
-
-constexpr const char *server_here = "nats://127.0.0.1:4222";
 
 action declare_rib(CLI::App &app, const words &given) {
     const auto options = std::make_shared<rib_command_options>();

@@ -1,6 +1,8 @@
 // One row a display. Those whose arguments differ have a function here that calls them.
 #include "cli/messages/displays.h"
 
+#include "base/input_error.h"
+#include "base/near_names.h"
 #include "catalogue/messages.h"
 #include "codec/check.h"
 #include "codec/messages/snmp.h"
@@ -100,6 +102,14 @@ const display *find_display(std::string_view name) {
         return kind.name == name || kind.short_name() == name;
     });
     return found == std::end(kinds) ? nullptr : found;
+}
+
+const display &display_named(const std::string &name) {
+    const display *found = find_display(name);
+    if (found == nullptr) {
+        throw base::input_error(base::no_such_name(name, "display", display_names(), "ribkit show --list"));
+    }
+    return *found;
 }
 
 std::vector<std::string_view> display_names() {

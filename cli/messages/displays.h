@@ -29,6 +29,9 @@ std::span<const display> displays();
 /// By either name; null where there is none.
 const display *find_display(std::string_view name);
 
+/// The same; throws an input_error, with what may have been meant, where there is none.
+const display &display_named(const std::string &name);
+
 /// The short names of all.
 std::vector<std::string_view> display_names();
 

@@ -4,6 +4,7 @@
 #include "cli/messages/show.h"
 #include "cli/messages/text.h"
 #include "cli/options.h"
+#include "cli/rib/show_declaration.h"
 
 namespace ribkit::cli {
 namespace {
@@ -34,6 +35,7 @@ void add_form(CLI::App &app, byte_form &form) {
 
 action declare_show(CLI::App &app, const words &given) {
     const auto options = std::make_shared<show_options>();
+    const auto running = std::make_shared<show_running_options>();
     CLI::Option *list = app.add_flag("--list", options->list, "name the displays, and what a record of each is");
     add_output(app, options->output, given);
     app.add_option("KIND", options->kind, "display: fcu, fcl, port, ...")->excludes(list);
@@ -42,11 +44,18 @@ action declare_show(CLI::App &app, const words &given) {
         ->excludes(list)
         ->capture_default_str();
     add_form(app, options->form);
-    return [options] {
+    for (CLI::Option *option : add_show_running(app, *running)) {
+        option->excludes(list);
+        option->excludes("FILE");
+        option->excludes("--hex");
+        option->excludes("--raw");
+    }
+    return [options, running] {
         if (!options->list && options->kind.empty()) {
             throw base::input_error("ribkit show: KIND is required (see ribkit show --list)");
         }
-        return run_show(*options);
+        return running->bus.url.empty() ? run_show(*options)
+                                        : run_show_running(display_named(options->kind), *running, options->output);
     };
 }
 
@@ -113,8 +122,10 @@ action declare_text(CLI::App &app, const words &given) {
 }
 
 constexpr command commands[] = {
-    {"show", "Displays records of a file of network bytes, each checked before it is shown", declare_show, true,
-     "show fcu examples/messages/fcu.hex", output_lost},
+    {"show",
+     "Displays records of a file of network bytes, each checked before it is shown, or those of a RIB that runs",
+     declare_show, true, "show fcu examples/messages/fcu.hex\n  ribkit show fcu --bus unix:/tmp/fabric --vsan 1",
+     "the output cannot be written, or the RIB did not answer"},
     {"decode", "Prints messages of network bytes field by field, each checked before it is shown", declare_decode, true,
      "decode rib_fcurt_update update.bin", output_lost},
     {"encode", "Writes network bytes from JSON, as ribkit decode prints it", declare_encode, false,

@@ -3,7 +3,6 @@
 
 #include "base/input_error.h"
 #include "base/input_file.h"
-#include "base/near_names.h"
 #include "base/text.h"
 #include "cli/messages/message_kinds.h"
 #include "decode/decoder.h"
@@ -82,19 +81,16 @@ int run_show(const show_options &options) {
         list_displays(options.output);
         return 0;
     }
-    const display *kind = find_display(options.kind);
-    if (kind == nullptr) {
-        throw base::input_error(base::no_such_name(options.kind, "display", display_names(), "ribkit show --list"));
-    }
+    const display &kind = display_named(options.kind);
     const std::string title = base::input_title(options.file);
     const std::vector<uint8_t> bytes = bytes_of(base::read_input(options.file), options.form, title);
     command_output out(options.output, {options.file});
     refuse_nothing(bytes, title);
     std::optional<decode::refusal> refused;
     if (out.wants_json()) {
-        refused = print_records(out, *kind, bytes);
+        refused = print_records(out, kind, bytes);
     }
-    out.display([&] { show_records(*kind, bytes, title); });
+    out.display([&] { show_records(kind, bytes, title); });
     out.finish();
     if (refused) { // of JSON alone
         throw refused_record(title, refused->number, refused->offset, refused->report);
