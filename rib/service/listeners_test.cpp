@@ -1,7 +1,5 @@
-// Over the bus: every request is answered, whatever it holds; registrations and notifications come and go.
-#include "codec/message.h"
+// Over the bus: what is no request is refused; registrations and notifications come and go.
 #include "protocol/queries.h"
-#include "protocol/requests.h"
 #include "protocol/route_messages.h"
 #include "protocol/system_messages.h"
 #include "rib/service/rib_service.h"
@@ -12,7 +10,6 @@
 #include "testing/fault_script.h"
 #include "testing/literal_updates.h"
 
-#include <algorithm>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -21,7 +18,7 @@
 namespace ribkit::rib {
 namespace {
 
-constexpr const char *url = "local:every_request_test";
+constexpr const char *url = "local:listeners_test";
 
 /// Complaints are read by nobody.
 class nowhere {
@@ -79,57 +76,7 @@ uint32_t result_in(const bytes &answer) {
     return protocol::decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(answer)).result;
 }
 
-/// The size of the fixed part of a request.
-size_t size_of(const protocol::request_row &row) {
-    const auto found = std::find_if(codec::forms().begin(), codec::forms().end(),
-                                    [&](const auto &form) { return form.name == row.message; });
-    return row.message[0] == '\0'          ? 0
-           : found != codec::forms().end() ? found->wire->size
-                                           : codec::find_message(row.message)->wire->size;
-}
-
-TEST(every_request, is_answered_when_it_is_truncated_at_any_byte) {
-    const nowhere silent;
-    rib_service rib(url, {.complaints_to = silent.descriptor()});
-    const asker client;
-    for (const protocol::request_row &row : protocol::requests) {
-        if (row.to != protocol::destination_of::rib || row.opcode == RIBKIT_OPCODE_CLAIM) {
-            continue;
-        }
-        const bytes message(size_of(row));
-        for (size_t size = 0; size < message.size(); size++) {
-            for (const bool in_envelope : {false, true}) {
-                EXPECT_EQ(result_in(client.ask(row.opcode, std::span(message).first(size), in_envelope)),
-                          RIB_BAD_PARAMETERS)
-                    << row.name << ' ' << size;
-            }
-        }
-        EXPECT_FALSE(client.ask(row.opcode, message).empty()) << row.name;
-        const bytes longer(message.size() + 1);
-        EXPECT_EQ(result_in(client.ask(row.opcode, longer)), message.empty() ? RIB_NOT_SUPPORTED : RIB_EXCESS_DATA)
-            << row.name;
-    }
-}
-
-TEST(every_request, is_answered_with_any_count_too_large) {
-    const nowhere silent;
-    rib_service rib(url, {.complaints_to = silent.descriptor()});
-    const asker client;
-    for (const protocol::request_row &row : protocol::requests) {
-        if (row.to != protocol::destination_of::rib || row.opcode == RIBKIT_OPCODE_CLAIM) {
-            continue;
-        }
-        for (size_t at = 0; at < std::min<size_t>(size_of(row), 60); at += 4) {
-            for (const uint8_t byte : {0xff, 0x7f, 0x01}) {
-                bytes message(size_of(row));
-                std::fill_n(message.begin() + static_cast<ptrdiff_t>(at), 4, byte);
-                EXPECT_FALSE(client.ask(row.opcode, message).empty()) << row.name << ' ' << at;
-            }
-        }
-    }
-}
-
-TEST(every_request, of_no_kind_is_refused) {
+TEST(requests, of_no_kind_are_refused) {
     const nowhere silent;
     rib_service rib(url, {.complaints_to = silent.descriptor()});
     const asker client;
