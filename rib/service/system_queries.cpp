@@ -1,12 +1,12 @@
 // Lists begin at the entry that a query names, and are as long as it wants and as an answer can be.
 #include "rib/service/system_queries.h"
 
+#include "bus/history.h"
 #include "protocol/query_kinds.h"
 #include "protocol/route_messages.h"
 #include "protocol/system_messages.h"
 #include "rib/domains.h"
 #include "rib/flows.h"
-#include "rib/service/history.h"
 #include "ribkit_rib.h"
 
 #include <algorithm>
@@ -228,7 +228,7 @@ reply enter(instance &rib, const registration &said, const arrival &came) {
         return reply::refusal(result);
     }
     if (is_news) {
-        note_in_history(line_of_registration(*rib.clients.find(said.client)));
+        bus::note_in_history(line_of_registration(*rib.clients.find(said.client)));
     }
     return answer;
 }
