@@ -7,6 +7,10 @@
 
 namespace ribkit::bus {
 
+std::chrono::steady_clock::time_point run_now() {
+    return std::chrono::steady_clock::time_point(std::chrono::microseconds(qip_now()));
+}
+
 std::optional<std::chrono::milliseconds> patience::next_pause() {
     constexpr milliseconds longest{1000};
     constexpr milliseconds for_an_attempt{100};

@@ -1,11 +1,14 @@
 // How long one waits in all: for a server, for a RIB, for its answers, and between attempts. Work does not count, only
-// waiting does, on the clock that the message service waits by.
+// waiting does, on the clock that the message service waits by. A run under a virtual clock tells the same every time.
 #pragma once
 
 #include <chrono>
 #include <optional>
 
 namespace ribkit::bus {
+
+/// The time that the message service waits by.
+std::chrono::steady_clock::time_point run_now();
 
 class patience {
   public:

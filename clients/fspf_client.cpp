@@ -1,7 +1,7 @@
 // The way of a route change: computed, compared with what the RIB has, written, traced, sent, answered.
 #include "clients/fspf_client.h"
 
-#include "bus/run_clock.h"
+#include "bus/patience.h"
 #include "clients/route_reader.h"
 #include "rib_check.h"
 #include "rib_codes.h"

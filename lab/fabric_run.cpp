@@ -3,7 +3,7 @@
 
 #include "base/duration.h"
 #include "base/text.h"
-#include "bus/run_clock.h"
+#include "bus/patience.h"
 #include "lab/run_text.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // One handle sends 100 000 requests as fast as it can; another one asks and waits for the answer, again and again,
 // until nothing of the flood is left. The slowest hundredth of its answers is compared with 20 ms; none may be lost.
-#include "platform/attack_bench.h"
+#include "platform/transport_bench.h"
 
 #include "bench/harness.h"
 #include "platform/service_peer.h"

@@ -1,5 +1,5 @@
 // The in-process transport: one lock a bus, held for moving a message from one queue to another and no longer.
-#include "platform/local_bus.h"
+#include "platform/transports.h"
 
 #include "platform/mailbox.h"
 #include "platform/tokens.h"

@@ -1,5 +1,5 @@
 // The peer is natsConnection_Request and a responder that publishes its answer, both sending at once as ours do.
-#include "platform/nats_bench.h"
+#include "platform/transport_bench.h"
 
 #include "bench/harness.h"
 #include "platform/service_peer.h"

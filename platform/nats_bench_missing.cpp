@@ -1,6 +1,6 @@
 // Stands in where the client library is missing.
 #include "bench/harness.h"
-#include "platform/nats_bench.h"
+#include "platform/transport_bench.h"
 
 using namespace ribkit::bench;
 

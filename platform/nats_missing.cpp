@@ -1,5 +1,5 @@
 // Stands in for the transport where the client library was not there when this library was built.
-#include "platform/nats_transport.h"
+#include "platform/transports.h"
 
 #include <cerrno>
 #include <cstdio>

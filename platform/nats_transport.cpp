@@ -2,7 +2,7 @@
 // where the thread of a sender's own subscription waits for room. A message's payload follows eight bytes: opcode and a
 // number, big-endian. News that come later than a send (nobody listens, not permitted, connection lost) end the waits
 // for its answer.
-#include "platform/nats_transport.h"
+#include "platform/transports.h"
 
 #include "codec/bytes.h"
 #include "platform/clock.h"

@@ -1,11 +1,9 @@
 // A request and its answer between two threads: through the message service, and through the least that such a thing
 // can be written with by hand: two queues, each with a mutex and a condition variable, the payload copied once each
 // way.
+#include "platform/transport_bench.h"
 #include "bench/harness.h"
-#include "platform/attack_bench.h"
-#include "platform/nats_bench.h"
 #include "platform/service_peer.h"
-#include "platform/unix_bench.h"
 
 #include <condition_variable>
 #include <cstring>

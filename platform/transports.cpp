@@ -1,8 +1,5 @@
 // The transports of this program and no more: a further one is a row here.
-#include "platform/local_bus.h"
-#include "platform/nats_transport.h"
-#include "platform/transport.h"
-#include "platform/unix_transport.h"
+#include "platform/transports.h"
 
 #include <array>
 #include <cerrno>

@@ -1,5 +1,5 @@
 // The peer is the least that two threads can do with sockets: a pair of them, and the kernel's copies.
-#include "platform/unix_bench.h"
+#include "platform/transport_bench.h"
 
 #include "bench/harness.h"
 #include "platform/service_peer.h"

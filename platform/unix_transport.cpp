@@ -1,5 +1,5 @@
 // The life of an endpoint: it is opened, listens, and is shut when what it still has to say is sent.
-#include "platform/unix_transport.h"
+#include "platform/transports.h"
 
 #include "platform/clock.h"
 #include "platform/names.h"
