@@ -1,12 +1,15 @@
 // A RIB whose answers and notifications arrive damaged: clients drop them, and each leaves one line in the history.
 #include "clients/fspf_client.h"
 #include "clients/route_reader.h"
+#include "clients/state_reader.h"
+#include "clients/table_reader.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
 #include "testing/capture.h"
 #include "testing/literal_updates.h"
 
 #include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <thread>
@@ -152,6 +155,32 @@ TEST_F(damaged_answers, with_what_was_not_asked_for_are_dropped) {
     bytes answer = routes();
     answer[7] = 2; // the VSAN
     expect_dropped(answer, [] { read(); });
+}
+
+/// What reads the RIB's tables and lists.
+const std::vector<std::function<void(bus::rib_link &)>> readers{
+    [](auto &link) { read_table<unicast_table>(link, {RIB_CLIENT_FSPF}, [](auto &&...) {}); },
+    [](auto &link) { read_table<multicast_table>(link, {RIB_CLIENT_FSPF}, [](auto &&...) {}); },
+    [](auto &link) { read_table<label_table>(link, {RIB_CLIENT_FSPF}, [](auto &&...) {}); },
+    [](auto &link) { read_databases(link, {RIB_CLIENT_FSPF}); },
+    [](auto &link) { read_domains(link, {RIB_CLIENT_FSPF}); },
+    [](auto &link) { read_vsans(link, {RIB_CLIENT_FSPF}); },
+    [](auto &link) { read_versions(link, {RIB_CLIENT_FSPF}); },
+    [](auto &link) { read_registrations(link, RIB_CLIENT_FSPF); },
+    [](auto &link) { read_modules(link, RIB_CLIENT_FSPF); },
+    [](auto &link) { read_structure(link, RIB_CLIENT_FSPF, 1); },
+    [](auto &link) { read_verification(link, RIB_CLIENT_FSPF, 0x100); },
+    [](auto &link) { read_log(link, RIB_CLIENT_FSPF, unicast_log); },
+};
+
+TEST_F(damaged_answers, to_any_question_are_dropped) {
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    for (const auto &ask : readers) {
+        for (const size_t size : {0, 1, 3, 4, 5, 7, 9, 12, 15, 16, 19, 21, 24, 51, 979, 981}) {
+            expect_dropped(bytes(size, 0xff), [&] { ask(link); });
+        }
+        expect_dropped(bytes(20, 0), [&] { ask(link); });
+    }
 }
 
 TEST_F(damaged_answers, a_start_with_a_payload_is_dropped) {

@@ -1,8 +1,10 @@
-// What cannot be answered is answered with the five words that updates are answered with.
+// What cannot be answered is answered with the five words that updates are answered with. A damaged answer may be as
+// long, but begins with no result code.
 #include "clients/question.h"
 
 #include "protocol/route_messages.h"
 #include "rib_codes.h"
+#include "ribkit_rib.h"
 
 namespace ribkit::clients {
 
@@ -15,10 +17,10 @@ std::vector<uint8_t> ask_checked(bus::rib_link &link, uint32_t opcode, std::span
     }
     const uint32_t result =
         answer.size() == size ? protocol::decode_fcurt_response(std::span(answer).first<size>()).result : RIB_OK;
-    link.take_result(opcode, result);
-    if (result == RIB_OK) {
-        throw bus::no_answer("what came is damaged");
+    if (result <= RIBKIT_LAST_CLIENT) {
+        bus::rib_link::drop_answer(opcode, answer.size(), "what came is damaged");
     }
+    link.take_result(opcode, result);
     throw refused_question(result);
 }
 

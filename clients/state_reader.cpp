@@ -33,7 +33,7 @@ std::vector<bytes> read_list(bus::rib_link &link, const state_reading &wanted, u
             break;
         }
         if (std::any_of(vsans.begin(), vsans.end(), [&](uint32_t vsan) { return vsan < first || vsan > last; })) {
-            throw bus::no_answer("what came is not what was asked for");
+            bus::rib_link::drop_answer(opcode, answer.size(), "what came is not what was asked for");
         }
         first = vsans.empty() ? last + 1 : vsans.back() + 1;
         all.push_back(std::move(answer));
@@ -99,7 +99,7 @@ std::vector<bytes> read_versions(bus::rib_link &link, const state_reading &wante
             break;
         }
         if (std::pair(owner, vsan) < std::pair(next.owner, next.from.vsan)) {
-            throw bus::no_answer("what came is not what was asked for");
+            bus::rib_link::drop_answer(RIBKIT_OPCODE_FCURT_QUERY, answer.size(), "what came is not what was asked for");
         }
         next.owner = vsan < RIB_LAST_VSAN ? owner : owner + 1;
         next.from.vsan = vsan < RIB_LAST_VSAN ? vsan + 1 : 0;
@@ -124,7 +124,7 @@ bytes read_structure(bus::rib_link &link, uint32_t uuid, uint32_t structure) {
     auto query = protocol::encode(protocol::internal_query{uuid, show, structure});
     bytes answer = ask_checked(link, RIBKIT_OPCODE_IN_QUERY, query, rib_check_in_info);
     if (codec::view<wire::in_info>(answer.data()).get<"kind">() != structure) {
-        throw bus::no_answer("what came is not what was asked for");
+        bus::rib_link::drop_answer(RIBKIT_OPCODE_IN_QUERY, answer.size(), "what came is not what was asked for");
     }
     return answer;
 }

@@ -63,7 +63,7 @@ protocol::fcurt_response send(bus::rib_link &link, const route_request &request)
         const bool repeated = std::exchange(again, true);
         const auto bytes = link.ask(opcode_of(request), message);
         if (bytes.size() != wire::route_rsp.size) {
-            throw bus::no_answer("what came is damaged");
+            bus::rib_link::drop_answer(opcode_of(request), bytes.size(), "what came is damaged");
         }
         auto answer = protocol::decode_fcurt_response(std::span(bytes).first<wire::route_rsp.size>());
         link.take_result(opcode_of(request), answer.result);
