@@ -153,11 +153,11 @@ template <const codec::layout &L> bytes_of<L> encode(const list_query &query) {
     bytes_of<L> bytes;
     const writer<L> to(bytes);
     to.template set<"uuid">(query.uuid).template set<"query">(query.query);
-    if constexpr (&L == &wire::sys_query) {
+    if constexpr (is_same(L, wire::sys_query)) {
         to.template set<use<L, "requested">>(query.requested).template set<use<L, "module">>(query.first);
     } else {
         to.template set<"requested">(query.requested);
-        if constexpr (&L != &wire::reg_query) {
+        if constexpr (!is_same(L, wire::reg_query)) {
             to.template set<use<L, "vsan">>(query.first);
         }
     }
@@ -166,12 +166,12 @@ template <const codec::layout &L> bytes_of<L> encode(const list_query &query) {
 
 template <const codec::layout &L> list_query read_list_query(view<L> query) {
     list_query asked{query.template get<"uuid">(), query.template get<"query">(), 0};
-    if constexpr (&L == &wire::sys_query) {
+    if constexpr (is_same(L, wire::sys_query)) {
         asked.requested = query.template get<use<L, "requested">>();
         asked.first = query.template get<use<L, "module">>();
     } else {
         asked.requested = query.template get<"requested">();
-        if constexpr (&L != &wire::reg_query) {
+        if constexpr (!is_same(L, wire::reg_query)) {
             asked.first = query.template get<use<L, "vsan">>();
         }
     }

@@ -1,5 +1,6 @@
 // What is written is what is read, and stands where clients of other makes look for it.
 #include "protocol/queries.h"
+#include "protocol/uses.h"
 
 #include "protocol/query_kinds.h"
 #include "rib_check.h"
@@ -79,7 +80,7 @@ TEST(queries, go_on_behind_the_last_place) {
 }
 
 template <const codec::layout &L> void expect_list_query(const words &wanted) {
-    const list_query query{12, 0x10, 3, &L == &wire::reg_query ? 0U : 5U};
+    const list_query query{12, 0x10, 3, is_same(L, wire::reg_query) ? 0U : 5U};
     const auto bytes = encode<L>(query);
     EXPECT_EQ(words_of(bytes), wanted) << L.name;
     EXPECT_EQ(read_list_query(codec::view<L>(bytes.data())), query) << L.name;

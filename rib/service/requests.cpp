@@ -20,7 +20,7 @@ template <const codec::layout &L> uint32_t fits(const void *message, uint32_t si
 }
 
 template <const codec::layout &L> uint32_t client_of(const uint8_t *message) {
-    if constexpr (&L == &wire::sync_query || &L == &wire::fcu_lb_query) {
+    if constexpr (protocol::is_same(L, wire::sync_query) || protocol::is_same(L, wire::fcu_lb_query)) {
         return view<L>(message).template get<protocol::use<L, "uuid">>();
     } else {
         return view<L>(message).template get<"uuid">();
@@ -28,8 +28,9 @@ template <const codec::layout &L> uint32_t client_of(const uint8_t *message) {
 }
 
 template <const codec::layout &L> auto read_any(const uint8_t *message) {
-    if constexpr (&L == &wire::db_query || &L == &wire::dm_query || &L == &wire::vsan_query || &L == &wire::sys_query ||
-                  &L == &wire::reg_query) {
+    if constexpr (protocol::is_same(L, wire::db_query) || protocol::is_same(L, wire::dm_query) ||
+                  protocol::is_same(L, wire::vsan_query) || protocol::is_same(L, wire::sys_query) ||
+                  protocol::is_same(L, wire::reg_query)) {
         return protocol::read_list_query<L>(view<L>(message));
     } else {
         return protocol::read(view<L>(message));
