@@ -6,6 +6,7 @@
 #include "clients/table_reader.h"
 #include "codec/messages/forms.h"
 #include "diag/display_layouts.h"
+#include "model/system.h"
 #include "protocol/uses.h"
 #include "rib_codes.h"
 #include "rib_mem.h"
@@ -174,7 +175,7 @@ template <const codec::layout &L, uint32_t Log> record_list read_log(rib_link &l
     const clients::bytes answer = clients::read_log(link, self, Log);
     record_list all;
     for (std::span<const uint8_t> left(answer); !left.empty(); left = left.subspan(L.size)) {
-        const bool is_marker = view<L>(left.data()).template get<"index">() == protocol::log_marker;
+        const bool is_marker = view<L>(left.data()).template get<"index">() == model::log_marker;
         is_marker ? all.add(left.first(L.size)) : add_wanted<L>(all, left.first(L.size), wanted);
     }
     return all;
@@ -191,7 +192,7 @@ template <const codec::layout &L> void add_state(record_list &all, const record_
         .set<"index">(last.template get<"index">())
         .template set<"sequence">(last.template get<"sequence">())
         .template set<"time">(last.template get<"time">())
-        .template set<"next">((last.template get<"index">() + 1) % protocol::logged_changes);
+        .template set<"next">((last.template get<"index">() + 1) % model::logged_changes);
     all.add(state);
 }
 
