@@ -63,9 +63,10 @@ std::optional<registration> instance::lose(uint64_t heard, uint32_t now) {
 std::vector<model::vsan_summary> instance::summaries(uint32_t first, size_t most) const {
     std::vector<model::vsan_summary> found;
     for (auto at = routes.vsans().lower_bound(first); at != routes.vsans().end() && found.size() < most; ++at) {
-        const auto &[vsan, use] = *at;
+        const vsan_use &use = at->second;
         const auto held = [&](table_id table) { return use.routes[static_cast<size_t>(table)]; };
-        found.push_back({vsan, use.changed, held(table_id::unicast), held(table_id::multicast), held(table_id::label)});
+        found.push_back(
+            {at->first, use.changed, held(table_id::unicast), held(table_id::multicast), held(table_id::label)});
     }
     return found;
 }

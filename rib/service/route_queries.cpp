@@ -224,8 +224,8 @@ reply answer_routes(const state &rib, const protocol::unicast_query &asked, bool
     const table<unicast> &routes = rib.routes<unicast>();
     return answer_of<unicast>(*kind, asked.from.vsan, asked.requested, [&](auto take) {
         const auto give = [&](const auto &destination, bool is_first) {
-            const auto &[key, active] = destination;
-            return give_candidates(*active, is_first ? asked.owner : 0, kind->routes, asked.uuid,
+            const model::route_key &key = destination.first;
+            return give_candidates(*destination.second, is_first ? asked.owner : 0, kind->routes, asked.uuid,
                                    [&](const auto &one) { return take(key, one.of->uuid, routes.read(one)); });
         };
         if (kind->keys == chosen_keys::holding) {
