@@ -22,6 +22,9 @@ void report(uint32_t vsan, const protocol::fcurt_response &response) {
                  bus::result_text(response.result).c_str(), response.accepted);
 }
 
+/// Whether somebody has deleted what was to be changed; of another client there may be a route still.
+constexpr bool is_missing(uint32_t result) { return result == RIB_NO_ENTRY || result == RIB_OBJECT_OWNED; }
+
 const model::route_table &table_of(const model::shared_routes &routes) {
     static const model::route_table empty;
     return routes == nullptr ? empty : *routes;
@@ -172,7 +175,7 @@ void fspf_client::send(uint32_t vsan, std::span<const model::route_change> chang
             }
         } else {
             open_[vsan] = {{part.begin(), part.end()}, response.accepted};
-            if (response.result == RIB_NO_ENTRY && !last_round) {
+            if (is_missing(response.result) && !last_round) {
                 unsure_.insert(vsan);
                 return;
             }

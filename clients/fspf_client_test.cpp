@@ -203,6 +203,28 @@ TEST(fspf_client, what_somebody_else_has_done_already_is_not_refused) {
     EXPECT_TRUE(held_by(rib).empty());
 }
 
+// Then the answer is that the route is another client's.
+TEST(fspf_client, what_is_gone_already_is_not_refused_where_others_have_the_destination) {
+    lab::fabric f = generated();
+    rib::rib_service rib(bus);
+    fspf_client first(bus, {});
+    fspf_client second(bus, {});
+    first.converge(testing::wanted_by(f));
+    second.converge(testing::wanted_by(f));
+    for (const lab::fabric_vsan &vsan : f.vsans()) {
+        auto theirs = testing::literal_update(
+            {RIB_CLIENT_CONFIG, vsan.id, RIB_OPER_UPDATE, model::changes_between({}, lab::fspf_routes(f, vsan.id))});
+        bus::rib_link(bus, RIB_CLIENT_CONFIG).ask(RIBKIT_OPCODE_FCURT_UPDATE, theirs);
+    }
+    for (size_t link = 0; link < f.links().size(); link++) {
+        f.apply({{}, link, false, {}});
+    }
+    EXPECT_EQ(first.converge(testing::wanted_by(f)).refused, 0U);
+    const client_traffic again = second.converge(testing::wanted_by(f));
+    EXPECT_EQ(again.refused, 0U);
+    EXPECT_EQ(again.sent(), 0U);
+}
+
 enum class queries : unsigned char { find_nothing, are_refused };
 
 /// Refuses whatever comes without having looked at it.
