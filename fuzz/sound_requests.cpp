@@ -1,7 +1,7 @@
 // Requests about few routes of each table, written by their names.
 #include "fuzz/sound_requests.h"
 
-#include "codec/bytes.h"
+#include "codec/view.h"
 #include "protocol/queries.h"
 #include "protocol/table_messages.h"
 #include "rib_codes.h"
@@ -106,7 +106,8 @@ std::vector<sound_request> sound_requests() {
 
 // A list of versions may be as long; it begins with a client's identity, which is less than any result code.
 bool is_refusal(const byte_vector &answer) {
-    return answer.size() == wire::route_rsp.size && codec::load32<std::endian::big>(answer.data()) > RIBKIT_LAST_CLIENT;
+    return answer.size() == wire::route_rsp.size &&
+           codec::view<wire::route_rsp>(answer.data()).get<"word_0">() > RIBKIT_LAST_CLIENT;
 }
 
 const codec::message *kind_of(const byte_vector &answer, const char *names) {

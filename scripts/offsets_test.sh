@@ -11,6 +11,7 @@ apart='^(codec/(bytes|isa_avx2|isa_scalar|size|view|writer)\.h' # what layouts a
 apart+='|decode/numbers\.h'                            # layouts that are known at run time
 apart+='|mem/(bitmap|buddy_twin|image_check)\.cpp'     # bitmaps, saved images
 apart+='|platform/(nats_arrivals|nats_transport|unix_packet)\.cpp' # what travels in front of a message
+apart+='|cli/rib/route_request\.h'                     # the words of a command line
 apart+='|fuzz/attacks\.cpp'                            # damage, at any offset
 apart+='|bench/loop_peer\.(cpp|h)|codec/witness/.*|.*_test\.cpp|testing/.*):'
 
