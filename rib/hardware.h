@@ -46,7 +46,7 @@ class hardware {
     /// @param shows_segments whether the allocator of segments prints its table for every boundary that moves
     /// @param out null, or told what moves
     hardware(const rib_spaces &spaces, bool shows_segments, effects *out)
-        : spaces_(spaces), paths(spaces.path_units), positions(spaces, shows_segments, out) {}
+        : paths(spaces.path_units), positions(spaces, shows_segments, out), spaces_(spaces) {}
 
     /// Obtains a segment for a VSAN without routes. @return 0, or the result code of what is full
     uint32_t enter(uint32_t vsan, vsan_use *&made);
@@ -61,14 +61,13 @@ class hardware {
     [[nodiscard]] uint32_t places() const;
     void show() const;
 
-  private:
-    rib_spaces spaces_;
-    std::map<uint32_t, vsan_use> vsans_;
-
-  public:
     path_space paths;
     position_space positions;
     port_counts ports;
+
+  private:
+    rib_spaces spaces_;
+    std::map<uint32_t, vsan_use> vsans_;
 };
 
 } // namespace ribkit::rib
