@@ -39,6 +39,11 @@ class damaging_rib {
         const std::scoped_lock locked(lock_);
         answer_ = std::move(answer);
     }
+    /// Each answer is the one before with one more at this place.
+    void count_on_at(size_t place) {
+        const std::scoped_lock locked(lock_);
+        counting_ = place;
+    }
 
     void notify(uint32_t opcode, const bytes &payload) const {
         EXPECT_EQ(qip_send(handle_.number(), &ribkit_listeners_address, opcode, payload.data(),
@@ -52,11 +57,15 @@ class damaging_rib {
             const std::scoped_lock locked(lock_);
             qip_send(handle_.number(), nullptr, 0, answer_.data(), static_cast<uint32_t>(answer_.size()), nullptr, &ref,
                      nullptr);
+            if (counting_ != 0) {
+                answer_[counting_]++;
+            }
         }
     }
 
     std::mutex lock_;
     bytes answer_;
+    size_t counting_ = 0;
     bus::service_handle handle_;
     std::thread thread_;
 };
@@ -181,6 +190,19 @@ TEST_F(damaged_answers, to_any_question_are_dropped) {
         }
         expect_dropped(bytes(20, 0), [&] { ask(link); });
     }
+}
+
+TEST_F(damaged_answers, that_never_end_are_not_waited_for) {
+    constexpr size_t domain_at = 981; // of the first route's FC ID
+    rib.answer_with(routes());
+    rib.count_on_at(domain_at);
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    size_t taken = 0;
+    const auto read = [&] {
+        read_table<unicast_table>(link, {.uuid = RIB_CLIENT_FSPF, .most_routes = 100}, [&](auto &&...) { taken++; });
+    };
+    EXPECT_THROW(read(), bus::no_answer);
+    EXPECT_EQ(taken, 100U);
 }
 
 TEST_F(damaged_answers, a_start_with_a_payload_is_dropped) {

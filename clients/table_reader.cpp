@@ -1,6 +1,7 @@
 // What is different between the tables is how a query is written, and where the next one begins.
 #include "clients/table_reader.h"
 
+#include "base/text.h"
 #include "clients/question.h"
 #include "protocol/queries.h"
 #include "protocol/query_kinds.h"
@@ -136,6 +137,7 @@ template <class Table> bool goes_on(const walk<Table> &at, const table_reading<T
 template <class Table>
 void read_table(bus::rib_link &link, const table_reading<Table> &wanted, const route_taker<Table> &take) {
     walk<Table> at(wanted);
+    size_t read = 0;
     while (goes_on(at, wanted)) {
         auto query = at.query(wanted.uuid);
         const auto answer = ask_checked(link, Table::query, query, walk<Table>::check);
@@ -143,6 +145,10 @@ void read_table(bus::rib_link &link, const table_reading<Table> &wanted, const r
         const uint32_t count = part.template get<"n_route">();
         if (count == 0) {
             return;
+        }
+        read += count;
+        if (read > wanted.most_routes) {
+            throw bus::no_answer(base::joined("it has more than ", wanted.most_routes, " routes"));
         }
         for (const auto &one : typename walk<Table>::changes(part)) {
             const auto key = walk<Table>::key_of(part, one);

@@ -53,6 +53,7 @@ template <class Table> struct table_reading {
     std::optional<uint32_t> vsan{};           ///< none: all
     std::optional<typename Table::key> key{}; ///< the routes of this key only
     bool active = false;                      ///< of the routes of a destination the active one only; unicast
+    size_t most_routes = size_t{1} << 22;     ///< beyond which reading ends: no RIB has as many
 };
 
 /// What it is called with lasts until it returns.
@@ -60,7 +61,8 @@ template <class Table>
 using route_taker =
     std::function<void(uint32_t owner, const typename Table::key &key, const typename Table::values &what)>;
 
-/// Calls `take` for each route, in the table's order. Throws no_answer, refused_question and link_closed; then some
+/// Calls `take` for each route, in the table's order. Throws no_answer, also where it
+/// has more than `most_routes`, refused_question and link_closed; then some
 /// routes have been taken, and what was made of them is of no use.
 template <class Table>
 void read_table(bus::rib_link &link, const table_reading<Table> &wanted, const route_taker<Table> &take);
