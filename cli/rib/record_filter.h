@@ -5,6 +5,7 @@
 #include "codec/messages/fib.h"
 #include "codec/messages/snmp.h"
 #include "codec/view.h"
+#include "protocol/uses.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -41,7 +42,8 @@ template <const codec::layout &L> constexpr bool has_field(std::string_view name
 }
 
 template <const codec::layout &L> constexpr filter_bits filters_of() {
-    return {has_field<L>("vsan") || &L == &wire::vsan, has_field<L>("fcid") || has_field<L>("destination"),
+    return {has_field<L>("vsan") || protocol::is_same(L, wire::vsan),
+            has_field<L>("fcid") || has_field<L>("destination"),
             has_field<L>("intf") || has_field<L>("intf", true) || has_field<L>("hop", true) || has_field<L>("if_index"),
             has_field<L>("uuid")};
 }
@@ -54,7 +56,7 @@ template <codec::field_called List, class View> bool any_via(View record, uint32
 }
 
 template <const codec::layout &L> uint32_t vsan_of(codec::view<L> record) {
-    if constexpr (&L == &wire::vsan) {
+    if constexpr (protocol::is_same(L, wire::vsan)) {
         return record.template get<"word_4", "vsan">();
     } else {
         return record.template get<"vsan">();
