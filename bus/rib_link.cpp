@@ -283,8 +283,15 @@ void rib_link::take_notes(std::chrono::milliseconds limit) {
     qip_recv_opts opts = incoming_within(limit);
     qip_ref note{};
     while (qip_recv(handle_.number(), &note, &opts) == 0) {
-        started_ = is_start(note) || started_;
+        const bool tells_start = is_start(note);
+        started_ = tells_start || started_;
+        const uint32_t opcode = qip_opcode_get(&note);
+        const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&note));
+        const std::vector<uint8_t> message(payload, payload + (take_note_ ? qip_payload_size(&note) : 0));
         rib_wrap_qip_drop(uuid_, handle_.number(), &note);
+        if (take_note_ && !tells_start) {
+            take_note_(opcode, message);
+        }
         opts = incoming_within({}); // those that wait already
     }
     if (is_closed(static_cast<uint32_t>(errno))) {

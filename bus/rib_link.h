@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -86,6 +87,12 @@ class rib_link {
     /// both are there again. Waits for that so long; 0 does not wait. Throws link_closed.
     bool heard_of_start(std::chrono::milliseconds limit = {});
 
+    /// Hands on every notification that is heard from now on, but that the RIB has started; while `heard_of_start` and
+    /// pauses listen. None may be missing unless that tells so.
+    void hear_notes(std::function<void(uint32_t opcode, std::span<const uint8_t> message)> take) {
+        take_note_ = std::move(take);
+    }
+
     /// Looks for a RIB, and waits for one as `await` does. Throws no_answer, or link_closed.
     void find();
 
@@ -130,9 +137,10 @@ class rib_link {
     bool envelopes_;
     refused_message last_refusal_;
     unsigned refusals_in_turn_ = 0; ///< like the last one, with nothing of its kind taken in between
-    bool told_ = false;             ///< that it waits, since patience was renewed
-    bool started_ = false;          ///< heard of it, told nobody yet
-    uint32_t reconnections_ = 0;    ///< of the handle, before what is known was heard
+    std::function<void(uint32_t opcode, std::span<const uint8_t> message)> take_note_;
+    bool told_ = false;          ///< that it waits, since patience was renewed
+    bool started_ = false;       ///< heard of it, told nobody yet
+    uint32_t reconnections_ = 0; ///< of the handle, before what is known was heard
     link_traffic traffic_;
 };
 

@@ -2,7 +2,6 @@
 // long, but begins with no result code.
 #include "clients/question.h"
 
-#include "protocol/route_messages.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
 
@@ -22,6 +21,17 @@ std::vector<uint8_t> ask_checked(bus::rib_link &link, uint32_t opcode, std::span
     }
     link.take_result(opcode, result);
     throw refused_question(result);
+}
+
+protocol::fcurt_response ask_for_result(bus::rib_link &link, uint32_t opcode, std::span<uint8_t> request) {
+    constexpr size_t size = wire::route_rsp.size;
+    const auto bytes = link.ask(opcode, request);
+    if (bytes.size() != size) {
+        bus::rib_link::drop_answer(opcode, bytes.size(), "what came is damaged");
+    }
+    const auto answer = protocol::decode_fcurt_response(std::span(bytes).first<size>());
+    link.take_result(opcode, answer.result);
+    return answer;
 }
 
 } // namespace ribkit::clients

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bus/rib_link.h"
+#include "protocol/route_messages.h"
 #include "rib_check.h"
 
 #include <cstdint>
@@ -25,6 +26,10 @@ struct refused_question : std::runtime_error {
 /// @return the answer. Throws refused_question where there is a result code in its place, no_answer where it is
 /// neither, and as rib_link::ask and rib_link::take_result do.
 std::vector<uint8_t> ask_checked(bus::rib_link &link, uint32_t opcode, std::span<uint8_t> question, checker check);
+
+/// Sends what is answered with a result: an update, or a registration. Throws no_answer, and as rib_link::ask and
+/// rib_link::take_result do.
+protocol::fcurt_response ask_for_result(bus::rib_link &link, uint32_t opcode, std::span<uint8_t> request);
 
 /// As long as no answer comes, or a damaged one, and there is patience, all of `ask` is done again. What goes on after
 /// a pause may find the RIB otherwise than before, so that nothing of the first attempt may be used. @return what it

@@ -40,10 +40,10 @@ size_t add_routes(const update_writer &update, std::span<const model::route_chan
 model::destination destination_of(record_view record);
 /// What the record carries behind its mask.
 inline model::carried_bytes carried_by(record_view record) {
-    model::carried_bytes bytes{record.get<"rctl">(), record.get<"rctl_mask">(), record.get<"byte_10">()};
+    model::carried_bytes carried{record.get<"rctl">(), record.get<"rctl_mask">(), record.get<"byte_10">()};
     const auto more = record.area<"bytes_11">();
-    std::copy(more.begin(), more.end(), bytes.end() - more.size());
-    return bytes;
+    std::copy(more.begin(), more.end(), carried.end() - more.size());
+    return carried;
 }
 model::route route_of(record_view record);
 

@@ -1,6 +1,8 @@
 // The options of the commands that ask and change a RIB that runs.
 #include "cli/fabrics/bus_declaration.h"
+#include "cli/rib/monitor_command.h"
 #include "cli/rib/route_command.h"
+#include "cli/rib/status_command.h"
 
 namespace ribkit::cli {
 namespace {
@@ -57,10 +59,32 @@ action declare_route(CLI::App &app, const words &given) {
     };
 }
 
+action declare_monitor(CLI::App &app, const words &given) {
+    const auto options = std::make_shared<monitor_options>();
+    add_bus(app, options->bus, server_here)->check(shared_bus);
+    add_file(app, options->output);
+    add_json(app, options->output, given)
+        ->description("a line of JSON for each message, and nothing else; with =FILE into FILE beside the text");
+    add_envelopes(app, options->envelopes);
+    return [options] { return run_monitor(*options); };
+}
+
+action declare_status(CLI::App &app, const words &given) {
+    const auto options = std::make_shared<status_options>();
+    add_bus(app, options->bus, server_here)->check(shared_bus);
+    add_output(app, options->output, given);
+    add_envelopes(app, options->envelopes);
+    return [options] { return run_status(*options); };
+}
+
 constexpr command commands[] = {
     {"route", "Adds, deletes and looks for routes of a RIB that runs, as the static client", declare_route, true,
      "route add --vsan 1 0x650000/0xff0000 --via fc1/1 --domain 101 --cost 500",
      "the RIB refused something, has no such route or did not answer, or the output cannot be written"},
+    {"monitor", "Prints what changes in a RIB that runs, as it changes, until SIGINT or SIGTERM", declare_monitor,
+     false, "monitor --bus unix:/tmp/fabric", "the RIB did not answer, or the output cannot be written"},
+    {"status", "Prints how a RIB that runs is: its role, what it holds, who has registered, what waits", declare_status,
+     false, "status --bus unix:/tmp/fabric", "the RIB did not answer, or the output cannot be written"},
 };
 
 } // namespace

@@ -61,12 +61,7 @@ protocol::fcurt_response send(bus::rib_link &link, const route_request &request)
     auto message = update_of(request, RIB_CLIENT_CONFIG);
     return clients::patiently(link, [&] {
         const bool repeated = std::exchange(again, true);
-        const auto bytes = link.ask(opcode_of(request), message);
-        if (bytes.size() != wire::route_rsp.size) {
-            bus::rib_link::drop_answer(opcode_of(request), bytes.size(), "what came is damaged");
-        }
-        auto answer = protocol::decode_fcurt_response(std::span(bytes).first<wire::route_rsp.size>());
-        link.take_result(opcode_of(request), answer.result);
+        auto answer = clients::ask_for_result(link, opcode_of(request), message);
         if (repeated && request.deletes && answer.result == RIB_NO_ENTRY) {
             answer.result = RIB_OK;
         }

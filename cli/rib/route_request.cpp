@@ -4,7 +4,7 @@
 #include "base/input_error.h"
 #include "base/text.h"
 #include "cli/rib/words.h"
-#include "protocol/table_messages.h"
+#include "clients/route_update.h"
 #include "rib_codes.h"
 
 #include <ios>
@@ -131,6 +131,8 @@ route_of_table<label_table> label_of(const route_words &words) {
     return route;
 }
 
+} // namespace
+
 std::string where_text(const model::route_key &key) {
     return base::joined("route ", destination_text(key.to), " of VSAN ", key.vsan);
 }
@@ -147,45 +149,6 @@ std::string where_text(const model::label_key &key) {
     }
     return base::joined(text, key.match_count != 0 ? " in VSAN " : " of VSAN ", key.vsan);
 }
-
-/// A message with the record that `add` adds, and room for it.
-template <const codec::layout &Update, class Add>
-std::vector<uint8_t> message_of(uint32_t client, uint32_t vsan, size_t most, const Add &add) {
-    std::vector<uint8_t> bytes(Update.size + most);
-    const codec::writer<Update> update(bytes);
-    update.template set<"uuid">(client).template set<"vsan">(vsan).template set<"oper">(RIB_OPER_UPDATE);
-    add(update);
-    bytes.resize(update.size());
-    return bytes;
-}
-
-uint32_t action_of(const route_request &request) { return request.deletes ? RIB_ACTION_DELETE : RIB_ACTION_ADD; }
-
-std::vector<uint8_t> message_of(const route_request &request, const route_of_table<unicast_table> &route,
-                                uint32_t client) {
-    return message_of<wire::fcurt_update>(
-        client, route.key.vsan, protocol::fcurt_record_size(route.what.hops.size()),
-        [&](const auto &update) { protocol::add_route(update, action_of(request), route.key.to, route.what); });
-}
-
-std::vector<uint8_t> message_of(const route_request &request, const route_of_table<multicast_table> &route,
-                                uint32_t client) {
-    return message_of<wire::fcmrt_update>(
-        client, route.key.vsan, wire::fcmrt.size + wire::member.size * route.what.members.size(),
-        [&](const auto &update) {
-            protocol::add_route(update, action_of(request), route.key.to, model::multicast_values(route.what));
-        });
-}
-
-std::vector<uint8_t> message_of(const route_request &request, const route_of_table<label_table> &route,
-                                uint32_t client) {
-    return message_of<wire::fclrt_update>(
-        client, route.key.vsan, wire::fclrt.size + sizeof(uint32_t) * route.what.hops.size(), [&](const auto &update) {
-            protocol::add_route(update, action_of(request), route.key, model::label_values(route.what));
-        });
-}
-
-} // namespace
 
 route_request request_of(const route_words &words) {
     if (words.multicast && words.label) {
@@ -218,7 +181,13 @@ std::string text_of(const route_request &request) {
 }
 
 std::vector<uint8_t> update_of(const route_request &request, uint32_t client) {
-    return std::visit([&](const auto &one) { return message_of(request, one, client); }, request.route);
+    const uint32_t action = request.deletes ? RIB_ACTION_DELETE : RIB_ACTION_ADD;
+    return std::visit(
+        [&](const auto &one) {
+            using values = typename std::decay_t<decltype(one)>::table::values;
+            return clients::update_with(client, action, one.key, values(one.what));
+        },
+        request.route);
 }
 
 uint32_t opcode_of(const route_request &request) {

@@ -45,7 +45,11 @@ struct route_request {
 /// Throws an input_error that says what is wrong with the words.
 route_request request_of(const route_words &words);
 
-/// "unicast route 0x650000/0xff0000 of VSAN 1"
+/// "route 0x650000/0xff0000 of VSAN 1"
+std::string where_text(const model::route_key &key);
+std::string where_text(const model::label_key &key);
+
+/// The same behind the name of the table.
 std::string text_of(const route_request &request);
 
 /// The update message of one record.

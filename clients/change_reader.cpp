@@ -1,0 +1,192 @@
+// What is known is a copy of the tables, kept by the notifications. Where some may be missing, the tables are read, and
+// the difference is told as if it had been heard.
+#include "clients/change_reader.h"
+
+#include "clients/question.h"
+#include "clients/route_update.h"
+#include "protocol/queries.h"
+#include "protocol/route_changes.h"
+#include "rib_check.h"
+#include "rib_codes.h"
+
+namespace ribkit::clients {
+
+namespace {
+
+constexpr std::chrono::seconds between_registrations{10};
+constexpr std::chrono::milliseconds between_looks{500};
+constexpr uint32_t usual_distance = 200;
+
+template <class Table> struct message_of;
+template <> struct message_of<unicast_table> {
+    using view = codec::view<wire::fcurt_update>;
+    using changes = protocol::unicast_changes;
+    static constexpr auto check = rib_check_fcurt_update;
+};
+template <> struct message_of<multicast_table> {
+    using view = codec::view<wire::fcmrt_update>;
+    using changes = protocol::multicast_changes;
+    static constexpr auto check = rib_check_fcmrt_update;
+};
+template <> struct message_of<label_table> {
+    using view = codec::view<wire::fclrt_update>;
+    using changes = protocol::label_changes;
+    static constexpr auto check = rib_check_fclrt_update;
+};
+
+constexpr bool deletes(uint32_t action) {
+    constexpr uint32_t all = RIB_ACTION_DELETE | RIB_ACTION_DELETE_GROUP | RIB_ACTION_DELETE_LABEL |
+                             RIB_ACTION_DELETE_FC_LABEL | RIB_ACTION_DELETE_UCAST_LABEL |
+                             RIB_ACTION_DELETE_LABEL_TUNNEL;
+    return (action & all) != 0;
+}
+
+template <class Change> model::route_key key_in(uint32_t vsan, const Change &one) { return {vsan, one.to}; }
+model::label_key key_in(uint32_t /*vsan*/, const model::label_change &one) {
+    model::label_key key = one.key;
+    key.source = key.type == RIB_ROUTE_SRC_LABEL ? key.source : 0;
+    return key;
+}
+
+model::route kept(const model::route_values &what) {
+    return {what.metric, what.flag, {what.hops.begin(), what.hops.end()}, what.carried};
+}
+model::multicast_route kept(const model::multicast_values &what) {
+    return {{what.members.begin(), what.members.end()}};
+}
+model::label_route kept(const model::label_values &what) {
+    return {{what.sources.begin(), what.sources.end()}, {what.hops.begin(), what.hops.end()}};
+}
+
+} // namespace
+
+change_reader::change_reader(bus::rib_link &link, uint32_t uuid, change_listener listener)
+    : link_(link), uuid_(uuid), listener_(std::move(listener)) {
+    link_.hear_notes([this](uint32_t opcode, std::span<const uint8_t> message) { hear(opcode, message); });
+}
+
+void change_reader::start() {
+    say_alive();
+    read_again();
+}
+
+void change_reader::follow() {
+    for (;;) {
+        if (link_.heard_of_start(between_looks)) {
+            miss("the RIB has started anew, or could not be reached for a while");
+            said_ = {};
+        }
+        link_.renew_patience();
+        try {
+            if (bus::run_now() - said_ >= between_registrations) {
+                say_alive();
+            }
+            if (misses_) {
+                read_again();
+            }
+        } catch (const bus::no_answer &why) {
+            miss(why.what());
+            said_ = {};
+            link_.pause();
+        }
+    }
+}
+
+// The RIB tells changes as long as it knows of somebody who listens.
+void change_reader::say_alive() {
+    auto said = protocol::encode(model::registration{uuid_, usual_distance, "monitor"});
+    const auto answer = ask_for_result(link_, RIBKIT_OPCODE_REGISTER, said);
+    if (answer.result != RIB_OK) {
+        throw refused_question(answer.result);
+    }
+    said_ = bus::run_now();
+}
+
+// What was not known before is no news.
+void change_reader::read_again() {
+    misses_ = false;
+    auto unicast = read<unicast_table>();
+    auto multicast = read<multicast_table>();
+    auto label = read<label_table>();
+    const held_counts counts{unicast.size(), multicast.size(), label.size()};
+    const bool silently = !std::exchange(knows_, true);
+    tell_differences<unicast_table>(std::move(unicast), silently);
+    tell_differences<multicast_table>(std::move(multicast), silently);
+    tell_differences<label_table>(std::move(label), silently);
+    listener_.read(counts);
+}
+
+template <class Table> change_reader::held_table<Table> change_reader::read() const {
+    held_table<Table> now;
+    read_table<Table>(link_, {uuid_}, [&](uint32_t owner, const auto &key, const auto &what) {
+        now.emplace_hint(now.end(), std::pair(key, owner), kept(what));
+    });
+    return now;
+}
+
+template <class Table> void change_reader::tell_differences(held_table<Table> now, bool silently) {
+    auto &before = std::get<held_table<Table>>(held_);
+    const auto tell = [&](uint32_t action, const auto &route) {
+        const auto &[key, owner] = route.first;
+        listener_.changed(Table::note, update_with(owner, action, key, typename Table::values(route.second)));
+    };
+    if (!silently) {
+        for (const auto &route : before) {
+            if (now.find(route.first) == now.end()) {
+                tell(RIB_ACTION_DELETE, route);
+            }
+        }
+        for (const auto &route : now) {
+            const auto known = before.find(route.first);
+            if (known == before.end() || !(known->second == route.second)) {
+                tell(RIB_ACTION_ADD, route);
+            }
+        }
+    }
+    before = std::move(now);
+}
+
+void change_reader::miss(const std::string &why) {
+    if (!std::exchange(misses_, true)) {
+        listener_.missed(why);
+    }
+}
+
+void change_reader::hear(uint32_t opcode, std::span<const uint8_t> message) {
+    switch (opcode) {
+    case unicast_table::note:
+        return take<unicast_table>(message);
+    case multicast_table::note:
+        return take<multicast_table>(message);
+    case label_table::note:
+        return take<label_table>(message);
+    default:
+        return;
+    }
+}
+
+template <class Table> void change_reader::take(std::span<const uint8_t> message) {
+    if (message_of<Table>::check(message.data(), static_cast<uint32_t>(message.size()), nullptr) != RIB_OK) {
+        return miss("a notification came damaged");
+    }
+    const typename message_of<Table>::view update(message.data());
+    if (update.template get<"n_route">() == 0) {
+        return miss("the RIB had more to tell than it could keep");
+    }
+    if (misses_) { // the tables will tell
+        return;
+    }
+    auto &held = std::get<held_table<Table>>(held_);
+    const uint32_t owner = update.template get<"uuid">();
+    for (const auto &one : typename message_of<Table>::changes(update)) {
+        const std::pair at(key_in(update.template get<"vsan">(), one), owner);
+        if (deletes(one.action)) {
+            held.erase(at);
+        } else {
+            held.insert_or_assign(at, kept(one.what));
+        }
+    }
+    listener_.changed(Table::note, message);
+}
+
+} // namespace ribkit::clients
