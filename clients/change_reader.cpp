@@ -65,8 +65,10 @@ change_reader::change_reader(bus::rib_link &link, uint32_t uuid, change_listener
     link_.hear_notes([this](uint32_t opcode, std::span<const uint8_t> message) { hear(opcode, message); });
 }
 
+// A RIB that answers has told of its start before: that is no news to whoever reads only now.
 void change_reader::start() {
     say_alive();
+    link_.heard_of_start();
     read_again();
 }
 
