@@ -99,6 +99,7 @@ TEST(complaints, outlive_their_reader) {
 
 TEST(patient_output, passes_everything_on) {
     const filled_pipe output(false);
+    std::fflush(stdout); // what the test framework has said belongs elsewhere
     const int before = dup(STDOUT_FILENO);
     dup2(output.way_in(), STDOUT_FILENO);
     {
@@ -115,6 +116,7 @@ TEST(patient_output, loses_whole_lines_that_nobody_reads) {
     constexpr int lines = 40000;
     const std::string text(90, 'x');
     const filled_pipe output(false);
+    std::fflush(stdout); // what the test framework has said belongs elsewhere
     const int before = dup(STDOUT_FILENO);
     dup2(output.way_in(), STDOUT_FILENO);
     {

@@ -20,8 +20,8 @@ enum class cause : uint8_t {
 template <class Kind> struct route_event {
     cause why;
     uint32_t oper; ///< RIB_OPER_... of the update that led to it; 0 where a distance was set
-    /// RIB_ACTION_...: the sender's own for a label route, so that it says which kind of label route it is; else
-    /// RIB_ACTION_ADD for what is new or replaced and of replays, RIB_ACTION_DELETE, or what changed of flag and metric
+    /// RIB_ACTION_...: of a label route that which its kind is added or deleted with; else RIB_ACTION_ADD for what is
+    /// new or replaced and of replays, RIB_ACTION_DELETE, or what changed of flag and metric
     uint32_t action;
     const typename Kind::key &key;
     uint32_t uuid;              ///< the owner

@@ -1,6 +1,7 @@
 // Every operation of an update, on each table that has it.
 #include "rib/state.h"
 
+#include "base/text.h"
 #include "rib_codes.h"
 #include "testing/alloc_failure.h"
 #include "testing/rib_requests.h"
@@ -94,7 +95,7 @@ TYPED_TEST(operations, remove_all_is_told_route_by_route_in_order) {
     const auto said = this->told.take();
     ASSERT_EQ(said.size(), 3U);
     for (uint32_t i = 0; i < 3; i++) {
-        EXPECT_NE(said[i].find(" " + std::to_string(i + 2) + "0000/ff0000"), std::string::npos) << said[i];
+        EXPECT_NE(said[i].find(base::joined(' ', i + 2, "0000/ff0000")), std::string::npos) << said[i];
         EXPECT_NE(said[i].find(" oper 4 "), std::string::npos) << said[i];
     }
 }
