@@ -140,9 +140,9 @@ std::string where_text(const model::route_key &key) {
 std::string where_text(const model::label_key &key) {
     std::string text = "route";
     if (key.type == RIB_ROUTE_FC_LABEL) {
-        text += " " + destination_text(key.to);
+        text.append(1, ' ').append(destination_text(key.to));
     } else if (key.type == RIB_ROUTE_SRC_LABEL) {
-        text += " from " + interface_text(key.source);
+        text.append(" from ").append(interface_text(key.source));
     }
     for (uint32_t i = 0; i < key.match_count; i++) {
         text += base::joined(i == 0 ? " of label" : " and", " 0x", std::hex, key.match[i]);
