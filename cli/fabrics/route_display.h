@@ -19,12 +19,12 @@ class table_choice {
     /// The one VSAN that is displayed, if any.
     [[nodiscard]] std::optional<uint32_t> vsan() const { return vsan_; }
 
-    void display(const model::held_routes &routes) const;
-
     /// The routes of a RIB that has stopped, and on request what its tables are made of.
     void display(const rib::rib_service &stopped, bool memory) const;
 
   private:
+    void display(const model::held_routes &routes) const;
+
     std::string text_;
     std::optional<uint32_t> vsan_;
 };

@@ -4,9 +4,9 @@
 #include "base/duration.h"
 #include "base/text.h"
 #include "cli/command_output.h"
-#include "cli/fabrics/route_display.h"
-#include "cli/fabrics/run_json.h"
-#include "clients/route_reader.h"
+#include "cli/rib/show_running.h"
+#include "cli/rib/shown_kinds.h"
+#include "clients/question.h"
 #include "rib_codes.h"
 
 #include <cstdio>
@@ -18,27 +18,19 @@ namespace {
 
 std::string counted(size_t count) { return base::joined(count, count == 1 ? " route" : " routes"); }
 
-model::held_routes read_patiently(bus::rib_link &link, const clients::route_reading &wanted) {
-    for (;;) {
-        try {
-            return clients::read_routes(link, wanted);
-        } catch (const bus::no_answer &why) {
-            if (!link.await_after(why)) {
-                throw;
-            }
-        }
-    }
+record_list read_patiently(bus::rib_link &link, const record_filter &wanted) {
+    return clients::patiently(link, [&] { return read_active_routes(link, wanted); });
 }
 
-std::runtime_error too_few(const bus::rib_link &link, const clients::route_reading &wanted, size_t held, size_t least) {
+std::runtime_error too_few(const bus::rib_link &link, const record_filter &wanted, size_t held, size_t least) {
     const std::string where = wanted.vsan ? base::joined(" of VSAN ", *wanted.vsan) : "";
     return std::runtime_error(
         base::joined("the RIB at ", link.shown_url(), " holds ", counted(held), where, ", not ", least));
 }
 
 // There is no news of routes, so that they are read again and again.
-model::held_routes read_enough(bus::rib_link &link, const clients::route_reading &wanted, size_t least) {
-    model::held_routes routes = read_patiently(link, wanted);
+record_list read_enough(bus::rib_link &link, const record_filter &wanted, size_t least) {
+    record_list routes = read_patiently(link, wanted);
     if (routes.size() < least) {
         std::fprintf(stderr, "ribkit: waiting for %s of the RIB at %s, for %s at most\n", counted(least).c_str(),
                      link.shown_url().c_str(), base::duration_text(link.seconds_left()).c_str());
@@ -63,10 +55,13 @@ int run_routes(const routes_command_options &options) {
     command_output out(options.output, {options.bus.faults_file});
     bus::rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
     link.find();
-    const auto routes = read_enough(link, {RIB_CLIENT_OPERATOR, options.vsan}, options.least);
-    out.display([&] { table_choice("all").display(routes); });
+    record_filter wanted;
+    wanted.vsan = options.vsan;
+    const record_list routes = read_enough(link, wanted, options.least);
+    const display &kind = *find_display("fcu");
+    print_records(out, kind, routes);
     out.print_line('\n' + counted(routes.size()));
-    print_routes_json(out, routes);
+    print_records_json(out, kind.message, routes);
     out.finish();
     return 0;
 }

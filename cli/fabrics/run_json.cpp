@@ -150,12 +150,4 @@ void print_rib_json(command_output &out, const rib::rib_state &rib) {
     });
 }
 
-void print_routes_json(command_output &out, const model::held_routes &routes) {
-    if (out.wants_json()) {
-        json_document document(out);
-        routes_value(document.text(), routes);
-        document.finish();
-    }
-}
-
 } // namespace ribkit::cli

@@ -16,7 +16,4 @@ void print_client_json(command_output &out, const lab::fabric_run &run);
 /// The routes of a RIB that has ended, and its totals.
 void print_rib_json(command_output &out, const rib::rib_state &rib);
 
-/// An array of routes.
-void print_routes_json(command_output &out, const model::held_routes &routes);
-
 } // namespace ribkit::cli
