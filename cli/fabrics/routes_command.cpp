@@ -61,7 +61,7 @@ int run_routes(const routes_command_options &options) {
     const display &kind = *find_display("fcu");
     print_records(out, kind, routes);
     out.print_line('\n' + counted(routes.size()));
-    print_records_json(out, kind.message, routes);
+    print_records_json(out, "rib_ucast_route", routes);
     out.finish();
     return 0;
 }
