@@ -4,6 +4,7 @@
 
 #include "codec/engine.h"
 #include "codec/messages/info.h"
+#include "codec/path_kind.h"
 #include "codec/view.h"
 
 namespace ribkit::codec {
@@ -14,46 +15,18 @@ template <const layout &L> struct conversion {
     }
 };
 
-/// The kind of a unicast path is computed on its way: a number on the wire, one flag of the top byte in host order,
-/// told apart by different tests. A word whose low byte is zero on the wire is left as it was received.
+/// The kind of a unicast path is computed on its way.
 template <> struct conversion<wire::fcu_path> {
     template <direction D, std::endian Host, class Isa> static uint32_t convert(const uint8_t *src, uint8_t *dst) {
         const uint32_t size = engine<D, Host, Isa>::template convert<wire::fcu_path>(src, dst);
         if constexpr (D == direction::to_network) {
             const writable_view<wire::fcu_path> path(dst);
-            path.set<"kind">(number_of(path));
+            path.set<"kind">(sent_kind(path));
         } else {
             const writable_view<wire::fcu_path, Host> path(dst);
-            if ((path.template get<"kind">() & 0xff) != 0) {
-                path.template set<"kind">(flag_of(path));
-            }
+            path.template set<"kind">(received_kind(view<wire::fcu_path, Host>(path)));
         }
         return size;
-    }
-
-  private:
-    static constexpr uint8_t special = 0xf0;
-    static bool is_well_known(uint32_t fcid) { return (fcid & 0x00fffff0) == 0x00fffff0 && fcid != 0x00ffffff; }
-
-    static uint32_t number_of(view<wire::fcu_path> path) {
-        const uint32_t fcid = path.get<"fcid">();
-        if (path.get<"special">() == special) {
-            return 8;
-        }
-        if (is_well_known(fcid)) {
-            return 6;
-        }
-        return (fcid & 0xffff) == 0xffff ? 7 : 4;
-    }
-    template <std::endian Host> static uint32_t flag_of(writable_view<wire::fcu_path, Host> path) {
-        const uint32_t mask = path.template get<"mask">();
-        if (is_well_known(path.template get<"fcid">())) {
-            return 0x08000000;
-        }
-        if (path.template get<"special">() == special) {
-            return 0x01000000;
-        }
-        return mask == 0x00ffff00 || mask == 0x00ffffff ? 0x02000000 : 0x04000000;
     }
 };
 

@@ -76,11 +76,29 @@
 #define RIB_OPER_REPLAY UINT32_C(0x8000)
 #define RIB_OPER_VERIFY UINT32_C(0x10000)
 
-/* Operations of a message to a FIB, as far as a RIB operation maps to one. */
+/* Operations of a message to a FIB. */
 #define FIB_OPER_UPDATE UINT32_C(0x1)
 #define FIB_OPER_REMOVE UINT32_C(0x2)
 #define FIB_OPER_REMOVE_ALL UINT32_C(0x4)
+#define FIB_OPER_BEGIN_MERGE UINT32_C(0x10)
 #define FIB_OPER_MERGE UINT32_C(0x20)
+#define FIB_OPER_END_MERGE UINT32_C(0x40)
+#define FIB_OPER_BEGIN_VERIFY UINT32_C(0x100)
+#define FIB_OPER_VERIFY UINT32_C(0x200)
+#define FIB_OPER_END_VERIFY UINT32_C(0x400)
+
+/* States of an entry, as a verification finds them. */
+#define FIB_VERF_CONSISTENT UINT32_C(0)
+#define FIB_VERF_NOT_IN_RIB UINT32_C(0x10) /* not in rib in fib */
+#define FIB_VERF_NOT_IN_FIB UINT32_C(0x20) /* in rib not in fib */
+#define FIB_VERF_BAD_IN_FIB UINT32_C(0x80) /* bad param in fib */
+#define FIB_VERF_NOT_IN_HW UINT32_C(0x200) /* in rib/fib not in hw */
+
+/* Types of a label entry in a FIB. */
+#define FIB_ROUTE_SRC_LABEL UINT32_C(0x10000)
+#define FIB_ROUTE_1_LABEL UINT32_C(0x20000)
+#define FIB_ROUTE_2_LABELS UINT32_C(0x40000)
+#define FIB_ROUTE_FC_LABEL UINT32_C(0x80000)
 
 /* Actions of a route record. */
 #define RIB_ACTION_ADD UINT32_C(0x1)

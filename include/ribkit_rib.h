@@ -103,6 +103,39 @@ static const struct qip_addr ribkit_modules_address = {RIB_WRAP_NODE_MODULES, RI
 #define RIBKIT_OPCODE_FCMRT_NOTE UINT32_C(0x212) /**< rib_fcmrt_update */
 #define RIBKIT_OPCODE_FCLRT_NOTE UINT32_C(0x213) /**< rib_fclrt_update */
 
+/*
+ * Between the RIB and the modules. Module N, from 1, listens at node RIBKIT_NODE_MODULE, service access point N. What
+ * consists of several messages of the catalogue has them one behind the other; docs/protocol.md tells how.
+ */
+
+/** Where modules listen, each at the service access point of its number. */
+#define RIBKIT_NODE_MODULE UINT32_C(0xff000401)
+/** Modules are numbered from 1 to this. */
+#define RIBKIT_MOST_MODULES UINT32_C(256)
+
+/** Unicast routes for a module: fib_fcu_update and fib_fcu_path; answered with fib_fcu_rsp. */
+#define RIBKIT_OPCODE_FIB_FCU_UPDATE UINT32_C(0x301)
+/** Multicast routes for a module: fib_fcm_update and fib_fcm_path; answered with fib_fcm_rsp. */
+#define RIBKIT_OPCODE_FIB_FCM_UPDATE UINT32_C(0x302)
+/** Label routes for a module: fib_fcl_update and fib_fcl_path; answered with fib_fcl_rsp. */
+#define RIBKIT_OPCODE_FIB_FCL_UPDATE UINT32_C(0x303)
+/** VSANs and their settings: fib_vsan_update; answered with fib_fcu_rsp. */
+#define RIBKIT_OPCODE_FIB_VSAN_UPDATE UINT32_C(0x304)
+/** Which frames change their VSAN: fib_vsan_rewrite_update and paths; answered with fib_vsan_rewrite_rsp. */
+#define RIBKIT_OPCODE_FIB_REWRITE_UPDATE UINT32_C(0x305)
+
+/* What anybody may ask a module. */
+#define RIBKIT_OPCODE_FIB_FCU_QUERY UINT32_C(0x311)  /**< rib_fcurt_query: its unicast entries */
+#define RIBKIT_OPCODE_FIB_FCM_QUERY UINT32_C(0x312)  /**< rib_fcmrt_query: its multicast entries */
+#define RIBKIT_OPCODE_FIB_FCL_QUERY UINT32_C(0x313)  /**< rib_fclrt_query: its label entries */
+#define RIBKIT_OPCODE_FIB_NODE_QUERY UINT32_C(0x314) /**< rib_node_query: what it tells the RIB of itself */
+#define RIBKIT_OPCODE_FIB_VSAN_QUERY UINT32_C(0x315) /**< vsan_query: the VSANs that it knows */
+#define RIBKIT_OPCODE_FIB_LB_QUERY UINT32_C(0x316)   /**< rib_fib_fcu_lb_query: which way a flow goes */
+#define RIBKIT_OPCODE_FIB_VERF_QUERY UINT32_C(0x317) /**< rib_verf_query: what the last comparison has found */
+
+/** A module tells the RIB of itself: fib_node, fib_sync and a fib_port for each port; answered with rib_fcurt_rsp. */
+#define RIBKIT_OPCODE_FIB_NODE UINT32_C(0x321)
+
 /** A client's identity is at most this, so that it fits beside a VSAN into a word of a query. */
 #define RIBKIT_LAST_CLIENT UINT32_C(0xfffff)
 

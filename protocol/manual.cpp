@@ -1,6 +1,7 @@
 // Rows as lines of tables; the texts of numbers are those of the vocabularies.
 #include "protocol/manual.h"
 
+#include "protocol/fib_requests.h"
 #include "protocol/query_kinds.h"
 #include "protocol/requests.h"
 #include "protocol/uses.h"
@@ -50,7 +51,16 @@ void print_head(std::string &text, std::string_view title, std::initializer_list
 }
 
 std::string_view place_text(destination_of to) {
-    return to == destination_of::rib ? "the RIB" : to == destination_of::listeners ? "listeners" : "listeners, modules";
+    switch (to) {
+    case destination_of::rib:
+        return "the RIB";
+    case destination_of::listeners:
+        return "listeners";
+    case destination_of::module:
+        return "a module";
+    default:
+        return "listeners, modules";
+    }
 }
 
 /// "`rib_fcurt_update`, `rib_topo`", from names between blanks.
@@ -66,10 +76,10 @@ std::string quoted(std::string_view names) {
     return text;
 }
 
-void print_requests(std::string &text) {
-    print_head(text, "Messages",
+void print_requests(std::string &text, std::string_view title, std::span<const request_row> rows) {
+    print_head(text, title,
                {"Opcode", "Name", "Message", "From", "To", "What it does", "Answer", "What it says", "What it causes"});
-    for (const request_row &row : requests) {
+    for (const request_row &row : rows) {
         print_cells(text, {hex(row.opcode), std::string("`RIBKIT_OPCODE_") + row.name + '`', quoted(row.message),
                            row.sender, place_text(row.to), row.does, quoted(row.answer), row.answers, row.causes});
     }
@@ -184,12 +194,34 @@ void print_uses(std::string &text) {
     }
 }
 
+void print_modules(std::string &text) {
+    print_requests(text, "Messages of modules", fib_requests);
+    text += R"(
+Module N, from 1, listens at node 0xff000401, service access point N. What a module is sent and answers has several
+messages one behind the other: a head and as many paths as it says; an answer, and in front of it the keys of the paths
+that did not take effect, where there are any.
+
+The RIB numbers what it sends to a module. A module takes a number only where it is later than the last one that it took
+(numbers go on at 0 behind the largest); what comes late, or twice, is answered with "index used", changes nothing and
+names all of its keys. The module tells the last number with its record, and the RIB goes on from there.
+
+A path's control word is that of a label route's way: it says how many labels are taken off and pushed, three at most,
+and on a unicast path which domain is next. A route with more labels at one way is in no module; of more than 16 ways a
+module has the first. A unicast path's kind follows from its other fields: the sender's number is not the module's flag.
+
+A key that did not take effect is named with a status: 0x200 "in rib/fib not in hw" where the table, or the VSAN's share of
+it, is full, 0x80 "bad param in fib" where there can be no such entry. While a module is upgrading it answers "lc upgrading"
+and takes nothing.
+)";
+    print_meanings(text, "Operations of updates for modules", fib_oper_to_str, fib_operations);
+}
+
 } // namespace
 
 std::string protocol_manual() {
     std::string text = R"(# The protocol of the RIB
 
-What clients and the RIB say to one another, written by `./run golden` from the rows that the RIB answers by. The formats
+What clients, the RIB and the modules say to one another, written by `./run golden` from the rows that the RIB answers by. The formats
 are those of [wire-formats.md](wire-formats.md); addresses and opcodes stand in
 [include/ribkit_rib.h](../include/ribkit_rib.h), and how messages travel in [messaging.md](messaging.md).
 
@@ -203,7 +235,7 @@ is ignored. A label or multicast route has one owner: another's is refused with 
 A list that is longer than an answer comes in several: the next query starts behind the last entry of the last answer. A
 route that is there all the time is met once, whatever changes in between.
 )";
-    print_requests(text);
+    print_requests(text, "Messages", requests);
     print_meanings(text, "Operations of updates", rib_oper_to_str, operations);
     print_meanings(text, "Actions of records", rib_action_to_str, actions);
     print_kinds(text, "Types of unicast queries", rib_fcurt_type_to_str, unicast_kinds, "fcurt", 0xf00000);
@@ -211,6 +243,7 @@ route that is there all the time is met once, whatever changes in between.
     print_label_kinds(text);
     print_state_kinds(text);
     print_meanings(text, "Comparisons", rib_verf_to_str, verifications);
+    print_modules(text);
     print_uses(text);
     return text;
 }

@@ -3,6 +3,7 @@
 
 #include "codec/message.h"
 #include "protocol/claim.h"
+#include "protocol/fib_requests.h"
 #include "protocol/query_kinds.h"
 #include "protocol/requests.h"
 #include "rib_text.h"
@@ -40,11 +41,26 @@ template <class Rows, class NumberOf> void expect_all_numbers(vocabulary *texts,
 
 TEST(protocol_manual, is_what_the_rows_say) { testing::expect_golden("docs/protocol.md", protocol_manual()); }
 
+std::vector<request_row> all_requests() {
+    std::vector<request_row> all(std::begin(requests), std::end(requests));
+    all.insert(all.end(), std::begin(fib_requests), std::end(fib_requests));
+    return all;
+}
+
+TEST(requests, are_found_by_their_opcodes) {
+    for (const request_row &row : requests) {
+        EXPECT_EQ(find_request(row.opcode), &row);
+        EXPECT_EQ(find_fib_request(row.opcode), nullptr) << row.name;
+    }
+    for (const request_row &row : fib_requests) {
+        EXPECT_EQ(find_fib_request(row.opcode), &row);
+    }
+}
+
 TEST(requests, name_messages_that_there_are) {
     std::set<uint32_t> opcodes;
-    for (const request_row &row : requests) {
+    for (const request_row &row : all_requests()) {
         EXPECT_TRUE(opcodes.insert(row.opcode).second) << row.name;
-        EXPECT_EQ(find_request(row.opcode), &row);
         std::istringstream names(std::string(row.message) + ' ' + row.answer);
         for (std::string name; names >> name;) {
             EXPECT_TRUE(codec::find_message(name) != nullptr || name == claim.name ||
@@ -60,6 +76,7 @@ TEST(requests, explain_every_number_of_a_vocabulary) {
     const auto number = [](const meaning_row &row) { return row.number; };
     expect_all_numbers(rib_oper_to_str, operations, number);
     expect_all_numbers(rib_action_to_str, actions, number);
+    expect_all_numbers(fib_oper_to_str, fib_operations, number);
     expect_all_numbers(rib_verf_to_str, verifications, number);
     const auto type = [](const query_kind &kind) { return kind.type; };
     expect_all_numbers(rib_fcurt_type_to_str, unicast_kinds, type);

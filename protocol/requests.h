@@ -10,12 +10,12 @@
 namespace ribkit::protocol {
 
 /// Where a message goes.
-enum class destination_of : uint8_t { rib, listeners, listeners_and_modules };
+enum class destination_of : uint8_t { rib, listeners, listeners_and_modules, module };
 
 struct request_row {
     uint32_t opcode;
     const char *name;    ///< behind RIBKIT_OPCODE_
-    const char *message; ///< of the catalogue, or the claim; "" for none
+    const char *message; ///< of the catalogue, or the claim; several one behind the other; "" for none
     const char *answer;  ///< messages of the catalogue, separated by blanks; "" for none
     destination_of to;
     const char *sender;

@@ -4,6 +4,7 @@
 //     response.set<use<wire::route_rsp, "accepted">>(5);
 #pragma once
 
+#include "codec/messages/fib.h"
 #include "codec/messages/forms.h"
 #include "codec/messages/query.h"
 #include "codec/messages/route.h"
@@ -62,6 +63,73 @@ inline constexpr word_use word_uses[] = {
     {&wire::fcu_lb_query, "word_12", "vsan"},
     {&wire::fcu_lb_rsp, "word_0", "result", "rib_rtn"},
     {&wire::fcu_lb_rsp, "word_4", "intf"},
+    // Towards a module: how many paths follow the head; what became of them, and of which update the answer is.
+    {&wire::fib_update, "word_0", "oper", "fib_oper"},
+    {&wire::fib_update, "word_4", "vsan"},
+    {&wire::fib_update, "word_8", "n_path"},
+    {&wire::fib_update, "word_12", "sequence"},
+    {&wire::fib_rsp, "word_0", "result", "rib_rtn"},
+    {&wire::fib_rsp, "word_4", "oper", "fib_oper"},
+    {&wire::fib_rsp, "word_8", "vsan"},
+    {&wire::fib_rsp, "word_12", "accepted"},
+    {&wire::fib_rsp, "word_16", "sequence"},
+    {&wire::fcu_rsp_path, "word_0", "result", "rib_rtn"},
+    {&wire::fcu_rsp_path, "word_4", "oper", "fib_oper"},
+    {&wire::fcu_rsp_path, "word_8", "vsan"},
+    {&wire::fcu_rsp_path, "word_12", "sequence"},
+    {&wire::fcm_rsp_path, "word_0", "result", "rib_rtn"},
+    {&wire::fcm_rsp_path, "word_4", "oper", "fib_oper"},
+    {&wire::fcm_rsp_path, "word_8", "vsan"},
+    {&wire::fcm_rsp_path, "word_12", "sequence"},
+    {&wire::fcl_rsp_path, "word_0", "result", "rib_rtn"},
+    {&wire::fcl_rsp_path, "word_4", "oper", "fib_oper"},
+    {&wire::fcl_rsp_path, "word_8", "vsan"},
+    {&wire::fcl_rsp_path, "word_12", "sequence"},
+    // Of the first four bytes that a unicast route carries those without a name (the mask of R_CTL is "special"), and
+    // what it says of itself.
+    {&wire::fcu_path, "byte_12", "rctl"},
+    {&wire::fcu_path, "byte_14", "rewrite"},
+    {&wire::fcu_path, "byte_15", "more"},
+    {&wire::fcu_path, "word_16", "metric"},
+    {&wire::fcu_path, "word_20", "flag"},
+    {&wire::fcm_path, "bytes_0", "fcid", "", true},
+    {&wire::fcm_path, "word_4", "mask", "", true},
+    {&wire::fcl_path, "word_0", "type", "fib_route_type"},
+    {&wire::fcl_path, "word_4", "source"}, // interface
+    {&wire::fcl_path, "word_8", "fcid", "", true},
+    {&wire::fcl_path, "word_12", "mask", "", true},
+    {&wire::verf_fcl, "word_8", "type", "fib_route_type"},
+    {&wire::verf_fcl, "word_12", "fcid_or_source", "", true},
+    {&wire::verf_fcl, "word_16", "mask", "", true},
+    // A path's first word is a control word, whose count of labels is that of its hops; of a unicast path it has the
+    // next domain, too.
+    {&wire::path_slot, "word_4", "intf"},
+    // Which FIB speaks: its module, from 0; another instance after each start; the last message of the RIB that it
+    // took.
+    {&wire::fib_sync, "byte_0", "module"},
+    {&wire::fib_sync, "word_4", "instance"},
+    {&wire::fib_sync, "word_8", "sequence"},
+    {&wire::fib_sync, "word_12", "entries"},
+    {&wire::vsan_update, "word_0", "sequence"},
+    // Which frames change their VSAN: of a VSAN, from an interface, between addresses; to what.
+    {&wire::vsan_rewrite_update, "word_0", "oper", "fib_oper"},
+    {&wire::vsan_rewrite_update, "word_4", "vsan"},
+    {&wire::vsan_rewrite_update, "word_8", "n_path"},
+    {&wire::vsan_rewrite_update, "word_12", "sequence"},
+    {&wire::vsan_rewrite_path, "word_0", "vsan"},
+    {&wire::vsan_rewrite_path, "word_4", "intf"},
+    {&wire::vsan_rewrite_path, "word_8", "new_vsan"},
+    {&wire::vsan_rewrite_path, "bytes_16", "source", "", true},
+    {&wire::vsan_rewrite_path, "word_20", "source_mask", "", true},
+    {&wire::vsan_rewrite_path, "bytes_24", "to", "", true},
+    {&wire::vsan_rewrite_path, "word_28", "to_mask", "", true},
+    {&wire::vsan_rewrite_path, "word_32", "new_source", "", true},
+    {&wire::vsan_rewrite_path, "word_36", "new_to", "", true},
+    {&wire::vsan_rewrite_rsp, "word_0", "result", "rib_rtn"},
+    {&wire::vsan_rewrite_rsp, "word_4", "oper", "fib_oper"},
+    {&wire::vsan_rewrite_rsp, "word_8", "vsan"},
+    {&wire::vsan_rewrite_rsp, "word_12", "accepted"},
+    {&wire::vsan_rewrite_rsp, "word_16", "sequence"},
 };
 
 /// Whether both are the same message. By their names, since under sanitizers addresses are no constants.
