@@ -23,6 +23,7 @@ namespace {
 
 struct placed_request {
     std::string place; ///< "FILE:LINE: "; empty on the command line
+    size_t line;       ///< of the file, from 1; 0 on the command line
     route_request request;
     protocol::fcurt_response answer{};
 };
@@ -47,7 +48,7 @@ std::vector<placed_request> read_file(const route_command_options &options) {
             if (words.action != "add" && words.action != "del") {
                 throw base::input_error(base::joined('"', words.action, "\": a line begins with add or del"));
             }
-            all.push_back({place, request_of(words)});
+            all.push_back({place, number, request_of(words)});
         } catch (const base::input_error &why) {
             throw base::input_error(place + why.what());
         }
@@ -77,6 +78,9 @@ void print_json(command_output &out, const std::vector<placed_request> &all) {
     decode::json_text &json = document.text();
     json.list(all, [&](const placed_request &one) {
         json.object([&] {
+            if (one.line != 0) {
+                json.member("line").number(one.line);
+            }
             json.member("action").text(one.request.deletes ? "del" : "add");
             json.member("route").text(text_of(one.request));
             json.member("result").number(one.answer.result);
@@ -164,7 +168,7 @@ int run_route(const route_command_options &options) {
     }
     std::vector<placed_request> all;
     if (action != "load") {
-        all.push_back({"", request_of(options.words)});
+        all.push_back({"", 0, request_of(options.words)});
     } else if (options.words.where.empty()) {
         throw base::input_error("ribkit route load: FILE is required, - for standard input");
     } else {

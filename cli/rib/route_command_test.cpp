@@ -1,6 +1,8 @@
 // Routes that are sent by hand, one by one and from a file, and what the RIB says to them.
 #include "testing/running_rib.h"
 
+#include <nlohmann/json.hpp>
+
 namespace ribkit::cli {
 namespace {
 
@@ -62,6 +64,25 @@ TEST_F(running_rib, a_file_is_loaded) {
                1);
     const testing::input_file none("# nothing\n");
     expect_run("route load", none.path(), "0 added, 0 deleted, 0 refused\n");
+}
+
+TEST_F(running_rib, what_became_of_a_file_is_told_in_json) {
+    const testing::input_file file("# two\nadd --vsan 1 0x650000/0xff0000 --via fc1/1\n"
+                                   "del --vsan 1 0x990000/0xff0000\n");
+    const testing::outcome ended = run("route load", file.path() + " --json"); // standard error first
+    EXPECT_EQ(ended.exit_code, 1);
+    const auto json = nlohmann::json::parse(ended.output.substr(ended.output.find('[')));
+    ASSERT_EQ(json.size(), 2U);
+    EXPECT_EQ(json[0]["line"], 2);
+    EXPECT_EQ(json[0]["action"], "add");
+    EXPECT_EQ(json[0]["route"], "unicast route 0x650000/0xff0000 of VSAN 1");
+    EXPECT_EQ(json[0]["result"], 0);
+    EXPECT_EQ(json[0]["held"], 1);
+    EXPECT_EQ(json[1]["line"], 3);
+    EXPECT_EQ(json[1]["action"], "del");
+    EXPECT_EQ(json[1]["text"], "no entry");
+    const testing::input_file none("# nothing\n");
+    EXPECT_EQ(nlohmann::json::parse(run("route load", none.path() + " --json").output), nlohmann::json::array());
 }
 
 TEST_F(running_rib, nothing_of_a_file_with_a_mistake_is_sent) {
