@@ -120,13 +120,26 @@ bytes read_modules(bus::rib_link &link, uint32_t uuid) {
     return ask_checked(link, RIBKIT_OPCODE_SYS_QUERY, query, rib_check_sys_info);
 }
 
-bytes read_structure(bus::rib_link &link, uint32_t uuid, uint32_t structure) {
-    auto query = protocol::encode(protocol::internal_query{uuid, show, structure});
+namespace {
+
+bytes ask_for_internals(bus::rib_link &link, const protocol::internal_query &wanted) {
+    auto query = protocol::encode(wanted);
     bytes answer = ask_checked(link, RIBKIT_OPCODE_IN_QUERY, query, rib_check_in_info);
-    if (codec::view<wire::in_info>(answer.data()).get<"kind">() != structure) {
+    if (codec::view<wire::in_info>(answer.data()).get<"kind">() != wanted.structure) {
         bus::rib_link::drop_answer(RIBKIT_OPCODE_IN_QUERY, answer.size(), "what came is not what was asked for");
     }
     return answer;
+}
+
+} // namespace
+
+bytes read_structure(bus::rib_link &link, uint32_t uuid, uint32_t structure) {
+    return ask_for_internals(link, {uuid, show, structure});
+}
+
+uint32_t read_refusals(bus::rib_link &link, uint32_t uuid, uint32_t result, uint32_t client) {
+    const bytes answer = ask_for_internals(link, {uuid, show, result, client});
+    return codec::view<wire::in_info>(answer.data()).get<protocol::use<wire::in_info, "count">>();
 }
 
 std::optional<bytes> read_verification(bus::rib_link &link, uint32_t uuid, uint32_t type) {

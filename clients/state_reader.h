@@ -38,6 +38,10 @@ bytes read_modules(bus::rib_link &link, uint32_t uuid);
 /// @param structure as rib_in_to_str has it
 bytes read_structure(bus::rib_link &link, uint32_t uuid, uint32_t structure);
 
+/// How often the RIB has refused something with a result code since it started.
+/// @param client to whom; 0: to anybody
+uint32_t read_refusals(bus::rib_link &link, uint32_t uuid, uint32_t result, uint32_t client);
+
 /// A rib_verf_info; none where nothing was compared.
 /// @param type as rib_verf_to_str has it
 std::optional<bytes> read_verification(bus::rib_link &link, uint32_t uuid, uint32_t type);

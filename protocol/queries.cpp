@@ -191,12 +191,15 @@ template list_query read_list_query<wire::reg_query>(view<wire::reg_query>);
 
 bytes_of<wire::in_query> encode(const internal_query &query) {
     bytes_of<wire::in_query> bytes;
-    writer<wire::in_query>(bytes).set<"uuid">(query.uuid).set<"query">(query.query).set<"structure">(query.structure);
+    const writer<wire::in_query> to(bytes);
+    to.set<"uuid">(query.uuid).set<"query">(query.query).set<"structure">(query.structure);
+    to.set<use<wire::in_query, "client">>(query.client);
     return bytes;
 }
 
 internal_query read(view<wire::in_query> query) {
-    return {query.get<"uuid">(), query.get<"query">(), query.get<"structure">()};
+    return {query.get<"uuid">(), query.get<"query">(), query.get<"structure">(),
+            query.get<use<wire::in_query, "client">>()};
 }
 
 bytes_of<wire::node_query> encode(const node_query &query) {

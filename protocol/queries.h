@@ -8,6 +8,7 @@
 #include "model/label.h"
 #include "model/multicast.h"
 #include "model/system.h"
+#include "rib_codes.h"
 #include "ribkit_rib.h"
 
 #include <array>
@@ -84,11 +85,15 @@ struct list_query {
 template <const codec::layout &L> bytes_of<L> encode(const list_query &query);
 template <const codec::layout &L> list_query read_list_query(codec::view<L> query);
 
-/// Asks for a structure of the RIB's own.
+/// Whether a number is a result code of a refusal.
+constexpr bool is_result(uint32_t number) { return number >= RIB_BAD_PARAMETERS; }
+
+/// Asks for a structure of the RIB's own, or how often it has refused something.
 struct internal_query {
     uint32_t uuid;
     uint32_t query;
-    uint32_t structure; ///< as rib_in_to_str has it
+    uint32_t structure;  ///< as rib_in_to_str has it, or a result code
+    uint32_t client = 0; ///< to whom that was said; 0: to anybody
 
     bool operator==(const internal_query &) const = default;
 };

@@ -48,7 +48,9 @@ inline constexpr word_use word_uses[] = {
     {&wire::vsan_query, "word_8", "vsan"},
     {&wire::sys_query, "word_8", "module"},
     {&wire::sys_query, "word_12", "requested"},
-    // What a structure without a body holds, how many.
+    // Where the structure is a result code: to whom it was said; 0 for anybody.
+    {&wire::in_query, "word_12", "client", "rib_uuid"},
+    // What a structure without a body holds, how many; of a result code how often it was said.
     {&wire::in_info, "word_0", "count"},
     {&wire::test_info, "word_0", "type", "rib_test_type"},
     {&wire::test_info, "word_4", "enabled"},

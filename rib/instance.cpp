@@ -71,6 +71,20 @@ std::vector<model::vsan_summary> instance::summaries(uint32_t first, size_t most
     return found;
 }
 
+// What waits for answers of modules or clients is nothing yet: there are no modules.
+uint32_t instance::held_in(uint32_t structure) const {
+    constexpr uint32_t pending = 7;
+    constexpr uint32_t switchover_log = 8;
+    switch (structure) {
+    case pending:
+        return unsent;
+    case switchover_log:
+        return logs.of<unicast>().held() + logs.of<multicast>().held() + logs.of<label>().held();
+    default:
+        return 0;
+    }
+}
+
 std::array<model::memory_pool, model::memory_pools> instance::memory() const {
     std::array<model::memory_pool, model::memory_pools> pools{};
     for (uint32_t i = 0; i < pools.size(); i++) {

@@ -3,6 +3,7 @@
 
 #include "model/system.h"
 #include "rib/change_logs.h"
+#include "rib/refusals.h"
 #include "rib/registry.h"
 #include "rib/state.h"
 #include "rib/vsans.h"
@@ -22,10 +23,12 @@ struct instance {
     state routes;
     change_logs logs{};
     registry clients{};
+    refusal_counts refused{};
     described_vsans described{};
     std::array<model::verification, tables> reports{}; ///< by table_id
     uint32_t created;                                  ///< seconds since 1970
     bool notes_requests = false;                       ///< each in a line of history
+    uint32_t unsent = 0;                               ///< notifications that wait for room
 
     /// Takes a registration, and its distance. Throws std::bad_alloc.
     /// @param heard seconds that pass evenly
@@ -38,6 +41,9 @@ struct instance {
 
     /// How many routes VSANs have, from one on.
     [[nodiscard]] std::vector<model::vsan_summary> summaries(uint32_t first, size_t most) const;
+    /// How much a structure of the RIB's own holds.
+    /// @param structure as rib_in_to_str has it
+    [[nodiscard]] uint32_t held_in(uint32_t structure) const;
     /// What the RIB keeps, by the kinds of memory.
     [[nodiscard]] std::array<model::memory_pool, model::memory_pools> memory() const;
 };

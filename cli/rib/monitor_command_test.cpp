@@ -105,6 +105,18 @@ TEST_F(running_rib, tells_its_status) {
     EXPECT_EQ(json["waiting"].size(), 6U);
 }
 
+TEST_F(running_rib, tells_what_it_has_refused) {
+    EXPECT_EQ(nlohmann::json::parse(run("status", "--json").output)["refused"], nlohmann::json::array());
+    EXPECT_EQ(run("route del", "--vsan 1 --mcast 0xff1234 2>&1").exit_code, 1);
+    EXPECT_EQ(run("route del", "--vsan 1 --mcast 0xff1234 2>&1").exit_code, 1);
+    const std::string said = run("status").output;
+    EXPECT_NE(said.find("\n  refused   2 no entry: rib-config 2\n"), std::string::npos) << said;
+    const auto json = nlohmann::json::parse(run("status", "--json").output)["refused"];
+    ASSERT_EQ(json.size(), 1U);
+    EXPECT_EQ(json[0]["text"], "no entry");
+    EXPECT_EQ(json[0]["clients"], nlohmann::json::parse(R"([{"client":39,"count":2}])"));
+}
+
 TEST(monitor, where_there_is_no_rib_it_says_so) {
     const testing::temporary_directory home;
     const testing::outcome ended = testing::run_command("monitor --wait 0 --bus unix:" + home.file("bus") + " 2>&1");

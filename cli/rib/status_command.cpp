@@ -6,6 +6,7 @@
 #include "cli/rib/words.h"
 #include "clients/question.h"
 #include "clients/state_reader.h"
+#include "diag/client_rows.h"
 #include "protocol/uses.h"
 #include "rib_codes.h"
 #include "rib_text.h"
@@ -14,6 +15,8 @@
 #include <array>
 #include <ctime>
 #include <iomanip>
+#include <iterator>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +30,13 @@ constexpr uint32_t availability = 1;
 constexpr uint32_t first_queue = 3;
 constexpr uint32_t last_queue = 8;
 
+/// How often something was refused, and to whom that is known.
+struct refusals {
+    uint32_t result = 0;
+    uint32_t count = 0;
+    std::vector<std::pair<uint32_t, uint32_t>> clients{}; ///< client, and how often
+};
+
 struct status {
     model::availability role;
     uint32_t created = 0; ///< seconds since 1970
@@ -34,6 +44,7 @@ struct status {
     uint32_t vsans = 0, suspended = 0, modules = 0;
     std::vector<model::registration> clients;
     std::vector<std::pair<uint32_t, uint32_t>> queues; ///< structure, and how much waits there
+    std::vector<refusals> refused;
 };
 
 void read_tables(bus::rib_link &link, status &now) {
@@ -55,6 +66,30 @@ void read_tables(bus::rib_link &link, status &now) {
     }
 }
 
+/// Of the clients that have names, or have registered.
+std::vector<refusals> read_refusals(bus::rib_link &link, const std::vector<model::registration> &registered) {
+    std::set<uint32_t> known;
+    std::transform(std::begin(diag::client_rows), std::end(diag::client_rows), std::inserter(known, known.end()),
+                   [](const diag::text_row &row) { return row.value; });
+    std::transform(registered.begin(), registered.end(), std::inserter(known, known.end()),
+                   [](const model::registration &client) { return client.client; });
+    std::vector<refusals> all;
+    for (const diag::text_row &row : diag::result_rows) {
+        const uint32_t count = row.value == RIB_OK ? 0 : clients::read_refusals(link, self, row.value, 0);
+        if (count == 0) {
+            continue;
+        }
+        all.push_back({row.value, count});
+        for (const uint32_t client : known) {
+            const uint32_t of_client = clients::read_refusals(link, self, row.value, client);
+            if (of_client != 0) {
+                all.back().clients.emplace_back(client, of_client);
+            }
+        }
+    }
+    return all;
+}
+
 status read_status(bus::rib_link &link) {
     status now;
     const auto role = clients::read_structure(link, self, availability);
@@ -69,6 +104,7 @@ status read_status(bus::rib_link &link) {
         now.queues.emplace_back(
             queue, codec::view<wire::in_info>(waiting.data()).get<protocol::use<wire::in_info, "count">>());
     }
+    now.refused = read_refusals(link, now.clients);
     return now;
 }
 
@@ -115,6 +151,13 @@ void print_text(command_output &out, const std::string &url, const status &now) 
         queues += base::joined(queues.empty() ? "" : ", ", text_by(rib_in_to_str, queue), " ", waiting);
     }
     print_line(out, "waiting", queues);
+    for (const refusals &one : now.refused) {
+        std::string clients;
+        for (const auto &[client, count] : one.clients) {
+            clients += base::joined(clients.empty() ? ": " : ", ", client_text(client), " ", count);
+        }
+        print_line(out, "refused", base::joined(one.count, " ", bus::result_text(one.result), clients));
+    }
 }
 
 void print_json(command_output &out, const std::string &url, const status &now) {
@@ -140,6 +183,19 @@ void print_json(command_output &out, const std::string &url, const status &now) 
                 json.member("client").number(client.client);
                 json.member("distance").number(client.distance);
                 json.member("name").text(client.name);
+            });
+        });
+        json.member("refused").list(now.refused, [&](const refusals &one) {
+            json.object([&] {
+                json.member("result").number(one.result);
+                json.member("text").text(bus::result_text(one.result));
+                json.member("count").number(one.count);
+                json.member("clients").list(one.clients, [&](const auto &client) {
+                    json.object([&] {
+                        json.member("client").number(client.first);
+                        json.member("count").number(client.second);
+                    });
+                });
             });
         });
         json.member("waiting").object([&] {

@@ -39,6 +39,8 @@ class notices {
 
     /// Sends all that was told, and what was kept, as far as there is room.
     void flush();
+    /// Messages that wait for room.
+    [[nodiscard]] size_t kept() const { return kept_.size(); }
     /// Whether something waits for room.
     [[nodiscard]] bool waits() const { return !kept_.empty() || misses_; }
 

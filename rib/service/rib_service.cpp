@@ -285,9 +285,10 @@ bytes rib_service::ask(const request &asked) {
     if (!may_speak(asked, client)) {
         return refuse(asked, RIB_BAD_PARAMETERS, base::joined("it may not use client ", client));
     }
+    rib_.unsent = static_cast<uint32_t>(notices_.kept());
     reply answer = row->answer(rib_, asked.payload.data(), arrival_of(asked));
     notices_.listen(rib_.clients.size() != 0);
-    return answer.result == RIB_OK ? std::move(answer.message) : refuse(asked, answer.result, "");
+    return answer.result == RIB_OK ? std::move(answer.message) : refuse(asked, answer.result, "", client);
 }
 
 // The answer has its room before anything is changed: what was done is never answered as if it had failed.
@@ -295,8 +296,10 @@ template <class Kind> bytes rib_service::update(const request &asked) {
     bytes answer(wire::route_rsp.size);
     rib_check_report why{};
     std::string barred;
+    uint32_t sender = 0;
     const auto speaks = [&](uint32_t client) {
         barred = may_speak(asked, client) ? "" : base::joined("it may not use client ", client);
+        sender = barred.empty() ? client : 0;
         return barred.empty();
     };
     const update_origin from{seconds_now(), asked.in_envelope, speaks};
@@ -305,20 +308,24 @@ template <class Kind> bytes rib_service::update(const request &asked) {
         complain(asked.ref, asked.opcode, response.result,
                  why.message != nullptr ? text_of(why)
                  : !barred.empty()      ? barred
-                                   : base::joined("vsan ", response.vsan, ", ", response.accepted, " routes accepted"));
+                                   : base::joined("vsan ", response.vsan, ", ", response.accepted, " routes accepted"),
+                 sender);
     }
     const auto words = encode(response);
     std::copy(words.begin(), words.end(), answer.begin());
     return answer;
 }
 
-bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why) {
-    complain(asked.ref, asked.opcode, result, why);
+bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why, uint32_t client) {
+    complain(asked.ref, asked.opcode, result, why, client);
     const auto said = refusal(result);
     return {said.begin(), said.end()};
 }
 
-void rib_service::complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why) {
+/// @param client who it is that is refused, where that is known
+void rib_service::complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why,
+                           uint32_t client) {
+    rib_.refused.add(result, client);
     try {
         complaints_.add(base::joined("the RIB refuses opcode 0x", std::hex, opcode, std::dec, " from ", sender_of(ref),
                                      ": ", bus::result_text(result)),

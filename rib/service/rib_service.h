@@ -85,8 +85,8 @@ class rib_service {
     bytes ask(const request &asked);
     bytes hear_probe(const request &asked);
     [[nodiscard]] static arrival arrival_of(const request &asked);
-    bytes refuse(const request &asked, uint32_t result, const std::string &why);
-    void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why);
+    bytes refuse(const request &asked, uint32_t result, const std::string &why, uint32_t client = 0);
+    void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why, uint32_t client = 0);
     [[nodiscard]] bool may_speak(const request &asked, uint32_t client) const;
 
     bool stand_by();

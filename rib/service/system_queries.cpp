@@ -140,13 +140,16 @@ reply answer_internals(const instance &rib, const protocol::internal_query &aske
     if (const uint32_t result = refusal_of(asked.query, came); result != RIB_OK) {
         return reply::refusal(result);
     }
+    if (protocol::is_result(asked.structure)) {
+        return reply::of(protocol::internal_info(asked.structure, rib.refused.of(asked.structure, asked.client)));
+    }
     constexpr uint32_t last_structure = 8;
     if (asked.structure == 0 || asked.structure > last_structure) {
         return reply::refusal(RIB_NOT_SUPPORTED);
     }
     return reply::of(asked.structure == 1   ? protocol::availability_info({})
                      : asked.structure == 2 ? protocol::memory_info(rib.memory())
-                                            : protocol::internal_info(asked.structure, 0));
+                                            : protocol::internal_info(asked.structure, rib.held_in(asked.structure)));
 }
 
 reply answer_node(const protocol::node_query & /*asked*/) { return reply::refusal(RIB_MISSING_DEVICE); }

@@ -133,8 +133,30 @@ TEST_F(system_queries, structures_of_the_rib_s_own) {
     for (uint32_t structure = 3; structure <= 8; structure++) {
         EXPECT_EQ(seen<wire::in_info>(ask(structure)).get<"kind">(), structure);
     }
+    const auto held_in = [&](uint32_t structure) { return seen<wire::in_info>(ask(structure)).get<"word_0">(); };
+    rib.unsent = 5;
+    EXPECT_EQ(held_in(7), 5U);
+    const uint32_t logged = rib.logs.of<unicast>().held();
+    EXPECT_EQ(held_in(8), logged);
+    const model::route_key key{1, {0, 0}};
+    rib.logs.enter(route_event<unicast>{cause::change, RIB_OPER_UPDATE, RIB_ACTION_ADD, key, fspf, {500, 0, {}}}, 1);
+    EXPECT_EQ(held_in(8), logged + 1);
     EXPECT_EQ(ask(0).result, RIB_NOT_SUPPORTED);
     EXPECT_EQ(ask(9).result, RIB_NOT_SUPPORTED);
+}
+
+TEST_F(system_queries, refusals_are_told_by_result_and_client) {
+    rib.refused.add(RIB_NO_ENTRY, fspf);
+    rib.refused.add(RIB_NO_ENTRY, 22);
+    const auto count = [&](uint32_t result, uint32_t client) {
+        const reply answer = answer_internals(rib, {fspf, 0x1, result, client}, came);
+        const auto info = seen<wire::in_info>(answer);
+        EXPECT_EQ(info.get<"kind">(), result);
+        return info.get<"word_0">();
+    };
+    EXPECT_EQ(count(RIB_NO_ENTRY, 0), 2U);
+    EXPECT_EQ(count(RIB_NO_ENTRY, fspf), 1U);
+    EXPECT_EQ(count(RIB_HW_FULL, 0), 0U);
 }
 
 TEST_F(system_queries, a_test_is_on_until_it_is_off) {
