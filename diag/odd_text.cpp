@@ -2,6 +2,7 @@
 #include "codec/messages/fib.h"
 #include "diag/compose.h"
 #include "diag/fib_rows.h"
+#include "diag/packed_texts.h"
 #include "diag/state_rows.h"
 #include "rib_codes.h"
 #include "rib_text.h"
@@ -21,9 +22,9 @@ constexpr size_t upper_case_limit = 40;
 /// The value that stands for a mask of port modes in the table: its first bit that has a row, or the mask itself.
 uint32_t shown_mode(uint32_t mode) {
     if (mode != all_modes) {
-        for (const text_row &row : pm_mode_texts) {
-            if (std::has_single_bit(row.value) && (mode & row.value) != 0) {
-                return row.value;
+        for (const uint32_t value : values_of<pm_mode_texts>) {
+            if (std::has_single_bit(value) && (mode & value) != 0) {
+                return value;
             }
         }
     }
@@ -49,12 +50,13 @@ void rib_uuid_to_uc_str(uint32_t uuid, char *str) {
     }
 }
 
-uintptr_t rib_pm_mode_to_str(uint32_t mode, char *str) { return put_text(pm_mode_texts, shown_mode(mode), str); }
+uintptr_t rib_pm_mode_to_str(uint32_t mode, char *str) { return put_text<pm_mode_texts>(shown_mode(mode), str); }
 
 // Nearly every index is one without a row, so its "%03x" is written by hand.
 uintptr_t fib_d_idx_to_str(uint32_t value, char *str) {
-    if (fib_d_idx_texts.holds(value)) {
-        return put_text(fib_d_idx_texts, value, str);
+    constexpr auto &rows = values_of<fib_d_idx_texts>;
+    if (std::find(rows.begin(), rows.end(), value) != rows.end()) {
+        return put_text<fib_d_idx_texts>(value, str);
     }
     const size_t digits = std::max(size_t{3}, hex_digits(value));
     *put_hex(str, value, digits) = '\0';

@@ -3,7 +3,8 @@
 
 namespace ribkit::diag {
 
-char *put_number(char *to, uint32_t value, column in) {
+char *put_number(char *to, uint32_t value, uint32_t packed_column) {
+    const column in = unpacked(packed_column);
     const size_t digits = in.hex ? hex_digits(value) : decimal_digits(value);
     const size_t width = in.width;
     char *behind = to + std::max(digits, width);

@@ -25,8 +25,16 @@ struct column {
     bool hex = false;
 };
 
-/// Writes a number, as wide as its column or wider.
-char *put_number(char *to, uint32_t value, column in);
+/// A column as one number, which any processor's calls have a register for.
+constexpr uint32_t packed(column in) {
+    return in.width | (in.left ? 0x100U : 0U) | (in.hex ? 0x200U : 0U) | (in.fill == '0' ? 0x400U : 0U);
+}
+constexpr column unpacked(uint32_t in) {
+    return {static_cast<uint8_t>(in), (in & 0x100) != 0, (in & 0x400) != 0 ? '0' : ' ', (in & 0x200) != 0};
+}
+
+/// Writes a number, as wide as its packed column or wider.
+char *put_number(char *to, uint32_t value, uint32_t packed_column);
 
 /// "%s", or "%u" or "%x" with a width: to the left ("-"), with leading zeros ("0") or with blanks. Text goes before it.
 struct conversion {
@@ -70,7 +78,7 @@ char *put_value(char *to, const Text &text) {
 
 template <conversion Of> char *put_value(char *to, uint32_t value) {
     static_assert((Of.kind == 'u' || Of.kind == 'x') && Of.number.width < value_room);
-    return put_number(to, value, Of.number);
+    return put_number(to, value, packed(Of.number));
 }
 
 template <row_format Format, size_t At = 0> char *put_row(char *to) {

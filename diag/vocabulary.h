@@ -1,10 +1,10 @@
-// Numbers to text: one row type for every table, the fallback beside the rows, and the one function that holds the
-// whole convention of the converters. A table finds its row with one multiplication: the compiler searches the
-// multiplier that sends no two of the table's values to the same slot, so a lookup costs the same however many rows
-// there are.
+// Numbers to text: one row type for every table, and the fallback beside the rows. A table finds its row with one
+// multiplication: the compiler searches the multiplier that sends no two of the table's values to the same slot, so a
+// lookup costs the same however many rows there are.
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -55,7 +55,6 @@ template <size_t Count> class text_table {
     [[nodiscard]] const text_row &candidate(uint32_t value) const {
         return *reinterpret_cast<const text_row *>(reinterpret_cast<const char *>(rows_) + slots_[slot(value)]);
     }
-    [[nodiscard]] bool holds(uint32_t value) const { return candidate(value).value == value; }
 
   private:
     static_assert(Count >= 1 && Count < 256);
@@ -92,6 +91,14 @@ template <size_t Count> class text_table {
     uint16_t slots_[size_t{1} << bits] = {};
 };
 
+/// The values that have a row, in the order of the rows.
+template <const auto &Table>
+inline constexpr auto values_of = [] {
+    std::array<uint32_t, static_cast<size_t>(Table.end() - Table.begin())> values{};
+    std::transform(Table.begin(), Table.end(), values.begin(), [](const text_row &row) { return row.value; });
+    return values;
+}();
+
 /// The first and the last bytes of a text, as one number each; they may overlap.
 template <typename Number> void copy_ends(char *to, const char *text, size_t size) {
     Number first;
@@ -125,10 +132,9 @@ inline void copy_text(char *to, const text_row &row) {
 /// Prints a value that has no row; the printed count is the result.
 uintptr_t put_unknown(const char *fallback, uint32_t value, char *str);
 
-/// The convention: a value with a row is copied whole and the buffer is the result; any other is printed by the
-/// fallback and the printed count is the result.
+/// The text of the value's row, or else its number.
 template <size_t Count>
-[[gnu::always_inline]] inline uintptr_t put_text(const text_table<Count> &table, uint32_t value, char *str) {
+[[gnu::always_inline]] inline uintptr_t put_row_of(const text_table<Count> &table, uint32_t value, char *str) {
     const text_row &row = table.candidate(value);
     if (row.value != value) {
         return put_unknown(table.fallback(), value, str);
