@@ -1,6 +1,7 @@
 // What is counted as done: what the RIB has done, by what it was.
 #include "clients/client_traffic.h"
 
+#include "model/routes.h"
 #include "rib_codes.h"
 
 #include <gtest/gtest.h>

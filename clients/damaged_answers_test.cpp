@@ -1,6 +1,5 @@
 // A RIB whose answers and notifications arrive damaged: clients drop them, and each leaves one line in the history.
-#include "clients/fspf_client.h"
-#include "clients/route_reader.h"
+#include "clients/route_client.h"
 #include "clients/state_reader.h"
 #include "clients/table_reader.h"
 #include "rib_codes.h"
@@ -100,10 +99,10 @@ class damaged_answers : public ::testing::Test {
 
     static void read() {
         bus::rib_link link(url, RIB_CLIENT_FSPF);
-        read_routes(link, {RIB_CLIENT_FSPF, 1});
+        read_table<unicast_table>(link, {RIB_CLIENT_FSPF, 1}, [](auto &&...) {});
     }
     static void send(bool in_envelope) {
-        fspf_client client(url, {.link = {.envelopes = in_envelope}});
+        unicast_client client(url, RIB_CLIENT_FSPF, {.link = {.envelopes = in_envelope}});
         bytes update = routes();
         client.exchange(update);
     }

@@ -23,19 +23,19 @@ std::vector<uint8_t> message_of(uint32_t client, uint32_t vsan, size_t most, con
 
 std::vector<uint8_t> update_with(uint32_t client, uint32_t action, const model::route_key &key,
                                  const model::route_values &what) {
-    return message_of<wire::fcurt_update>(client, key.vsan, protocol::fcurt_record_size(what.hops.size()),
+    return message_of<wire::fcurt_update>(client, key.vsan, protocol::record_size(what),
                                           [&](const auto &to) { protocol::add_route(to, action, key.to, what); });
 }
 
 std::vector<uint8_t> update_with(uint32_t client, uint32_t action, const model::multicast_key &key,
                                  const model::multicast_values &what) {
-    return message_of<wire::fcmrt_update>(client, key.vsan, wire::fcmrt.size + what.members.size_bytes(),
+    return message_of<wire::fcmrt_update>(client, key.vsan, protocol::record_size(what),
                                           [&](const auto &to) { protocol::add_route(to, action, key.to, what); });
 }
 
 std::vector<uint8_t> update_with(uint32_t client, uint32_t action, const model::label_key &key,
                                  const model::label_values &what) {
-    return message_of<wire::fclrt_update>(client, key.vsan, wire::fclrt.size + what.hops.size_bytes(),
+    return message_of<wire::fclrt_update>(client, key.vsan, protocol::record_size(what),
                                           [&](const auto &to) { protocol::add_route(to, action, key, what); });
 }
 

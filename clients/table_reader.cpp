@@ -8,6 +8,7 @@
 #include "protocol/route_changes.h"
 #include "rib_check.h"
 #include "rib_codes.h"
+#include "rib_trace.h"
 
 namespace ribkit::clients {
 
@@ -42,6 +43,7 @@ template <> class walk<unicast_table> {
     using message = codec::view<wire::fcurt_update>;
     using changes = protocol::unicast_changes;
     static constexpr auto check = rib_check_fcurt_update;
+    static constexpr auto print = rib_printf_fcu_query;
 
     explicit walk(const table_reading<unicast_table> &wanted)
         : type_(wanted.active ? chosen(wanted, 0x4, 0x400, 0x400) : chosen(wanted, 0x1, 0x100, 0x800)),
@@ -72,6 +74,7 @@ template <> class walk<multicast_table> {
     using message = codec::view<wire::fcmrt_update>;
     using changes = protocol::multicast_changes;
     static constexpr auto check = rib_check_fcmrt_update;
+    static constexpr auto print = rib_printf_fcm_query;
 
     explicit walk(const table_reading<multicast_table> &wanted)
         : type_(chosen(wanted, 0x1, 0x2, 0x4)), from_(first_key(wanted)) {}
@@ -99,6 +102,7 @@ template <> class walk<label_table> {
     using message = codec::view<wire::fclrt_update>;
     using changes = protocol::label_changes;
     static constexpr auto check = rib_check_fclrt_update;
+    static constexpr auto print = rib_printf_fcl_query;
 
     explicit walk(const table_reading<label_table> &wanted)
         : type_(chosen(wanted, 0x10, 0x20, 0x40) | (wanted.key ? kind_of(*wanted.key) : protocol::label_routes_all)),
@@ -140,6 +144,9 @@ void read_table(bus::rib_link &link, const table_reading<Table> &wanted, const r
     size_t read = 0;
     while (goes_on(at, wanted)) {
         auto query = at.query(wanted.uuid);
+        if (wanted.trace) {
+            walk<Table>::print(query.data());
+        }
         const auto answer = ask_checked(link, Table::query, query, walk<Table>::check);
         const typename walk<Table>::message part(answer.data());
         const uint32_t count = part.template get<"n_route">();
@@ -152,7 +159,8 @@ void read_table(bus::rib_link &link, const table_reading<Table> &wanted, const r
         }
         for (const auto &one : typename walk<Table>::changes(part)) {
             const auto key = walk<Table>::key_of(part, one);
-            if (!at.pass(part.template get<"uuid">(), key) || count > routes_a_query) {
+            const bool is_wanted = !wanted.vsan || key.vsan == *wanted.vsan;
+            if (!at.pass(part.template get<"uuid">(), key) || !is_wanted || count > routes_a_query) {
                 bus::rib_link::drop_answer(Table::query, answer.size(), "what came is not what was asked for");
             }
             if (!wanted.key || key == *wanted.key) {

@@ -5,6 +5,7 @@
 #include "model/label.h"
 #include "model/multicast.h"
 #include "model/routes.h"
+#include "protocol/route_messages.h"
 #include "ribkit_rib.h"
 
 #include <cstdint>
@@ -18,34 +19,46 @@ namespace ribkit::clients {
 struct unicast_table {
     using key = model::route_key;
     using route = model::route;
+    using key_in_vsan = model::destination; ///< in a VSAN's own table
     using values = model::route_values;
 
+    static constexpr const codec::layout &message = wire::fcurt_update;
     static constexpr const char *name = "unicast";
     static constexpr uint32_t update = RIBKIT_OPCODE_FCURT_UPDATE;
     static constexpr uint32_t query = RIBKIT_OPCODE_FCURT_QUERY;
     static constexpr uint32_t note = RIBKIT_OPCODE_FCURT_NOTE;
+
+    static const key_in_vsan &in_vsan(const key &where) { return where.to; }
 };
 
 struct multicast_table {
     using key = model::multicast_key;
     using route = model::multicast_route;
+    using key_in_vsan = model::destination; ///< in a VSAN's own table
     using values = model::multicast_values;
 
+    static constexpr const codec::layout &message = wire::fcmrt_update;
     static constexpr const char *name = "multicast";
     static constexpr uint32_t update = RIBKIT_OPCODE_FCMRT_UPDATE;
     static constexpr uint32_t query = RIBKIT_OPCODE_FCMRT_QUERY;
     static constexpr uint32_t note = RIBKIT_OPCODE_FCMRT_NOTE;
+
+    static const key_in_vsan &in_vsan(const key &where) { return where.to; }
 };
 
 struct label_table {
     using key = model::label_key;
     using route = model::label_route;
+    using key_in_vsan = model::label_key; ///< in a VSAN's own table
     using values = model::label_values;
 
+    static constexpr const codec::layout &message = wire::fclrt_update;
     static constexpr const char *name = "label";
     static constexpr uint32_t update = RIBKIT_OPCODE_FCLRT_UPDATE;
     static constexpr uint32_t query = RIBKIT_OPCODE_FCLRT_QUERY;
     static constexpr uint32_t note = RIBKIT_OPCODE_FCLRT_NOTE;
+
+    static const key_in_vsan &in_vsan(const key &where) { return where; }
 };
 
 template <class Table> struct table_reading {
@@ -54,6 +67,7 @@ template <class Table> struct table_reading {
     std::optional<typename Table::key> key{}; ///< the routes of this key only
     bool active = false;                      ///< of the routes of a destination the active one only; unicast
     size_t most_routes = size_t{1} << 22;     ///< beyond which reading ends: no RIB has as many
+    bool trace = false;                       ///< print each query
 };
 
 /// What it is called with lasts until it returns.
@@ -61,9 +75,8 @@ template <class Table>
 using route_taker =
     std::function<void(uint32_t owner, const typename Table::key &key, const typename Table::values &what)>;
 
-/// Calls `take` for each route, in the table's order. Throws no_answer, also where it
-/// has more than `most_routes`, refused_question and link_closed; then some
-/// routes have been taken, and what was made of them is of no use.
+/// Calls `take` for each route, in the table's order. Throws no_answer, also where it has more than `most_routes`,
+/// refused_question and link_closed; then some routes have been taken, and what was made of them is of no use.
 template <class Table>
 void read_table(bus::rib_link &link, const table_reading<Table> &wanted, const route_taker<Table> &take);
 

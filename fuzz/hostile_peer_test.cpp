@@ -1,7 +1,7 @@
 // A hostile peer over each transport, and an honest client beside it: all its answers come and are right, the RIB goes
 // on, in bounded memory, and a signal ends it. RIBKIT_ALL=1 lets the attack go on for long.
 #include "bus/rib_link.h"
-#include "clients/route_reader.h"
+#include "clients/table_reader.h"
 #include "fuzz/attacks.h"
 #include "fuzz/hostile_bus.h"
 #include "fuzz/quiet.h"
@@ -40,11 +40,15 @@ class honest_client {
             protocol::decode_fcurt_response(std::span(answer).first<wire::route_rsp.size>());
         ASSERT_EQ(response.result, RIB_OK);
         ASSERT_EQ(response.accepted, routes);
-        const model::held_routes held = clients::read_routes(link_, {RIB_CLIENT_FSPF, vsan});
-        ASSERT_EQ(held.size(), routes);
-        for (const auto &[key, route] : held) {
-            ASSERT_EQ(route.what.metric, metric_);
-        }
+        uint32_t held = 0;
+        clients::read_table<clients::unicast_table>(link_, {RIB_CLIENT_FSPF, vsan},
+                                                    [&](uint32_t owner, const auto & /*key*/, const auto &what) {
+                                                        if (owner == RIB_CLIENT_FSPF) {
+                                                            EXPECT_EQ(what.metric, metric_);
+                                                            held++;
+                                                        }
+                                                    });
+        ASSERT_EQ(held, routes);
     }
 
   private:

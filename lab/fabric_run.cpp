@@ -20,7 +20,7 @@ double run_record::routes_per_second() const {
     return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
 }
 
-fabric_run::fabric_run(fabric f, clients::fspf_client &client, base::progress_line &progress, bool real_time,
+fabric_run::fabric_run(fabric f, clients::unicast_client &client, base::progress_line &progress, bool real_time,
                        line_taker said)
     : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), said_(std::move(said)) {}
 

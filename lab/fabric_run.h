@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/progress.h"
-#include "clients/fspf_client.h"
+#include "clients/route_client.h"
 #include "lab/fabric.h"
 #include "lab/fabric_routes.h"
 
@@ -37,7 +37,8 @@ class fabric_run {
     /// @param progress is cleared before something is said
     /// @param real_time wait until an event is due
     /// @param said called with every line that says what happens
-    fabric_run(fabric f, clients::fspf_client &client, base::progress_line &progress, bool real_time, line_taker said);
+    fabric_run(fabric f, clients::unicast_client &client, base::progress_line &progress, bool real_time,
+               line_taker said);
 
     /// From now on it is also said when all routes of the client are in a RIB that did not have them.
     void announce_routes() { announces_ = true; }
@@ -62,7 +63,7 @@ class fabric_run {
 
     fabric fabric_;
     fabric_routes routes_;
-    clients::fspf_client &client_;
+    clients::unicast_client &client_;
     base::progress_line &progress_;
     bool real_time_;
     line_taker said_;

@@ -60,6 +60,11 @@ struct label_route {
     bool operator==(const label_route &) const = default;
 };
 
+/// There is no changing a part of it: adding replaces.
+constexpr uint32_t action_between(const label_route & /*before*/, const label_route & /*after*/) {
+    return RIB_ACTION_ADD;
+}
+
 /// What a label route says, where its words stand with somebody else.
 struct label_values {
     std::span<const uint32_t> sources;

@@ -18,6 +18,11 @@ struct multicast_route {
     bool operator==(const multicast_route &) const = default;
 };
 
+/// There is no changing a part of it: adding replaces.
+constexpr uint32_t action_between(const multicast_route & /*before*/, const multicast_route & /*after*/) {
+    return RIB_ACTION_ADD;
+}
+
 /// What a multicast route says, where its members stand with somebody else.
 struct multicast_values {
     std::span<const uint32_t> members;

@@ -1,6 +1,8 @@
 // Unicast routes as the lab's programs hold them, and what changed from one table to the next.
 #pragma once
 
+#include "model/table_changes.h"
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -86,14 +88,8 @@ struct held_route {
 /// The routes of the RIB.
 using held_routes = std::map<route_key, held_route>;
 
-/// One record of an update. A deleted route keeps what it was.
-struct route_change {
-    uint32_t action; ///< RIB_ACTION_...
-    destination to;
-    route what;
-
-    bool operator==(const route_change &) const = default;
-};
+/// One record of a unicast update.
+using route_change = table_change<destination, route>;
 
 /// One record of a unicast update, where its hops stand with somebody else.
 struct unicast_change {
@@ -107,14 +103,7 @@ struct unicast_change {
         : unicast_change(owning.action, owning.to, owning.what) {}
 };
 
-/// The fewest changes that make one table of the other: a route that is new or has other hops is added (which
-/// replaces), one with the same hops gets a new flag word or metric, one that is gone is deleted.
-std::vector<route_change> changes_between(const route_table &before, const route_table &after);
-
-/// Brings a table up to date with a change that took effect.
-void apply_change(route_table &table, const route_change &change);
-
-/// Whether the table is as the change would leave it.
-bool has_effect(const route_table &table, const route_change &change);
+/// A route with other hops is added, one with the same gets a new flag word or metric.
+uint32_t action_between(const route &before, const route &after);
 
 } // namespace ribkit::model

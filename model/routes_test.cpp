@@ -12,18 +12,20 @@ namespace {
 constexpr destination two{0x020000, RIB_MASK_DOMAIN};
 const route near{500, RIB_FLAG_DIRECT | RIB_FLAG_ACTIVE, {{0x01010001, 2}}};
 
+route_table only(const route &what) { return {{two, what}}; }
+
 TEST(routes, equal_tables_need_no_change) {
-    EXPECT_TRUE(changes_between({}, {}).empty());
-    EXPECT_TRUE(changes_between({{two, near}}, {{two, near}}).empty());
+    EXPECT_TRUE(changes_between(route_table{}, route_table{}).empty());
+    EXPECT_TRUE(changes_between(only(near), only(near)).empty());
 }
 
 TEST(routes, a_new_route_is_added_and_a_lost_one_deleted) {
-    EXPECT_EQ(changes_between({}, {{two, near}}), (std::vector<route_change>{{RIB_ACTION_ADD, two, near}}));
-    EXPECT_EQ(changes_between({{two, near}}, {}), (std::vector<route_change>{{RIB_ACTION_DELETE, two, near}}));
+    EXPECT_EQ(changes_between({}, only(near)), (std::vector<route_change>{{RIB_ACTION_ADD, two, near}}));
+    EXPECT_EQ(changes_between(only(near), {}), (std::vector<route_change>{{RIB_ACTION_DELETE, two, near}}));
 }
 
 TEST(routes, the_action_says_what_differs) {
-    const auto action = [](const route &after) { return changes_between({{two, near}}, {{two, after}}).at(0).action; };
+    const auto action = [](const route &after) { return changes_between(only(near), only(after)).at(0).action; };
     route dearer = near;
     dearer.metric = 501;
     EXPECT_EQ(action(dearer), RIB_ACTION_CHANGE_METRIC);

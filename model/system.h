@@ -2,6 +2,8 @@
 // routes, which domains are reached, what was changed last.
 #pragma once
 
+#include "rib_codes.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +19,25 @@ struct registration {
 
     bool operator==(const registration &) const = default;
 };
+
+/// How far a client's routes are from being active unless it registers another distance: the lower, the rather.
+constexpr uint32_t default_distance(uint32_t uuid) {
+    switch (uuid) {
+    case RIB_CLIENT_PORT_MANAGER:
+    case RIB_CLIENT_FLOGI:
+    case RIB_CLIENT_TLPORT:
+        return 0;
+    case RIB_CLIENT_CONFIG:
+    case RIB_CLIENT_OPERATOR:
+        return 5;
+    case RIB_CLIENT_FCDOMAIN:
+        return 10;
+    case RIB_CLIENT_FSPF:
+        return 110;
+    default:
+        return 200;
+    }
+}
 
 enum class vsan_state : uint8_t { no_change = 0, active = 1, suspended = 2 }; ///< as rib_vsan_state_to_str has them
 

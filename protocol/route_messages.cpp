@@ -25,14 +25,6 @@ bool add_route(const update_writer &update, uint32_t action, const model::destin
     return true;
 }
 
-size_t add_routes(const update_writer &update, std::span<const model::route_change> changes) {
-    size_t added = 0;
-    while (added < changes.size() && add_route(update, changes[added].action, changes[added].to, changes[added].what)) {
-        added++;
-    }
-    return added;
-}
-
 model::destination destination_of(record_view record) {
     const uint32_t mask = record.get<"mask">();
     return {record.get<"fcid">() & mask, mask};

@@ -33,9 +33,6 @@ using record_view = codec::view<wire::fcurt>;
 bool add_route(const update_writer &update, uint32_t action, const model::destination &to,
                const model::route_values &what);
 
-/// Adds the first of the changes, as many as there is room for. @return how many
-size_t add_routes(const update_writer &update, std::span<const model::route_change> changes);
-
 /// Bits of the address outside of its mask are no part of it.
 model::destination destination_of(record_view record);
 /// What the record carries behind its mask.

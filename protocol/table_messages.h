@@ -18,11 +18,28 @@ namespace ribkit::protocol {
 using multicast_update_writer = codec::writer<wire::fcmrt_update>;
 using label_update_writer = codec::writer<wire::fclrt_update>;
 
+/// Room that a route takes in an update.
+inline size_t record_size(const model::route_values &what) { return fcurt_record_size(what.hops.size()); }
+inline size_t record_size(const model::multicast_values &what) { return wire::fcmrt.size + what.members.size_bytes(); }
+inline size_t record_size(const model::label_values &what) { return wire::fclrt.size + what.hops.size_bytes(); }
+
 /// Adds a route to an update, as the other tables' do. @return whether there was room
 bool add_route(const multicast_update_writer &update, uint32_t action, const model::destination &to,
                const model::multicast_values &what);
 bool add_route(const label_update_writer &update, uint32_t action, const model::label_key &key,
                const model::label_values &what);
+
+/// Adds the first of some model::table_change, as many as there is room for. @return how many
+template <class Update, class Changes> size_t add_routes(const Update &update, const Changes &changes) {
+    size_t added = 0;
+    for (const auto &one : changes) {
+        if (!add_route(update, one.action, one.to, one.what)) {
+            break;
+        }
+        added++;
+    }
+    return added;
+}
 
 /// Adds an entry of a table to an info message. A unicast or multicast entry with hops or interfaces has to be its
 /// last: the next one would overwrite them. @return whether there was room

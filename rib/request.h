@@ -5,6 +5,7 @@
 #include "model/label.h"
 #include "model/multicast.h"
 #include "model/routes.h"
+#include "model/system.h"
 #include "rib_codes.h"
 
 #include <cstddef>
@@ -41,23 +42,6 @@ struct update_answer {
     bool operator==(const update_answer &) const = default;
 };
 
-/// How far a client's routes are from being active unless it registers another distance: the lower, the rather.
-constexpr uint32_t default_distance(uint32_t uuid) {
-    switch (uuid) {
-    case RIB_CLIENT_PORT_MANAGER:
-    case RIB_CLIENT_FLOGI:
-    case RIB_CLIENT_TLPORT:
-        return 0;
-    case RIB_CLIENT_CONFIG:
-    case RIB_CLIENT_OPERATOR:
-        return 5;
-    case RIB_CLIENT_FCDOMAIN:
-        return 10;
-    case RIB_CLIENT_FSPF:
-        return 110;
-    default:
-        return 200;
-    }
-}
+using model::default_distance;
 
 } // namespace ribkit::rib

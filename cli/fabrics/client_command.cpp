@@ -15,7 +15,7 @@ int run_client(const client_command_options &options) {
     command_output out(options.output, options.inputs());
     base::progress_line progress;
     const base::stop_signals signals;
-    clients::fspf_client client(options.bus.url, options.client(progress));
+    clients::unicast_client client(options.bus.url, RIB_CLIENT_FSPF, options.client(progress));
     const base::stop_call stopping(signals, [&client] { client.close(); });
     client.start_over();
     lab::fabric_run run(f, client, progress, options.real_time,

@@ -4,7 +4,7 @@
 #include "base/progress.h"
 #include "cli/command_output.h"
 #include "cli/fabrics/bus_options.h"
-#include "clients/fspf_client.h"
+#include "clients/route_client.h"
 #include "lab/fabric.h"
 
 #include <cstddef>

@@ -2,7 +2,7 @@
 #include "rib/service/rib_service.h"
 
 #include "base/input_error.h"
-#include "clients/fspf_client.h"
+#include "clients/route_client.h"
 #include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
 #include "lab/fspf.h"
@@ -47,7 +47,7 @@ TEST(rib_service, the_rib_follows_the_fabric_through_all_its_events) {
         for (size_t events = 0; events <= f.events().size(); events++) {
             lab::fabric now = f;
             rib_service rib(bus);
-            clients::fspf_client client(bus, {.message_limit = protocol::smallest_message_limit});
+            clients::unicast_client client(bus, RIB_CLIENT_FSPF, {.message_limit = protocol::smallest_message_limit});
             EXPECT_EQ(client.converge(testing::wanted_by(now)).added, 2U * 19U);
             for (size_t i = 0; i < events; i++) {
                 now.apply(now.events()[i]);
@@ -63,7 +63,7 @@ TEST(rib_service, the_rib_follows_the_fabric_through_all_its_events) {
 TEST(rib_service, only_what_changed_is_sent) {
     lab::fabric f = generated(20, lab::fabric_shape::ring);
     rib_service rib(bus);
-    clients::fspf_client client(bus, {});
+    clients::unicast_client client(bus, RIB_CLIENT_FSPF, {});
     const clients::client_traffic first = client.converge(testing::wanted_by(f));
     EXPECT_EQ(first.messages, 2U);
     EXPECT_EQ(first.bytes_received, 40U);
@@ -80,7 +80,7 @@ TEST(rib_service, only_what_changed_is_sent) {
 TEST(rib_service, a_short_message_is_refused_and_reported_and_the_rib_goes_on) {
     const lab::fabric f = generated(5, lab::fabric_shape::ring);
     rib_service rib(bus);
-    clients::fspf_client client(bus, {});
+    clients::unicast_client client(bus, RIB_CLIENT_FSPF, {});
     auto message = testing::literal_update(
         {RIB_CLIENT_FSPF, 2, RIB_OPER_UPDATE_RSP, model::changes_between({}, lab::fspf_routes(f, 2))});
     ::testing::internal::CaptureStderr();
@@ -102,7 +102,7 @@ TEST(rib_service, a_short_message_is_refused_and_reported_and_the_rib_goes_on) {
 TEST(rib_service, what_does_not_fit_is_reported_and_the_rib_keeps_nothing_that_the_client_forgets) {
     lab::fabric f = generated(20, lab::fabric_shape::ring);
     rib_service rib(bus, {.spaces = {2, 16, 4096}});
-    clients::fspf_client client(bus, {});
+    clients::unicast_client client(bus, RIB_CLIENT_FSPF, {});
     std::string reported;
     testing::printed_by([&] { // the allocator of segments says that it cannot grow
         ::testing::internal::CaptureStderr();
@@ -205,7 +205,7 @@ TEST(rib_service, a_bus_from_which_nothing_can_be_received_is_said_once_and_left
 TEST(rib_service, a_failure_that_looks_like_the_end_is_not_the_end) {
     const testing::fault_script script("fail recv 2 ECANCELED\nfail recv 3 EBADF\n");
     rib_service rib(bus);
-    clients::fspf_client client(bus, {});
+    clients::unicast_client client(bus, RIB_CLIENT_FSPF, {});
     EXPECT_EQ(client.converge(testing::wanted_by(generated(5, lab::fabric_shape::ring))).refused, 0U);
 }
 

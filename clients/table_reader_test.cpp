@@ -1,6 +1,8 @@
 // The RIB's routes as a client reads them, compared with what the RIB holds.
-#include "clients/route_reader.h"
+#include "clients/table_reader.h"
 
+#include "protocol/queries.h"
+#include "protocol/route_messages.h"
 #include "rib/service/answers.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
@@ -15,7 +17,7 @@
 namespace ribkit::clients {
 namespace {
 
-constexpr const char *bus = "local:route_reader_test";
+constexpr const char *bus = "local:table_reader_test";
 
 void add(bus::rib_link &link, uint32_t uuid, uint32_t vsan, const model::route_table &table) {
     auto bytes = testing::literal_update({uuid, vsan, RIB_OPER_UPDATE, model::changes_between({}, table)});
@@ -24,6 +26,14 @@ void add(bus::rib_link &link, uint32_t uuid, uint32_t vsan, const model::route_t
 
 auto query_bytes(uint32_t type, uint32_t count, const model::route_key &from) {
     return protocol::encode(protocol::unicast_query{RIB_CLIENT_TEST, type, count, from});
+}
+
+model::held_routes read_routes(bus::rib_link &link, const table_reading<unicast_table> &wanted) {
+    model::held_routes all;
+    read_table<unicast_table>(link, wanted, [&](uint32_t owner, const auto &key, const auto &what) {
+        all[key] = {owner, {what.metric, what.flag, {what.hops.begin(), what.hops.end()}, what.carried}};
+    });
+    return all;
 }
 
 testing::fcurt_update asked(bus::rib_link &link, uint32_t type, uint32_t count, const model::route_key &from) {
@@ -45,7 +55,7 @@ TEST(route_key, the_next_one) {
     EXPECT_EQ(model::key_after({1, {UINT32_MAX, UINT32_MAX}}), (model::route_key{2, {0, 0}}));
 }
 
-TEST(route_reader, reads_what_the_rib_holds) {
+TEST(table_reader, reads_what_the_rib_holds) {
     std::mt19937 random(20);
     for (int round = 0; round < 40; round++) {
         rib::rib_service rib(bus);
@@ -55,10 +65,10 @@ TEST(route_reader, reads_what_the_rib_holds) {
             add(link, RIB_CLIENT_MCAST, vsan, testing::random_table(random));
         }
         add(link, RIB_CLIENT_FSPF, 2, {{{0, 0}, {}}, {{5, UINT32_MAX}, {}}, {{UINT32_MAX, UINT32_MAX}, {}}});
-        const model::held_routes all = read_routes(link, {RIB_CLIENT_TEST, {}});
+        const model::held_routes all = read_routes(link, {.uuid = RIB_CLIENT_TEST, .active = true});
         model::held_routes by_vsan;
         for (uint32_t vsan = 0; vsan <= 5; vsan++) {
-            const model::held_routes some = read_routes(link, {RIB_CLIENT_TEST, vsan});
+            const model::held_routes some = read_routes(link, {.uuid = RIB_CLIENT_TEST, .vsan = vsan, .active = true});
             EXPECT_TRUE(std::all_of(some.begin(), some.end(), [&](const auto &one) { return one.first.vsan == vsan; }));
             by_vsan.insert(some.begin(), some.end());
         }
@@ -69,7 +79,7 @@ TEST(route_reader, reads_what_the_rib_holds) {
     EXPECT_EQ(qip_refs_held(), 0U);
 }
 
-TEST(route_reader, an_answer_is_of_one_vsan_and_one_client) {
+TEST(table_reader, an_answer_is_of_one_vsan_and_one_client) {
     rib::rib_service rib(bus);
     bus::rib_link link(bus, RIB_CLIENT_TEST);
     EXPECT_TRUE(asked(link, RIBKIT_QUERY_ALL, 10, {}).changes.empty());
@@ -92,7 +102,7 @@ TEST(route_reader, an_answer_is_of_one_vsan_and_one_client) {
     EXPECT_TRUE(asked(link, RIBKIT_QUERY_VSAN_ALL, 10, {3, {0x101, 0}}).changes.empty());
 }
 
-TEST(route_reader, an_answer_is_64_kib_at_most) {
+TEST(table_reader, an_answer_is_64_kib_at_most) {
     rib::rib_service rib(bus, {.spaces = {1, 512, 16384}});
     bus::rib_link link(bus, RIB_CLIENT_TEST);
     const size_t fit = (RIBKIT_ANSWER_LIMIT - wire::fcurt_update.size) / protocol::fcurt_record_size(16);
@@ -106,7 +116,7 @@ TEST(route_reader, an_answer_is_64_kib_at_most) {
     EXPECT_EQ(read_routes(link, {RIB_CLIENT_TEST, 1}).size(), fit + 1);
 }
 
-TEST(route_reader, a_query_that_cannot_be_used_is_refused) {
+TEST(table_reader, a_query_that_cannot_be_used_is_refused) {
     rib::rib_service rib(bus);
     bus::rib_link link(bus, RIB_CLIENT_TEST);
     const auto result_of = [&](std::span<uint8_t> query) {
@@ -122,7 +132,7 @@ TEST(route_reader, a_query_that_cannot_be_used_is_refused) {
     EXPECT_NE(::testing::internal::GetCapturedStderr().find(": bad parameters: rib_fcurt_query: "), std::string::npos);
 }
 
-TEST(route_reader, damaged_answers_are_no_answers) {
+TEST(table_reader, damaged_answers_are_no_answers) {
     const testing::fault_script script("clock virtual\ntruncate 4 978\ntruncate 6 20\n");
     rib::rib_service rib(bus);
     bus::rib_link link(bus, RIB_CLIENT_TEST);
@@ -133,7 +143,7 @@ TEST(route_reader, damaged_answers_are_no_answers) {
 }
 
 /// Answers every query with the same routes, whatever was asked for.
-TEST(route_reader, routes_that_were_not_asked_for_end_the_reading) {
+TEST(table_reader, routes_that_were_not_asked_for_end_the_reading) {
     uint32_t rib = 0;
     ASSERT_EQ(qip_open(bus, &rib), 0);
     ASSERT_EQ(qip_listen(rib, &ribkit_rib_address, 4), 0);
@@ -153,7 +163,7 @@ TEST(route_reader, routes_that_were_not_asked_for_end_the_reading) {
     serving.join();
 }
 
-TEST(route_reader, a_rib_that_always_has_one_more_route_is_left) {
+TEST(table_reader, a_rib_that_always_has_one_more_route_is_left) {
     const rib::rib_service rib(bus);
     bus::rib_link link(bus, RIB_CLIENT_TEST);
     add(link, RIB_CLIENT_FSPF, 1, table_of(3, 1));
@@ -162,10 +172,11 @@ TEST(route_reader, a_rib_that_always_has_one_more_route_is_left) {
     EXPECT_THROW(read_routes(link, {.uuid = RIB_CLIENT_TEST, .vsan = {}, .most_routes = 5}), bus::no_answer);
 }
 
-TEST(route_reader, queries_are_traced_on_request) {
+TEST(table_reader, queries_are_traced_on_request) {
     rib::rib_service rib(bus);
     bus::rib_link link(bus, RIB_CLIENT_TEST);
-    const std::string text = testing::printed_by([&] { read_routes(link, {RIB_CLIENT_FSPF, 7, true}); });
+    const std::string text =
+        testing::printed_by([&] { read_routes(link, {.uuid = RIB_CLIENT_FSPF, .vsan = 7, .trace = true}); });
     EXPECT_EQ(text.substr(8), " Sent RIB uuid 12 query vsan all 1000 ucast (size 24)\n");
 }
 

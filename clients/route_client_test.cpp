@@ -1,5 +1,5 @@
 // The client beside a RIB that is late, starts anew, or cannot be heard.
-#include "clients/fspf_client.h"
+#include "clients/route_client.h"
 
 #include "base/text.h"
 #include "lab/fabric_file.h"
@@ -24,7 +24,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::printed_by;
 
-constexpr const char *bus = "local:fspf_client_test";
+constexpr const char *bus = "local:route_client_test";
 constexpr bus::link_options patient{.patience = 1h};
 
 lab::fabric generated() {
@@ -61,9 +61,9 @@ template <typename Action> void silently(const Action &action) {
     EXPECT_EQ(thrown, "");
 }
 
-TEST(fspf_client, waits_for_a_rib_that_starts_later) {
+TEST(route_client, waits_for_a_rib_that_starts_later) {
     const lab::fabric f = generated();
-    fspf_client client(bus, {.link = patient});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = patient});
     std::unique_ptr<rib::rib_service> rib;
     std::thread late([&] {
         std::this_thread::sleep_for(20ms);
@@ -74,33 +74,33 @@ TEST(fspf_client, waits_for_a_rib_that_starts_later) {
     EXPECT_EQ(held_by(*rib), routes_of(f));
 }
 
-TEST(fspf_client, gives_up_when_patience_ends) {
+TEST(route_client, gives_up_when_patience_ends) {
     const testing::fault_script script("clock virtual\n");
-    fspf_client client(bus, {.link = {.patience = 10min}});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = {.patience = 10min}});
     ::testing::internal::CaptureStderr();
     const std::string printed =
         printed_by([&] { EXPECT_THROW(client.converge(testing::wanted_by(generated())), bus::no_answer); });
     EXPECT_EQ(::testing::internal::GetCapturedStderr(),
               "ribkit: no answer from the RIB: nobody listens; asking again\n"
-              "ribkit: waiting for a RIB at local:fspf_client_test, for 600s at most\n");
+              "ribkit: waiting for a RIB at local:route_client_test, for 600s at most\n");
     EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 1) << printed; // waiting is quiet
     EXPECT_EQ(qip_now(), 600'000'000U);
     EXPECT_EQ(client.traffic().sent(), 0U);
 }
 
-TEST(fspf_client, does_not_wait_longer_because_a_rib_is_there_that_loses_everything_but_probes) {
+TEST(route_client, does_not_wait_longer_because_a_rib_is_there_that_loses_everything_but_probes) {
     const testing::fault_script script("clock virtual\ndrop every 3\n"); // an update, a probe and its answer, ...
     const rib::rib_service rib(bus);
-    fspf_client client(bus, {.link = {.patience = 2s}});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = {.patience = 2s}});
     silently([&] { EXPECT_THROW(client.converge(testing::wanted_by(generated())), bus::no_answer); });
     EXPECT_EQ(qip_now(), 2'000'000U);
     EXPECT_LT(client.traffic().sent(), 3U * 11U);
 }
 
-TEST(fspf_client, a_rib_that_starts_anew_is_told_everything) {
+TEST(route_client, a_rib_that_starts_anew_is_told_everything) {
     lab::fabric f = generated();
     auto rib = std::make_unique<rib::rib_service>(bus);
-    fspf_client client(bus, {.link = patient});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = patient});
     EXPECT_EQ(client.converge(testing::wanted_by(f)).added, 3U * 11U);
     EXPECT_FALSE(client.rib_started(0ms));
     rib.reset();
@@ -114,7 +114,7 @@ TEST(fspf_client, a_rib_that_starts_anew_is_told_everything) {
     EXPECT_EQ(held_by(*rib), routes_of(f));
 }
 
-TEST(fspf_client, a_rib_that_starts_anew_meanwhile_is_told_everything_too) {
+TEST(route_client, a_rib_that_starts_anew_meanwhile_is_told_everything_too) {
     const lab::fabric f = generated();
     auto rib = std::make_unique<rib::rib_service>(bus);
     size_t parts = 0;
@@ -125,27 +125,27 @@ TEST(fspf_client, a_rib_that_starts_anew_meanwhile_is_told_everything_too) {
             rib = std::make_unique<rib::rib_service>(bus);
         }
     };
-    fspf_client client(bus, options);
+    unicast_client client(bus, RIB_CLIENT_FSPF, options);
     EXPECT_EQ(client.converge(testing::wanted_by(f)).added, (2U + 3U) * 11U);
     EXPECT_EQ(held_by(*rib), routes_of(f));
 }
 
-TEST(fspf_client, has_new_patience_for_every_vsan) {
+TEST(route_client, has_new_patience_for_every_vsan) {
     // The RIB tells two groups that it starts. Then for each VSAN: the update fails, the RIB is asked whether it is
     // there, read, and sent the update again, each with an answer.
     const testing::fault_script script("clock virtual\nfail send 3 EIO\nfail send 10 EIO\nfail send 17 EIO\n");
-    fspf_client client(bus, {.link = {.patience = 60ms}}); // a pause of 50 ms, and one of 10 ms
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = {.patience = 60ms}}); // a pause of 50 ms, and one of 10 ms
     rib::rib_service rib(bus);
     silently([&] { EXPECT_EQ(client.converge(testing::wanted_by(generated())).added, 3U * 11U); });
     EXPECT_EQ(held_by(rib), routes_of(generated()));
 }
 
-TEST(fspf_client, takes_over_what_another_run_has_left) {
+TEST(route_client, takes_over_what_another_run_has_left) {
     lab::fabric f = generated();
     rib::rib_service rib(bus);
-    fspf_client(bus, {}).converge(testing::wanted_by(f));
+    unicast_client(bus, RIB_CLIENT_FSPF, {}).converge(testing::wanted_by(f));
     f.apply(f.events()[0]);
-    fspf_client client(bus, {});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {});
     client.start_over();
     const client_traffic traffic = client.converge(testing::wanted_by(f));
     EXPECT_EQ(traffic.added, 0U);
@@ -155,14 +155,14 @@ TEST(fspf_client, takes_over_what_another_run_has_left) {
     EXPECT_EQ(held_by(rib), routes_of(f));
 }
 
-TEST(fspf_client, routes_of_other_clients_are_not_its_own) {
+TEST(route_client, routes_of_other_clients_are_not_its_own) {
     const lab::fabric f = generated();
     rib::rib_service rib(bus);
     bus::rib_link other(bus, RIB_CLIENT_MCAST);
     const model::route_table theirs{{{0xfffffa, 0xffffff}, {7, RIB_FLAG_ACTIVE, {}}}};
     auto update = testing::literal_update({RIB_CLIENT_MCAST, 1, RIB_OPER_UPDATE, model::changes_between({}, theirs)});
     other.ask(RIBKIT_OPCODE_FCURT_UPDATE, update);
-    fspf_client client(bus, {});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {});
     client.start_over();
     EXPECT_EQ(client.converge(testing::wanted_by(f)).deleted, 0U);
     model::held_routes expected = routes_of(f);
@@ -170,10 +170,10 @@ TEST(fspf_client, routes_of_other_clients_are_not_its_own) {
     EXPECT_EQ(held_by(rib), expected);
 }
 
-TEST(fspf_client, routes_behind_nearer_ones_of_other_clients_are_its_own_all_the_same) {
+TEST(route_client, routes_behind_nearer_ones_of_other_clients_are_its_own_all_the_same) {
     const lab::fabric f = generated();
     rib::rib_service rib(bus);
-    clients::fspf_client client(bus, {});
+    clients::unicast_client client(bus, RIB_CLIENT_FSPF, {});
     client.converge(testing::wanted_by(f));
     model::route_table theirs = lab::fspf_routes(f, 1);
     theirs.erase(theirs.begin());
@@ -187,11 +187,11 @@ TEST(fspf_client, routes_behind_nearer_ones_of_other_clients_are_its_own_all_the
     }
 }
 
-TEST(fspf_client, what_somebody_else_has_done_already_is_not_refused) {
+TEST(route_client, what_somebody_else_has_done_already_is_not_refused) {
     lab::fabric f = generated();
     rib::rib_service rib(bus);
-    fspf_client first(bus, {});
-    fspf_client second(bus, {});
+    unicast_client first(bus, RIB_CLIENT_FSPF, {});
+    unicast_client second(bus, RIB_CLIENT_FSPF, {});
     first.converge(testing::wanted_by(f));
     second.converge(testing::wanted_by(f));
     for (size_t link = 0; link < f.links().size(); link++) {
@@ -204,11 +204,11 @@ TEST(fspf_client, what_somebody_else_has_done_already_is_not_refused) {
 }
 
 // Then the answer is that the route is another client's.
-TEST(fspf_client, what_is_gone_already_is_not_refused_where_others_have_the_destination) {
+TEST(route_client, what_is_gone_already_is_not_refused_where_others_have_the_destination) {
     lab::fabric f = generated();
     rib::rib_service rib(bus);
-    fspf_client first(bus, {});
-    fspf_client second(bus, {});
+    unicast_client first(bus, RIB_CLIENT_FSPF, {});
+    unicast_client second(bus, RIB_CLIENT_FSPF, {});
     first.converge(testing::wanted_by(f));
     second.converge(testing::wanted_by(f));
     for (const lab::fabric_vsan &vsan : f.vsans()) {
@@ -270,25 +270,25 @@ class unwilling_rib {
     std::thread thread_;
 };
 
-TEST(fspf_client, a_refusal_that_names_no_vsan_is_of_the_one_that_was_sent) {
+TEST(route_client, a_refusal_that_names_no_vsan_is_of_the_one_that_was_sent) {
     const lab::fabric f = generated();
     const unwilling_rib rib(RIB_OUT_OF_MEMORY, queries::find_nothing);
-    fspf_client client(bus, {.link = patient});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = patient});
     silently([&] { EXPECT_EQ(client.converge(testing::wanted_by(f)).refused, 3U * 11U); });
 }
 
 /// What is said when the RIB of this bus has refused the same time after time.
 std::string given_up(const std::string &result) {
-    return "the RIB at local:fspf_client_test refuses what client 12 sends: " + result +
+    return "the RIB at local:route_client_test refuses what client 12 sends: " + result +
            "; its [[who]] tables may not let this name use client 12, and what it says on standard error names whom it "
            "refuses";
 }
 
-TEST(fspf_client, gives_up_where_the_rib_refuses_the_same_time_after_time) {
+TEST(route_client, gives_up_where_the_rib_refuses_the_same_time_after_time) {
     const lab::fabric f = generated();
     for (const auto how : {queries::find_nothing, queries::are_refused}) {
         unwilling_rib rib(RIB_BAD_PARAMETERS, how);
-        fspf_client client(bus, {.link = patient});
+        unicast_client client(bus, RIB_CLIENT_FSPF, {.link = patient});
         client.start_over();
         std::string thrown;
         ::testing::internal::CaptureStderr();
@@ -305,9 +305,9 @@ TEST(fspf_client, gives_up_where_the_rib_refuses_the_same_time_after_time) {
     }
 }
 
-TEST(fspf_client, without_patience_says_the_same_of_the_first_refusal) {
+TEST(route_client, without_patience_says_the_same_of_the_first_refusal) {
     const unwilling_rib rib(RIB_EXCESS_DATA, queries::find_nothing);
-    fspf_client client(bus, {.link = {.patience = 0ms}});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = {.patience = 0ms}});
     ::testing::internal::CaptureStderr();
     try {
         client.converge(testing::wanted_by(generated()));
@@ -319,14 +319,14 @@ TEST(fspf_client, without_patience_says_the_same_of_the_first_refusal) {
 }
 
 // Behind the news that the RIB has started, an update is answered, the RIB probed and read: then it is sent again.
-TEST(fspf_client, what_is_damaged_on_the_way_is_sent_again) {
+TEST(route_client, what_is_damaged_on_the_way_is_sent_again) {
     std::string damage = "clock virtual\n";
     for (const int update : {3, 9, 15, 21, 29, 35, 41, 47}) { // of two VSANs; the next one arrives
         damage += base::joined("truncate ", update, " 900\n");
     }
     const testing::fault_script script(damage);
     rib::rib_service rib(bus);
-    fspf_client client(bus, {.link = patient});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = patient});
     silently([&] {
         const client_traffic traffic = client.converge(testing::wanted_by(generated()));
         EXPECT_EQ(traffic.added, 3U * 11U);
@@ -335,10 +335,10 @@ TEST(fspf_client, what_is_damaged_on_the_way_is_sent_again) {
     EXPECT_EQ(held_by(rib), routes_of(generated()));
 }
 
-TEST(fspf_client, envelopes_leave_the_same_tables) {
+TEST(route_client, envelopes_leave_the_same_tables) {
     lab::fabric f = generated();
     rib::rib_service rib(bus);
-    fspf_client client(bus, {.link = {.envelopes = true}});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.link = {.envelopes = true}});
     EXPECT_EQ(client.converge(testing::wanted_by(f)).added, 3U * 11U);
     f.apply(f.events()[0]);
     EXPECT_EQ(client.converge(testing::wanted_by(f)).refused, 0U);
@@ -358,7 +358,7 @@ std::string random_script(std::mt19937 &random) {
 }
 
 /// All that a whole run has come to.
-client_traffic played(fspf_client &client, lab::fabric f) {
+client_traffic played(unicast_client &client, lab::fabric f) {
     client_traffic total = client.converge(testing::wanted_by(f));
     for (const lab::fabric_event &event : f.events()) {
         f.apply(event);
@@ -367,10 +367,10 @@ client_traffic played(fspf_client &client, lab::fabric f) {
     return total;
 }
 
-TEST(fspf_client, whatever_is_disturbed_the_tables_are_right_in_the_end) {
+TEST(route_client, whatever_is_disturbed_the_tables_are_right_in_the_end) {
     client_traffic quiet;
     {
-        fspf_client client(bus, {});
+        unicast_client client(bus, RIB_CLIENT_FSPF, {});
         const rib::rib_service rib(bus);
         quiet = played(client, generated());
     }
@@ -382,8 +382,9 @@ TEST(fspf_client, whatever_is_disturbed_the_tables_are_right_in_the_end) {
         client_traffic total;
         silently([&] {
             const testing::fault_script script(text);
-            fspf_client client(bus, {.message_limit = protocol::smallest_message_limit + random() % 2000,
-                                     .link = {.envelopes = round % 2 == 0, .patience = 24h}});
+            unicast_client client(bus, RIB_CLIENT_FSPF,
+                                  {.message_limit = protocol::smallest_message_limit + random() % 2000,
+                                   .link = {.envelopes = round % 2 == 0, .patience = 24h}});
             rib::rib_service rib(bus);
             total = played(client, f);
             for (const lab::fabric_event &event : f.events()) {
