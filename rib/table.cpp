@@ -1,11 +1,12 @@
-// The candidates of a destination are few, so they are a list in the order of their ranks.
+// One route at a time: found or given its place, ranked among the candidates, told.
 #include "rib/table.h"
 
+#include "rib/candidates.h"
+#include "rib/table_sweeps.h"
 #include "rib_codes.h"
 
 #include <iterator>
 #include <new>
-#include <tuple>
 
 namespace ribkit::rib {
 
@@ -16,33 +17,6 @@ constexpr uint32_t records_a_chunk = 128;
 uint32_t first_failure(uint32_t first, uint32_t second) { return first != RIB_OK ? first : second; }
 
 uint8_t domain_of(const model::destination &to) { return static_cast<uint8_t>(to.fcid >> 16); }
-
-/// Distance first, then cost, then identity.
-template <class Kind> bool precedes(const typename table<Kind>::record &a, const typename table<Kind>::record &b) {
-    if constexpr (Kind::has_candidates) {
-        return std::tuple(a.of->distance, Kind::cost(a.what), a.of->uuid) <
-               std::tuple(b.of->distance, Kind::cost(b.what), b.of->uuid);
-    } else {
-        return false;
-    }
-}
-
-template <class Kind> void link(typename table<Kind>::record *&first, typename table<Kind>::record &one) {
-    auto **at = &first;
-    while (*at != nullptr && precedes<Kind>(**at, one)) {
-        at = &(*at)->next;
-    }
-    one.next = *at;
-    *at = &one;
-}
-
-template <class Kind> void unlink(typename table<Kind>::record *&first, const typename table<Kind>::record &one) {
-    auto **at = &first;
-    while (*at != &one) {
-        at = &(*at)->next;
-    }
-    *at = one.next;
-}
 
 } // namespace
 
@@ -94,67 +68,6 @@ template <class Kind> uint32_t table<Kind>::alter(turn &by, const key &where, ui
     } else {
         return RIB_BAD_PARAMETERS;
     }
-}
-
-// A group's destinations begin where its address does, and end with the last that its mask lets pass.
-template <class Kind> uint32_t table<Kind>::remove_group(turn &by, const model::destination &group) {
-    if constexpr (Kind::id == table_id::multicast) {
-        const uint32_t last = group.fcid | ~group.mask;
-        bool is_others = false;
-        uint32_t removed = 0;
-        place at = index_.lower_bound({by.vsan, {group.fcid & group.mask, 0}});
-        while (at != index_.end() && at->first.vsan == by.vsan && at->first.to.fcid <= last) {
-            record *mine = Kind::is_in(group, at->first.to) ? own(at, by) : nullptr;
-            is_others |= mine == nullptr && Kind::is_in(group, at->first.to);
-            if (mine == nullptr) {
-                ++at;
-            } else {
-                remove_at(by, at, *mine);
-                removed++;
-            }
-        }
-        return removed != 0 ? RIB_OK : is_others ? RIB_OBJECT_OWNED : RIB_NO_ENTRY;
-    } else {
-        return RIB_BAD_PARAMETERS;
-    }
-}
-
-template <class Kind> uint32_t table<Kind>::remove_all(turn &by) {
-    return remove_where(by, [](record & /*mine*/) { return true; });
-}
-
-template <class Kind> uint32_t table<Kind>::remove_unmarked(turn &by) {
-    return remove_where(by, [](record &mine) {
-        const bool was_named = mine.what.marked;
-        mine.what.marked = false;
-        return !was_named;
-    });
-}
-
-template <class Kind> template <class Which> uint32_t table<Kind>::remove_where(turn &by, Which which) {
-    uint32_t removed = 0;
-    place at = index_.lower_bound(Kind::first_of(by.vsan));
-    while (at != index_.end() && at->first.vsan == by.vsan) {
-        record *mine = own(at, by);
-        if (mine != nullptr && which(*mine)) {
-            remove_at(by, at, *mine);
-            removed++;
-        } else {
-            ++at;
-        }
-    }
-    return removed;
-}
-
-template <class Kind> uint32_t table<Kind>::replay(turn &by) {
-    uint32_t told = 0;
-    for (auto at = index_.lower_bound(Kind::first_of(by.vsan)); at != index_.end() && at->first.vsan == by.vsan; ++at) {
-        if (const record *mine = own(at, by); mine != nullptr) {
-            tell(by, at->first, *mine, Kind::action_adding(at->first));
-            told++;
-        }
-    }
-    return told;
 }
 
 template <class Kind> void table<Kind>::rank_again(uint32_t uuid, uint32_t now) {
