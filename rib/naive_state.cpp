@@ -23,9 +23,25 @@ bool has_too_much(size_t table, const naive_record &record) {
            (table == naive_label && record.carried.size() > most_sources);
 }
 
+/// What a module would be told to do because of an operation; where it is told nothing else, to update.
+uint32_t told_to_modules(uint32_t oper) {
+    constexpr uint32_t fib_update = 1, fib_remove = 2, fib_remove_all = 4, fib_merge = 0x20;
+    return removes(oper)            ? fib_remove
+           : removes_all(oper)      ? fib_remove_all
+           : oper == RIB_OPER_MERGE ? fib_merge
+                                    : fib_update;
+}
+
+/// Actions that delete are every second bit, but for the changes of unicast routes.
+bool is_deletion(size_t table, uint32_t action) {
+    const bool is_change = table == naive_unicast && (action & 0xc) != 0;
+    return !is_change && (action & 0xaa2) != 0;
+}
+
 } // namespace
 
 words naive_state::update(const naive_request &asked) {
+    now_ = asked.now;
     uint32_t result = judge(asked);
     uint32_t accepted = 0;
     if (result == RIB_OK) {
@@ -62,14 +78,35 @@ uint32_t naive_state::add(const naive_request &asked, const naive_record &record
     } else if (has_too_much(asked.table, record)) {
         return RIB_BAD_PARAMETERS;
     }
+    naive_units::blocks taken;
+    const bool stays = mine != nullptr && mine->what.interfaces == record.interfaces;
+    if (stays) {
+        taken = mine->units;
+    } else if (const uint32_t full = take_room(asked, record, taken); full != RIB_OK) {
+        return full;
+    } else if (mine != nullptr) {
+        units_.give_back(mine->units);
+    }
     const bool marks = merges(asked.oper);
     touch(asked, record.key, adding(asked.table, record.key), [&] {
         if (mine == nullptr) {
-            routes_.push_back({asked.table, asked.uuid, record, marks});
+            routes_.push_back({asked.table, asked.uuid, record, marks, taken});
         } else {
-            *mine = {asked.table, asked.uuid, record, marks || mine->marked};
+            *mine = {asked.table, asked.uuid, record, marks || mine->marked, taken};
         }
     });
+    return RIB_OK;
+}
+
+/// Units for the ways, and a place where there is no route of the key yet. @return 0, or why there is none
+uint32_t naive_state::take_room(const naive_request &asked, const naive_record &record, naive_units::blocks &taken) {
+    if (!units_.take(record.interfaces, taken)) {
+        return RIB_HW_FULL;
+    }
+    if (active(asked.table, record.key) == nullptr && !has_place_in(asked.vsan)) {
+        units_.give_back(taken);
+        return RIB_HW_FULL;
+    }
     return RIB_OK;
 }
 
@@ -90,7 +127,7 @@ uint32_t naive_state::room_for(const naive_request &asked, const naive_record &r
     if (has_too_much(asked.table, record)) {
         return RIB_BAD_PARAMETERS;
     }
-    return is_new && !has_place_in(asked.vsan) ? RIB_FAILED : RIB_OK;
+    return RIB_OK;
 }
 
 /// In a block that the VSAN has begun, or in one that nobody needs.
@@ -106,10 +143,11 @@ bool naive_state::has_place_in(uint32_t vsan) const {
 }
 
 uint32_t naive_state::remove(const naive_request &asked, const words &key) {
-    const naive_route *mine = find(asked.table, key, asked.uuid);
+    naive_route *mine = find(asked.table, key, asked.uuid);
     if (mine == nullptr) {
         return missing(asked, key);
     }
+    units_.give_back(mine->units);
     touch(asked, key, deleting(asked.table, key), [&] { routes_.erase(routes_.begin() + (mine - routes_.data())); });
     return RIB_OK;
 }
@@ -208,6 +246,7 @@ void naive_state::suspend(uint32_t vsan, bool on) {
 
 // Whoever is active may be another one afterwards, for every destination.
 void naive_state::set_distance(uint32_t uuid, std::optional<uint32_t> distance, uint32_t now) {
+    now_ = now;
     const auto before = in_order([&](const naive_route &route) {
         return route.table == naive_unicast && active(route.table, route.what.key) == &route;
     });
@@ -252,6 +291,16 @@ void naive_state::touch(const naive_request &asked, const words &key, uint32_t a
 }
 
 void naive_state::tell(uint32_t cause, uint32_t oper, uint32_t action, words route) {
+    if (cause != cause_replay) {
+        const size_t table = route[0];
+        const size_t key = table == naive_label ? 8 : 3;
+        words entry{logged_[table]++, now_, told_to_modules(oper), is_deletion(table, action) ? 2U : 1U};
+        entry.insert(entry.end(), route.begin() + 1, route.begin() + 1 + static_cast<ptrdiff_t>(key));
+        logs_[table].push_back(entry);
+        if (logs_[table].size() > 128) {
+            logs_[table].pop_front();
+        }
+    }
     route.insert(route.begin(), {cause, oper, action});
     told_.push_back(std::move(route));
 }

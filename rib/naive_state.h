@@ -3,9 +3,11 @@
 #pragma once
 
 #include "rib/naive_request.h"
+#include "rib/naive_units_rig.h"
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -20,15 +22,17 @@ struct naive_route {
     uint32_t uuid;
     naive_record what;
     bool marked;
+    naive_units::blocks units{};
 };
 
 class naive_state {
   public:
     /// @param most_vsans that may have routes at a time
     /// @param blocks of eight places in the hardware, which VSANs take as they need them
+    /// @param path_units for the ways of all routes
     /// @param quotas routes of all tables that a client may have
-    naive_state(uint32_t most_vsans, uint32_t blocks, std::map<uint32_t, uint32_t> quotas)
-        : most_vsans_(most_vsans), blocks_(blocks), quotas_(std::move(quotas)) {}
+    naive_state(uint32_t most_vsans, uint32_t blocks, uint32_t path_units, std::map<uint32_t, uint32_t> quotas)
+        : most_vsans_(most_vsans), blocks_(blocks), units_(path_units), quotas_(std::move(quotas)) {}
 
     /// @return result, operation, VSAN, accepted, held
     words update(const naive_request &asked);
@@ -37,6 +41,10 @@ class naive_state {
     /// What was told since the last call, one after the other: a route as cause, operation, action, and a line as
     /// all() has it; a VSAN that was suspended or resumed as its number, and 1 or 0.
     std::vector<words> take_told();
+
+    /// The latest 128 changes of a table: each with its number, its time, what a module would be told to do, 1 where a
+    /// route is there and 2 where it is gone, and the key.
+    [[nodiscard]] const std::deque<words> &log(size_t table) const { return logs_[table]; }
 
     /// Every route in the order of tables and keys, the active one of each key first, then in the order in which they
     /// would be active: each as table, key, owner; of a unicast route metric and flag, with its active bit; what it
@@ -61,6 +69,7 @@ class naive_state {
     uint32_t apply(const naive_request &asked, const naive_record &record);
     uint32_t add(const naive_request &asked, const naive_record &record);
     [[nodiscard]] uint32_t room_for(const naive_request &asked, const naive_record &record) const;
+    uint32_t take_room(const naive_request &asked, const naive_record &record, naive_units::blocks &taken);
     [[nodiscard]] bool has_place_in(uint32_t vsan) const;
     uint32_t remove(const naive_request &asked, const words &key);
     uint32_t remove_group(const naive_request &asked, const naive_record &group);
@@ -82,6 +91,7 @@ class naive_state {
 
     uint32_t most_vsans_;
     uint32_t blocks_;
+    naive_units units_;
     std::map<uint32_t, uint32_t> quotas_;
     std::map<uint32_t, uint32_t> distances_;
     std::vector<naive_route> routes_;
@@ -89,6 +99,9 @@ class naive_state {
     std::set<uint32_t> suspended_;
     std::map<uint32_t, uint32_t> changed_;
     std::vector<words> told_;
+    std::array<std::deque<words>, 3> logs_{};
+    std::array<uint32_t, 3> logged_{};
+    uint32_t now_ = 0;
 };
 
 } // namespace ribkit::rib

@@ -66,16 +66,17 @@ void position_space::give_back_segment(uint32_t segment) {
 uint32_t position_space::take(uint32_t segment, placed &what) {
     what.position = no_position;
     if (full_[segment]) {
-        return RIB_FAILED;
+        return RIB_HW_FULL;
     }
     working = this;
-    const uint32_t result = cont_alloc(segments_, segment, &what.position);
+    uint32_t result = cont_alloc(segments_, segment, &what.position);
     working = nullptr;
     if (result == RIB_OK) {
         standing_[what.position] = &what;
     } else {
         full_[segment] = true;
         any_full_ = true;
+        result = RIB_HW_FULL; // the allocator says no more than that it has failed
     }
     return result;
 }

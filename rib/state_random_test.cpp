@@ -46,10 +46,11 @@ std::string shown(const std::vector<words> &lines) {
 
 class both {
   public:
-    explicit both(const rib_spaces &room)
-        : real_({room, quotas}, &heard_), naive_(room.vsans, room.positions / position_block, quotas) {}
+    explicit both(const rib_spaces &room, const std::map<uint32_t, uint32_t> &most = {})
+        : real_({room, most}, &heard_), naive_(room.vsans, room.positions / position_block, room.path_units, most) {}
 
     void ask(const naive_request &request) {
+        heard_.set_time(request.now);
         const words expected = naive_.update(request);
         const words answered = answer_of(real_, request);
         EXPECT_EQ(answered, expected) << shown(request) << "answered" << shown(answered) << "\nexpected"
@@ -62,6 +63,7 @@ class both {
     [[nodiscard]] bool has_answered(uint32_t result) const { return results_.contains(result); }
 
     void set_distance(uint32_t uuid, std::optional<uint32_t> distance, uint32_t now) {
+        heard_.set_time(now);
         naive_.set_distance(uuid, distance, now);
         real_.set_distance(uuid, distance, now);
         expect_same_told("a distance");
@@ -82,6 +84,9 @@ class both {
         EXPECT_EQ((words{memory.routes, memory.path_units, memory.positions}), naive_.in_use());
         expect_places();
         expect_labels();
+        for (const size_t table : {naive_label, naive_multicast, naive_unicast}) {
+            EXPECT_EQ(heard_.log(table), naive_.log(table)) << table;
+        }
     }
 
   private:
@@ -154,7 +159,7 @@ void compare(both &tried) {
 }
 
 TEST(state_random, does_what_a_list_of_everything_does) {
-    both tried({4, 4096, 65536});
+    both tried({4, 4096, 65536}, quotas);
     compare(tried);
     for (const uint32_t result : {RIB_OK, RIB_BAD_PARAMETERS, RIB_NOT_SUPPORTED, RIB_HW_FULL, RIB_NO_ENTRY,
                                   RIB_VSAN_TCAM_FULL, RIB_OBJECT_OWNED, RIB_MISSING_DEVICE}) {
@@ -165,7 +170,13 @@ TEST(state_random, does_what_a_list_of_everything_does) {
 TEST(state_random, does_so_where_the_hardware_is_nearly_full) {
     both tried({4, 64, 65536});
     compare(tried);
-    EXPECT_TRUE(tried.has_answered(RIB_FAILED));
+    EXPECT_TRUE(tried.has_answered(RIB_HW_FULL));
+}
+
+TEST(state_random, does_so_where_there_are_few_path_units) {
+    both tried({6, 4096, 64});
+    compare(tried);
+    EXPECT_TRUE(tried.has_answered(RIB_HW_FULL));
 }
 
 } // namespace

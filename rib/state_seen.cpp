@@ -117,11 +117,33 @@ template <class Kind> void add_table(std::vector<words> &lines, const state &hel
     }
 }
 
+template <class Kind> std::deque<words> entries_of(const change_logs &logs) {
+    const auto &log = logs.of<Kind>();
+    std::deque<words> all;
+    for (uint32_t at = log.next() - log.held(); at != log.next(); at++) {
+        const auto &entry = log.at(at);
+        words &line = all.emplace_back(words{entry.sequence, entry.time, entry.oper, entry.action});
+        const words key = flat(entry.key);
+        line.insert(line.end(), key.begin(), key.end());
+    }
+    return all;
+}
+
 } // namespace
 
-void listener::told(const route_event<unicast> &event) { told_since.push_back(told_of(event)); }
-void listener::told(const route_event<multicast> &event) { told_since.push_back(told_of(event)); }
-void listener::told(const route_event<label> &event) { told_since.push_back(told_of(event)); }
+template <class Kind> void listener::hear(const route_event<Kind> &event) {
+    told_since.push_back(told_of(event));
+    logs_.enter(event, now_);
+}
+void listener::told(const route_event<unicast> &event) { hear(event); }
+void listener::told(const route_event<multicast> &event) { hear(event); }
+void listener::told(const route_event<label> &event) { hear(event); }
+
+std::deque<words> listener::log(size_t table) const {
+    return table == naive_label       ? entries_of<label>(logs_)
+           : table == naive_multicast ? entries_of<multicast>(logs_)
+                                      : entries_of<unicast>(logs_);
+}
 
 words answer_of(state &asked, const naive_request &request) {
     return request.table == naive_label       ? answer_of<label>(asked, request)

@@ -211,7 +211,7 @@ uint32_t opcode_of(size_t table) {
 TEST(wire_random, the_service_answers_and_tells_what_the_model_does) {
     const std::map<uint32_t, uint32_t> quotas{{RIB_CLIENT_MCAST, 6}, {500, 9}};
     rib_service service(url, {.spaces = {4, 4096, 65536}, .policy = {quotas, {}}, .complaints_to = -1});
-    naive_state expected(4, 4096 / position_block, quotas);
+    naive_state expected(4, 4096 / position_block, 65536, quotas);
     peer client;
     asker asking(1);
     client.set_distance(listening_client, 0);
