@@ -1,31 +1,15 @@
-// Masks are tried from the longest to none at all. What decides between next hops is a hash of the frame's header.
+// The table is asked for each mask; the way is chosen as modules choose it.
 #include "rib/flows.h"
+
+#include "model/flows.h"
 
 namespace ribkit::rib {
 
-namespace {
-
-constexpr uint32_t address_bits = 24;
-
-/// Fowler, Noll and Vo's hash, of 32 bits, of a number's bytes.
-uint32_t hashed(uint32_t hash, uint32_t number) {
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        hash = (hash ^ (number >> shift & 0xff)) * 16777619U;
-    }
-    return hash;
-}
-
-} // namespace
-
 const table<unicast>::record *route_for(const table<unicast> &routes, uint32_t vsan, uint32_t fcid) {
-    for (uint32_t gone = 0; gone <= address_bits; gone++) {
-        const uint32_t mask = RIB_MASK_PORT >> gone << gone;
-        const auto found = routes.all().find({vsan, {fcid & mask, mask}});
-        if (found != routes.all().end()) {
-            return found->second;
-        }
-    }
-    return nullptr;
+    return model::longest_match(vsan, fcid, [&](const model::route_key &key) {
+        const auto found = routes.all().find(key);
+        return found == routes.all().end() ? nullptr : found->second;
+    });
 }
 
 std::optional<model::next_hop> way_of(const table<unicast> &routes, const model::flow &flow,
@@ -35,9 +19,7 @@ std::optional<model::next_hop> way_of(const table<unicast> &routes, const model:
         return {};
     }
     const auto hops = routes.read(*route).hops;
-    const uint32_t ports = hashed(hashed(2166136261U, flow.source), flow.destination);
-    const uint32_t hash = balance == model::flow_balance::exchange ? hashed(ports, flow.exchange) : ports;
-    return hops[hash % hops.size()];
+    return hops[model::chosen_way(flow, balance, static_cast<uint32_t>(hops.size()))];
 }
 
 } // namespace ribkit::rib
