@@ -83,7 +83,8 @@ uint32_t open_answer(rib_wrap_msg &answer, uint32_t opcode) {
     auto *envelope = static_cast<uint8_t *>(qip_payload_get(&answer.ref));
     const uint32_t size = qip_payload_size(&answer.ref);
     constexpr uint32_t length_end = wire::cmi_envelope.row_of("length").end();
-    answer.payload = envelope + content_at;
+    // A sum of numbers: an answer without bytes has no address to count from.
+    answer.payload = reinterpret_cast<uint8_t *>(reinterpret_cast<uintptr_t>(envelope) + content_at);
     answer.payload_size = size < length_end ? 0 : read_envelope(envelope).get<"length">();
     rib_check_report report;
     if (rib_check_cmi_answer(envelope, size, &report) == RIB_OK) {
