@@ -3,6 +3,7 @@
 # the core calls are recording fakes unless SERVICES names a library that really offers them. What all tests include is
 # compiled once.
 if(RIBKIT_TESTS)
+    set(RIBKIT_TEST_OPTIONS $<$<CONFIG:Release>:-O1>) # compiling them takes longer than running them
     enable_testing()
     if(CMAKE_CROSSCOMPILING)
         set(INSTALL_GTEST OFF CACHE INTERNAL "")
@@ -17,6 +18,7 @@ if(RIBKIT_TESTS)
     # As tests, which are programs: else the compiler would not take it.
     set_target_properties(ribkit_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
     target_compile_options(ribkit_test_headers PRIVATE -fPIE)
+    target_compile_options(ribkit_test_headers PRIVATE ${RIBKIT_TEST_OPTIONS})
     target_link_libraries(ribkit_test_headers PRIVATE ribkit_warnings GTest::gtest)
 endif()
 
@@ -32,6 +34,7 @@ function(ribkit_tests name)
     target_precompile_headers(${name} REUSE_FROM ribkit_test_headers)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE RIBKIT_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+    target_compile_options(${name} PRIVATE ${RIBKIT_TEST_OPTIONS})
     target_link_libraries(${name} PRIVATE ribkit_warnings ${arg_LIBRARIES} ribkit_testing
         $<LINK_GROUP:RESCAN,ribkit_static,${arg_SERVICES}> GTest::gtest_main)
     if(CMAKE_CROSSCOMPILING OR RIBKIT_SANITIZE)

@@ -80,7 +80,7 @@ std::string fault_of(const ending &end, const std::string &wanted, reason told) 
 }
 
 words failing::settings() const {
-    return {std::string("LD_PRELOAD=") + RIBKIT_FAILING_MALLOC, "RIBKIT_FAIL_AT=" + std::to_string(number_),
+    return {"LD_PRELOAD=" RIBKIT_FAILING_MALLOC, "RIBKIT_FAIL_AT=" + std::to_string(number_),
             "RIBKIT_FAIL_ONWARDS=" + std::to_string(often_ == how::onwards ? 1 : 0), "RIBKIT_FAIL_REPORT=" + file_};
 }
 
