@@ -11,7 +11,7 @@ namespace ribkit::fuzz {
 
 /// Whether what a child used at most says something: a sanitizer keeps what was freed, and what the test itself used
 /// counts, too, until the child's program is there.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef RIBKIT_SANITIZED
 inline constexpr bool memory_tells = false;
 #else
 inline constexpr bool memory_tells = true;

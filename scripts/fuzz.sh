@@ -1,30 +1,30 @@
 # Fuzzing, and attacks.
 
-# fuzz SECONDS: what is found ends as a file in build/fuzz/finds, and the run fails.
+# fuzz SECONDS: what is found ends as a file in build/asan/finds, and the run fails.
 fuzz() {
     [[ ${1-} =~ ^[1-9][0-9]{0,7}$ ]] || refuse "fuzz takes a number of seconds, not '${1-}'"
     need "fuzzing" "${test_packages[@]}"
-    build fuzz -- fuzzers
-    local target finds=build/fuzz/finds summary="" failed=0
-    rm -rf build/fuzz/corpus "$finds"
+    build asan -- fuzzers
+    local target finds=build/asan/finds summary="" failed=0
+    rm -rf build/asan/corpus "$finds"
     mkdir -p "$finds"
-    cp -r fuzz/corpus build/fuzz/corpus
-    for target in $(<build/fuzz/fuzz/targets); do
+    cp -r fuzz/corpus build/asan/corpus
+    for target in $(<build/asan/fuzz/targets); do
         fuzz_target "$target" "$1" || failed=1
-        summary+="$target $(sed -n 's/^stat::number_of_executed_units: *//p' "build/fuzz/$target.log") inputs, "
+        summary+="$target $(sed -n 's/^stat::number_of_executed_units: *//p' "build/asan/$target.log") inputs, "
     done
     echo "$summary$(find "$finds" -type f | wc -l) finds"
     ((failed == 0))
 }
 
 fuzz_target() {
-    local target=$1 log=build/fuzz/$1.log find
+    local target=$1 log=build/asan/$1.log find
     echo "run: fuzzing $target for $2 s, log $log" >&2
-    attend "fuzzing $target" "$log" "build/fuzz/fuzz/${target}_fuzz" -max_total_time="$2" -max_len=4096 -timeout=10 \
-        -artifact_prefix="build/fuzz/finds/$target-" -print_final_stats=1 "build/fuzz/corpus/$target" && return
+    attend "fuzzing $target" "$log" "build/asan/fuzz/${target}_fuzz" -max_total_time="$2" -max_len=4096 -timeout=10 \
+        -artifact_prefix="build/asan/finds/$target-" -print_final_stats=1 "build/asan/corpus/$target" && return
     tail -n 40 "$log" >&2
-    for find in build/fuzz/finds/"$target"-*; do
-        echo "again: build/fuzz/fuzz/${target}_fuzz $find" >&2
+    for find in build/asan/finds/"$target"-*; do
+        echo "again: build/asan/fuzz/${target}_fuzz $find" >&2
     done
     return 1
 }
