@@ -1,0 +1,266 @@
+// A module on the bus: what a RIB that is played here sends it and hears of it.
+#include "fib/service/fib_service.h"
+
+#include "protocol/fib_records.h"
+#include "protocol/fib_requests.h"
+#include "protocol/queries.h"
+#include "protocol/route_messages.h"
+#include "rib_codes.h"
+#include "rib_wrap.h"
+#include "ribkit_platform.h"
+#include "ribkit_rib.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+#include <unistd.h>
+
+namespace ribkit::fib {
+namespace {
+
+using codec::view;
+using model::fib_state;
+
+constexpr uint32_t generous = 20; // seconds
+constexpr uint32_t vsan = 7;
+constexpr uint32_t one_way[] = {0x40, 0x01010001};
+
+/// What a RIB does, by hand.
+class played_rib {
+  public:
+    explicit played_rib(const std::string &url) : handle_(url) {
+        EXPECT_EQ(qip_listen(handle_.number(), &ribkit_rib_address, 64), 0);
+        rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0);
+    }
+
+    /// The module's next record, answered.
+    model::module_node hear(uint32_t result = RIB_OK) {
+        const qip_recv_opts opts{{QIP_RECV_INCOMING, 0, generous}};
+        qip_ref ref{};
+        if (qip_recv(handle_.number(), &ref, &opts) != 0) {
+            ADD_FAILURE() << "no record";
+            return {};
+        }
+        const std::span<const uint8_t> message(static_cast<const uint8_t *>(qip_payload_get(&ref)),
+                                               qip_payload_size(&ref));
+        EXPECT_EQ(qip_opcode_get(&ref), RIBKIT_OPCODE_FIB_NODE);
+        EXPECT_EQ(protocol::check_module_message(message, nullptr), RIB_OK);
+        const model::module_node heard = protocol::module_of(message);
+        const auto said = protocol::encode(protocol::fcurt_response{result, 0, 0, 0, 0});
+        rib_wrap_qip_rsp(handle_.number(), &ref, said.data(), said.size());
+        qip_drop(handle_.number(), &ref);
+        return heard;
+    }
+    /// ... of which it has this state.
+    model::module_node hear_until(fib_state wanted) {
+        model::module_node heard = hear();
+        while (heard.state != wanted && !::testing::Test::HasFailure()) {
+            heard = hear();
+        }
+        return heard;
+    }
+
+    bytes ask(uint32_t opcode, std::span<const uint8_t> message, uint32_t number = 1) {
+        const qip_addr there = protocol::module_address(number);
+        qip_ref ref{};
+        if (qip_send(handle_.number(), &there, opcode, message.data(), static_cast<uint32_t>(message.size()), &ref,
+                     nullptr, nullptr) != 0) {
+            ADD_FAILURE() << "cannot send";
+            return {};
+        }
+        const qip_recv_opts opts{{QIP_RECV_BY_TOKEN, 0, generous, qip_rr_token_get(&ref)}};
+        qip_drop(handle_.number(), &ref);
+        qip_ref answer{};
+        if (qip_recv(handle_.number(), &answer, &opts) != 0) {
+            ADD_FAILURE() << "no answer to opcode " << opcode;
+            return {};
+        }
+        const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&answer));
+        bytes said(payload, payload + qip_payload_size(&answer));
+        qip_drop(handle_.number(), &answer);
+        return said;
+    }
+
+    /// Sends an update of domains' routes. @return what the module answers
+    model::fib_answer update(uint32_t oper, std::initializer_list<uint32_t> domains = {}, uint32_t in = vsan) {
+        bytes room(RIBKIT_ANSWER_LIMIT);
+        protocol::unicast_fib_update update(room, {oper, in, ++sequence_});
+        for (const uint32_t domain : domains) {
+            add_path(update, {domain << 16, RIB_MASK_DOMAIN}, model::fib_unicast{.metric = 5, .ways = one_way});
+        }
+        said_ = ask(RIBKIT_OPCODE_FIB_FCU_UPDATE, std::span(room).first(update.size()));
+        EXPECT_EQ(protocol::check_unicast_fib_answer(said_, nullptr), RIB_OK);
+        return protocol::answer_of(view<wire::fib_rsp>(said_.data() + said_.size() - wire::fib_rsp.size));
+    }
+    [[nodiscard]] const bytes &said() const { return said_; }
+
+  private:
+    bus::service_handle handle_;
+    uint32_t sequence_ = 0;
+    bytes said_;
+};
+
+std::string fresh_url() {
+    static int count = 0;
+    return "local:fib_service_" + std::to_string(count++);
+}
+
+uint32_t result_in(const bytes &answer) {
+    return answer.size() == wire::fib_rsp.size ? protocol::answer_of(view<wire::fib_rsp>(answer.data())).result
+                                               : RIB_OK;
+}
+
+class a_module : public ::testing::Test {
+  protected:
+    std::string url = fresh_url();
+    std::optional<played_rib> rib{url};
+    std::optional<fib_service> service{std::in_place, url,
+                                       fib_options{.sizes = {.unicast = 2}, .ports = usual_ports(1, 3), .instance = 9}};
+};
+
+TEST_F(a_module, tells_the_rib_of_itself_and_of_its_states) {
+    const model::module_node first = rib->hear();
+    EXPECT_EQ(first.number, 1U);
+    EXPECT_EQ(first.state, fib_state::offline);
+    EXPECT_EQ(first.instance, 9U);
+    EXPECT_EQ(first.ports, usual_ports(1, 3));
+    EXPECT_EQ(rib->hear().state, fib_state::ready);
+    rib->update(FIB_OPER_BEGIN_MERGE, {}, 0);
+    EXPECT_EQ(rib->hear().state, fib_state::loading);
+    rib->update(FIB_OPER_MERGE, {1});
+    rib->update(FIB_OPER_END_MERGE, {}, 0);
+    const model::module_node active = rib->hear();
+    EXPECT_EQ(active.state, fib_state::active);
+    EXPECT_EQ(active.entries, 1U);
+    EXPECT_EQ(active.sequence, 3U);
+    service.reset();
+    EXPECT_EQ(rib->hear().state, fib_state::exited);
+}
+
+TEST_F(a_module, answers_updates_and_names_what_it_has_no_room_for) {
+    EXPECT_EQ(rib->update(FIB_OPER_UPDATE, {1, 2, 3}), (model::fib_answer{RIB_HW_FULL, FIB_OPER_UPDATE, vsan, 2, 1}));
+    const auto faults = protocol::faults_of(view<wire::fcu_rsp_path>(rib->said().data()));
+    EXPECT_EQ(faults, (std::vector<model::fib_fault<model::route_key>>{
+                          {FIB_VERF_NOT_IN_HW, {vsan, {0x030000, RIB_MASK_DOMAIN}}}}));
+    EXPECT_EQ(rib->update(FIB_OPER_REMOVE, {1}), (model::fib_answer{RIB_OK, FIB_OPER_REMOVE, vsan, 1, 2}));
+    EXPECT_EQ(rib->said().size(), wire::fib_rsp.size) << "all took effect";
+    EXPECT_EQ(service->read([](const module &of) { return of.fib.count(); }), 1U);
+}
+
+TEST_F(a_module, tells_a_rib_that_starts_again) {
+    rib->hear_until(fib_state::ready);
+    rib->update(FIB_OPER_UPDATE, {1});
+    rib->hear_until(fib_state::active);
+    rib.reset();
+    rib.emplace(url);
+    const model::module_node told = rib->hear();
+    EXPECT_EQ(told.state, fib_state::isolated);
+    EXPECT_EQ(told.entries, 1U) << "what it has it keeps";
+    EXPECT_EQ(rib->hear().state, fib_state::active);
+}
+
+TEST_F(a_module, tries_until_the_rib_takes_its_record) {
+    rib->hear(RIB_OUT_OF_MEMORY);
+    rib->hear_until(fib_state::ready);
+}
+
+TEST_F(a_module, takes_nothing_while_it_is_upgrading) {
+    rib->hear_until(fib_state::ready);
+    service->set_upgrading(true);
+    EXPECT_EQ(rib->update(FIB_OPER_UPDATE, {1}).result, RIB_LC_UPGRADING);
+    rib->hear_until(fib_state::upgrading);
+    service->set_upgrading(false);
+    EXPECT_EQ(rib->update(FIB_OPER_UPDATE, {1}).result, RIB_OK);
+    rib->hear_until(fib_state::active);
+}
+
+TEST_F(a_module, answers_whatever_it_cannot_use) {
+    EXPECT_EQ(result_in(rib->ask(RIBKIT_OPCODE_FCURT_UPDATE, {})), RIB_NOT_SUPPORTED);
+    for (const message_handler &row : message_handlers()) {
+        EXPECT_EQ(result_in(rib->ask(row.opcode, {})), RIB_BAD_PARAMETERS) << row.opcode;
+    }
+}
+
+TEST_F(a_module, answers_queries_of_its_entries) {
+    rib->update(FIB_OPER_UPDATE, {1, 2});
+    const auto entries_from = [&](uint32_t type, const model::route_key &from) {
+        const bytes said =
+            rib->ask(RIBKIT_OPCODE_FIB_FCU_QUERY, protocol::encode(protocol::unicast_query{66, type, 100, from}));
+        EXPECT_EQ(protocol::check_unicast_fib_update(said, nullptr), RIB_OK);
+        return protocol::paths_of(view<wire::fib_update>(said.data()));
+    };
+    EXPECT_EQ(entries_from(1, {0, {0, 0}}), 2U);
+    EXPECT_EQ(entries_from(1, {vsan, {0x010001, 0}}), 1U);
+    EXPECT_EQ(entries_from(0x100, {vsan + 1, {0, 0}}), 0U);
+    EXPECT_EQ(entries_from(0x800, {vsan, {0x020000, RIB_MASK_DOMAIN}}), 1U);
+    const protocol::unicast_query vault{66, 0x40, 100, {0, {0, 0}}};
+    EXPECT_EQ(result_in(rib->ask(RIBKIT_OPCODE_FIB_FCU_QUERY, protocol::encode(vault))), RIB_NOT_SUPPORTED);
+}
+
+TEST_F(a_module, tells_what_a_comparison_has_found) {
+    rib->update(FIB_OPER_UPDATE, {1});
+    rib->update(FIB_OPER_BEGIN_VERIFY);
+    EXPECT_EQ(rib->update(FIB_OPER_VERIFY, {2}).accepted, 0U);
+    rib->update(FIB_OPER_END_VERIFY);
+    const auto found = [&](uint32_t type) {
+        return rib->ask(RIBKIT_OPCODE_FIB_VERF_QUERY, protocol::encode(protocol::verify_query{66, 1, type, 100}));
+    };
+    EXPECT_EQ(
+        protocol::faults_of(view<wire::fcu_rsp_path>(found(0x400).data())),
+        (std::vector<model::fib_fault<model::route_key>>{{FIB_VERF_NOT_IN_RIB, {vsan, {0x010000, RIB_MASK_DOMAIN}}},
+                                                         {FIB_VERF_NOT_IN_FIB, {vsan, {0x020000, RIB_MASK_DOMAIN}}}}));
+    EXPECT_TRUE(protocol::faults_of(view<wire::fcl_rsp_path>(found(0x100).data())).empty());
+}
+
+TEST_F(a_module, knows_its_vsans_rewrites_and_ways) {
+    const std::pair<uint32_t, model::vsan_attributes> vsans[] = {
+        {vsan, {model::vsan_state::suspended, model::flow_balance::exchange, true, 500}}};
+    EXPECT_EQ(result_in(rib->ask(RIBKIT_OPCODE_FIB_VSAN_UPDATE, protocol::vsan_update(1, vsans))), RIB_OK);
+    const bytes known =
+        rib->ask(RIBKIT_OPCODE_FIB_VSAN_QUERY, protocol::encode<wire::vsan_query>(protocol::list_query{66, 1, 10, 0}));
+    ASSERT_EQ(fib_check_vsan_update(known.data(), static_cast<uint32_t>(known.size()), nullptr), RIB_OK);
+    EXPECT_EQ(protocol::vsans_of(view<wire::vsan_update>(known.data())),
+              (std::vector<std::pair<uint32_t, model::vsan_attributes>>{vsans[0]}));
+    const protocol::rewrite_path path{{vsan, 0, {0x0a0000, 0xff0000}, {0, 0}}, {8, 0x0c0101, 0}};
+    const bytes rewrites = rib->ask(RIBKIT_OPCODE_FIB_REWRITE_UPDATE,
+                                    protocol::rewrite_update({FIB_OPER_UPDATE, vsan, 2}, std::span(&path, 1)));
+    EXPECT_EQ(protocol::answer_of(view<wire::vsan_rewrite_rsp>(rewrites.data())).accepted, 1U);
+    bytes room(1000);
+    protocol::unicast_fib_update update(room, {FIB_OPER_UPDATE, vsan, 3});
+    add_path(update, {0x010000, RIB_MASK_DOMAIN}, model::fib_unicast{.ways = one_way});
+    rib->ask(RIBKIT_OPCODE_FIB_FCU_UPDATE, std::span(room).first(update.size()));
+    const bytes way =
+        rib->ask(RIBKIT_OPCODE_FIB_LB_QUERY, protocol::encode(protocol::flow_query{66, {vsan, 1, 0x010203, 4}}));
+    ASSERT_EQ(way.size(), wire::fcu_lb_rsp.size);
+    EXPECT_EQ((view<wire::fcu_lb_rsp>(way.data()).get<protocol::use<wire::fcu_lb_rsp, "intf">>()), one_way[1]);
+}
+
+TEST(modules, listen_each_at_an_address_of_its_own) {
+    const std::string url = fresh_url();
+    const fib_service first(url, {.number = 1});
+    const fib_service second(url, {.number = 2});
+    EXPECT_THROW(fib_service(url, {.number = 2}), std::system_error);
+}
+
+TEST(modules, wait_for_a_rib_that_comes_later) {
+    const std::string url = fresh_url();
+    const fib_service service(url, {.instance = 9});
+    played_rib rib(url);
+    EXPECT_EQ(rib.hear().instance, 9U);
+    rib.hear_until(fib_state::ready);
+}
+
+TEST(modules, that_are_slow_stop_at_once) {
+    const std::string url = fresh_url();
+    std::optional<fib_service> service(std::in_place, url, fib_options{.slow = std::chrono::hours(1)});
+    const bus::service_handle asking(url);
+    const qip_addr there = protocol::module_address(1);
+    ASSERT_EQ(qip_send(asking.number(), &there, RIBKIT_OPCODE_FIB_NODE_QUERY, nullptr, 0, nullptr, nullptr, nullptr),
+              0);
+    while (service->answered() == 0) {
+        std::this_thread::yield();
+    }
+    service.reset();
+}
+
+} // namespace
+} // namespace ribkit::fib
