@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
@@ -167,6 +168,53 @@ TEST(hostile_socket, talks_nonsense) {
     std::mt19937 random(1);
     withstand(meeting.url(), [&] { talk_nonsense_to(meeting.directory(), times(300), random); });
     attacked.stop();
+}
+
+/// Connections to the first socket of the directory, as many as are taken and more that wait; nothing is said on them.
+std::vector<int> crowd_at(const std::string &directory, size_t count) {
+    std::vector<int> all;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
+        if (!entry.is_socket()) {
+            continue;
+        }
+        sockaddr_un address{AF_UNIX, {}};
+        entry.path().string().copy(address.sun_path, sizeof address.sun_path - 1);
+        while (all.size() < count) {
+            const int one = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+            all.push_back(one);
+            if (connect(one, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+                break; // as many as may wait do so
+            }
+        }
+        break;
+    }
+    return all;
+}
+
+TEST(hostile_socket, takes_all_descriptors_of_a_rib) {
+    const quiet silence{stderr};
+    const bus meeting(transport::sockets);
+    child attacked({RIBKIT_COMMAND, "rib", "--tables", "none", "--bus", meeting.url()});
+    ASSERT_TRUE(attacked.prints("the RIB answers at"));
+    honest_client earlier(meeting.url());
+    earlier.work();
+    constexpr rlim_t few = 24;
+    const rlimit limit{few, few};
+    ASSERT_EQ(prlimit(attacked.number(), RLIMIT_NOFILE, &limit, nullptr), 0);
+    std::vector<int> crowd = crowd_at(meeting.directory(), 4 * few);
+    EXPECT_GT(crowd.size(), few);
+    for (int rounds = 0; rounds < 10; rounds++) {
+        earlier.work();
+    }
+    for (const int one : crowd) {
+        close(one);
+    }
+    honest_client later(meeting.url());
+    later.work();
+    earlier.work();
+    attacked.signal(SIGTERM);
+    const ending end = attacked.end();
+    EXPECT_TRUE(end.in_time && end.exit_code == 0) << shown(end);
 }
 
 #ifdef RIBKIT_NATS_SERVER
