@@ -49,6 +49,9 @@ void fabric::add_vsan(fabric_vsan vsan, uint32_t line) {
             throw base::line_error(line, base::joined("VSAN ", other.id, " has the name \"", vsan.name, "\" already"));
         }
     }
+    if (vsan.is.latency > largest_latency) {
+        throw base::line_error(line, base::joined("latency ", vsan.is.latency, " is more than ", largest_latency));
+    }
     vsans_.push_back(std::move(vsan));
 }
 
@@ -74,6 +77,14 @@ bool fabric::has_vsan(uint32_t id) const {
 void fabric::keep_vsans(const std::vector<uint32_t> &ids) {
     std::erase_if(vsans_,
                   [&](const fabric_vsan &vsan) { return std::find(ids.begin(), ids.end(), vsan.id) == ids.end(); });
+}
+
+std::map<uint32_t, model::vsan_attributes> fabric::vsan_records() const {
+    std::map<uint32_t, model::vsan_attributes> records;
+    for (const fabric_vsan &vsan : vsans_) {
+        records.emplace(vsan.id, vsan.is);
+    }
+    return records;
 }
 
 std::vector<uint32_t> fabric::vsan_ids() const {

@@ -2,6 +2,7 @@
 // links while the lab runs. What is added is checked against what is there already.
 #pragma once
 
+#include "model/system.h"
 #include "rib/rib_spaces.h"
 #include "rib/service/rib_policy.h"
 
@@ -20,10 +21,12 @@ namespace ribkit::lab {
 
 inline constexpr uint32_t largest_cost = 65535;
 inline constexpr uint32_t default_cost = 500;
+inline constexpr uint32_t largest_latency = 60'000; ///< milliseconds
 
 struct fabric_vsan {
     uint32_t id;
-    std::string name; ///< may be empty
+    std::string name;            ///< may be empty
+    model::vsan_attributes is{}; ///< as its RIB begins with it
 };
 
 struct fabric_switch {
@@ -89,6 +92,8 @@ class fabric {
     [[nodiscard]] rib::rib_spaces spaces() const;
     [[nodiscard]] const std::vector<fabric_vsan> &vsans() const { return vsans_; }
     [[nodiscard]] std::vector<uint32_t> vsan_ids() const;
+    /// The VSANs as its RIB begins with them.
+    [[nodiscard]] std::map<uint32_t, model::vsan_attributes> vsan_records() const;
     [[nodiscard]] const std::vector<fabric_switch> &switches() const { return switches_; }
     [[nodiscard]] const std::vector<fabric_link> &links() const { return links_; }
     [[nodiscard]] const std::vector<fabric_event> &events() const { return events_; }

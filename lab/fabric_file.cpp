@@ -26,6 +26,20 @@ void read_link(fabric &result, const table_reader &table) {
     result.add_link(link, table.line());
 }
 
+/// What a RIB knows of a VSAN beside its routes.
+model::vsan_attributes vsan_attributes_in(const table_reader &table) {
+    model::vsan_attributes is;
+    if (table.either_of("state", "active", "suspended", "active") == "suspended") {
+        is.state = model::vsan_state::suspended;
+    }
+    if (table.either_of("balance", "SID/DID", "SID/DID/OXID", "SID/DID/OXID") == "SID/DID") {
+        is.balance = model::flow_balance::source_and_destination;
+    }
+    is.in_order = table.flag("in_order");
+    is.latency = table.optional_number("latency").value_or(is.latency);
+    return is;
+}
+
 void read_event(fabric &result, const table_reader &table) {
     const std::string at = table.text("at");
     const auto moment = base::parse_duration(at);
@@ -41,8 +55,8 @@ fabric read_fabric(const toml::table &document, const std::string &file) {
                            {"name", "local", "vsan", "switch", "link", "event", "rib", "quota", "who"});
     fabric result;
     result.name = top.text("name", file);
-    top.each("vsan", {"id", "name"}, [&](const table_reader &table) {
-        result.add_vsan({table.number("id"), table.text("name", "")}, table.line("id"));
+    top.each("vsan", {"id", "name", "state", "balance", "in_order", "latency"}, [&](const table_reader &table) {
+        result.add_vsan({table.number("id"), table.text("name", ""), vsan_attributes_in(table)}, table.line("id"));
     });
     top.one("rib", {"positions", "units"}, [&](const table_reader &table) {
         result.set_spaces(table.optional_number("positions"), table.optional_number("units"), table.line());

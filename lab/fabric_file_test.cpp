@@ -90,6 +90,25 @@ TEST(fabric_file, what_is_left_out_has_a_default) {
     EXPECT_TRUE(f.events().empty());
 }
 
+TEST(fabric_file, a_vsan_says_how_its_rib_begins_with_it) {
+    const std::string head = "local = \"a\"\n";
+    const auto read = [&](const std::string &more) {
+        return parse_fabric(head + "[[vsan]]\nid = 7\n" + more + "[[switch]]\nname = \"a\"\ndomain = 1\n", "f.toml")
+            .vsan_records()
+            .at(7);
+    };
+    EXPECT_EQ(read(""), model::vsan_attributes{});
+    EXPECT_EQ(
+        read("state = \"suspended\"\nbalance = \"SID/DID\"\nin_order = true\nlatency = 250\n"),
+        (model::vsan_attributes{model::vsan_state::suspended, model::flow_balance::source_and_destination, true, 250}));
+    EXPECT_EQ(complaint("[[vsan]]\nid = 30\nstate = \"off\"\n"),
+              "f.toml:18: state is \"active\" or \"suspended\", not \"off\"");
+    EXPECT_EQ(complaint("[[vsan]]\nid = 30\nbalance = \"OXID\"\n"),
+              "f.toml:18: balance is \"SID/DID\" or \"SID/DID/OXID\", not \"OXID\"");
+    EXPECT_EQ(complaint("[[vsan]]\nid = 30\nin_order = 1\n"), "f.toml:18: in_order is true or false");
+    EXPECT_EQ(complaint("[[vsan]]\nid = 30\nlatency = 60001\n"), "f.toml:17: latency 60001 is more than 60000");
+}
+
 TEST(fabric_file, the_rib_has_room_for_all_domains_unless_the_file_says_otherwise) {
     const rib::rib_spaces otherwise = parse_fabric(pair_of_switches, "f.toml").spaces();
     EXPECT_EQ(otherwise.vsans, 2U);

@@ -25,7 +25,7 @@ std::string vsans_text(const fabric &f) {
         return counted(f.vsans().size(), "VSAN");
     }
     std::string text;
-    for (const auto &[id, name] : f.vsans()) {
+    for (const auto &[id, name, is] : f.vsans()) {
         text += base::joined(text.empty() ? "VSAN " : ", ", id,
                              name.empty() ? "" : base::joined(" (", base::printable(name), ')'));
     }

@@ -92,6 +92,27 @@ class table_reader {
         return value.empty() ? std::nullopt : std::optional(value == "up");
     }
 
+    /// One of two texts.
+    [[nodiscard]] std::string either_of(std::string_view key, const char *one, const char *other,
+                                        const char *otherwise) const {
+        const std::string value = text(key, otherwise);
+        if (value != one && value != other) {
+            throw base::line_error(line(key),
+                                   base::joined(key, " is \"", one, "\" or \"", other, "\", not \"", value, '"'));
+        }
+        return value;
+    }
+
+    /// true or false; false where it is not there.
+    [[nodiscard]] bool flag(std::string_view key) const {
+        const toml::node *node = table_.get(key);
+        const auto value = node == nullptr ? std::optional(false) : node->value_exact<bool>();
+        if (!value) {
+            throw base::line_error(line(key), base::joined(key, " is true or false"));
+        }
+        return *value;
+    }
+
     /// Calls `read` for the [key] table, where there is one.
     void one(const std::string &key, names known, const std::function<void(const table_reader &)> &read) const {
         const toml::node *node = table_.get(key);

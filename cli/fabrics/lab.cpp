@@ -38,7 +38,7 @@ int run_lab(const lab_options &options) {
                                            {},
                                            !options.bus.faults_file.empty(),
                                            STDERR_FILENO,
-                                           f.vsan_ids()});
+                                           f.vsan_records()});
     clients::unicast_client client(options.bus.url, RIB_CLIENT_FSPF, options.client(progress));
     const base::stop_call stopping(signals, [&client] { client.close(); });
     lab::fabric_run run(f, client, progress, options.real_time,

@@ -28,7 +28,7 @@ rib::rib_options service_options(const rib_command_options &options) {
         const lab::fabric f = lab::read_fabric_file(options.fabric_file);
         service.spaces = f.spaces();
         service.policy = f.policy;
-        service.vsans = f.vsan_ids();
+        service.vsans = f.vsan_records();
     }
     if (!options.who_file.empty()) {
         service.policy = lab::read_policy_file(options.who_file);

@@ -112,5 +112,16 @@ TEST(show_running, mistakes_are_named) {
               "ribkit show: FILE excludes --bus (see ribkit show --help)\n");
 }
 
+TEST(show_running, a_vsan_is_as_the_fabric_file_says) {
+    const testing::temporary_directory home;
+    const std::string bus = " --bus unix:" + home.file("bus");
+    const testing::input_file fabric("local = \"a\"\n[[vsan]]\nid = 7\nstate = \"suspended\"\nbalance = \"SID/DID\"\n"
+                                     "in_order = true\nlatency = 250\n[[switch]]\nname = \"a\"\ndomain = 1\n");
+    const testing::background rib("rib " + fabric.path() + bus);
+    const std::string shown = testing::run_command("show vsan" + bus).output;
+    EXPECT_NE(shown.find("\n7       suspended    SID/DID         250              enabled "), std::string::npos)
+        << shown;
+}
+
 } // namespace
 } // namespace ribkit::cli

@@ -119,12 +119,27 @@ TEST(notifications, come_to_every_listener_while_anybody_is_registered) {
 }
 
 TEST(every_request, vsans_of_the_fabric_are_known_without_routes) {
-    rib_service rib(url, {.vsans = {7, 9}});
+    model::vsan_attributes in_order{model::vsan_state::active, model::flow_balance::exchange, true, 250};
+    rib_service rib(url, {.vsans = {{7, {}}, {9, in_order}}});
     const asker client;
     const bytes info = client.ask(RIBKIT_OPCODE_VSAN_QUERY, protocol::encode<wire::vsan_query>({12, 1, 10, 0}));
     const auto vsans = protocol::vsans_of(codec::view<wire::vsan_update>(info.data()));
     ASSERT_EQ(vsans.size(), 2U);
-    EXPECT_EQ(vsans[1], (std::pair(9U, model::vsan_attributes{})));
+    EXPECT_EQ(vsans[0], (std::pair(7U, model::vsan_attributes{})));
+    EXPECT_EQ(vsans[1], (std::pair(9U, in_order)));
+}
+
+TEST(every_request, a_vsan_that_begins_suspended_may_be_resumed) {
+    rib_service rib(url, {.vsans = {{7, {.state = model::vsan_state::suspended}}}});
+    const asker client;
+    const auto state = [&] {
+        const bytes info = client.ask(RIBKIT_OPCODE_VSAN_QUERY, protocol::encode<wire::vsan_query>({12, 1, 10, 0}));
+        return protocol::vsans_of(codec::view<wire::vsan_update>(info.data())).at(0).second.state;
+    };
+    EXPECT_EQ(state(), model::vsan_state::suspended);
+    const bytes resume = testing::literal_update({RIB_CLIENT_VSAN_MANAGER, 7, RIB_OPER_RESUME, {}});
+    EXPECT_EQ(result_in(client.ask(RIBKIT_OPCODE_FCURT_UPDATE, resume)), RIB_OK);
+    EXPECT_EQ(state(), model::vsan_state::active);
 }
 
 TEST(registrations, end_thirty_seconds_after_the_last_repetition) {

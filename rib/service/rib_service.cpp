@@ -59,9 +59,7 @@ rib_service::rib_service(const std::string &url, const rib_options &options)
       watch_(rib_.logs, notices_, options.trace),
       rib_({options.spaces, options.policy.quotas, options.trace || options.memory}, &watch_, seconds_now()),
       complaints_(options.complaints_to, !options.counts_at_end) {
-    for (const uint32_t vsan : options.vsans) {
-        rib_.described.try_emplace(vsan);
-    }
+    describe(options.vsans);
     listen(url);
     if (bus::names_server(url)) {
         send_claim();
@@ -73,6 +71,18 @@ rib_service::rib_service(const std::string &url, const rib_options &options)
     if (bus::names_server(url) && !stand_by()) {
         stop();
         throw std::runtime_error("another RIB answers at " + bus::shown_url(url));
+    }
+}
+
+// Whether a VSAN is suspended is known with the routes: as if its manager had said so.
+void rib_service::describe(const described_vsans &vsans) {
+    for (const auto &[vsan, is] : vsans) {
+        const bool suspended = is.state == model::vsan_state::suspended;
+        rib_.described.emplace(vsan, is).first->second.state = model::vsan_state::active;
+        if (suspended) {
+            rib_.routes.update<unicast>({RIB_CLIENT_VSAN_MANAGER, vsan, RIB_OPER_SUSPEND},
+                                        std::span<const unicast::change>());
+        }
     }
 }
 

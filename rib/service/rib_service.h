@@ -34,7 +34,7 @@ struct rib_options {
     std::function<void()> gave_way{};  ///< called, on the RIB's thread, when an earlier RIB was found later on
     bool counts_at_end = false;        ///< complaints are counted until the end, so that runs print the same
     int complaints_to = STDERR_FILENO; ///< a descriptor
-    std::vector<uint32_t> vsans{};     ///< that are known though they may have no routes
+    described_vsans vsans{};           ///< that are known though they may have no routes
 };
 
 class rib_service {
@@ -69,6 +69,7 @@ class rib_service {
     };
     static const request_row own_requests[];
 
+    void describe(const described_vsans &vsans);
     void listen(const std::string &url);
     void serve();
     bool take_one(bool may_wait);
