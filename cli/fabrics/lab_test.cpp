@@ -115,7 +115,8 @@ TEST(lab, a_rib_without_room_says_so_and_the_json_stays_whole) {
     std::ofstream(path, std::ios::app) << "[rib]\npositions = 32\n";
     const testing::outcome run = testing::run_command("lab " + path + " 2>&1");
     EXPECT_EQ(run.exit_code, 1);
-    EXPECT_NE(run.output.find("vsan 2 is \"failed\": 8 routes accepted\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("vsan 2 is \"hw tcam/ssram full\": 8 routes accepted\n"), std::string::npos)
+        << run.output;
     EXPECT_NE(run.output.find("\n  refused   11 of the routes sent\n"), std::string::npos) << run.output;
     const testing::outcome json = testing::run_command("lab --json " + path + " 2>/dev/null");
     EXPECT_EQ(json.exit_code, 1);

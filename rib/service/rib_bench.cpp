@@ -1,8 +1,8 @@
 // What loading a whole switch costs: 239 switches, 4094 VSANs, a route to every other domain in each, sent over the bus
-// in one process. Beside it stand the ways it is compared with: one update at a time, as the FSPF client sends, and the
-// least that any RIB does, the same messages copied once and put into one ordered map.
+// in one process. Beside it stand the ways it is compared with: one update at a time, as the route client sends, and
+// the least that any RIB does, the same messages copied once and put into one ordered map.
 #include "bench/harness.h"
-#include "clients/fspf_client.h"
+#include "clients/route_client.h"
 #include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
 #include "lab/fabric_routes.h"
@@ -156,7 +156,7 @@ double load_in_pipeline(const load &wanted) {
 
 double load_one_by_one(const load &wanted) {
     running_rib rib(wanted);
-    clients::fspf_client client(rib.url, {});
+    clients::unicast_client client(rib.url, RIB_CLIENT_FSPF, {});
     const double passed = time_of([&] { client.converge(wanted.paths.all()); }, 1);
     rib.service.stop();
     check(rib.service, wanted);

@@ -110,9 +110,10 @@ TEST(rib_service, what_does_not_fit_is_reported_and_the_rib_keeps_nothing_that_t
         EXPECT_EQ(client.converge(testing::wanted_by(f)).refused, 2U * (19U - 8U));
         reported = ::testing::internal::GetCapturedStderr();
     });
-    EXPECT_NE(reported.find("ribkit: the RIB's answer for vsan 1 is \"failed\": 16 routes accepted\n"),
+    EXPECT_NE(reported.find("ribkit: the RIB's answer for vsan 1 is \"hw tcam/ssram full\": 16 routes accepted\n"),
               std::string::npos);
-    EXPECT_NE(reported.find(": failed: vsan 1, 16 routes accepted\nribkit: the RIB's answer"), std::string::npos);
+    EXPECT_NE(reported.find(": hw tcam/ssram full: vsan 1, 16 routes accepted\nribkit: the RIB's answer"),
+              std::string::npos);
     for (size_t link = 0; link < f.links().size(); link++) {
         f.apply({{}, link, false, {}});
     }
