@@ -204,6 +204,13 @@ TEST_F(damaged_answers, that_never_end_are_not_waited_for) {
     EXPECT_EQ(taken, 100U);
 }
 
+TEST_F(damaged_answers, lists_of_versions_without_end_are_left) {
+    rib.answer_with(protocol::topology_versions(RIB_CLIENT_FSPF, 0, {}));
+    rib.count_on_at(7); // the VSAN
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    EXPECT_THROW(read_versions(link, {.uuid = RIB_CLIENT_FSPF, .most_lists = 100}), bus::no_answer);
+}
+
 TEST_F(damaged_answers, a_start_with_a_payload_is_dropped) {
     bus::rib_link link(url, RIB_CLIENT_FSPF);
     yelk_hist_clear();

@@ -1,6 +1,7 @@
 // Lists are asked for from a first VSAN on, until an answer has none.
 #include "clients/state_reader.h"
 
+#include "base/text.h"
 #include "clients/question.h"
 #include "protocol/queries.h"
 #include "protocol/uses.h"
@@ -89,6 +90,7 @@ std::vector<bytes> read_vsans(bus::rib_link &link, const state_reading &wanted) 
 std::vector<bytes> read_versions(bus::rib_link &link, const state_reading &wanted) {
     constexpr uint32_t show_versions = 0x200000;
     std::vector<bytes> all;
+    size_t lists = 0;
     protocol::unicast_query next{wanted.uuid, show_versions, as_many_as_fit, {0, {0, 0}}, 0};
     while (next.owner <= RIBKIT_LAST_CLIENT) {
         auto query = protocol::encode(next);
@@ -97,6 +99,9 @@ std::vector<bytes> read_versions(bus::rib_link &link, const state_reading &wante
         const auto [owner, vsan] = std::pair(list.get<"uuid">(), list.get<"vsan">());
         if (owner == 0 && vsan == 0) {
             break;
+        }
+        if (++lists > wanted.most_lists) {
+            throw bus::no_answer(base::joined("it has more than ", wanted.most_lists, " lists of versions"));
         }
         if (std::pair(owner, vsan) < std::pair(next.owner, next.from.vsan)) {
             bus::rib_link::drop_answer(RIBKIT_OPCODE_FCURT_QUERY, answer.size(), "what came is not what was asked for");

@@ -15,6 +15,7 @@ namespace ribkit::clients {
 struct state_reading {
     uint32_t uuid;
     std::optional<uint32_t> vsan{};
+    size_t most_lists = size_t{1} << 16; ///< of topology versions; a RIB that has more is left
 };
 
 using protocol::bytes;

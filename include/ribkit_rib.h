@@ -146,7 +146,7 @@ static const struct qip_addr ribkit_modules_address = {RIB_WRAP_NODE_MODULES, RI
 #define RIBKIT_FCURT_RSP_SIZE UINT32_C(20)     /**< of rib_fcurt_rsp */
 #define RIBKIT_FCURT_QUERY_SIZE UINT32_C(24)   /**< of rib_fcurt_query */
 #define RIBKIT_CLAIM_SIZE UINT32_C(20)         /**< of a claim */
-#define RIBKIT_ANSWER_LIMIT UINT32_C(65536)    /**< the longest answer of the RIB */
+#define RIBKIT_ANSWER_LIMIT UINT32_C(65536)    /**< the longest answer of the RIB, but for a longer route */
 
 /** A route has at most so many next hops. */
 #define RIBKIT_MOST_HOPS UINT32_C(16)

@@ -233,7 +233,8 @@ whose owner has the lowest route distance, then the cheapest, then the one of th
 is ignored. A label or multicast route has one owner: another's is refused with "object is owned by another app".
 
 A list that is longer than an answer comes in several: the next query starts behind the last entry of the last answer. A
-route that is there all the time is met once, whatever changes in between.
+route that is there all the time is met once, whatever changes in between. A route that is longer than 64 KiB has an answer
+for itself, which is as long as it; listeners are told in its place that some could not be told.
 )";
     print_requests(text, "Messages", requests);
     print_meanings(text, "Operations of updates", rib_oper_to_str, operations);

@@ -6,6 +6,7 @@
 #include "ribkit_rib.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace ribkit::rib {
 
@@ -53,35 +54,54 @@ template <> struct messages_of<label> {
     static bool has_hops(const label::values &what) { return !what.hops.empty(); }
 };
 
+/// Room that is twice as large where an answer's first route needs it: a route has come in one message, so that it
+/// leaves in one. @return false where it has grown enough
+bool grow(bytes &room) {
+    constexpr size_t largest = size_t{64} << 20;
+    if (room.size() >= largest) {
+        return false;
+    }
+    room.assign(2 * room.size(), 0);
+    return true;
+}
+
 /// Whole routes. The first says of which VSAN and client all are.
 template <class Kind> class update_answer_of {
     using messages = messages_of<Kind>;
 
   public:
     /// @param vsan what an answer without routes says
-    update_answer_of(uint32_t vsan, uint32_t wanted) : bytes_(RIBKIT_ANSWER_LIMIT), update_(bytes_), left_(wanted) {
-        update_.template set<"vsan">(vsan).template set<"oper">(RIB_OPER_UPDATE);
-    }
+    update_answer_of(uint32_t vsan, uint32_t wanted) : bytes_(RIBKIT_ANSWER_LIMIT), left_(wanted) { begin(0, vsan); }
 
     /// @return whether it takes more
     bool take(const typename Kind::key &key, uint32_t owner, const typename Kind::values &what) {
-        if (update_.read().template get<"n_route">() == 0) {
-            update_.template set<"uuid">(owner).template set<"vsan">(key.vsan);
+        const bool is_first = update_->read().template get<"n_route">() == 0;
+        if (is_first) {
+            begin(owner, key.vsan);
         }
-        const auto head = update_.read();
-        const bool goes_in = left_ != 0 && head.template get<"vsan">() == key.vsan &&
-                             head.template get<"uuid">() == owner && messages::add(update_, key, what);
+        const auto head = update_->read();
+        bool goes_in = left_ != 0 && head.template get<"vsan">() == key.vsan && head.template get<"uuid">() == owner &&
+                       messages::add(*update_, key, what);
+        while (is_first && left_ != 0 && !goes_in && grow(bytes_)) {
+            begin(owner, key.vsan);
+            goes_in = messages::add(*update_, key, what);
+        }
         left_ -= goes_in ? 1 : 0;
         return goes_in && left_ != 0;
     }
     bytes end() {
-        bytes_.resize(update_.size());
+        bytes_.resize(update_->size());
         return std::move(bytes_);
     }
 
   private:
+    void begin(uint32_t owner, uint32_t vsan) {
+        update_.emplace(bytes_).template set<"uuid">(owner).template set<"vsan">(vsan).template set<"oper">(
+            RIB_OPER_UPDATE);
+    }
+
     bytes bytes_;
-    typename messages::update update_;
+    std::optional<typename messages::update> update_;
     uint32_t left_;
 };
 
@@ -90,25 +110,34 @@ template <class Kind> class info_answer_of {
     using messages = messages_of<Kind>;
 
   public:
-    info_answer_of(uint32_t /*vsan*/, uint32_t wanted) : bytes_(RIBKIT_ANSWER_LIMIT), info_(bytes_), left_(wanted) {}
+    info_answer_of(uint32_t /*vsan*/, uint32_t wanted)
+        : bytes_(RIBKIT_ANSWER_LIMIT), info_(std::in_place, bytes_), left_(wanted) {}
 
     bool take(const typename Kind::key &key, uint32_t owner, const typename Kind::values &what) {
         const bool stands_alone = messages::ends_with_hops && messages::has_hops(what);
-        const bool is_first = info_.read().template get<"n_route">() == 0;
-        if (left_ == 0 || (stands_alone && !is_first) || !protocol::add_entry(info_, owner, key, what)) {
+        const bool is_first = info_->read().template get<"n_route">() == 0;
+        if (left_ == 0 || (stands_alone && !is_first)) {
+            return false;
+        }
+        bool goes_in = protocol::add_entry(*info_, owner, key, what);
+        while (is_first && !goes_in && grow(bytes_)) {
+            info_.emplace(bytes_);
+            goes_in = protocol::add_entry(*info_, owner, key, what);
+        }
+        if (!goes_in) {
             return false;
         }
         left_--;
         return left_ != 0 && !stands_alone;
     }
     bytes end() {
-        bytes_.resize(info_.size());
+        bytes_.resize(info_->size());
         return std::move(bytes_);
     }
 
   private:
     bytes bytes_;
-    typename messages::info info_;
+    std::optional<typename messages::info> info_;
     uint32_t left_;
 };
 

@@ -2,6 +2,7 @@
 #include "rib/service/route_queries.h"
 
 #include "protocol/query_kinds.h"
+#include "protocol/route_changes.h"
 #include "protocol/route_messages.h"
 #include "rib_check.h"
 #include "ribkit_rib.h"
@@ -369,6 +370,32 @@ std::vector<model::label_key> labels_in(const reply &answer, bool entries) {
         }
     }
     return found;
+}
+
+TEST(route_queries, a_route_that_is_larger_than_an_answer_has_one_for_itself) {
+    state rib({.spaces = {16, 4096, 262144}});
+    const std::vector<uint32_t> many(RIBKIT_ANSWER_LIMIT / sizeof(uint32_t), 4);
+    change_multicast(rib, RIB_ACTION_ADD, {1, {0xff0001, 0xffffff}});
+    change_multicast(rib, RIB_ACTION_ADD, {1, {0xff0002, 0xffffff}}, many);
+    change_multicast(rib, RIB_ACTION_ADD, {1, {0xff0003, 0xffffff}});
+    model::multicast_key next{0, {0, 0}};
+    std::vector<size_t> members;
+    for (uint32_t count = 1; count != 0;) {
+        const reply answer = answer_routes(rib, protocol::multicast_query{fspf, 0x1, most, next}, false);
+        ASSERT_EQ(rib_check_fcmrt_update(answer.message.data(), static_cast<uint32_t>(answer.message.size()), nullptr),
+                  RIB_OK);
+        const codec::view<wire::fcmrt_update> update(answer.message.data());
+        count = update.get<"n_route">();
+        for (const auto &one : protocol::multicast_changes(update)) {
+            members.push_back(one.what.members.size());
+            next = model::key_after(model::multicast_key{1, one.to});
+        }
+    }
+    EXPECT_EQ(members, (std::vector<size_t>{1, many.size(), 1}));
+    const reply shown =
+        answer_routes(rib, protocol::multicast_query{fspf, 0x100, most, {1, {0xff0002, 0xffffff}}}, false);
+    EXPECT_GT(shown.message.size(), RIBKIT_ANSWER_LIMIT);
+    EXPECT_EQ(rib_check_fcmrt_info(shown.message.data(), static_cast<uint32_t>(shown.message.size()), nullptr), RIB_OK);
 }
 
 TEST(route_queries, label_types) {
