@@ -2,6 +2,7 @@
 #include "clients/route_client.h"
 #include "clients/state_reader.h"
 #include "clients/table_reader.h"
+#include "protocol/table_messages.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
 #include "testing/capture.h"
