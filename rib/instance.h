@@ -1,6 +1,7 @@
 // All that a running RIB knows.
 #pragma once
 
+#include "model/fib.h"
 #include "model/system.h"
 #include "rib/change_logs.h"
 #include "rib/refusals.h"
@@ -10,6 +11,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 
 namespace ribkit::rib {
@@ -25,6 +27,7 @@ struct instance {
     registry clients{};
     refusal_counts refused{};
     described_vsans described{};
+    std::map<uint32_t, model::module_node> nodes{};    ///< modules as they have told of themselves, by number
     std::array<model::verification, tables> reports{}; ///< by table_id
     uint32_t created;                                  ///< seconds since 1970
     bool notes_requests = false;                       ///< each in a line of history

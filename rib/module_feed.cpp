@@ -13,6 +13,7 @@ template <class Kind> void module_feed::change(const typename Kind::key &where, 
 }
 
 void module_feed::vsan_changed(uint32_t vsan, bool suspended) noexcept {
+    tell_vsan(vsan);
     each_lane([&](auto &lane) { suspended ? lane.withdraw(vsan) : lane.send_whole(vsan); });
 }
 
@@ -33,9 +34,25 @@ void module_feed::set_condition(module_condition now) noexcept {
     }
 }
 
+std::vector<uint32_t> module_feed::vsans(size_t most) const {
+    std::vector<uint32_t> some;
+    for (uint32_t vsan = 0; vsan < vsans_.size() && some.size() < most; vsan++) {
+        if (vsans_[vsan]) {
+            some.push_back(vsan);
+        }
+    }
+    return some;
+}
+
+uint32_t module_feed::take_vsans(const std::vector<uint32_t> &told) noexcept {
+    for (const uint32_t vsan : told) {
+        vsans_.reset(vsan);
+    }
+    return ++sequence_;
+}
+
 bool module_feed::has_work() const {
-    return condition_ != module_condition::upgrading && condition_ != module_condition::gone &&
-           std::apply([](const auto &...lane) { return (lane.has_work() || ...); }, lanes_);
+    return is_there() && std::apply([](const auto &...lane) { return (lane.has_work() || ...); }, lanes_);
 }
 
 std::optional<uint32_t> module_feed::write(update_sink &to) {

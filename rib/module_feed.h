@@ -5,10 +5,12 @@
 #include "model/fib.h"
 #include "rib/module_lane.h"
 
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <tuple>
+#include <vector>
 
 namespace ribkit::rib {
 
@@ -54,6 +56,15 @@ class module_feed {
     void set_condition(module_condition now) noexcept;
     [[nodiscard]] module_condition condition() const { return condition_; }
 
+    /// It has to be told how a VSAN is.
+    void tell_vsan(uint32_t vsan) noexcept { vsans_.set(vsan); }
+    /// Whether there are VSANs to tell of, while it takes anything.
+    [[nodiscard]] bool has_vsans() const { return is_there() && vsans_.any(); }
+    /// Those VSANs, so many at most. Throws std::bad_alloc.
+    [[nodiscard]] std::vector<uint32_t> vsans(size_t most) const;
+    /// They are told. @return the sequence of the message that tells them
+    uint32_t take_vsans(const std::vector<uint32_t> &told) noexcept;
+
     /// Whether something can be sent to it.
     [[nodiscard]] bool has_work() const;
     /// Writes the next update. Throws std::bad_alloc, and then nothing was to be sent.
@@ -73,6 +84,9 @@ class module_feed {
     [[nodiscard]] bool is_done() const;
 
   private:
+    [[nodiscard]] bool is_there() const {
+        return condition_ == module_condition::serving || condition_ == module_condition::silent;
+    }
     template <class Kind> static module_lane<Kind> lane_of(const state &routes, waiting &requests) {
         return module_lane<Kind>(routes, requests);
     }
@@ -83,6 +97,7 @@ class module_feed {
     waiting &requests_;
     std::tuple<module_lane<label>, module_lane<multicast>, module_lane<unicast>> lanes_; ///< by table_id
     module_condition condition_ = module_condition::serving;
+    std::bitset<RIB_LAST_VSAN + 1> vsans_;
     uint32_t sequence_; ///< the last one used
     size_t turn_ = 0;   ///< the lane that comes first next time
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "rib/table.h"
+#include "rib_codes.h"
 
 #include <cstdint>
 
@@ -26,6 +27,12 @@ enum class task : uint8_t {
 };
 
 task task_of(uint32_t oper);
+
+/// Whether the answer to an operation waits for the modules.
+constexpr bool waits_for_modules(uint32_t oper) {
+    return oper == RIB_OPER_UPDATE_RSP || oper == RIB_OPER_REMOVE_RSP || oper == RIB_OPER_REMOVE_ALL_RSP ||
+           oper == RIB_OPER_MERGE_RSP;
+}
 
 /// An update while it is taken: judge() for each record, then, if it begins, take() for each, then end().
 template <class Kind> class update_work {

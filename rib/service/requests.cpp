@@ -6,6 +6,8 @@
 #include "rib/service/route_queries.h"
 #include "ribkit_rib.h"
 
+#include <array>
+
 namespace ribkit::rib {
 
 namespace {
@@ -81,6 +83,12 @@ constexpr request_handler rows[] = {
 };
 
 } // namespace
+
+std::string text_of(const rib_check_report &why) {
+    std::array<char, 160> text{};
+    rib_check_report_str(&why, text.data(), text.size());
+    return text.data();
+}
 
 std::span<const request_handler> request_handlers() { return rows; }
 

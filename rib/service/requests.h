@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace ribkit::rib {
 
@@ -18,6 +19,9 @@ struct request_handler {
     /// Throws std::bad_alloc.
     reply (*answer)(instance &rib, const uint8_t *message, const arrival &came);
 };
+
+/// Why a message did not pass its check.
+std::string text_of(const rib_check_report &why);
 
 std::span<const request_handler> request_handlers();
 

@@ -28,12 +28,6 @@ namespace {
 constexpr uint32_t queue_bound = 64;
 constexpr uint64_t microseconds = 1'000'000; ///< a second
 
-std::string text_of(const rib_check_report &why) {
-    std::array<char, 160> text{};
-    rib_check_report_str(&why, text.data(), text.size());
-    return text.data();
-}
-
 std::array<uint8_t, wire::route_rsp.size> refusal(uint32_t result) {
     return encode(protocol::fcurt_response{result, 0, 0, 0, 0});
 }
@@ -56,9 +50,9 @@ rib_service::rib_service(const std::string &url, const rib_options &options)
     : handle_(url, options.patience), policy_(options.policy), binds_names_(!url.starts_with("local:")),
       gave_way_(options.gave_way),
       notices_([this](uint32_t opcode, std::span<const uint8_t> message) { return send_notice(opcode, message); }),
-      watch_(rib_.logs, notices_, options.trace),
+      watch_(rib_.logs, notices_, followed_, options.trace),
       rib_({options.spaces, options.policy.quotas, options.trace || options.memory}, &watch_, seconds_now()),
-      complaints_(options.complaints_to, !options.counts_at_end) {
+      exchange_(handle_.number(), followed_, rib_), complaints_(options.complaints_to, !options.counts_at_end) {
     describe(options.vsans);
     listen(url);
     if (bus::names_server(url)) {
@@ -108,6 +102,7 @@ void rib_service::stop() {
         qip_step_aside();
         thread_.join();
     }
+    drop_held();
     complaints_.end();
 }
 
@@ -120,15 +115,20 @@ void rib_service::serve() {
     }
 }
 
+// Whoever answers fast keeps nobody else waiting: behind an answer of a module a request has its turn.
 /// @return whether the service goes on
 bool rib_service::take_one(bool may_wait) {
     const qip_recv_opts opts = next_wait(may_wait);
+    const qip_recv_opts at_once{{QIP_RECV_INCOMING, 1}};
     qip_ref ref{};
     if (qip_recv(handle_.number(), &ref, &opts) == 0) {
         failures_ = 0;
-        take(ref);
-        rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &ref);
-    } else if (may_wait && errno != ETIMEDOUT) {
+        const bool was_answer = qip_sender_get(&ref) == 0;
+        take_and_drop(ref);
+        if (was_answer && qip_recv(handle_.number(), &ref, &at_once) == 0) {
+            take_and_drop(ref);
+        }
+    } else if (may_wait && errno != ETIMEDOUT && !(opts.word[1] != 0 && errno == EAGAIN)) {
         rest_after(errno);
     }
     keep_house();
@@ -136,12 +136,28 @@ bool rib_service::take_one(bool may_wait) {
     return !stopped_;
 }
 
-// Without an end, but where somebody's registration may end or something waits to be sent.
+void rib_service::take_and_drop(qip_ref &ref) {
+    keeps_request_ = false;
+    take(ref);
+    if (!keeps_request_) {
+        rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &ref);
+    }
+}
+
+// Without an end, but where somebody's time may be over or something waits to be sent.
 qip_recv_opts rib_service::next_wait(bool may_wait) const {
-    constexpr uint32_t soon = 50; // milliseconds
-    qip_recv_opts opts{{claims_open_.empty() ? QIP_RECV_INCOMING : QIP_RECV_ANYTHING, may_wait ? 0U : 1U}};
-    opts.word[2] = !notices_.waits() && rib_.clients.size() != 0 ? 1 : 0;
-    opts.word[4] = notices_.waits() ? soon : 0;
+    constexpr uint64_t soon = 50; // milliseconds
+    const bool hears_answers = !claims_open_.empty() || exchange_.awaits();
+    qip_recv_opts opts{
+        {hears_answers ? QIP_RECV_ANYTHING : QIP_RECV_INCOMING, may_wait && !exchange_.can_send() ? 0U : 1U}};
+    uint64_t limit = notices_.waits() ? soon : rib_.clients.size() != 0 ? 1000 : 0;
+    for (const auto due : {exchange_.next_due(), held_.next_due()}) {
+        if (due) {
+            const uint64_t left = (*due - std::min(*due, qip_now())) / 1000 + 1;
+            limit = limit == 0 ? left : std::min(limit, left);
+        }
+    }
+    opts.word[4] = static_cast<uint32_t>(limit);
     return opts;
 }
 
@@ -149,6 +165,7 @@ qip_recv_opts rib_service::next_wait(bool may_wait) const {
 void rib_service::keep_house() {
     try {
         lose_clients();
+        look_after_modules();
         notices_.flush();
     } catch (const std::bad_alloc &) { // later
         return;
@@ -182,6 +199,7 @@ void rib_service::rest_after(int error) {
     constexpr std::chrono::milliseconds longest{250};
     constexpr uint32_t borne = 16;
     claims_open_.clear();
+    exchange_.look_for_lost();
     failures_++;
     std::unique_lock locked(lock_);
     if (!stopped_ && failures_ > borne) {
@@ -198,6 +216,9 @@ void rib_service::take(const qip_ref &ref) {
     const bool in_envelope = opcode == RIB_CMI_OPCODE;
     if (is_answer_to_claim(ref)) {
         return hear_answer(ref);
+    }
+    if (hear_module_answer(ref)) {
+        return;
     }
     answered_++;
     uint32_t failure = RIB_OK;
@@ -252,6 +273,7 @@ const rib_service::request_row rib_service::own_requests[] = {
     {RIBKIT_OPCODE_FCURT_UPDATE, &rib_service::update<unicast>},
     {RIBKIT_OPCODE_FCMRT_UPDATE, &rib_service::update<multicast>},
     {RIBKIT_OPCODE_FCLRT_UPDATE, &rib_service::update<label>},
+    {RIBKIT_OPCODE_FIB_NODE, &rib_service::hear_module},
 };
 
 bytes rib_service::respond(const request &asked) {
@@ -303,7 +325,17 @@ bytes rib_service::ask(const request &asked) {
 
 // The answer has its room before anything is changed: what was done is never answered as if it had failed.
 template <class Kind> bytes rib_service::update(const request &asked) {
+    if (waits_for_modules(operation_of<Kind>(asked.payload)) && !followed_.all().empty()) {
+        return update_and_wait<Kind>(asked);
+    }
     bytes answer(wire::route_rsp.size);
+    const auto words = encode(take_routes<Kind>(asked));
+    std::copy(words.begin(), words.end(), answer.begin());
+    return answer;
+}
+
+/// Does what an update says, and complains where it makes no sense.
+template <class Kind> protocol::fcurt_response rib_service::take_routes(const request &asked) {
     rib_check_report why{};
     std::string barred;
     uint32_t sender = 0;
@@ -321,9 +353,7 @@ template <class Kind> bytes rib_service::update(const request &asked) {
                                    : base::joined("vsan ", response.vsan, ", ", response.accepted, " routes accepted"),
                  sender);
     }
-    const auto words = encode(response);
-    std::copy(words.begin(), words.end(), answer.begin());
-    return answer;
+    return response;
 }
 
 bytes rib_service::refuse(const request &asked, uint32_t result, const std::string &why, uint32_t client) {

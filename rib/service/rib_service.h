@@ -3,6 +3,8 @@
 
 #include "bus/complaints.h"
 #include "bus/service_handle.h"
+#include "rib/service/held_answers.h"
+#include "rib/service/module_exchange.h"
 #include "rib/service/notices.h"
 #include "rib/service/requests.h"
 #include "rib/service/rib_claim.h"
@@ -78,17 +80,26 @@ class rib_service {
     void lose_clients();
     bool send_notice(uint32_t opcode, std::span<const uint8_t> message) const;
     void rest_after(int error);
+    void take_and_drop(qip_ref &ref);
     void take(const qip_ref &ref);
     void answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload);
     bytes respond_in_envelope(const qip_ref &ref);
     bytes respond(const request &asked);
     template <class Kind> bytes update(const request &asked);
     bytes ask(const request &asked);
+    template <class Kind> protocol::fcurt_response take_routes(const request &asked);
     bytes hear_probe(const request &asked);
     [[nodiscard]] static arrival arrival_of(const request &asked);
     bytes refuse(const request &asked, uint32_t result, const std::string &why, uint32_t client = 0);
     void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why, uint32_t client = 0);
     [[nodiscard]] bool may_speak(const request &asked, uint32_t client) const;
+
+    template <class Kind> bytes update_and_wait(const request &asked);
+    bytes hear_module(const request &asked);
+    bool hear_module_answer(const qip_ref &ref);
+    void look_after_modules();
+    void answer_held();
+    void drop_held();
 
     bool stand_by();
     void send_claim();
@@ -103,9 +114,13 @@ class rib_service {
     bool binds_names_; ///< the bus says who sends
     std::function<void()> gave_way_;
     notices notices_;
+    modules followed_{rib_.routes};
     route_watch watch_;
     instance rib_;
-    uint64_t looked_ = 0; ///< for clients that were not heard of, in seconds
+    module_exchange exchange_;
+    held_answers held_;
+    bool keeps_request_ = false; ///< that which is taken now: it is answered later
+    uint64_t looked_ = 0;        ///< for clients that were not heard of, in seconds
     bus::complaints complaints_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     rib_claim claim_ = rib_claim::made_now();

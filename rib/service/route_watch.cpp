@@ -8,6 +8,7 @@ namespace ribkit::rib {
 
 void route_watch::vsan_changed(uint32_t vsan, bool suspended) {
     bus::note_in_history("rib: vsan ", vsan, suspended ? " is suspended" : " is active again");
+    followed_.vsan_changed(vsan, suspended);
 }
 
 void route_watch::moved(uint32_t vsan, const model::destination &what, uint32_t from, uint32_t to) {

@@ -1,8 +1,10 @@
-// What happens to the routes, told to those who want to know: the logs, the listeners, and whoever reads the trace.
+// What happens to the routes, told to those who want to know: the logs, the listeners, the modules,
+// and whoever reads the trace.
 #pragma once
 
 #include "rib/change_logs.h"
 #include "rib/effects.h"
+#include "rib/modules.h"
 #include "rib/service/notices.h"
 
 #include <cstdint>
@@ -13,8 +15,8 @@ class route_watch final : public effects {
   public:
     /// What is referred to must last.
     /// @param traces print a line for all that moves in the hardware
-    route_watch(change_logs &logs, notices &listeners, bool traces)
-        : logs_(logs), listeners_(listeners), traces_(traces) {}
+    route_watch(change_logs &logs, notices &listeners, modules &followed, bool traces)
+        : logs_(logs), listeners_(listeners), followed_(followed), traces_(traces) {}
 
     /// What happens from now on does so at this time, in seconds since 1970.
     void set_time(uint32_t now) { now_ = now; }
@@ -30,10 +32,12 @@ class route_watch final : public effects {
     template <class Kind> void tell(const route_event<Kind> &change) {
         logs_.enter(change, now_);
         listeners_.tell(change);
+        followed_.told(change);
     }
 
     change_logs &logs_;
     notices &listeners_;
+    modules &followed_;
     bool traces_;
     uint32_t now_ = 0;
 };

@@ -80,6 +80,14 @@ protocol::fcurt_response take_update(state &rib, std::span<const uint8_t> messag
     return {answer.result, answer.oper, answer.vsan, answer.accepted, answer.held};
 }
 
+template <class Kind> uint32_t operation_of(std::span<const uint8_t> message) {
+    using view = typename message_of<Kind>::view;
+    return message.size() < view::described_by.size ? 0 : view(message.data()).template get<"oper">();
+}
+
+template uint32_t operation_of<unicast>(std::span<const uint8_t>);
+template uint32_t operation_of<multicast>(std::span<const uint8_t>);
+template uint32_t operation_of<label>(std::span<const uint8_t>);
 template protocol::fcurt_response take_update<unicast>(state &, std::span<const uint8_t>, const update_origin &,
                                                        rib_check_report *);
 template protocol::fcurt_response take_update<multicast>(state &, std::span<const uint8_t>, const update_origin &,

@@ -27,4 +27,7 @@ template <class Kind>
 protocol::fcurt_response take_update(state &rib, std::span<const uint8_t> message, const update_origin &from = {},
                                      rib_check_report *why = nullptr);
 
+/// The operation of an update; 0 where the message is too short to tell.
+template <class Kind> uint32_t operation_of(std::span<const uint8_t> message);
+
 } // namespace ribkit::rib
