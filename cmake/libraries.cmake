@@ -10,7 +10,9 @@ set_target_properties(ribkit_static PROPERTIES OUTPUT_NAME ribkit EXPORT_NAME ri
 # Linked as C: the switch has no C++ run-time library.
 set_target_properties(ribkit PROPERTIES LINKER_LANGUAGE C SOVERSION 0 VERSION ${PROJECT_VERSION})
 set_target_properties(ribkit_static PROPERTIES LINKER_LANGUAGE C)
-target_link_options(ribkit PRIVATE -Wl,--as-needed -Wl,-Bsymbolic-functions -Wl,--version-script=${CMAKE_BINARY_DIR}/ribkit.map)
+set(ribkit_core_link_options -Wl,--as-needed -Wl,--gc-sections -Wl,-Bsymbolic-functions
+    -Wl,--version-script=${CMAKE_BINARY_DIR}/ribkit.map)
+target_link_options(ribkit PRIVATE ${ribkit_core_link_options})
 set_property(TARGET ribkit APPEND PROPERTY LINK_DEPENDS ${CMAKE_BINARY_DIR}/ribkit.map)
 foreach(library IN ITEMS ribkit ribkit_static)
     target_include_directories(${library} INTERFACE

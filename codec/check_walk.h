@@ -154,12 +154,13 @@ template <class Steps> class checker {
     uint32_t check_in_info(size_t at, size_t &end);
     uint32_t check_verf_info(size_t at, size_t &end);
 
-    // Entries that stand closer than they are long (check_overlap.h).
+    // Entries that stand closer than they are long (check_overlap.h). One looks back over a kilobyte on the stack,
+    // which no other walk shall carry.
     template <const layout &Info> uint32_t check_overlap();
     uint32_t walk_overlapping_routes(uint8_t route, size_t first, uint32_t count, size_t &end);
     size_t routes_apart(size_t first, size_t count);
     size_t first_with_bad_hop(size_t first, size_t from, size_t count);
-    size_t first_with_bad_run(size_t first, size_t from, size_t count);
+    [[gnu::noinline]] size_t first_with_bad_run(size_t first, size_t from, size_t count);
     [[nodiscard]] uint32_t hops_of_route(size_t at) const;
     [[nodiscard]] bool has_hop_at(size_t at) const;
     [[nodiscard]] size_t fitting_hop_at(size_t at) const;

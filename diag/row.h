@@ -66,7 +66,10 @@ consteval conversion conversion_at(const char *format, size_t begin) {
     return found;
 }
 
-constexpr size_t value_room = 128; // bytes that a value may have: the platform's interface names are the longest
+constexpr size_t text_room = 128;  // bytes that a text may have: the platform's interface names are the longest
+constexpr size_t number_room = 40; // and a number, in the widest column
+
+template <typename Value> constexpr size_t room_of = std::is_class_v<Value> ? text_room : number_room;
 
 /// A value that writes itself.
 template <conversion Of, typename Text>
@@ -77,7 +80,7 @@ char *put_value(char *to, const Text &text) {
 }
 
 template <conversion Of> char *put_value(char *to, uint32_t value) {
-    static_assert((Of.kind == 'u' || Of.kind == 'x') && Of.number.width < value_room);
+    static_assert((Of.kind == 'u' || Of.kind == 'x') && Of.number.width <= number_room);
     return put_number(to, value, packed(Of.number));
 }
 
@@ -97,7 +100,7 @@ char *put_row(char *to, Value first, Values... others) {
 
 /// Prints a row, as printf would.
 template <row_format Format, typename... Values> void print_row(Values... values) {
-    char row[sizeof Format.text + value_room * sizeof...(Values)];
+    char row[sizeof Format.text + (0 + ... + room_of<Values>)];
     std::fwrite(row, 1, static_cast<size_t>(put_row<Format>(row, values...) - row), stdout);
 }
 

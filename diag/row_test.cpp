@@ -68,7 +68,7 @@ TEST(Row, TextsAreCutAndPaddedInTheirPlace) {
 }
 
 TEST(Row, InterfaceNamesMayHave127Characters) {
-    static_assert(value_room == 127 + 1);
+    static_assert(text_room == 127 + 1);
     const std::string name(127, 'x');
     const auto longest = [](const std::string *value, char *str) { std::strcpy(str, value->c_str()); };
     void (*convert)(const std::string *, char *) = longest;

@@ -1,0 +1,112 @@
+// What the switch can rely on: the room that the library takes, loaded whole or linked in parts, the stack below its
+// calls, and which of them ask for memory. Compiler and linker say so of the library as it is built for size.
+#include "codec/checked_messages.h"
+#include "footprint/measured.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace ribkit::footprint {
+namespace {
+
+constexpr uint32_t loaded_limit = 128 * 1024;
+constexpr uint32_t client_limit = 12 * 1024;
+constexpr uint32_t stack_limit = 2 * 1024;
+
+const std::filesystem::path measured = RIBKIT_MEASURED_DIR;
+const std::filesystem::path sources = RIBKIT_SOURCE_DIR;
+
+/// How deep the walk of a check goes into entries of entries.
+uint32_t nesting_of(uint8_t plan) {
+    const codec::check_tables &tables = codec::core_checks::tables;
+    const codec::check_plan &p = tables.plans[plan];
+    uint32_t below = p.odd == codec::odd_check::ucast_route ? nesting_of(tables.hop) : 0;
+    for (unsigned i = 0; i < p.n_lists; ++i) {
+        const uint8_t entry = tables.lists[p.first_list + i].entry;
+        below = std::max(below, entry == codec::check_list::no_plan ? 0 : nesting_of(entry));
+    }
+    return below + 1;
+}
+
+class calls : public ::testing::Test {
+  protected:
+    calls() {
+        std::ifstream in = opened(sources / "footprint/indirect_calls.txt");
+        unnamed = graph.resolve(read_indirect_calls(in));
+        graph.nesting = checks_nest;
+    }
+
+    /// The functions that are exported, data left out.
+    [[nodiscard]] std::vector<std::string> functions() const {
+        std::vector<std::string> all = exported_names(sources);
+        all.erase(std::remove_if(all.begin(), all.end(), [&](const std::string &name) { return !graph.defines(name); }),
+                  all.end());
+        return all;
+    }
+
+    call_graph graph = calls_of(measured, "core_for_size");
+    std::vector<std::string> unnamed;
+};
+
+TEST(footprint, the_library_is_loaded_into_less_than_128_kib) {
+    const link_map map = map_of(measured, "core_for_size");
+    EXPECT_GT(map.loaded, loaded_limit / 2); // the whole map was read
+    EXPECT_LT(map.loaded, loaded_limit);
+}
+
+TEST(footprint, a_client_of_unicast_routes_links_less_than_12_kib) {
+    uint32_t ours = 0;
+    for (const piece &part : map_of(measured, "unicast_client").pieces) {
+        ours += part.object.find("libcore_for_size_static.a(") != std::string::npos ? part.size : 0;
+    }
+    EXPECT_GT(ours, 1024u);
+    EXPECT_LT(ours, client_limit);
+}
+
+TEST_F(calls, through_pointers_are_all_named) { EXPECT_EQ(unnamed, std::vector<std::string>{}); }
+
+TEST_F(calls, take_less_than_2_kib_of_stack) {
+    EXPECT_GT(functions().size(), 400u);
+    std::set<std::string> recursive;
+    for (const std::string &function : functions()) {
+        const call_graph::path way = graph.deepest(function, recursive);
+        EXPECT_LT(way.bytes, stack_limit) << [&] {
+            std::string all;
+            for (const std::string &step : way.functions) {
+                all += step + "\n";
+            }
+            return all;
+        }();
+    }
+    EXPECT_EQ(recursive, std::set<std::string>{"ribkit::codec::checker::walk"});
+}
+
+TEST(footprint, checks_call_themselves_no_deeper_than_counted) {
+    uint32_t deepest = 0;
+    for (const codec::checked_message &message : codec::checked_messages) {
+        deepest = std::max(deepest, nesting_of(message.plan));
+    }
+    EXPECT_EQ(deepest, checks_nest);
+}
+
+/// Whether its name is that of a call that manages memory.
+bool may_ask_for_memory(const std::string &function) {
+    const char *const managers[] = {"bud_*", "cont_*", "pool_*", "rib_token_*", "rib_wrap_cmi_*"};
+    return std::any_of(std::begin(managers), std::end(managers),
+                       [&](const char *pattern) { return matches(pattern, function); });
+}
+
+TEST_F(calls, ask_for_memory_only_where_they_manage_it) {
+    size_t asking = 0;
+    for (const std::string &function : functions()) {
+        for (const char *const heap : {"malloc", "calloc", "realloc", "free"}) {
+            const bool asks = graph.reaches(function, heap);
+            EXPECT_TRUE(!asks || may_ask_for_memory(function)) << function << " calls " << heap;
+            asking += asks ? 1 : 0;
+        }
+    }
+    EXPECT_GT(asking, 10u);
+}
+
+} // namespace
+} // namespace ribkit::footprint
