@@ -90,9 +90,10 @@ TEST(main, misspelt_words_have_near_ones) {
         "ribkit routes: --jsn: no option has this name; near: --vsan, --json; ribkit routes --help names them all\n");
     EXPECT_EQ(testing::complaint("lab -x examples/fabrics/small.toml"),
               "ribkit lab: -x: no option has this name; ribkit lab --help names them all\n");
-    EXPECT_EQ(testing::complaint(""),
-              "ribkit: the commands are lab, rib, client, routes, fabric, route, monitor, status, show, decode, "
-              "encode, text (see ribkit --help)\n");
+    EXPECT_EQ(
+        testing::complaint(""),
+        "ribkit: the commands are lab, rib, module, client, routes, fabric, route, monitor, status, show, decode, "
+        "encode, text (see ribkit --help)\n");
 }
 
 TEST(main, words_too_many_are_told_in_their_order) {

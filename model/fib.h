@@ -95,8 +95,8 @@ struct module_node {
     uint32_t number = 1; ///< from 1
     uint8_t type = 0;    ///< as rib_mod_type_to_str has it
     uint8_t sup_state = 0;
-    uint16_t node = 0;
-    uint32_t address = 0; ///< the node of the bus at which it listens
+    uint16_t node = 0;    ///< the low half of the node of the bus at which it listens
+    uint32_t address = 0; ///< its service access point there
     fib_state state = fib_state::offline;
     // Of its FIB.
     uint32_t instance = 0; ///< another one after each start

@@ -51,7 +51,7 @@ TEST_F(nats_roles, listen_where_they_belong) {
 
 TEST_F(nats_roles, send_where_they_belong) {
     const std::pair<uint32_t, qip_addr> others[] = {
-        {client, local}, {client, modules}, {client, a_module}, {module, rib}, {module, modules}};
+        {client, local}, {client, modules}, {client, a_module}, {module, local}, {module, modules}};
     for (const auto &[handle, address] : others) {
         EXPECT_EQ(send_text(handle, "?", nullptr, address), EACCES) << std::hex << address.node;
         EXPECT_EQ(answer_to(handle, "?", address), not_sent(EACCES)) << std::hex << address.node;
@@ -61,6 +61,9 @@ TEST_F(nats_roles, send_where_they_belong) {
     EXPECT_EQ(rib_wrap_qip_note(rib_handle, 78, "news", 4), 0);
     EXPECT_EQ(taken(client, within(60000)), "news");
     EXPECT_EQ(taken(module, within(60000)), "news");
+    ASSERT_EQ(error_of(qip_listen(rib_handle, &rib, 10)), 0);
+    EXPECT_EQ(send_text(module, "its record"), 0);
+    EXPECT_EQ(taken(rib_handle, within(60000)), "its record");
 }
 
 TEST_F(nats_roles, send_under_their_own_names) {

@@ -3,10 +3,12 @@
 #include "cli/fabrics/client_command.h"
 #include "cli/fabrics/fabric_command.h"
 #include "cli/fabrics/lab.h"
+#include "cli/fabrics/module_command.h"
 #include "cli/fabrics/rib_command.h"
 #include "cli/fabrics/routes_command.h"
 #include "lab/fabric.h"
 #include "rib_codes.h"
+#include "ribkit_rib.h"
 
 namespace ribkit::cli {
 namespace {
@@ -71,6 +73,30 @@ action declare_rib(CLI::App &app, const words &given) {
     };
 }
 
+action declare_module(CLI::App &app, const words &given) {
+    const auto options = std::make_shared<module_command_options>();
+    app.add_option("NAME", options->name, "what the module is called in what it prints")->required();
+    const auto number = [&](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
+        return add_number(app, name, value, least, most, what)->type_name("N")->capture_default_str();
+    };
+    number("--number", options->number, 1, RIBKIT_MOST_MODULES, "which module it is");
+    number("--ports", options->ports, 0, 64, "how many ports it has");
+    number("--unicast", options->sizes.unicast, 0, UINT32_MAX, "how many unicast entries it has room for");
+    number("--multicast", options->sizes.multicast, 0, UINT32_MAX, "how many multicast entries");
+    number("--label", options->sizes.label, 0, UINT32_MAX, "how many label entries");
+    number("--per-vsan", options->sizes.per_vsan, 0, UINT32_MAX, "how many entries a VSAN may have, 0: any number");
+    add_number(app, "--slow", options->slow, 0, 3'600'000, "how long each of its answers takes")
+        ->type_name("MILLISECONDS")
+        ->capture_default_str();
+    app.add_flag("--trace", options->output.traces, "print every message that it takes");
+    add_bus(app, options->bus, server_here)->check(shared_bus);
+    add_output(app, options->output, given);
+    return [options] {
+        refuse_beside_json(options->output, {{options->output.traces, "--trace"}});
+        return run_module(*options);
+    };
+}
+
 action declare_client(CLI::App &app, const words &given) {
     const auto options = std::make_shared<client_command_options>();
     add_run(app, *options, given);
@@ -127,6 +153,8 @@ constexpr command commands[] = {
     {"rib", "Runs the RIB by itself, for clients in other processes", declare_rib, false,
      "rib --bus nats://127.0.0.1:4222 examples/fabrics/small.toml",
      "the bus cannot be opened, another RIB is there, or the output cannot be written"},
+    {"module", "Runs a module by itself: what a RIB elsewhere programs, and who answers it", declare_module, true,
+     "module left --number 1 --bus unix:/tmp/fabric", "the bus cannot be opened, or the output cannot be written"},
     {"client", "Runs a route client by itself: FSPF computes routes and keeps a RIB elsewhere up to date",
      declare_client, true, "client --vsan 1 --vsan 20 examples/fabrics/small.toml",
      "the RIB refused something or did not answer, the client was stopped, or the output cannot be written"},

@@ -3,6 +3,7 @@
 
 #include "cli/fabrics/bus_declaration.h"
 #include "cli/rib/show_running.h"
+#include "ribkit_rib.h"
 
 namespace ribkit::cli {
 
@@ -15,7 +16,13 @@ inline std::vector<CLI::Option *> add_show_running(CLI::App &app, show_running_o
     CLI::Option *fcid = add_filter("--fcid", options.filter.fcid, "FCID[/MASK]",
                                    "of a RIB's routes those that this FC ID is in, or with a mask those to there");
     CLI::Option *envelopes = app.add_flag("--envelopes", options.envelopes, "send every request in a CMI envelope");
+    CLI::Option *module = add_number(app, "--module", options.module, 1, RIBKIT_MOST_MODULES,
+                                     "what this module has, and not what the RIB has")
+                              ->type_name("NUMBER")
+                              ->needs(bus)
+                              ->excludes(envelopes);
     return {bus,
+            module,
             add_filter("--vsan", options.filter.vsan, "VSAN", "of this VSAN only"),
             fcid,
             add_filter("--via", options.filter.via, "INTERFACE", "by this interface only"),

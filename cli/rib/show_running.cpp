@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "cli/json_document.h"
 #include "cli/messages/message_kinds.h"
+#include "cli/rib/module_kinds.h"
 #include "cli/rib/shown_kinds.h"
 #include "clients/question.h"
 #include "decode/decoder.h"
@@ -17,7 +18,8 @@ namespace ribkit::cli {
 namespace {
 
 /// Throws where an option is given that the display's records know nothing of.
-void refuse_useless(const shown_kind &row, const filter_options &given) {
+/// @param row a shown_kind or a module_kind
+template <class Row> void refuse_useless(const Row &row, const filter_options &given) {
     const auto refuse = [&](bool tells, const std::string &value, const char *option) {
         if (!tells && !value.empty()) {
             throw base::input_error(base::joined(option, ": the display ", row.display, " cannot be chosen by it"));
@@ -46,6 +48,28 @@ record_filter filter_of(const filter_options &given) {
     return filter;
 }
 
+record_list ask_rib(const shown_kind &row, const show_running_options &options) {
+    refuse_useless(row, options.filter);
+    const record_filter wanted = filter_of(options.filter);
+    load_faults(options.bus);
+    bus::rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
+    link.find();
+    return clients::patiently(link, [&] { return row.read(link, wanted); });
+}
+
+/// @param row null where modules have no such display
+record_list ask_module(const module_kind *row, const show_running_options &options) {
+    if (row == nullptr) {
+        throw base::input_error(
+            "--module: modules have fcu, fcm, fcl, verf_fcu, verf_fcm, verf_fcl, vsan, port and node");
+    }
+    refuse_useless(*row, options.filter);
+    const record_filter wanted = filter_of(options.filter);
+    load_faults(options.bus);
+    bus::module_link link(options.bus.url, options.module, options.bus.patience());
+    return row->read(link, wanted);
+}
+
 } // namespace
 
 void print_records(command_output &out, const display &kind, const record_list &records) {
@@ -72,14 +96,9 @@ void print_records_json(command_output &out, std::string_view message, const rec
 }
 
 int run_show_running(const display &kind, const show_running_options &options, const output_options &output) {
-    const shown_kind &row = *find_shown_kind(kind.short_name());
-    refuse_useless(row, options.filter);
-    const record_filter wanted = filter_of(options.filter);
-    load_faults(options.bus);
     command_output out(output, {options.bus.faults_file});
-    bus::rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
-    link.find();
-    const record_list records = clients::patiently(link, [&] { return row.read(link, wanted); });
+    const record_list records = options.module == 0 ? ask_rib(*find_shown_kind(kind.short_name()), options)
+                                                    : ask_module(find_module_kind(kind.short_name()), options);
     print_records(out, kind, records);
     if (records.empty()) {
         out.print_line("nothing to show");

@@ -35,7 +35,7 @@ uint32_t drawn_instance() {
 }
 
 model::module_node described(const fib_options &options) {
-    model::module_node is{.number = options.number, .address = RIBKIT_NODE_MODULE};
+    model::module_node is{.number = options.number, .address = options.number};
     is.node = static_cast<uint16_t>(RIBKIT_NODE_MODULE & UINT16_MAX);
     is.instance = options.instance != 0 ? options.instance : drawn_instance();
     is.ports = options.ports;
