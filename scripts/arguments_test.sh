@@ -20,7 +20,7 @@ refused "there is no preset 'nosuch' to test: release asan *" test release nosuc
 refused "test all is everything, so 'release' is too much" test all release
 refused "test fresh takes 'all' or nothing, not 'release'" test fresh release
 refused "fresh takes * too much" test fresh all all
-refused "there is no benchmark 'nosuch': codec decode diag mem platform rib" bench codec nosuch
+refused "there is no benchmark 'nosuch': codec decode diag mem modules platform rib" bench codec nosuch
 refused "nats takes no arguments, so 'extra' is too much" nats extra
 refused "golden takes no arguments, *" golden x
 refused "attack takes no arguments, *" attack x

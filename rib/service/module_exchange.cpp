@@ -125,20 +125,27 @@ std::optional<module_exchange::ready> module_exchange::write(module_feed &feed) 
         return {};
     }
     const auto message = writer_.message();
-    return ready{{0, *sequence, writer_.table(), 0}, writer_.opcode(), {message.begin(), message.end()}};
+    std::optional<ready> made(std::in_place);
+    made->about.sequence = *sequence;
+    made->about.table = writer_.table();
+    made->opcode = writer_.opcode();
+    made->message.assign(message.begin(), message.end());
+    return made;
 }
 
-module_exchange::ready module_exchange::write_vsans(module_feed &feed) const {
+std::optional<module_exchange::ready> module_exchange::write_vsans(module_feed &feed) const {
     constexpr size_t most = (RIBKIT_ANSWER_LIMIT - wire::vsan_update.size) / wire::vsan.size;
     std::vector<std::pair<uint32_t, model::vsan_attributes>> told;
     std::vector<uint32_t> vsans = feed.vsans(most);
     for (const uint32_t vsan : vsans) {
         told.emplace_back(vsan, attributes_of(rib_.routes, rib_.described, vsan));
     }
-    const uint32_t sequence = feed.take_vsans(vsans);
-    return {{0, sequence, table_id::unicast, 0, std::move(vsans)},
-            RIBKIT_OPCODE_FIB_VSAN_UPDATE,
-            protocol::vsan_update(sequence, told)};
+    std::optional<ready> made(std::in_place);
+    made->about.sequence = feed.take_vsans(vsans);
+    made->about.vsans = std::move(vsans);
+    made->opcode = RIBKIT_OPCODE_FIB_VSAN_UPDATE;
+    made->message = protocol::vsan_update(made->about.sequence, told);
+    return made;
 }
 
 void module_exchange::send(contact &to, module_feed &feed, ready what) {

@@ -52,16 +52,16 @@ class module_exchange {
 
   private:
     struct sent {
-        uint32_t token;
-        uint32_t sequence;
-        table_id table;
-        uint64_t due;
+        uint32_t token = 0;
+        uint32_t sequence = 0;
+        table_id table = table_id::unicast;
+        uint64_t due = 0;
         std::vector<uint32_t> vsans{}; ///< that it tells of, where it is about VSANs
     };
     struct ready {
-        sent about;
-        uint32_t opcode;
-        bytes message;
+        sent about{};
+        uint32_t opcode = 0;
+        bytes message{};
     };
     struct contact {
         qip_addr address;
@@ -74,7 +74,7 @@ class module_exchange {
 
     bool can_send_to(const contact &to, const module_feed &feed) const;
     std::optional<ready> write(module_feed &feed);
-    ready write_vsans(module_feed &feed) const;
+    std::optional<ready> write_vsans(module_feed &feed) const;
     void send(contact &to, module_feed &feed, ready what);
     void lose(contact &to, module_feed &feed);
     void lose_token(contact &of, module_feed &feed, uint32_t token);
