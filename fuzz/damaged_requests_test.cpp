@@ -4,6 +4,7 @@
 #include "codec/size.h"
 #include "fuzz/quiet.h"
 #include "fuzz/sound_requests.h"
+#include "protocol/fib_records.h"
 #include "protocol/requests.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
@@ -131,6 +132,23 @@ TEST_F(damaged_requests, with_any_count_too_large_are_refused) {
         });
     }
     EXPECT_GE(tried, 3U * 14U);
+}
+
+TEST_F(damaged_requests, that_tell_of_a_module_are_answered) {
+    model::module_node node{.address = 1, .state = model::fib_state::ready, .instance = 7};
+    node.ports.resize(2);
+    const byte_vector sound = protocol::module_message(node);
+    for (size_t size = 0; size < sound.size(); size++) {
+        const byte_vector cut(sound.begin(), sound.begin() + static_cast<ptrdiff_t>(size));
+        ASSERT_EQ(refusal_in(asking.ask(RIBKIT_OPCODE_FIB_NODE, cut)), RIB_BAD_PARAMETERS) << size;
+    }
+    for (size_t at = 0; at + sizeof(uint32_t) <= sound.size(); at += sizeof(uint32_t)) {
+        for (const uint32_t number : {0U, 17U, 0x7fffffffU, UINT32_MAX}) {
+            byte_vector damaged = sound;
+            codec::store32<std::endian::big>(damaged.data() + at, number);
+            ASSERT_EQ(asking.ask(RIBKIT_OPCODE_FIB_NODE, damaged).size(), RIBKIT_FCURT_RSP_SIZE) << at << ' ' << number;
+        }
+    }
 }
 
 TEST_F(damaged_requests, of_a_claim_or_of_no_kind_are_refused) {

@@ -4,8 +4,11 @@
 #include "codec/bytes.h"
 #include "codec/messages/forms.h"
 #include "codec/size.h"
+#include "fib/service/fib_service.h"
 #include "fuzz/quiet.h"
+#include "fuzz/sound_fib_requests.h"
 #include "fuzz/sound_requests.h"
+#include "protocol/fib_requests.h"
 #include "protocol/requests.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
@@ -47,6 +50,12 @@ class notebook {
         if (const codec::message *kind = codec::find_message(name); kind != nullptr) {
             note(*kind, bytes.data());
         }
+    }
+
+    /// Notes one message behind the other, of the kinds of "a+b".
+    void note_run(std::string_view names, std::span<const uint8_t> bytes) {
+        for_each_part(names, bytes,
+                      [this](const codec::message &kind, std::span<const uint8_t> part) { note(kind, part.data()); });
     }
 
     [[nodiscard]] const std::set<std::string, std::less<>> &names() const { return names_; }
@@ -105,6 +114,32 @@ TEST(travel, every_message_between_clients_and_rib_has_travelled) {
     }
     for (const codec::message &kind : codec::messages()) {
         EXPECT_EQ(notes.names().contains(kind.name), is_exchanged(kind.name)) << kind.name;
+    }
+}
+
+TEST(travel, every_message_between_rib_and_modules_has_travelled) {
+    const std::string there = "local:travel_of_modules";
+    const bus::service_handle rib(there);
+    ASSERT_EQ(qip_listen(rib.number(), &ribkit_rib_address, 64), 0);
+    const fib::fib_service service(
+        there, {.sizes = {.unicast = 1, .multicast = 1, .label = 1}, .ports = fib::usual_ports(1, 2)});
+    notebook notes;
+    qip_ref record{};
+    ASSERT_EQ(qip_recv(rib.number(), &record, nullptr), 0);
+    const auto *bytes = static_cast<const uint8_t *>(qip_payload_get(&record));
+    notes.note_run(protocol::find_fib_request(qip_opcode_get(&record))->message, {bytes, qip_payload_size(&record)});
+    qip_drop(rib.number(), &record);
+    module_requester asking(there, 1);
+    for (const auto &[opcode, request] : sound_fib_requests()) {
+        const protocol::request_row &row = *protocol::find_fib_request(opcode);
+        const byte_vector answer = asking.ask(opcode, request);
+        ASSERT_NE(run_of(answer, row.answer), "") << row.name << ", " << answer.size() << " bytes";
+        notes.note_run(row.message, request);
+        notes.note_run(run_of(answer, row.answer), answer);
+    }
+    for (const codec::message &kind : codec::messages()) {
+        const bool is_theirs = kind.name.starts_with("fib_") || kind.name.starts_with("rib_fib_");
+        EXPECT_TRUE(!is_theirs || notes.names().contains(kind.name)) << kind.name;
     }
 }
 

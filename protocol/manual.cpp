@@ -63,17 +63,17 @@ std::string_view place_text(destination_of to) {
     }
 }
 
-/// "`rib_fcurt_update`, `rib_topo`", from names between blanks.
+/// "`rib_fcurt_update`, `fib_node` + `fib_port`", from names between blanks and plus signs.
 std::string quoted(std::string_view names) {
-    std::string text;
-    for (size_t at = 0; at < names.size();) {
-        const size_t end = std::min(names.find(' ', at), names.size());
-        text += text.empty() ? "`" : ", `";
-        text += names.substr(at, end - at);
-        text += '`';
-        at = end + 1;
+    std::string text = names.empty() ? "" : "`";
+    for (const char letter : names) {
+        if (letter == ' ' || letter == '+') {
+            text += letter == ' ' ? "`, `" : "` + `";
+        } else {
+            text += letter;
+        }
     }
-    return text;
+    return text += names.empty() ? "" : "`";
 }
 
 void print_requests(std::string &text, std::string_view title, std::span<const request_row> rows) {
@@ -197,9 +197,9 @@ void print_uses(std::string &text) {
 void print_modules(std::string &text) {
     print_requests(text, "Messages of modules", fib_requests);
     text += R"(
-Module N, from 1, listens at node 0xff000401, service access point N. What a module is sent and answers has several
-messages one behind the other: a head and as many paths as it says; an answer, and in front of it the keys of the paths
-that did not take effect, where there are any.
+Module N, from 1, listens at node 0xff000401, service access point N. What a module is sent and answers may have several
+messages one behind the other (+): a head and as many paths as it says; an answer, and in front of it the keys of the paths
+that did not take effect, where there are any. What it cannot use it answers with `fib_fcu_rsp`, whose first word says why.
 
 The RIB numbers what it sends to a module. A module takes a number only where it is later than the last one that it took
 (numbers go on at 0 behind the largest); what comes late, or twice, is answered with "index used", changes nothing and

@@ -15,8 +15,8 @@ enum class destination_of : uint8_t { rib, listeners, listeners_and_modules, mod
 struct request_row {
     uint32_t opcode;
     const char *name;    ///< behind RIBKIT_OPCODE_
-    const char *message; ///< of the catalogue, or the claim; several one behind the other; "" for none
-    const char *answer;  ///< messages of the catalogue, separated by blanks; "" for none
+    const char *message; ///< of the catalogue, or the claim; "" for none; "a+b": a, and any number of b behind it
+    const char *answer;  ///< messages of the catalogue, or such as have several, separated by blanks; "" for none
     destination_of to;
     const char *sender;
     const char *does;

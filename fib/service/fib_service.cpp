@@ -168,7 +168,7 @@ void fib_service::rest_after(int error) {
 // Nothing that a message causes ends the service.
 void fib_service::take(const qip_ref &ref) {
     const uint32_t opcode = qip_opcode_get(&ref);
-    if (awaited_ != 0 && opcode == 0) {
+    if (opcode == 0 && qip_sender_get(&ref) == 0) { // an answer
         return hear_rib(ref);
     }
     if (opcode == RIBKIT_OPCODE_STARTED) {
