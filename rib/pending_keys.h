@@ -7,9 +7,10 @@
 #include "rib/unicast.h"
 #include "rib/waiting.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -49,12 +50,14 @@ template <class Kind> class pending_keys {
 
     /// Adds a destination, or what is new about one that stands here. Throws std::bad_alloc, and nothing has changed.
     void add(const entry &one) {
-        const auto [at, is_new] = places_.try_emplace(one.where, first_ + queue_.size());
-        if (is_new) {
-            append(at, one);
+        make_room();
+        uint32_t &place = slot_of(one.where);
+        if (place == none) {
+            queue_.push_back(one);
+            place = static_cast<uint32_t>(queue_.size());
             return;
         }
-        entry &known = queue_[at->second - first_];
+        entry &known = queue_[place - 1];
         if (one.asker != 0 && known.asker != 0) {
             others_.emplace(one.where, one.asker);
         }
@@ -62,33 +65,35 @@ template <class Kind> class pending_keys {
         known.merge = one.merge != 0 ? one.merge : known.merge;
     }
 
-    [[nodiscard]] bool contains(const key &where) const { return places_.contains(where); }
-    [[nodiscard]] bool empty() const { return queue_.empty(); }
-    [[nodiscard]] size_t size() const { return queue_.size(); }
-    [[nodiscard]] const entry &front() const { return queue_.front(); }
+    [[nodiscard]] bool contains(const key &where) const { return size() != 0 && places_[find(where)] != none; }
+    [[nodiscard]] bool empty() const { return size() == 0; }
+    [[nodiscard]] size_t size() const { return queue_.size() - gone_; }
+    [[nodiscard]] const entry &front() const { return queue_[gone_]; }
 
-    /// Takes the first one. @param more given the further requests that wait for it
+    /// Takes the first one. Throws std::bad_alloc, and nothing has changed.
+    /// @param more given the further requests that wait for it
     entry pop(std::vector<std::pair<key, waiting::id>> &more) {
-        const entry taken = queue_.front();
+        const entry taken = front();
         if (!others_.empty()) {
             const auto [from, to] = others_.equal_range(taken.where);
             more.insert(more.end(), from, to);
             others_.erase(from, to);
         }
-        places_.erase(taken.where);
-        queue_.pop_front();
-        first_++;
+        close_slot(find(taken.where));
+        gone_++;
+        if (gone_ == queue_.size()) {
+            queue_.clear();
+            gone_ = 0;
+        }
         return taken;
     }
 
     /// Keeps those only for which somebody waits.
     void keep_asked() noexcept {
+        queue_.erase(queue_.begin(), queue_.begin() + static_cast<std::ptrdiff_t>(gone_));
         std::erase_if(queue_, [](const entry &one) { return one.asker == 0; });
-        first_ = 0;
-        places_.clear();
-        for (const entry &one : queue_) {
-            places_.emplace(one.where, places_.size());
-        }
+        gone_ = 0;
+        index_again();
     }
 
     /// Forgets who waits. @param told called with each
@@ -101,9 +106,9 @@ template <class Kind> class pending_keys {
     }
 
     template <class Told> void each_asked(Told told) const {
-        for (const entry &one : queue_) {
-            if (one.asker != 0) {
-                told(one.where, one.asker);
+        for (size_t at = gone_; at < queue_.size(); at++) {
+            if (queue_[at].asker != 0) {
+                told(queue_[at].where, queue_[at].asker);
             }
         }
         for (const auto &[where, asker] : others_) {
@@ -112,20 +117,56 @@ template <class Kind> class pending_keys {
     }
 
   private:
-    using places = std::unordered_map<key, uint64_t, key_hash>;
+    static constexpr uint32_t none = 0; ///< else a place counted from 1
+    static constexpr size_t fewest_slots = 16;
 
-    void append(typename places::iterator at, const entry &one) {
-        try {
-            queue_.push_back(one);
-        } catch (...) {
-            places_.erase(at);
-            throw;
+    /// The slot of a destination, or the empty one where it would be.
+    [[nodiscard]] size_t find(const key &where) const {
+        size_t slot = key_hash()(where) & (places_.size() - 1);
+        while (places_[slot] != none && !(queue_[places_[slot] - 1].where == where)) {
+            slot = (slot + 1) & (places_.size() - 1);
+        }
+        return slot;
+    }
+    uint32_t &slot_of(const key &where) { return places_[find(where)]; }
+
+    /// What follows moves up, so that nothing is looked for behind an empty slot.
+    void close_slot(size_t empty) {
+        const size_t last = places_.size() - 1;
+        for (size_t at = (empty + 1) & last; places_[at] != none; at = (at + 1) & last) {
+            const size_t home = key_hash()(queue_[places_[at] - 1].where) & last;
+            if (((at - home) & last) >= ((at - empty) & last)) {
+                places_[empty] = places_[at];
+                empty = at;
+            }
+        }
+        places_[empty] = none;
+    }
+
+    /// For one more: a slot in two is empty, and what has gone gives its room back.
+    void make_room() {
+        if (queue_.size() == queue_.capacity() && gone_ >= queue_.size() / 2 && gone_ != 0) {
+            queue_.erase(queue_.begin(), queue_.begin() + static_cast<std::ptrdiff_t>(gone_));
+            gone_ = 0;
+            index_again();
+        }
+        queue_.reserve(queue_.size() < queue_.capacity() ? 0 : 2 * queue_.size() + fewest_slots / 2);
+        if (places_.size() < 2 * queue_.capacity()) {
+            places_.assign(std::bit_ceil(2 * queue_.capacity() + fewest_slots), none);
+            index_again();
         }
     }
 
-    std::deque<entry> queue_;
-    uint64_t first_ = 0; ///< the number of the first in the queue
-    places places_;
+    void index_again() noexcept {
+        std::fill(places_.begin(), places_.end(), none);
+        for (size_t at = gone_; at < queue_.size(); at++) {
+            slot_of(queue_[at].where) = static_cast<uint32_t>(at + 1);
+        }
+    }
+
+    std::vector<entry> queue_;
+    size_t gone_ = 0;              ///< entries in front that were taken
+    std::vector<uint32_t> places_; ///< in the queue, by hash; always some are empty
     std::unordered_multimap<key, waiting::id, key_hash> others_;
 };
 

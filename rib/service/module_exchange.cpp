@@ -109,61 +109,55 @@ void module_exchange::send_some() {
             continue;
         }
         to.rests_until = 0;
-        std::optional<ready> next = to.unsent ? std::exchange(to.unsent, std::nullopt) : write(feed);
-        if (next) {
-            send(to, feed, std::move(*next));
+        if (to.unsent) {
+            const ready again = std::move(*std::exchange(to.unsent, std::nullopt));
+            send(to, feed, again.about, again.opcode, again.message);
+        } else if (feed.has_vsans()) {
+            send_vsans(to, feed);
+        } else if (const auto sequence = feed.write(writer_)) {
+            sent about;
+            about.sequence = *sequence;
+            about.table = writer_.table();
+            send(to, feed, std::move(about), writer_.opcode(), writer_.message());
         }
     }
 }
 
-std::optional<module_exchange::ready> module_exchange::write(module_feed &feed) {
-    if (feed.has_vsans()) {
-        return write_vsans(feed);
-    }
-    const auto sequence = feed.write(writer_);
-    if (!sequence) {
-        return {};
-    }
-    const auto message = writer_.message();
-    std::optional<ready> made(std::in_place);
-    made->about.sequence = *sequence;
-    made->about.table = writer_.table();
-    made->opcode = writer_.opcode();
-    made->message.assign(message.begin(), message.end());
-    return made;
-}
-
-std::optional<module_exchange::ready> module_exchange::write_vsans(module_feed &feed) const {
+void module_exchange::send_vsans(contact &to, module_feed &feed) {
     constexpr size_t most = (RIBKIT_ANSWER_LIMIT - wire::vsan_update.size) / wire::vsan.size;
     std::vector<std::pair<uint32_t, model::vsan_attributes>> told;
-    std::vector<uint32_t> vsans = feed.vsans(most);
-    for (const uint32_t vsan : vsans) {
+    sent about;
+    about.vsans = feed.vsans(most);
+    for (const uint32_t vsan : about.vsans) {
         told.emplace_back(vsan, attributes_of(rib_.routes, rib_.described, vsan));
     }
-    std::optional<ready> made(std::in_place);
-    made->about.sequence = feed.take_vsans(vsans);
-    made->about.vsans = std::move(vsans);
-    made->opcode = RIBKIT_OPCODE_FIB_VSAN_UPDATE;
-    made->message = protocol::vsan_update(made->about.sequence, told);
-    return made;
+    about.sequence = feed.take_vsans(about.vsans);
+    const auto message = protocol::vsan_update(about.sequence, told);
+    send(to, feed, std::move(about), RIBKIT_OPCODE_FIB_VSAN_UPDATE, message);
 }
 
-void module_exchange::send(contact &to, module_feed &feed, ready what) {
+// What finds no room is kept as it is; where there is no memory for that, it is as if it had been lost.
+void module_exchange::send(contact &to, module_feed &feed, sent about, uint32_t opcode,
+                           std::span<const uint8_t> message) {
     constexpr uint64_t rest = 10'000; // microseconds
     const qip_send_opts at_once{{1}};
     qip_ref ref{};
-    if (qip_send(handle_, &to.address, what.opcode, what.message.data(), static_cast<uint32_t>(what.message.size()),
-                 &ref, nullptr, &at_once) == 0) {
-        what.about.token = qip_rr_token_get(&ref);
-        what.about.due = qip_now() + patience;
+    if (qip_send(handle_, &to.address, opcode, message.data(), static_cast<uint32_t>(message.size()), &ref, nullptr,
+                 &at_once) == 0) {
+        about.token = qip_rr_token_get(&ref);
+        about.due = qip_now() + patience;
         qip_drop(handle_, &ref);
-        rib_token_add(&to.owed, what.about.token);
-        to.in_flight.push_back(std::move(what.about));
+        rib_token_add(&to.owed, about.token);
+        to.in_flight.push_back(std::move(about));
     } else if (errno == EAGAIN || errno == ENOMEM || errno == ENOBUFS) {
         to.rests_until = qip_now() + rest;
-        to.unsent = std::move(what);
+        try {
+            to.unsent.emplace(ready{about, opcode, {message.begin(), message.end()}});
+        } catch (const std::bad_alloc &) {
+            settle(feed, about, lost());
+        }
     } else {
-        settle(feed, what.about, lost());
+        settle(feed, about, lost());
         lose(to, feed);
     }
 }

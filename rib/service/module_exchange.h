@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace ribkit::rib {
@@ -73,9 +74,8 @@ class module_exchange {
     };
 
     bool can_send_to(const contact &to, const module_feed &feed) const;
-    std::optional<ready> write(module_feed &feed);
-    std::optional<ready> write_vsans(module_feed &feed) const;
-    void send(contact &to, module_feed &feed, ready what);
+    void send_vsans(contact &to, module_feed &feed);
+    void send(contact &to, module_feed &feed, sent about, uint32_t opcode, std::span<const uint8_t> message);
     void lose(contact &to, module_feed &feed);
     void lose_token(contact &of, module_feed &feed, uint32_t token);
     void settle(module_feed &feed, const sent &about, const verdict &said);
