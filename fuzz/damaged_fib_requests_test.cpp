@@ -103,6 +103,7 @@ TEST_F(damaged_fib_requests, with_any_count_too_large_are_refused) {
     size_t tried = 0;
     for (const auto &[opcode, bytes] : requests) {
         byte_vector damaged = bytes;
+        const uint8_t *begin = bytes.data();
         const auto attempt = [&, opcode = opcode](size_t at) {
             EXPECT_EQ(module_refusal(asking.ask(opcode, damaged)), RIB_BAD_PARAMETERS)
                 << protocol::find_fib_request(opcode)->name << " at " << at;
@@ -110,8 +111,7 @@ TEST_F(damaged_fib_requests, with_any_count_too_large_are_refused) {
         };
         for_each_part(protocol::find_fib_request(opcode)->message, bytes,
                       [&](const codec::message &kind, std::span<const uint8_t> part) {
-                          with_counts_too_large(*kind.wire, damaged, static_cast<size_t>(part.data() - bytes.data()),
-                                                attempt);
+                          with_counts_too_large(*kind.wire, damaged, static_cast<size_t>(part.data() - begin), attempt);
                       });
     }
     EXPECT_GT(tried, 40U);

@@ -90,8 +90,7 @@ void write_answer(std::span<uint8_t> room, const model::fib_answer &answer) {
 /// `write` fills in a key.
 template <const codec::layout &Report, class Key, class Write>
 bytes answer_message(const model::fib_answer &answer, std::span<const model::fib_fault<Key>> faults, Write write) {
-    constexpr size_t entry_size = Report.row_of("entry").stride;
-    const size_t named = faults.empty() ? 0 : Report.size + faults.size() * entry_size;
+    const size_t named = faults.empty() ? 0 : Report.size + faults.size() * fault_size<Report>;
     bytes message(named + wire::fib_rsp.size);
     if (named != 0) {
         const writer<Report> report(message.data(), named);

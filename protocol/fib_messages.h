@@ -107,6 +107,10 @@ uint32_t route_type_of(uint32_t fib_type);
 
 using bytes = std::vector<uint8_t>;
 
+/// Bytes of a key in an answer.
+template <const codec::layout &Report, codec::field_called List = "entry">
+inline constexpr size_t fault_size = Report.row_of(List.str()).stride;
+
 /// An answer; where there are faults, behind their keys.
 bytes fib_answer(const model::fib_answer &answer, std::span<const model::fib_fault<model::route_key>> faults);
 /// As fib_answer, of the multicast table: its keys travel without masks.

@@ -67,7 +67,7 @@ template <const codec::layout &L, class Room> auto read_path(view<L> path, uint3
 /// As many keys as an answer holds.
 template <class Kind> size_t most_named() {
     constexpr const codec::layout &report = messages_of<Kind>::report;
-    return (RIBKIT_ANSWER_LIMIT - report.size - wire::fib_rsp.size) / report.row_of("entry").stride;
+    return (RIBKIT_ANSWER_LIMIT - report.size - wire::fib_rsp.size) / protocol::fault_size<messages_of<Kind>::report>;
 }
 
 template <class Kind> bytes answer_of(const table_answer<Kind> &answer) {
