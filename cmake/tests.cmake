@@ -33,7 +33,8 @@ function(ribkit_tests name)
     add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
     target_precompile_headers(${name} REUSE_FROM ribkit_test_headers)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
-    target_compile_definitions(${name} PRIVATE RIBKIT_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+    target_compile_definitions(${name} PRIVATE RIBKIT_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
+        RIBKIT_EMULATED=$<BOOL:${CMAKE_CROSSCOMPILING}>)
     target_compile_options(${name} PRIVATE ${RIBKIT_TEST_OPTIONS})
     target_link_libraries(${name} PRIVATE ribkit_warnings ${arg_LIBRARIES} ribkit_testing
         $<LINK_GROUP:RESCAN,ribkit_static,${arg_SERVICES}> GTest::gtest_main)

@@ -15,7 +15,7 @@ using ribkit::codec::messages;
 using byte_vector = std::vector<uint8_t>;
 
 /// Under emulation (the 32-bit builds) everything is many times slower.
-constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
+constexpr unsigned scale = RIBKIT_EMULATED ? 1 : 10;
 
 ::testing::AssertionResult agrees(const message &c, std::span<const uint8_t> message) {
     const auto size = static_cast<uint32_t>(message.size());

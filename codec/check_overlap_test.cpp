@@ -99,7 +99,7 @@ class overlapping : public ::testing::Test {
 };
 
 TEST_F(overlapping, unicast_routes_are_refused_as_a_walk_one_by_one_refuses_them) {
-    constexpr unsigned rounds = sizeof(void *) == 4 ? 5000 : 100000;
+    constexpr unsigned rounds = RIBKIT_EMULATED ? 5000 : 100000;
     unsigned overlaps = 0;
     unsigned bad_hops = 0;
     for (unsigned round = 0; round < rounds; ++round) {
@@ -114,7 +114,7 @@ TEST_F(overlapping, unicast_routes_are_refused_as_a_walk_one_by_one_refuses_them
 }
 
 TEST_F(overlapping, unicast_routes_cut_short_anywhere_are_refused_there) {
-    for (unsigned round = 0; round < (sizeof(void *) == 4 ? 10 : 100); ++round) {
+    for (unsigned round = 0; round < (RIBKIT_EMULATED ? 10 : 100); ++round) {
         byte_vector bytes = message();
         while (!bytes.empty()) {
             bytes.pop_back();

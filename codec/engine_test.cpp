@@ -22,6 +22,11 @@ struct variant {
 constexpr kernel_table scalar_big = all_layouts::kernels<scalar, std::endian::big>();
 constexpr kernel_table scalar_little = all_layouts::kernels<scalar, std::endian::little>();
 
+#ifdef __aarch64__
+constexpr kernel_table neon_big = all_layouts::kernels<neon, std::endian::big>();
+constexpr kernel_table neon_little = all_layouts::kernels<neon, std::endian::little>();
+#endif
+
 std::vector<variant> variants() {
     std::vector<variant> all{{"scalar_big", &scalar_big, witness::order::big},
                              {"scalar_little", &scalar_little, witness::order::little}};
@@ -31,12 +36,16 @@ std::vector<variant> variants() {
         all.push_back({"avx2_little", &avx2_little_kernels, witness::order::little});
     }
 #endif
+#ifdef __aarch64__
+    all.push_back({"neon_big", &neon_big, witness::order::big});
+    all.push_back({"neon_little", &neon_little, witness::order::little});
+#endif
     return all;
 }
 
 class engine : public ::testing::TestWithParam<variant> {
   protected:
-    static constexpr unsigned rounds = sizeof(void *) == 4 ? 10 : 100;
+    static constexpr unsigned rounds = RIBKIT_EMULATED ? 10 : 100;
 
     /// Both directions of every message of the catalogue.
     static void for_each_converter(const std::function<void(const witness::subject &)> &examine) {

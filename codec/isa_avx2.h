@@ -1,155 +1,48 @@
-// The engine's steps as byte shuffles. Compiled with -mavx2, in one translation unit; every function is inlined there
-// or a template of `avx2`, so that none can be linked into a path that runs on a lesser processor.
+// Lanes of x86-64 with AVX2. Compiled with -mavx2, in one translation unit.
 #pragma once
 
-#include "codec/isa_scalar.h"
-#include "codec/window.h"
+#include "codec/isa_shuffles.h"
 
-#include <algorithm>
+#include <immintrin.h>
 
 namespace ribkit::codec {
 
-/// `Size` bytes of ones, then as many of zeros. Loaded from n bytes behind its start, it is a mask that keeps all but
-/// the last n bytes.
-template <size_t Size> struct sliding_mask {
-    struct ones_then_zeros {
-        std::array<uint8_t, 2 * Size> bytes{};
-        consteval ones_then_zeros() { std::fill_n(bytes.begin(), Size, uint8_t{0xff}); }
-    };
-    alignas(32) static constexpr ones_then_zeros mask{};
+template <> struct lane<16> {
+    using vector = __m128i;
+    [[gnu::always_inline]] static vector load(const uint8_t *at) {
+        return _mm_loadu_si128(reinterpret_cast<const vector *>(at));
+    }
+    [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
+        _mm_storeu_si128(reinterpret_cast<vector *>(at), v);
+    }
+    [[gnu::always_inline]] static vector shuffle(vector v, vector indices) { return _mm_shuffle_epi8(v, indices); }
+    [[gnu::always_inline]] static vector and_(vector a, vector b) { return _mm_and_si128(a, b); }
+    [[gnu::always_inline]] static vector or_(vector a, vector b) { return _mm_or_si128(a, b); }
 };
 
-struct avx2 {
-    /// A layout that the vector steps beat as a whole: a record, or a small entry with a bounded list at its end.
-    template <const layout &L> static constexpr bool has_shortcut() { return is_record(L) || is_capped(L); }
-
-    template <const layout &L, std::endian Order, bool Swaps>
-    [[gnu::always_inline]] static uint32_t shortcut(const uint8_t *src, uint8_t *dst,
-                                                    uint32_t (*rows)(const uint8_t *, uint8_t *)) {
-        constexpr const row &r = L.last();
-        const uint32_t count = read_count<Order>(r.count, src);
-        if constexpr (is_record(L)) {
-            return record<L, r.stride, Swaps>(src, dst, count);
-        } else if (count > r.bound) [[unlikely]] {
-            return rows(src, dst);
-        } else {
-            capped_image<L, Swaps>::convert(src, dst, count);
-            return L.size;
-        }
+/// The lower half of a lane<16>.
+template <> struct lane<8> : lane<16> {
+    [[gnu::always_inline]] static vector load(const uint8_t *at) {
+        return _mm_loadl_epi64(reinterpret_cast<const vector *>(at));
     }
-
-    template <bool Swaps> [[gnu::always_inline]] static void run(const uint8_t *src, uint8_t *dst, size_t n) {
-        const size_t size = 4 * n;
-        if (size >= 32) {
-            const auto last = swapped<32, Swaps>(src + size - 32);
-            middle<32, Swaps>(src, dst, 0, size - 32);
-            lane<32>::store(dst + size - 32, last);
-        } else if (size >= 16) {
-            ends<16, Swaps>(src, dst, size);
-        } else if (size >= 8) {
-            ends<8, Swaps>(src, dst, size);
-        } else {
-            scalar::run<Swaps>(src, dst, n);
-        }
-    }
-
-    template <uint32_t Bound, bool Swaps>
-    [[gnu::always_inline]] static void bounded(const uint8_t *src, uint8_t *dst, uint32_t n) {
-        constexpr uint32_t size = 4 * Bound;
-        if constexpr (size < 8 || size > 128) {
-            run<Swaps>(src, dst, n);
-            if (n < Bound) {
-                std::memset(dst + size_t{4} * n, 0, size_t{4} * (Bound - n));
-            }
-        } else if (n > Bound) {
-            run<Swaps>(src, dst, n);
-        } else {
-            image<all_words, 0, size, Swaps> list(src, dst);
-            list.mask(sliding_mask<size>::mask.bytes.data() + 4 * (Bound - n));
-            list.store(dst);
-        }
-    }
-
-    template <const layout &L, size_t Segment, bool Swaps>
-    [[gnu::always_inline]] static void fixed(const uint8_t *src, uint8_t *dst) {
-        constexpr segment s = segment_of(L, Segment);
-        if constexpr (is_windowed(L, s)) {
-            image<L, s.begin, s.end, Swaps>(src, dst).store(dst);
-        } else {
-            scalar::fixed<L, Segment, Swaps>(src, dst);
-        }
-    }
-
-  private:
-    static constexpr layout all_words{"words", 0, {}};
-
-    static constexpr bool is_word_list(const row &r) {
-        return r.kind == row_kind::list && is_words_only(*r.entry) && is_fixed(*r.entry) && r.stride == r.entry->size;
-    }
-    static constexpr size_t count_lists(const layout &l) {
-        size_t n = 0;
-        for (const row &r : l) {
-            n += is_list(r);
-        }
-        return n;
-    }
-    /// A fixed part and one open list of words.
-    static constexpr bool is_record(const layout &l) {
-        const row &last = l.last();
-        return count_lists(l) == 1 && is_word_list(last) && last.bound == 0 && l.size >= 16 && l.size <= 128;
-    }
-    /// A short entry that ends in its one bounded list of words.
-    static constexpr bool is_capped(const layout &l) {
-        const row &last = l.last();
-        return count_lists(l) == 1 && is_word_list(last) && last.stride == 4 && last.bound != 0 &&
-               last.count.where != count_in::constant && l.size >= 16 && l.size <= 128;
-    }
-    static constexpr bool is_windowed(const layout &l, segment s) {
-        for (size_t i = s.first; i < s.last; ++i) {
-            if (l[i].kind == row_kind::name) {
-                return false;
-            }
-        }
-        return s.end - s.begin >= 8 && s.end - s.begin <= 128;
-    }
-
-    template <size_t Width, bool Swaps> [[gnu::always_inline]] static auto swapped(const uint8_t *src) {
-        return window<all_words, 0, Width, Swaps>::load(src, src);
-    }
-
-    /// Whole lanes of words from `at` until they reach `end`; the last may pass it.
-    template <size_t Width, bool Swaps>
-    [[gnu::always_inline]] static void middle(const uint8_t *src, uint8_t *dst, size_t at, size_t end) {
-        for (; at < end; at += Width) {
-            lane<Width>::store(dst + at, swapped<Width, Swaps>(src + at));
-        }
-    }
-
-    /// Words that two lanes cover.
-    template <size_t Width, bool Swaps>
-    [[gnu::always_inline]] static void ends(const uint8_t *src, uint8_t *dst, size_t size) {
-        const auto first = swapped<Width, Swaps>(src);
-        const auto last = swapped<Width, Swaps>(src + size - Width);
-        lane<Width>::store(dst, first);
-        lane<Width>::store(dst + size - Width, last);
-    }
-
-    /// The record's last lane is words wherever it starts, but for what the fixed part then stores over it: so one with
-    /// few entries needs no branch, and nothing past its end is touched.
-    template <const layout &L, uint32_t Stride, bool Swaps>
-    [[gnu::always_inline]] static uint32_t record(const uint8_t *src, uint8_t *dst, uint32_t count) {
-        using head = image<L, 0, L.size, Swaps>;
-        constexpr size_t width = head::width;
-        const size_t last = L.size - width + size_t{Stride} * count;
-        const head fixed_part(src, dst);
-        const auto tail = swapped<width, Swaps>(src + last);
-        if (count > width / Stride) [[unlikely]] {
-            middle<width, Swaps>(src, dst, L.size, last);
-        }
-        lane<width>::store(dst + last, tail);
-        fixed_part.store(dst);
-        return L.size + Stride * count;
+    [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
+        _mm_storel_epi64(reinterpret_cast<vector *>(at), v);
     }
 };
+
+template <> struct lane<32> {
+    using vector = __m256i;
+    [[gnu::always_inline]] static vector load(const uint8_t *at) {
+        return _mm256_loadu_si256(reinterpret_cast<const vector *>(at));
+    }
+    [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
+        _mm256_storeu_si256(reinterpret_cast<vector *>(at), v);
+    }
+    [[gnu::always_inline]] static vector shuffle(vector v, vector indices) { return _mm256_shuffle_epi8(v, indices); }
+    [[gnu::always_inline]] static vector and_(vector a, vector b) { return _mm256_and_si256(a, b); }
+    [[gnu::always_inline]] static vector or_(vector a, vector b) { return _mm256_or_si256(a, b); }
+};
+
+struct avx2 : byte_shuffles<avx2> {};
 
 } // namespace ribkit::codec

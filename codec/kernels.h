@@ -6,6 +6,9 @@
 #include "codec/messages/query.h"
 #include "codec/messages/route.h"
 #include "codec/odd.h"
+#ifdef __aarch64__
+#include "codec/isa_neon.h"
+#endif
 
 #include <type_traits>
 
@@ -55,7 +58,12 @@ extern const kernel_table avx2_kernels;
 /// The table in use; the scalar one until the program has been loaded, so that no call can come too early.
 [[gnu::visibility("hidden")]] extern const kernel *active_kernels;
 #else
-inline constexpr kernel_table only_kernels = all_layouts::kernels<scalar>();
+#ifdef __aarch64__
+using only_set = neon;
+#else
+using only_set = scalar;
+#endif
+inline constexpr kernel_table only_kernels = all_layouts::kernels<only_set>();
 inline constexpr const kernel *active_kernels = only_kernels.data();
 #endif
 

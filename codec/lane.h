@@ -1,49 +1,13 @@
-// A register's worth of bytes: 8, 16 or 32 of them loaded, shuffled, combined and stored. For x86-64 with AVX2 only.
+// A register's worth of bytes: 8, 16 or 32 of them loaded, shuffled within each 16, combined and stored. Each
+// instruction set that is made of them specialises the lanes (isa_avx2.h, isa_neon.h).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <immintrin.h>
 
 namespace ribkit::codec {
 
 template <size_t Width> struct lane;
-
-template <> struct lane<16> {
-    using vector = __m128i;
-    [[gnu::always_inline]] static vector load(const uint8_t *at) {
-        return _mm_loadu_si128(reinterpret_cast<const vector *>(at));
-    }
-    [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
-        _mm_storeu_si128(reinterpret_cast<vector *>(at), v);
-    }
-    [[gnu::always_inline]] static vector shuffle(vector v, vector indices) { return _mm_shuffle_epi8(v, indices); }
-    [[gnu::always_inline]] static vector and_(vector a, vector b) { return _mm_and_si128(a, b); }
-    [[gnu::always_inline]] static vector or_(vector a, vector b) { return _mm_or_si128(a, b); }
-};
-
-/// The lower half of a lane<16>.
-template <> struct lane<8> : lane<16> {
-    [[gnu::always_inline]] static vector load(const uint8_t *at) {
-        return _mm_loadl_epi64(reinterpret_cast<const vector *>(at));
-    }
-    [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
-        _mm_storel_epi64(reinterpret_cast<vector *>(at), v);
-    }
-};
-
-template <> struct lane<32> {
-    using vector = __m256i;
-    [[gnu::always_inline]] static vector load(const uint8_t *at) {
-        return _mm256_loadu_si256(reinterpret_cast<const vector *>(at));
-    }
-    [[gnu::always_inline]] static void store(uint8_t *at, vector v) {
-        _mm256_storeu_si256(reinterpret_cast<vector *>(at), v);
-    }
-    [[gnu::always_inline]] static vector shuffle(vector v, vector indices) { return _mm256_shuffle_epi8(v, indices); }
-    [[gnu::always_inline]] static vector and_(vector a, vector b) { return _mm256_and_si256(a, b); }
-    [[gnu::always_inline]] static vector or_(vector a, vector b) { return _mm256_or_si256(a, b); }
-};
 
 /// The widest lane that fits `size` bytes.
 constexpr size_t lane_width(size_t size) { return size >= 32 ? 32 : size >= 16 ? 16 : 8; }

@@ -1,7 +1,6 @@
 // A layout's bytes as windows of a register's width: which byte goes where is a constant of each window, so that a
 // window is one load, one shuffle and one store, whatever mixture of words, bytes and forced zeros it holds. Windows
-// may overlap: all are loaded before the first is stored, which also makes conversion in place safe. For x86-64 with
-// AVX2 only.
+// may overlap: all are loaded before the first is stored, which also makes conversion in place safe.
 #pragma once
 
 #include "codec/lane.h"

@@ -14,7 +14,7 @@ namespace {
 
 using namespace ribkit::witness;
 
-constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
+constexpr unsigned scale = RIBKIT_EMULATED ? 1 : 10;
 constexpr order native = std::endian::native == std::endian::little ? order::little : order::big;
 
 // --- Readers

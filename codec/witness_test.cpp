@@ -15,7 +15,7 @@ using ribkit::codec::messages;
 
 constexpr order native = std::endian::native == std::endian::little ? order::little : order::big;
 /// Under emulation (the 32-bit builds) everything is many times slower.
-constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
+constexpr unsigned scale = RIBKIT_EMULATED ? 1 : 10;
 
 const std::vector<golden> &goldens() {
     static const std::vector<golden> all = load_goldens(RIBKIT_SOURCE_DIR "/codec/witness/golden");

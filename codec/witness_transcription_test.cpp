@@ -9,7 +9,7 @@ namespace {
 
 using namespace ribkit::witness;
 
-constexpr unsigned scale = sizeof(void *) == 4 ? 1 : 10;
+constexpr unsigned scale = RIBKIT_EMULATED ? 1 : 10;
 
 const std::map<std::string, std::vector<transcribed>> &layouts() {
     static const auto all = load_transcription(RIBKIT_SOURCE_DIR "/codec/witness/transcription.txt");

@@ -16,7 +16,7 @@ using namespace ribkit::fuzz;
 using ribkit::testing::guarded;
 
 /// Under emulation (the 32-bit builds) everything is many times slower.
-constexpr size_t scale = sizeof(void *) == 4 ? 1 : 10;
+constexpr size_t scale = RIBKIT_EMULATED ? 1 : 10;
 
 /// @return whether the bytes were accepted; then they have been opened
 bool tried(const opener &how, std::span<const uint8_t> bytes) {

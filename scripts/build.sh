@@ -21,8 +21,16 @@ build() {
 configure_and_compile() {
     local preset=$1
     shift
+    toolchain_is_there "$preset" || options+=(--fresh)
     configured "$preset" || cmake --preset "$preset" "${options[@]}" || return
     cmake --build --preset "$preset" ${1:+--target "$@"}
+}
+
+# A folder that was configured with a toolchain file which has gone since cannot be configured again.
+toolchain_is_there() {
+    local toolchain
+    toolchain=$(sed -n 's/^include("\(.*\)")$/\1/p' "build/$1"/CMakeFiles/*/CMakeSystem.cmake 2>/dev/null) || true
+    [[ ! $toolchain || -f $toolchain ]]
 }
 
 # Nothing has changed since that the build itself does not notice: the options, the presets, the packages that are there.

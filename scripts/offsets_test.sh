@@ -7,7 +7,7 @@ cd "$1"
 [[ -f codec/view.h ]] || { echo "no sources in $1"; exit 1; }
 
 # Where numbers meet bytes, and formats that are no messages.
-apart='^(codec/(bytes|isa_avx2|isa_scalar|size|view|writer)\.h' # what layouts are made of
+apart='^(codec/(bytes|isa_scalar|isa_shuffles|size|view|writer)\.h' # what layouts are made of
 apart+='|decode/numbers\.h'                            # layouts that are known at run time
 apart+='|mem/(bitmap|buddy_twin|image_check)\.cpp'     # bitmaps, saved images
 apart+='|platform/(nats_arrivals|nats_transport|unix_packet)\.cpp' # what travels in front of a message

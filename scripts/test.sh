@@ -2,7 +2,7 @@
 
 test_presets=(release asan tsan ppc32 fuzz)
 # What seldom finds what those have not found: part of 'test all', and when asked for.
-more_presets=(clang)
+more_presets=(clang arm64 s390x i686 riscv64)
 short_fuzzing=10
 
 # Adds up what ctest says of every preset, and ends with one line for all; in front of it the names of what failed, whose
@@ -23,13 +23,24 @@ run_tests() {
             refuse "there is no preset '$preset' to test: ${test_presets[*]}, ${more_presets[*]}, debug; or fresh"
     done
     ((${#presets[@]})) || presets=("${test_presets[@]}")
-    need "the test suite" "${test_packages[@]}"
+    need "the test suite" "${test_packages[@]}" $(compilers_for "${presets[@]}")
     for preset in "${presets[@]}"; do
         if [[ $preset == fuzz ]]; then test_by_fuzzing; else test_preset "$preset"; fi
     done
     ((!${#failures[@]})) || printf 'failed: %s\n' "${failures[@]}"
     echo "$passed passed, ${#failures[@]} failed"
     ((!${#failures[@]}))
+}
+
+# compilers_for PRESET...: the packages of the cross compilers that the suite does not need every time.
+compilers_for() {
+    local preset
+    for preset; do
+        case $preset in
+            arm64) echo g++-aarch64-linux-gnu ;;
+            s390x | i686 | riscv64) echo "g++-$preset-linux-gnu" ;;
+        esac
+    done
 }
 
 test_preset() {
