@@ -29,6 +29,12 @@ bool is_sound(uint32_t table, const naive_path &path) {
 
 bool is_same(const naive_path &a, const naive_path &b) { return a.fixed == b.fixed && a.ways == b.ways; }
 
+word_list joined(uint32_t vsan, const word_list &key) {
+    word_list all{vsan};
+    all.insert(all.end(), key.begin(), key.end());
+    return all;
+}
+
 constexpr uint32_t with_paths = 0x1 | 0x2 | 0x20 | 0x200;
 
 } // namespace
@@ -60,7 +66,7 @@ bool naive_fib::is_covered(const naive_update &asked, bool merges) const {
 void naive_fib::name(const naive_update &asked, bool merges, const word_list &key) {
     for (going &one : going_) {
         if (one.merges == merges && one.table == asked.table && (one.vsan == 0 || one.vsan == asked.vsan)) {
-            one.named.emplace(asked.vsan, key);
+            one.named.insert(joined(asked.vsan, key));
         }
     }
 }
@@ -99,7 +105,9 @@ uint32_t naive_fib::put(const naive_update &asked, const naive_path &path) {
     if (entry *held = find(asked, path.key); held != nullptr) {
         held->is = path;
     } else {
-        const auto count = [this](auto which) { return std::count_if(entries_.begin(), entries_.end(), which); };
+        const auto count = [this](auto which) {
+            return static_cast<uint32_t>(std::count_if(entries_.begin(), entries_.end(), which));
+        };
         if (count([&](const entry &one) { return one.table == asked.table; }) >= most_.entries[asked.table]) {
             return 0x4052000b;
         }
@@ -149,7 +157,7 @@ uint32_t naive_fib::end_merge(const naive_update &asked, uint32_t &accepted) {
     }
     accepted = static_cast<uint32_t>(std::erase_if(entries_, [&](const entry &one) {
         return one.table == asked.table && (asked.vsan == 0 || one.vsan == asked.vsan) &&
-               !ended->named.contains({one.vsan, one.is.key});
+               !ended->named.contains(joined(one.vsan, one.is.key));
     }));
     going_.erase(going_.begin() + (ended - going_.data()));
     return 0;
@@ -164,13 +172,12 @@ uint32_t naive_fib::end_comparison(const naive_update &asked, uint32_t &accepted
     for (const entry &one : entries_) {
         if (one.table == asked.table && (asked.vsan == 0 || one.vsan == asked.vsan)) {
             accepted++;
-            if (!ended->named.contains({one.vsan, one.is.key})) {
-                extra.push_back({one.vsan});
-                extra.back().insert(extra.back().end(), one.is.key.begin(), one.is.key.end());
+            if (!ended->named.contains(joined(one.vsan, one.is.key))) {
+                extra.push_back(joined(one.vsan, one.is.key));
             }
         }
     }
-    std::sort(extra.begin(), extra.end());
+    std::sort(extra.begin(), extra.end(), by_words());
     for (const word_list &key : extra) {
         faults.push_back(0x10);
         faults.insert(faults.end(), key.begin(), key.end());
@@ -249,8 +256,7 @@ std::vector<word_list> naive_fib::all(uint32_t table) const {
     std::vector<word_list> all;
     for (const entry &one : entries_) {
         if (one.table == table) {
-            word_list line{one.vsan};
-            line.insert(line.end(), one.is.key.begin(), one.is.key.end());
+            word_list line = joined(one.vsan, one.is.key);
             line.insert(line.end(), one.is.fixed.begin(), one.is.fixed.end());
             for (const word_list &way : one.is.ways) {
                 line.insert(line.end(), way.begin(), way.end());
@@ -258,7 +264,7 @@ std::vector<word_list> naive_fib::all(uint32_t table) const {
             all.push_back(line);
         }
     }
-    std::sort(all.begin(), all.end());
+    std::sort(all.begin(), all.end(), by_words());
     return all;
 }
 

@@ -2,15 +2,22 @@
 // shares nothing with it but numbers.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace ribkit::fib {
 
 using word_list = std::vector<uint32_t>;
+
+/// The order of lists: of big-endian machines gcc 12 compares too few of their bytes with <.
+struct by_words {
+    bool operator()(const word_list &a, const word_list &b) const {
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
+    }
+};
 
 /// What is asked, number by number.
 struct naive_path {
@@ -58,7 +65,7 @@ class naive_fib {
         bool merges;
         uint32_t table;
         uint32_t vsan;
-        std::set<std::pair<uint32_t, word_list>> named;
+        std::set<word_list, by_words> named; ///< VSAN and key
     };
 
     uint32_t refusal(const naive_update &asked);

@@ -144,7 +144,7 @@ template <class Kind> std::vector<word_list> all_of(const state &fib) {
         line.insert(line.end(), ways.begin(), ways.end());
         all.push_back(line);
     }
-    std::sort(all.begin(), all.end());
+    std::sort(all.begin(), all.end(), by_words());
     return all;
 }
 
