@@ -116,7 +116,9 @@ uint32_t naive_fib::put(const naive_update &asked, const naive_path &path) {
         }
         entries_.push_back({asked.table, asked.vsan, path});
     }
-    name(asked, true, path.key);
+    if (asked.oper == 0x20) {
+        name(asked, true, path.key);
+    }
     name(asked, false, path.key);
     return 0;
 }
@@ -186,6 +188,17 @@ uint32_t naive_fib::end_comparison(const naive_update &asked, uint32_t &accepted
     return 0;
 }
 
+/// A merge has not named what was removed since.
+void naive_fib::forget_gone() {
+    for (going &one : going_) {
+        std::erase_if(one.named, [&](const word_list &named) {
+            return one.merges && std::none_of(entries_.begin(), entries_.end(), [&](const entry &held) {
+                       return held.table == one.table && joined(held.vsan, held.is.key) == named;
+                   });
+        });
+    }
+}
+
 word_list naive_fib::update(const naive_update &asked) {
     uint32_t result = refusal(asked);
     const uint32_t refused = result;
@@ -232,6 +245,7 @@ word_list naive_fib::update(const naive_update &asked) {
         }
         loaded_ = loaded_ || (!any_going(true) && (asked.oper == 0x1 || (asked.oper == 0x40 && result == 0)));
     }
+    forget_gone();
     word_list answer{result, accepted};
     answer.insert(answer.end(), faults.begin(), faults.end());
     return answer;

@@ -76,6 +76,7 @@ class naive_fib {
     void begin(const naive_update &asked, bool merges);
     uint32_t end_merge(const naive_update &asked, uint32_t &accepted);
     uint32_t end_comparison(const naive_update &asked, uint32_t &accepted, word_list &faults);
+    void forget_gone();
     going *find_going(const naive_update &asked, bool merges);
     [[nodiscard]] bool is_covered(const naive_update &asked, bool merges) const;
     void name(const naive_update &asked, bool merges, const word_list &key);

@@ -63,9 +63,10 @@ TEST_F(fib_state, a_merge_leaves_what_it_named) {
     EXPECT_EQ(fib.now(), model::fib_state::loading);
     rib.send(FIB_OPER_MERGE, {{domain(2), {}}});
     rib.send(FIB_OPER_UPDATE, {{domain(3), {}}});
-    EXPECT_EQ(rib.send(FIB_OPER_END_MERGE).said, (model::fib_answer{RIB_OK, FIB_OPER_END_MERGE, vsan, 1, 5}));
+    EXPECT_EQ(rib.send(FIB_OPER_END_MERGE).said, (model::fib_answer{RIB_OK, FIB_OPER_END_MERGE, vsan, 2, 5}))
+        << "an update names nothing";
     EXPECT_EQ(fib.now(), model::fib_state::active);
-    EXPECT_EQ(fib.entries<unicast>().count(), 2U);
+    EXPECT_EQ(fib.entries<unicast>().count(), 1U);
     EXPECT_EQ(rib.send(FIB_OPER_END_MERGE).said.result, RIB_NO_ENTRY) << "none has begun";
 }
 

@@ -13,13 +13,13 @@ template <class Kind> typename table<Kind>::place table<Kind>::seek(const key &w
     return is_before_next && is_behind_last ? next_ : entries_.lower_bound(where);
 }
 
-template <class Kind> uint32_t table<Kind>::put(const key &where, const values &what) {
+template <class Kind> uint32_t table<Kind>::put(const key &where, const values &what, bool names) {
     if (!Kind::is_sound(where, what)) {
         return RIB_BAD_PARAMETERS;
     }
     const place at = seek(where);
     if (at == entries_.end() || !(at->first == where)) {
-        return open(at, where, what);
+        return open(at, where, what, names);
     }
     try {
         at->second.words.assign(Kind::words_of(what));
@@ -27,13 +27,13 @@ template <class Kind> uint32_t table<Kind>::put(const key &where, const values &
         return RIB_OUT_OF_MEMORY;
     }
     at->second.what = Kind::fixed_of(what);
-    at->second.merged = merges.current();
+    at->second.merged = names ? merges.current() : at->second.merged;
     at->second.compared = comparisons.current();
     next_ = std::next(at);
     return RIB_OK;
 }
 
-template <class Kind> uint32_t table<Kind>::open(place hint, const key &where, const values &what) {
+template <class Kind> uint32_t table<Kind>::open(place hint, const key &where, const values &what, bool names) {
     if (entries_.size() >= most_) {
         return RIB_HW_FULL;
     }
@@ -41,7 +41,7 @@ template <class Kind> uint32_t table<Kind>::open(place hint, const key &where, c
         return result;
     }
     try {
-        entry made{Kind::fixed_of(what), merges.current(), comparisons.current(), {}};
+        entry made{Kind::fixed_of(what), names ? merges.current() : 0, comparisons.current(), {}};
         made.words.assign(Kind::words_of(what));
         next_ = std::next(entries_.emplace_hint(hint, where, std::move(made)));
         return RIB_OK;

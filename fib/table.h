@@ -35,7 +35,8 @@ template <class Kind> class table {
 
     /// Adds an entry, or puts it in place of that of its key. @return 0; RIB_BAD_PARAMETERS where there can be none
     /// such; RIB_HW_FULL, RIB_VSAN_TCAM_FULL or RIB_OUT_OF_MEMORY
-    uint32_t put(const key &where, const values &what);
+    /// @param names whether a merge that goes on has named it
+    uint32_t put(const key &where, const values &what, bool names);
     /// Removes an entry, where it is there.
     void remove(const key &where);
     /// Removes the entries of a VSAN, or all of them for VSAN 0. @return how many
@@ -62,7 +63,7 @@ template <class Kind> class table {
     using place = typename entries::iterator;
 
     place seek(const key &where);
-    uint32_t open(place hint, const key &where, const values &what);
+    uint32_t open(place hint, const key &where, const values &what, bool names);
     place erase(place gone);
     template <class Which> uint32_t remove_where(uint32_t vsan, Which which);
     [[nodiscard]] place first_of(uint32_t vsan);

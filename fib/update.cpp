@@ -90,7 +90,7 @@ template <class Kind> uint32_t update_work<Kind>::take_one(const key &where, con
     case task::compare:
         return compare(where, what);
     default:
-        return table_.put(where, what);
+        return table_.put(where, what, task_ == task::merge);
     }
 }
 

@@ -76,11 +76,14 @@ inline constexpr meaning_row fib_operations[] = {
     {0x4, "All entries of the VSAN's table are removed; of VSAN 0 those of every VSAN. Without paths.",
      "how many entries there were"},
     {0x10,
-     "A merge begins: what is named from now on stays. Without paths. VSAN 0 is every VSAN. One that goes on already "
+     "A merge begins: what it names stays. Without paths. VSAN 0 is every VSAN. One that goes on already "
      "begins again.",
      "none", "the module is loading"},
-    {0x20, "As \"update\", between begin and end of a merge only; else \"no entry\".", "how many paths took effect"},
-    {0x40, "The merge ends: entries that were not named are removed. Without paths. \"no entry\" where none has begun.",
+    {0x20, "As \"update\", and names the entries. Between begin and end of a merge only; else \"no entry\".",
+     "how many paths took effect"},
+    {0x40,
+     "The merge ends: entries that no \"merge\" has named are removed. Without paths. \"no entry\" where none has "
+     "begun.",
      "how many entries were removed", "behind the last merge the module is active"},
     {0x100, "A comparison begins. Without paths. VSAN 0 is every VSAN.", "none", "the module is verifying"},
     {0x200, "Each path is compared with the entry of its key; nothing changes. \"no entry\" where none has begun.",
