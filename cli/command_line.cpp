@@ -3,6 +3,7 @@
 
 #include "base/input_error.h"
 #include "base/text.h"
+#include "catalogue/wire_digest.h"
 #include "cli/command.h"
 #include "cli/command_output.h"
 #include "cli/options.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -53,6 +55,13 @@ base::input_error usage_error(const CLI::App &app, const CLI::ParseError &error,
     return base::input_error(base::joined(name, ": ", what.substr(0, what.find('\n')), " (see ", name, " --help)"));
 }
 
+/// The version, and the digest of what its messages look like.
+std::string version_text() {
+    char digest[9];
+    std::snprintf(digest, sizeof digest, "%08x", catalogue::wire_digest());
+    return base::joined("ribkit ", RIBKIT_VERSION, " (messages ", digest, ")");
+}
+
 struct parsed_line {
     CLI::App app{"Routing information base of a Fibre Channel fabric, off the switch", "ribkit"};
     const command *chosen = nullptr;
@@ -61,7 +70,7 @@ struct parsed_line {
 
 void declare(parsed_line &line, const words &given) {
     line.app.require_subcommand(1);
-    line.app.set_version_flag("--version", "ribkit " RIBKIT_VERSION);
+    line.app.set_version_flag("--version", version_text());
     line.app.footer("ribkit COMMAND --help says what a command takes, with an example and its exit codes.");
     for (const command &c : commands()) {
         CLI::App *sub = line.app.add_subcommand(c.name, c.description);

@@ -13,6 +13,12 @@ testing::outcome run_into(const std::string &output, const std::string &argument
     return testing::run_command(arguments + " 2>&1 >" + output);
 }
 
+/// The kept digest of all messages: the last word of the list of fingerprints.
+std::string all_wire_formats() {
+    const std::string kept = file_content("codec/fingerprints.txt");
+    return kept.substr(kept.size() - 9, 8);
+}
+
 } // namespace
 
 TEST(main, output_that_is_lost_is_one_line_and_a_failure) {
@@ -56,7 +62,7 @@ TEST(main, inputs_without_end_or_reason_are_refused) {
 TEST(main, says_its_version) {
     const testing::outcome run = testing::run_command("--version");
     EXPECT_EQ(run.exit_code, 0);
-    EXPECT_EQ(run.output, "ribkit " RIBKIT_VERSION "\n");
+    EXPECT_EQ(run.output, "ribkit " RIBKIT_VERSION " (messages " + all_wire_formats() + ")\n");
 }
 
 TEST(main, every_help_has_an_example_that_runs_and_the_exit_codes) {

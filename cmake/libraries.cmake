@@ -2,7 +2,9 @@
 set_property(DIRECTORY ${CMAKE_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/exports.txt)
 file(STRINGS ${CMAKE_SOURCE_DIR}/exports.txt exports REGEX "^[a-zA-Z]")
 list(JOIN exports ";\n    " exported)
-file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/ribkit.map CONTENT "{\nglobal:\n    @exported@;\nlocal:\n    *;\n};\n" @ONLY)
+# Every exported name carries the interface that it belongs to, which changes with the library's own name (SOVERSION).
+set(ribkit_symbols RIBKIT_0)
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/ribkit.map CONTENT "${ribkit_symbols} {\nglobal:\n    @exported@;\nlocal:\n    *;\n};\n" @ONLY)
 
 add_library(ribkit SHARED $<TARGET_OBJECTS:ribkit_objects>)
 add_library(ribkit_static STATIC $<TARGET_OBJECTS:ribkit_objects>)
