@@ -9,10 +9,10 @@
 #include "rib_wrap.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
+#include "testing/fault_script.h"
 
 #include <gtest/gtest.h>
 #include <optional>
-#include <unistd.h>
 
 namespace ribkit::fib {
 namespace {
@@ -57,6 +57,15 @@ class played_rib {
             heard = hear();
         }
         return heard;
+    }
+
+    /// The module's next record is not answered. @return when it came, in microseconds
+    uint64_t ignore() {
+        const qip_recv_opts opts{{QIP_RECV_INCOMING, 0, generous}};
+        qip_ref ref{};
+        EXPECT_EQ(qip_recv(handle_.number(), &ref, &opts), 0);
+        qip_drop(handle_.number(), &ref);
+        return qip_now();
     }
 
     bytes ask(uint32_t opcode, std::span<const uint8_t> message, uint32_t number = 1) {
@@ -247,6 +256,21 @@ TEST(modules, wait_for_a_rib_that_comes_later) {
     played_rib rib(url);
     EXPECT_EQ(rib.hear().instance, 9U);
     rib.hear_until(fib_state::ready);
+}
+
+TEST(modules, that_are_not_answered_tell_the_rib_again) {
+    const testing::fault_script script("clock virtual\n");
+    const std::string url = fresh_url();
+    played_rib rib(url);
+    const fib_service service(url, {});
+    rib.hear_until(fib_state::ready); // behind records that came while nobody listened
+    const uint64_t known = qip_now();
+    const uint64_t again = rib.ignore();
+    EXPECT_GE(again - known, 9'900'000U) << "now and then, since the RIB may have forgotten";
+    EXPECT_EQ(rib.hear().state, fib_state::isolated);
+    EXPECT_GE(qip_now() - again, 6'000'000U) << "5 s for the answer, and a pause";
+    EXPECT_LT(qip_now() - again, 7'000'000U);
+    EXPECT_EQ(rib.hear().state, fib_state::ready);
 }
 
 TEST(modules, that_are_slow_stop_at_once) {
