@@ -13,7 +13,8 @@ namespace ribkit::fib {
 using word_list = std::vector<uint32_t>;
 
 /// The order of lists: of big-endian machines gcc 12 compares too few of their bytes with <.
-struct by_words {
+class by_words {
+  public:
     bool operator()(const word_list &a, const word_list &b) const {
         return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
     }
