@@ -80,7 +80,9 @@ template <class Table> class route_client {
     /// Somebody else has heard that the RIB has started anew.
     void suppose_start();
 
-    /// For whoever waits otherwise: registers again where it is time. Throws link_closed.
+    /// Registers again where it is time, as converge does. Throws no_answer and link_closed.
+    void keep_registered();
+    /// The same for whoever waits: a RIB that does not answer hears it later. Throws link_closed.
     void stay_registered();
 
     /// Ends whatever another thread waits for here.
@@ -115,7 +117,6 @@ template <class Table> class route_client {
     void note_refused(uint32_t vsan, const protocol::fcurt_response &response, std::span<const change> changes);
     void read(uint32_t vsan);
     void settle(uint32_t vsan, const own_table<Table> &after);
-    void keep_registered();
     [[nodiscard]] bool registers_now() const;
     void say_alive();
     static void trace(std::span<const uint8_t> update);

@@ -188,13 +188,18 @@ void fabric::add_link(const link_text &text, uint32_t line) {
     links_.push_back(std::move(link));
 }
 
+std::optional<size_t> fabric::link_at(const fabric_port &port) const {
+    const auto found = link_by_port_.find({port.owner, port.if_index});
+    return found == link_by_port_.end() ? std::nullopt : std::optional(found->second);
+}
+
 size_t fabric::find_link(std::string_view end, uint32_t line) const {
     const fabric_port port = parse_port(end, "link of", line);
-    const auto found = link_by_port_.find({port.owner, port.if_index});
-    if (found == link_by_port_.end()) {
+    const auto found = link_at(port);
+    if (!found) {
         throw base::line_error(line, base::joined(port_text(port), " has no link"));
     }
-    return found->second;
+    return *found;
 }
 
 void fabric::add_event(std::chrono::milliseconds at, std::string_view link_end, std::optional<bool> up,
@@ -205,7 +210,15 @@ void fabric::add_event(std::chrono::milliseconds at, std::string_view link_end, 
     if (cost) {
         check_range("cost", *cost, largest_cost, line);
     }
-    const fabric_event event{at, find_link(link_end, line), up, cost};
+    insert({at, find_link(link_end, line), up, cost});
+}
+
+void fabric::add_event(const fabric_event &event, uint32_t line) {
+    declared.check(*this, event, line);
+    insert(event);
+}
+
+void fabric::insert(const fabric_event &event) {
     const auto later = std::upper_bound(events_.begin(), events_.end(), event,
                                         [](const auto &a, const auto &b) { return a.at < b.at; });
     events_.insert(later, event);
@@ -221,7 +234,10 @@ void fabric::set_local(const std::string &switch_name, uint32_t line) {
 }
 
 void fabric::apply(const fabric_event &event) {
-    fabric_link &link = links_[event.link];
+    if (event.subject != event_subject::link) {
+        return declared.apply(event);
+    }
+    fabric_link &link = links_[event.index];
     link.up = event.up.value_or(link.up);
     link.cost = event.cost.value_or(link.cost);
 }

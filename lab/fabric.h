@@ -2,6 +2,7 @@
 // links while the lab runs. What is added is checked against what is there already.
 #pragma once
 
+#include "lab/declarations.h"
 #include "model/system.h"
 #include "rib/rib_spaces.h"
 #include "rib/service/rib_policy.h"
@@ -35,13 +36,6 @@ struct fabric_switch {
     uint32_t line;
 };
 
-/// One end of a link.
-struct fabric_port {
-    size_t owner; ///< index of the switch
-    std::string name;
-    uint32_t if_index;
-};
-
 struct fabric_link {
     std::array<fabric_port, 2> ends;
     uint32_t cost;
@@ -60,25 +54,35 @@ struct link_text {
     std::vector<uint32_t> vsans;
 };
 
-/// At a moment of the run a link goes down, comes up, or costs something else.
+/// What an event happens to.
+enum class event_subject : uint8_t { link, static_route, group, label, distance };
+
+/// At a moment of the run a link goes down, comes up, or costs something else; a declared route is added, changed or
+/// withdrawn; a client's distance becomes another one.
 struct fabric_event {
     std::chrono::milliseconds at;
-    size_t link;
+    size_t index; ///< of the link or the declared route; of a distance, the client
     std::optional<bool> up;
-    std::optional<uint32_t> cost;
+    std::optional<uint32_t> cost; ///< of a link or a static route; the distance
+    event_subject subject = event_subject::link;
+    std::optional<fabric_port> joins{}, leaves{}; ///< of a group
 };
 
 /// Every add_ takes the line where its argument stands, and throws a line_error that says what is wrong with it.
 class fabric {
   public:
     std::string name;
-    rib::rib_policy policy; ///< of its RIB
+    rib::rib_policy policy;           ///< of its RIB
+    declarations declared;            ///< routes beside those of the shortest paths
+    std::vector<std::string> roles{}; ///< of its clients, by name; none: those that it needs
 
     void add_vsan(fabric_vsan vsan, uint32_t line);
     void add_switch(const std::string &switch_name, uint32_t domain, uint32_t line);
     void add_link(const link_text &text, uint32_t line); ///< after the VSANs and switches
     void add_event(std::chrono::milliseconds at, std::string_view link_end, std::optional<bool> up,
                    std::optional<uint32_t> cost, uint32_t line); ///< after the links; kept in the order of time
+    /// Another event, whose subject is declared.
+    void add_event(const fabric_event &event, uint32_t line);
     void set_local(const std::string &switch_name, uint32_t line);
 
     /// After the VSANs; what is not given is what they can need at most.
@@ -100,16 +104,22 @@ class fabric {
     [[nodiscard]] const fabric_switch &local() const { return switches_[local_]; }
     [[nodiscard]] size_t local_index() const { return local_; }
 
-    /// The link as it is after the event.
+    /// The fabric as it is after the event.
     void apply(const fabric_event &event);
+
+    /// An interface of a switch, written "SWITCH INTERFACE". Throws a line_error.
+    /// @param what it is for, as the error calls it
+    [[nodiscard]] fabric_port parse_port(std::string_view text, const char *what, uint32_t line) const;
+    /// The link of an interface; none where it has none.
+    [[nodiscard]] std::optional<size_t> link_at(const fabric_port &port) const;
 
     [[nodiscard]] std::string port_text(const fabric_port &port) const; ///< "edge-1 fc1/1"
     [[nodiscard]] std::string link_name(const fabric_link &link) const; ///< "edge-1 fc1/1 - core-1 fc1/2"
 
   private:
-    [[nodiscard]] fabric_port parse_port(std::string_view text, const char *what, uint32_t line) const;
     [[nodiscard]] std::vector<uint32_t> checked_vsans(const std::vector<uint32_t> &ids, uint32_t line) const;
     [[nodiscard]] size_t find_link(std::string_view end, uint32_t line) const;
+    void insert(const fabric_event &event);
 
     std::vector<fabric_vsan> vsans_;
     std::vector<fabric_switch> switches_;

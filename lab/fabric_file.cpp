@@ -5,6 +5,7 @@
 #include "base/input_error.h"
 #include "base/input_file.h"
 #include "base/text.h"
+#include "lab/declared_file.h"
 #include "lab/nesting.h"
 #include "lab/policy_file.h"
 #include "lab/table_reader.h"
@@ -47,12 +48,17 @@ void read_event(fabric &result, const table_reader &table) {
         throw base::line_error(table.line("at"),
                                base::joined('"', at, "\" is no time: \"3s\", \"250ms\" and \"1.5m\" are, up to 1440m"));
     }
+    if (names_declaration(table)) {
+        return read_declared_event(result, *moment, table);
+    }
+    table.refuse_beside("link", {"join", "leave", "distance"});
     result.add_event(*moment, table.text("link"), table.state("state"), table.optional_number("cost"), table.line());
 }
 
 fabric read_fabric(const toml::table &document, const std::string &file) {
     const table_reader top(document, "the file",
-                           {"name", "local", "vsan", "switch", "link", "event", "rib", "quota", "who"});
+                           {"name", "local", "roles", "vsan", "switch", "link", "static", "group", "label", "distance",
+                            "event", "rib", "quota", "who"});
     fabric result;
     result.name = top.text("name", file);
     top.each("vsan", {"id", "name", "state", "balance", "in_order", "latency"}, [&](const table_reader &table) {
@@ -69,7 +75,11 @@ fabric read_fabric(const toml::table &document, const std::string &file) {
     }
     top.each("link", {"ends", "cost", "state", "vsans"}, [&](const table_reader &table) { read_link(result, table); });
     result.set_local(top.text("local"), top.line("local"));
-    top.each("event", {"at", "link", "state", "cost"}, [&](const table_reader &table) { read_event(result, table); });
+    read_declarations(result, top);
+    read_roles(result, top);
+    top.each("event",
+             {"at", "link", "static", "group", "label", "client", "state", "cost", "join", "leave", "distance"},
+             [&](const table_reader &table) { read_event(result, table); });
     result.policy = read_policy(top);
     return result;
 }

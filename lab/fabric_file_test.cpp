@@ -191,8 +191,8 @@ TEST(fabric_file, an_unknown_key_is_named_with_its_line) {
     EXPECT_EQ(complaint("[[switch]]\nname = \"c\"\ndomian = 3\n"),
               "f.toml:18: unknown key \"domian\" in [[switch]], which knows name, domain");
     EXPECT_EQ(complaint("[switches]\n"), "f.toml:16: unknown key \"switches\" in the file, which knows name, local, "
-                                         "vsan, switch, link, event, rib, quota, "
-                                         "who");
+                                         "roles, vsan, switch, link, static, group, label, distance, event, rib, "
+                                         "quota, who");
 }
 
 TEST(fabric_file, switches_are_distinct_and_their_domains_in_range) {

@@ -23,7 +23,8 @@ class drawing {
 
     std::string text() {
         connect();
-        return head() + vsans() + switches() + links() + events();
+        const std::string text = head() + vsans() + switches() + links() + events();
+        return text + statics() + groups() + labels();
     }
 
   private:
@@ -105,7 +106,13 @@ class drawing {
         const std::string_view shape = shape_name(plan_.shape);
         return base::joined("# ribkit fabric --switches ", plan_.switches, " --vsans ", plan_.vsans, " --shape ", shape,
                             " --seed ", plan_.seed, plan_.events == 0 ? "" : base::joined(" --events ", plan_.events),
-                            "\nname = \"", shape, '-', plan_.switches, "\"\nlocal = \"", name_of(local_), "\"\n");
+                            drawn("groups", plan_.groups), drawn("labels", plan_.labels),
+                            drawn("statics", plan_.statics), "\nname = \"", shape, '-', plan_.switches,
+                            "\"\nlocal = \"", name_of(local_), "\"\n");
+    }
+
+    static std::string drawn(const char *what, uint32_t count) {
+        return count == 0 ? "" : base::joined(" --", what, ' ', count);
     }
 
     [[nodiscard]] std::string vsans() const {
@@ -153,6 +160,61 @@ class drawing {
             const std::string failing = end_text(links_[below(static_cast<uint32_t>(links_.size()))].a);
             text += base::joined("\n[[event]]\nat = \"", 2 * i + 1, "s\"\nlink = ", failing, "\nstate = \"down\"\n");
             text += base::joined("\n[[event]]\nat = \"", 2 * i + 2, "s\"\nlink = ", failing, "\nstate = \"up\"\n");
+        }
+        return text;
+    }
+
+    /// Every other one concerns the local switch.
+    [[nodiscard]] uint32_t drawn_switch(uint32_t turn) { return turn % 2 == 0 ? local_ : below(plan_.switches); }
+
+    /// The head of a declared route, in any VSAN.
+    [[nodiscard]] std::string declared(const char *table, uint32_t turn) {
+        return base::joined("\n[[", table, "]]\nname = \"", table, '-', turn + 1, "\"\nvsan = ", 1 + below(plan_.vsans),
+                            '\n');
+    }
+
+    [[nodiscard]] std::string statics() {
+        std::string text;
+        for (uint32_t i = 0; i < plan_.statics; i++) {
+            const uint32_t from = drawn_switch(i);
+            std::vector<std::string> ways;
+            for (const link &l : links_) {
+                for (const end *one : {&l.a, &l.b}) {
+                    if (one->owner == from) {
+                        ways.push_back(end_text(*one));
+                    }
+                }
+            }
+            const std::string head = declared("static", i);
+            const uint32_t fcid = (1 + below(RIB_LAST_DOMAIN)) << 16 | i;
+            text += base::joined(head, "fcid = ", fcid, "\nmask = ", RIB_MASK_PORT,
+                                 "\nvia = ", ways[below(static_cast<uint32_t>(ways.size()))], '\n');
+        }
+        return text;
+    }
+
+    [[nodiscard]] std::string groups() {
+        constexpr uint32_t first_group = 0xfffb00;
+        std::string text;
+        for (uint32_t i = 0; i < plan_.groups; i++) {
+            const std::string head = declared("group", i);
+            std::string members = end_text(next_port(drawn_switch(i)));
+            for (uint32_t more = 1 + below(3); more > 0; more--) {
+                members += ", " + end_text(next_port(below(plan_.switches)));
+            }
+            text += base::joined(head, "fcid = ", first_group + i, "\nmembers = [", members, "]\n");
+        }
+        return text;
+    }
+
+    [[nodiscard]] std::string labels() {
+        constexpr uint32_t first_label = 16;
+        std::string text;
+        for (uint32_t i = 0; i < plan_.labels; i++) {
+            const std::string head = declared("label", i);
+            const std::string from = end_text(next_port(drawn_switch(i)));
+            const std::string to = end_text(next_port(below(plan_.switches)));
+            text += base::joined(head, "tunnel = [", from, ", ", to, "]\nlabel = ", first_label + i, '\n');
         }
         return text;
     }

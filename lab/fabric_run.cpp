@@ -7,6 +7,7 @@
 #include "lab/run_text.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace ribkit::lab {
 
@@ -20,9 +21,8 @@ double run_record::routes_per_second() const {
     return seconds() > 0 ? static_cast<double>(total.sent()) / seconds() : 0;
 }
 
-fabric_run::fabric_run(fabric f, clients::unicast_client &client, base::progress_line &progress, bool real_time,
-                       line_taker said)
-    : fabric_(std::move(f)), client_(client), progress_(progress), real_time_(real_time), said_(std::move(said)) {}
+fabric_run::fabric_run(fabric f, route_roles &clients, base::progress_line &progress, bool real_time, line_taker said)
+    : fabric_(std::move(f)), clients_(clients), progress_(progress), real_time_(real_time), said_(std::move(said)) {}
 
 void fabric_run::play() {
     start_ = bus::run_now();
@@ -38,7 +38,7 @@ void fabric_run::play() {
 
 void fabric_run::stay() {
     for (;;) {
-        if (client_.rib_started(std::chrono::hours(1))) {
+        if (rib_started(std::chrono::hours(1))) {
             start_anew();
         }
     }
@@ -48,7 +48,7 @@ void fabric_run::stay() {
 void fabric_run::wait_until(milliseconds at) {
     for (auto now = bus::run_now(); real_time_ && now < start_ + at; now = bus::run_now()) {
         const auto left = std::chrono::ceil<milliseconds>(start_ + at - now);
-        if (client_.rib_started(left)) {
+        if (rib_started(left)) {
             start_anew();
         }
     }
@@ -70,22 +70,41 @@ void fabric_run::happen(milliseconds at, std::vector<fabric_event> events) {
     step({at, std::move(events), {}});
 }
 
+// One of them hears it first. While one listens, the others only have to be registered.
+bool fabric_run::rib_started(milliseconds limit) {
+    constexpr milliseconds longest = std::chrono::seconds(10);
+    bool started = false;
+    do {
+        const auto part = std::min(limit, longest);
+        limit -= part;
+        for (const auto &client : clients_) {
+            const bool listens = client == clients_.front();
+            started = client->rib_started(listens ? part : milliseconds{}) || started;
+            client->stay_registered();
+        }
+    } while (!started && limit.count() > 0);
+    if (started) {
+        std::for_each(clients_.begin(), clients_.end(), [](const auto &client) { client->suppose_start(); });
+    }
+    return started;
+}
+
 void fabric_run::step(run_step next) {
     const auto start = bus::run_now();
     routes_.follow(fabric_, [this](size_t done, size_t total) { progress_.show("VSANs computed", done, total); });
+    for (const auto &client : clients_) {
+        client->compute(fabric_, routes_);
+    }
     const std::chrono::duration<double> computing = bus::run_now() - start;
     try {
-        next.traffic = client_.converge(routes_.all());
-        next.traffic.computing = computing;
+        converge(next, computing);
     } catch (...) {
-        next.traffic = client_.traffic(); // as far as it came
-        next.traffic.computing = computing;
-        record(std::move(next));
+        record(std::move(next)); // as far as it came
         throw;
     }
     progress_.clear();
     next.lost = routes_.lost();
-    say(base::joined("  ", traffic_text(next.traffic)));
+    say_traffic(next);
     if (!next.lost.empty()) {
         say(unreachable_text(fabric_, next.lost));
     }
@@ -95,8 +114,40 @@ void fabric_run::step(run_step next) {
     record(std::move(next));
 }
 
+void fabric_run::converge(run_step &next, std::chrono::duration<double> computing) {
+    const auto add = [&](const route_role &client) {
+        next.by_role.push_back({client.name(), client.traffic()});
+        next.traffic += client.traffic();
+    };
+    next.traffic.computing = computing;
+    for (const auto &client : clients_) {
+        try {
+            client->converge();
+        } catch (...) {
+            add(*client);
+            throw;
+        }
+        add(*client);
+    }
+    // While one of them waited long, the others may have been forgotten.
+    std::for_each(clients_.begin(), clients_.end(), [](const auto &client) { client->keep_registered(); });
+}
+
+// Of several clients, those that had something to do are named.
+void fabric_run::say_traffic(const run_step &done) {
+    if (clients_.size() == 1 || done.traffic.sent() == 0) {
+        return say(base::joined("  ", traffic_text(done.traffic)));
+    }
+    for (const auto &[name, traffic] : done.by_role) {
+        if (traffic.sent() != 0) {
+            say(base::joined("  ", name, ": ", traffic_text(traffic)));
+        }
+    }
+}
+
 void fabric_run::announce(size_t refused) {
-    const size_t wanted = routes_.size();
+    const size_t wanted = std::accumulate(clients_.begin(), clients_.end(), size_t{0},
+                                          [](size_t sum, const auto &client) { return sum + client->wanted(); });
     say(refused == 0 ? base::joined("  the RIB has all ", wanted, wanted == 1 ? " route" : " routes")
                      : base::joined("  the RIB has refused ", refused, " of ", wanted, " routes"));
 }

@@ -1,10 +1,10 @@
-// A client that follows a fabric through its events.
+// Clients that follow a fabric through its events.
 #pragma once
 
 #include "base/progress.h"
-#include "clients/route_client.h"
 #include "lab/fabric.h"
 #include "lab/fabric_routes.h"
+#include "lab/route_role.h"
 
 #include <chrono>
 #include <functional>
@@ -13,13 +13,20 @@
 
 namespace ribkit::lab {
 
+/// What a client had to do.
+struct role_traffic {
+    std::string_view name;
+    clients::client_traffic traffic;
+};
+
 /// One moment of a run: its events (none at the start, nor where the RIB is there again), and the traffic that they
 /// caused.
 struct run_step {
     std::chrono::milliseconds at;
     std::vector<fabric_event> events;
-    clients::client_traffic traffic;
+    clients::client_traffic traffic;         ///< of all clients
     std::vector<unreachable_domains> lost{}; ///< domains that became unreachable
+    std::vector<role_traffic> by_role{};     ///< of each client, in their order
 };
 
 struct run_record {
@@ -34,19 +41,19 @@ class fabric_run {
   public:
     using line_taker = std::function<void(const std::string &line)>;
 
+    /// @param clients one at least
     /// @param progress is cleared before something is said
     /// @param real_time wait until an event is due
     /// @param said called with every line that says what happens
-    fabric_run(fabric f, clients::unicast_client &client, base::progress_line &progress, bool real_time,
-               line_taker said);
+    fabric_run(fabric f, route_roles &clients, base::progress_line &progress, bool real_time, line_taker said);
 
-    /// From now on it is also said when all routes of the client are in a RIB that did not have them.
+    /// From now on it is also said when all routes of the clients are in a RIB that did not have them.
     void announce_routes() { announces_ = true; }
 
-    /// All events, one moment after the other. Throws as the client does; what was done until then is on record.
+    /// All events, one moment after the other. Throws as the clients do; what was done until then is on record.
     void play();
 
-    /// Brings the RIB up to date whenever it is there again, until the client is closed (link_closed).
+    /// Brings the RIB up to date whenever it is there again, until the clients are closed (link_closed).
     [[noreturn]] void stay();
 
     [[nodiscard]] const fabric &now() const { return fabric_; }
@@ -56,14 +63,17 @@ class fabric_run {
     void wait_until(std::chrono::milliseconds at);
     void happen(std::chrono::milliseconds at, std::vector<fabric_event> events);
     void start_anew();
+    bool rib_started(std::chrono::milliseconds limit);
     void step(run_step next);
+    void converge(run_step &next, std::chrono::duration<double> computing);
+    void say_traffic(const run_step &done);
     void record(run_step step);
     void announce(size_t refused);
     void say(const std::string &line) { said_(line); }
 
     fabric fabric_;
     fabric_routes routes_;
-    clients::unicast_client &client_;
+    route_roles &clients_;
     base::progress_line &progress_;
     bool real_time_;
     line_taker said_;

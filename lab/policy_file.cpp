@@ -42,7 +42,7 @@ bool is_sender_name(const std::string &name) {
 }
 
 void read_quota(rib::rib_policy &policy, const table_reader &table) {
-    const uint32_t client = client_of(table.either("client"), table.line("client"));
+    const uint32_t client = read_client(table, "client");
     if (!policy.quotas.emplace(client, table.number("routes")).second) {
         throw base::line_error(table.line("client"), base::joined("client ", client, " has a quota already"));
     }
@@ -65,6 +65,10 @@ void read_who(rib::rib_policy &policy, const table_reader &table) {
 }
 
 } // namespace
+
+uint32_t read_client(const table_reader &table, std::string_view key) {
+    return client_of(table.either(key), table.line(key));
+}
 
 rib::rib_policy read_policy(const table_reader &top) {
     rib::rib_policy policy;

@@ -3,8 +3,10 @@
 
 #include "base/printable.h"
 #include "base/text.h"
+#include "rib_text.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iomanip>
 #include <set>
@@ -59,6 +61,37 @@ std::string memory_text(const rib::rib_memory &m) {
 
 std::string seconds_text(double seconds) { return base::joined(std::fixed, std::setprecision(6), seconds); }
 
+std::string client_text(uint32_t client) {
+    std::array<char, 64> text{};
+    rib_uuid_to_str(client, text.data());
+    return text.data();
+}
+
+std::string declared_text(const fabric &f, const fabric_event &event) {
+    std::string text;
+    switch (event.subject) {
+    case event_subject::link:
+        break;
+    case event_subject::static_route:
+        text = base::joined("static route ", base::printable(f.declared.statics()[event.index].name));
+        break;
+    case event_subject::group:
+        text = base::joined("group ", base::printable(f.declared.groups()[event.index].name));
+        break;
+    case event_subject::label:
+        text = base::joined("label route ", base::printable(f.declared.labels()[event.index].name));
+        break;
+    case event_subject::distance:
+        return base::joined(client_text(static_cast<uint32_t>(event.index)), " has the distance ",
+                            event.cost.value_or(0));
+    }
+    text += event.up ? (*event.up ? " is added" : " is withdrawn") : "";
+    text += event.cost ? base::joined(event.up ? " and" : "", " costs ", *event.cost) : "";
+    text += event.leaves ? base::joined(": ", f.port_text(*event.leaves), " leaves") : "";
+    text += event.joins ? base::joined(event.leaves ? ", " : ": ", f.port_text(*event.joins), " joins") : "";
+    return text;
+}
+
 } // namespace
 
 std::string head_text(const fabric &f) {
@@ -68,7 +101,10 @@ std::string head_text(const fabric &f) {
 }
 
 std::string event_text(const fabric &f, const fabric_event &event) {
-    std::string text = f.link_name(f.links()[event.link]);
+    if (event.subject != event_subject::link) {
+        return declared_text(f, event);
+    }
+    std::string text = f.link_name(f.links()[event.index]);
     text += event.up ? (*event.up ? " comes up" : " goes down") : "";
     text += event.cost ? base::joined(event.up ? " and" : "", " costs ", *event.cost) : "";
     return text;
@@ -82,6 +118,7 @@ std::string traffic_text(const clients::client_traffic &traffic) {
                 text.empty() ? base::joined(counted(count, "route"), ' ', what) : base::joined(", ", count, ' ', what);
         }
     };
+    add(traffic.merged, "merged");
     add(traffic.added, "added");
     add(traffic.deleted, "deleted");
     add(traffic.changed, "changed");
@@ -106,15 +143,16 @@ std::string unreachable_text(const fabric &f, const std::vector<unreachable_doma
 
 std::string summary_text(const run_record &run, const rib::rib_state *rib) {
     const clients::client_traffic &t = run.total;
-    return base::joined(
-        "Summary\n  routes    ", t.sent(), " sent: ", t.added, " added, ", t.deleted, " deleted, ", t.changed,
-        " changed", rib == nullptr ? "" : base::joined("; the RIB holds ", rib->routes.size()),
-        t.refused == 0 ? "" : base::joined("\n  refused   ", t.refused, " of the routes sent"), "\n  messages  ",
-        t.messages, " sent and answered: ", t.bytes_sent, " bytes there, ", t.bytes_received, " back",
-        rib == nullptr ? "" : base::joined("\n  memory    ", memory_text(rib->memory)), "\n  seconds   ",
-        seconds_text(run.seconds()), ": ", seconds_text(t.computing.count()), " computing paths, ",
-        seconds_text(t.exchanging.count()), " exchanging messages\n  rate      ", std::llround(run.routes_per_second()),
-        " routes a second");
+    return base::joined("Summary\n  routes    ", t.sent(), " sent: ", t.added, " added, ", t.deleted, " deleted, ",
+                        t.changed, " changed", t.merged == 0 ? "" : base::joined(", ", t.merged, " merged"),
+                        rib == nullptr ? "" : base::joined("; the RIB holds ", rib->held()),
+                        t.refused == 0 ? "" : base::joined("\n  refused   ", t.refused, " of the routes sent"),
+                        "\n  messages  ", t.messages, " sent and answered: ", t.bytes_sent, " bytes there, ",
+                        t.bytes_received, " back",
+                        rib == nullptr ? "" : base::joined("\n  memory    ", memory_text(rib->memory)),
+                        "\n  seconds   ", seconds_text(run.seconds()), ": ", seconds_text(t.computing.count()),
+                        " computing paths, ", seconds_text(t.exchanging.count()), " exchanging messages\n  rate      ",
+                        std::llround(run.routes_per_second()), " routes a second");
 }
 
 std::string summary_text(const rib::rib_state &rib) {

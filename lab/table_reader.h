@@ -46,6 +46,16 @@ class table_reader {
         return node == nullptr ? line() : line_of(node->source());
     }
 
+    [[nodiscard]] bool has(std::string_view key) const { return table_.get(key) != nullptr; }
+    /// Throws a line_error where a key is there that means nothing `beside` another.
+    void refuse_beside(std::string_view other, names keys) const {
+        for (const std::string_view key : keys) {
+            if (has(key)) {
+                throw base::line_error(line(key), base::joined(key, " means nothing beside ", other));
+            }
+        }
+    }
+
     [[nodiscard]] std::string text(std::string_view key) const { return text(required(key), key); }
     [[nodiscard]] std::string text(std::string_view key, const std::string &otherwise) const {
         const toml::node *node = table_.get(key);

@@ -37,6 +37,21 @@ struct label_key {
 /// How many labels a control word pushes.
 constexpr uint32_t pushed_labels(uint32_t ctrl) { return ctrl >> 16 & 0xff; }
 
+/// A control word: so many labels come off, so many are pushed, and the time to live goes down where some were there.
+constexpr uint32_t label_control(uint32_t pops, uint32_t pushes) {
+    constexpr uint32_t decreases = 1U << 13;
+    return pops << 24 | pushes << 16 | (pops != 0 ? decreases : 0);
+}
+
+/// A label as a frame is matched by it: the rest of its word is not compared.
+constexpr uint32_t matched_label(uint32_t label) { return label << 12; }
+
+/// A label as it is pushed; the last of a stack says so.
+constexpr uint32_t pushed_label(uint32_t label, bool is_last) {
+    constexpr uint32_t hops_to_live = 64;
+    return label << 12 | (is_last ? 1U << 8 : 0) | hops_to_live;
+}
+
 /// Takes the first hop off the words of several: its control word, its interface, its labels.
 constexpr std::span<const uint32_t> take_label_hop(std::span<const uint32_t> &hops) {
     const std::span<const uint32_t> first = hops.first(2 + pushed_labels(hops[0]));

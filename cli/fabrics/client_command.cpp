@@ -15,16 +15,23 @@ int run_client(const client_command_options &options) {
     command_output out(options.output, options.inputs());
     base::progress_line progress;
     const base::stop_signals signals;
-    clients::unicast_client client(options.bus.url, RIB_CLIENT_FSPF, options.client(progress));
-    const base::stop_call stopping(signals, [&client] { client.close(); });
-    client.start_over();
-    lab::fabric_run run(f, client, progress, options.real_time,
+    lab::route_roles clients =
+        lab::make_roles(lab::roles_of(f, options.roles), f, options.bus.url, options.client(progress));
+    const base::stop_call stopping(signals, [&clients] {
+        for (const auto &client : clients) {
+            client->close();
+        }
+    });
+    for (const auto &client : clients) {
+        client->start_over();
+    }
+    lab::fabric_run run(f, clients, progress, options.real_time,
                         [&out](const std::string &line) { out.print_line(line); });
     run.announce_routes();
     out.print_line(lab::head_text(f) + '\n');
     bool played = false;
     unless_stopped([&] {
-        client.find_rib();
+        clients.front()->find_rib();
         run.play();
         played = true;
         if (options.stay) {

@@ -38,6 +38,10 @@ void add_run(CLI::App &app, run_options &options, const words &given) {
     add_number(app, "--vsan", options.vsans, 1, RIB_LAST_VSAN, "serve this VSAN only; repeat it for more")
         ->allow_extra_args(false)
         ->type_name("VSAN");
+    app.add_option("--role", options.roles, "run this client; repeat it for more (those of the fabric)")
+        ->check(CLI::IsMember(std::vector<std::string>(lab::role_names.begin(), lab::role_names.end())))
+        ->allow_extra_args(false)
+        ->type_name("ROLE");
     add_envelopes(app, options.envelopes);
 }
 
@@ -132,6 +136,9 @@ action declare_fabric(CLI::App &app, const words & /*given*/) {
     count("--switches", plan.switches, 2, RIB_LAST_DOMAIN, "how many switches");
     count("--vsans", plan.vsans, 1, RIB_LAST_VSAN, "how many VSANs");
     count("--events", plan.events, 0, 10'000, "how many links fail and come back");
+    count("--groups", plan.groups, 0, 256, "how many multicast groups");
+    count("--labels", plan.labels, 0, 10'000, "how many label tunnels");
+    count("--statics", plan.statics, 0, 10'000, "how many static routes");
     count("--seed", plan.seed, 0, UINT32_MAX, "draws what is left to chance");
     const auto shape = std::make_shared<std::string>(lab::shape_name(plan.shape));
     file->excludes(

@@ -39,9 +39,14 @@ int run_lab(const lab_options &options) {
                                            !options.bus.faults_file.empty(),
                                            STDERR_FILENO,
                                            f.vsan_records()});
-    clients::unicast_client client(options.bus.url, RIB_CLIENT_FSPF, options.client(progress));
-    const base::stop_call stopping(signals, [&client] { client.close(); });
-    lab::fabric_run run(f, client, progress, options.real_time,
+    lab::route_roles clients =
+        lab::make_roles(lab::roles_of(f, options.roles), f, options.bus.url, options.client(progress));
+    const base::stop_call stopping(signals, [&clients] {
+        for (const auto &client : clients) {
+            client->close();
+        }
+    });
+    lab::fabric_run run(f, clients, progress, options.real_time,
                         [&out](const std::string &line) { out.print_line(line); });
     out.print_line(lab::head_text(f) + '\n');
     const bool played = unless_stopped([&] { run.play(); });

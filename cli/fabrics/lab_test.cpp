@@ -65,12 +65,13 @@ TEST(lab, tables_are_displayed_by_choice) {
 }
 
 TEST(lab, smaller_messages_leave_the_same_tables) {
-    const testing::outcome run = testing::run_command(std::string("lab --tables all --message-size 1140 ") + small);
+    const testing::outcome run =
+        testing::run_command(std::string("lab --role fspf --tables all --message-size 1140 ") + small);
     const auto tables = [](const std::string &text) {
         const size_t at = text.find("\nD:direct");
         return text.substr(at, text.find("\nSummary") - at);
     };
-    EXPECT_EQ(tables(run.output), tables(testing::run_command(std::string("lab ") + small).output));
+    EXPECT_EQ(tables(run.output), tables(testing::run_command(std::string("lab --role fspf ") + small).output));
     EXPECT_NE(run.output.find("  8 routes added, in 3 messages\n"), std::string::npos);
 }
 
@@ -79,23 +80,23 @@ TEST(lab, events_of_one_moment_are_one_change) {
     const std::string path = home.file("moments.toml");
     std::ofstream(path) << testing::file_content(small) << R"(
 [[event]]
-at = "7s"
+at = "8s"
 link = "edge-1 fc1/2"
 state = "down"
 [[event]]
-at = "7s"
+at = "8s"
 link = "edge-1 fc1/2"
 state = "up"
 [[event]]
-at = "7001ms"
+at = "8001ms"
 link = "edge-1 fc1/2"
 cost = 501
 )";
-    const std::string text = testing::run_command("lab --tables none " + path).output;
-    EXPECT_NE(text.find("at 7s: edge-1 fc1/2 - core-2 fc1/1 goes down\n"
-                        "at 7s: edge-1 fc1/2 - core-2 fc1/1 comes up\n"
+    const std::string text = testing::run_command("lab --role fspf --tables none " + path).output;
+    EXPECT_NE(text.find("at 8s: edge-1 fc1/2 - core-2 fc1/1 goes down\n"
+                        "at 8s: edge-1 fc1/2 - core-2 fc1/1 comes up\n"
                         "  no route changed\n"
-                        "at 7.001s: edge-1 fc1/2 - core-2 fc1/1 costs 501\n"
+                        "at 8.001s: edge-1 fc1/2 - core-2 fc1/1 costs 501\n"
                         "  3 routes changed, in 1 message\n"),
               std::string::npos)
         << text;
@@ -134,7 +135,7 @@ TEST(lab, domains_that_no_link_reaches_are_told) {
     const testing::temporary_directory home;
     const std::string path = home.file("lonely.toml");
     std::ofstream(path) << testing::file_content(small) << "[[switch]]\nname = \"lonely\"\ndomain = 77\n";
-    const std::string text = testing::run_command("lab --tables none " + path).output;
+    const std::string text = testing::run_command("lab --role fspf --tables none " + path).output;
     EXPECT_NE(text.find("at 0s: the fabric starts\n"
                         "  8 routes added, in 2 messages\n"
                         "  domain 77 (lonely) is unreachable in VSAN 1\n"

@@ -14,7 +14,7 @@ namespace {
 using platform::nats_server;
 
 constexpr const char *small = "examples/fabrics/small.toml";
-constexpr const char *last_step = "comes up and costs 500\n  4 routes added, 3 changed, in ";
+constexpr const char *last_step = "fc1/11 joins\n  mcast: 1 route changed, in ";
 
 class processes : public ::testing::Test {
   protected:

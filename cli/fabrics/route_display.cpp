@@ -3,8 +3,7 @@
 
 #include "base/input_error.h"
 #include "base/text.h"
-#include "protocol/table_messages.h"
-#include "rib/service/answers.h"
+#include "cli/rib/route_records.h"
 #include "rib_show.h"
 
 #include <charconv>
@@ -27,23 +26,35 @@ table_choice::table_choice(const std::string &text) : text_(text) {
     vsan_ = id;
 }
 
-void table_choice::display(const model::held_routes &routes) const {
-    const bool many = routes.size() > few_routes;
-    const bool all = text_ == "all" || (text_ == "auto" && !many);
+template <class Kind, class Show>
+void table_choice::display(const rib::state &tables, bool all, const Show &show) const {
     uint32_t header = 1;
-    for (const auto &[key, held] : routes) {
+    const auto &table = tables.routes<Kind>();
+    for (const auto &[key, active] : table.all()) {
         if (all || key.vsan == vsan_) {
-            rib_show_fcu(header, protocol::ucast_entry(key, held).data());
+            record_list one;
+            add_record(one, active->of->uuid, key, table.read(*active));
+            show(header, one[0].data());
             header = 0;
         }
     }
+}
+
+void table_choice::display(const rib::state &tables) const {
+    const size_t routes = tables.routes<rib::unicast>().all().size() + tables.routes<rib::multicast>().all().size() +
+                          tables.routes<rib::label>().all().size();
+    const bool many = routes > few_routes;
+    const bool all = text_ == "all" || (text_ == "auto" && !many);
+    display<rib::unicast>(tables, all, rib_show_fcu);
+    display<rib::multicast>(tables, all, rib_show_fcm);
+    display<rib::label>(tables, all, [](uint32_t header, const void *record) { rib_show_fcl(header, 0, record); });
     if (text_ == "auto" && many) {
         std::puts("\nThe tables are long: --tables all displays them, --tables VSAN those of one VSAN.");
     }
 }
 
 void table_choice::display(const rib::rib_service &stopped, bool memory) const {
-    display(rib::active_routes(stopped.tables()));
+    display(stopped.tables());
     if (memory) {
         stopped.tables().show();
     }

@@ -23,7 +23,8 @@ class table_choice {
     void display(const rib::rib_service &stopped, bool memory) const;
 
   private:
-    void display(const model::held_routes &routes) const;
+    void display(const rib::state &tables) const;
+    template <class Kind, class Show> void display(const rib::state &tables, bool all, const Show &show) const;
 
     std::string text_;
     std::optional<uint32_t> vsan_;

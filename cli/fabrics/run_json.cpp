@@ -2,8 +2,9 @@
 #include "cli/fabrics/run_json.h"
 
 #include "cli/json_document.h"
+#include "cli/rib/route_records.h"
 #include "decode/decoder.h"
-#include "protocol/route_messages.h"
+#include "protocol/table_messages.h"
 
 #include <cmath>
 
@@ -20,6 +21,7 @@ void traffic_members(json_text &json, const clients::client_traffic &t) {
     json.member("added").number(t.added);
     json.member("deleted").number(t.deleted);
     json.member("changed").number(t.changed);
+    json.member("merged").number(t.merged);
     json.member("refused").number(t.refused);
     json.member("round_trips").number(t.messages);
     json.member("bytes_sent").number(t.bytes_sent);
@@ -44,14 +46,41 @@ void fabric_member(json_text &json, const lab::fabric &f) {
     json.close('}');
 }
 
+/// What it happens to: a link, or what is declared by its name.
+void subject_member(json_text &json, const lab::fabric &f, const lab::fabric_event &event) {
+    switch (event.subject) {
+    case lab::event_subject::link:
+        json.member("link").text(f.link_name(f.links()[event.index]));
+        return;
+    case lab::event_subject::static_route:
+        json.member("static").text(f.declared.statics()[event.index].name);
+        return;
+    case lab::event_subject::group:
+        json.member("group").text(f.declared.groups()[event.index].name);
+        return;
+    case lab::event_subject::label:
+        json.member("label").text(f.declared.labels()[event.index].name);
+        return;
+    case lab::event_subject::distance:
+        json.member("client").number(event.index);
+        return;
+    }
+}
+
 void event_value(json_text &json, const lab::fabric &f, const lab::fabric_event &event) {
     json.open('{');
-    json.member("link").text(f.link_name(f.links()[event.link]));
+    subject_member(json, f, event);
     if (event.up) {
         json.member("state").text(*event.up ? "up" : "down");
     }
     if (event.cost) {
-        json.member("cost").number(*event.cost);
+        json.member(event.subject == lab::event_subject::distance ? "distance" : "cost").number(*event.cost);
+    }
+    if (event.leaves) {
+        json.member("leave").text(f.port_text(*event.leaves));
+    }
+    if (event.joins) {
+        json.member("join").text(f.port_text(*event.joins));
     }
     json.close('}');
 }
@@ -68,6 +97,12 @@ void step_value(json_text &json, const lab::fabric &f, const lab::run_step &step
         json.close('}');
     });
     traffic_members(json, step.traffic);
+    json.member("clients").list(step.by_role, [&](const lab::role_traffic &one) {
+        json.open('{');
+        json.member("role").text(std::string(one.name));
+        traffic_members(json, one.traffic);
+        json.close('}');
+    });
     json.close('}');
 }
 
@@ -77,21 +112,39 @@ void run_members(json_text &json, const lab::fabric_run &run) {
                               [&](const lab::run_step &step) { step_value(json, run.now(), step); });
 }
 
-/// An array of messages.
-void routes_value(const json_text &json, const model::held_routes &routes) {
-    const decode::kind &entry = *decode::find_kind("rib_ucast_route");
+/// A route as the record that its table's kind is shown as, with the room that its size is found in.
+std::vector<uint8_t> entry_of(uint32_t owner, const model::route_key &key, const model::route_values &what) {
+    return protocol::ucast_entry(key,
+                                 {owner, {what.metric, what.flag, {what.hops.begin(), what.hops.end()}, what.carried}});
+}
+template <class Key, class Values> std::vector<uint8_t> entry_of(uint32_t owner, const Key &key, const Values &what) {
+    record_list one;
+    add_record(one, owner, key, what);
+    return {one[0].begin(), one[0].end()};
+}
+
+/// A table as an array of messages.
+template <class Kind> void table_value(const json_text &json, const rib::state &tables, const char *record) {
+    const decode::kind &entry = *decode::find_kind(record);
     decode::json_writer written(json);
     decode::decoder messages(entry, nullptr, nullptr, &written);
-    for (const auto &[key, held] : routes) {
-        const std::vector<uint8_t> bytes = protocol::ucast_entry(key, held); // and room behind it, for displays
+    const auto &table = tables.routes<Kind>();
+    for (const auto &[key, active] : table.all()) {
+        const auto bytes = entry_of(active->of->uuid, key, table.read(*active));
         rib_check_report report{};
         messages.take(std::span(bytes).first(decode::message_size(entry, bytes, report)), false);
     }
     written.finish();
 }
 
+void tables_members(json_text &json, const rib::state &tables) {
+    table_value<rib::unicast>(json.member("routes"), tables, "rib_ucast_route");
+    table_value<rib::multicast>(json.member("multicast_routes"), tables, "rib_mcast_route");
+    table_value<rib::label>(json.member("label_routes"), tables, "rib_lbl_route");
+}
+
 void held_members(json_text &json, const rib::rib_state &rib) {
-    json.member("routes_held").number(rib.routes.size());
+    json.member("routes_held").number(rib.held());
     json.member("path_units").number(rib.memory.path_units);
     json.member("positions").number(rib.memory.positions);
 }
@@ -121,7 +174,7 @@ template <typename Print> void print_object(command_output &out, const Print &pr
 void print_lab_json(command_output &out, const lab::fabric_run &run, const rib::rib_state &rib) {
     print_object(out, [&](json_text &json) {
         run_members(json, run);
-        routes_value(json.member("routes"), rib.routes);
+        tables_members(json, rib.tables);
         json.member("summary").open('{');
         traffic_members(json, run.record().total);
         held_members(json, rib);
@@ -142,7 +195,7 @@ void print_client_json(command_output &out, const lab::fabric_run &run) {
 
 void print_rib_json(command_output &out, const rib::rib_state &rib) {
     print_object(out, [&](json_text &json) {
-        routes_value(json.member("routes"), rib.routes);
+        tables_members(json, rib.tables);
         json.member("summary").open('{');
         json.member("messages_answered").number(rib.answered);
         held_members(json, rib);

@@ -4,8 +4,8 @@
 #include "base/progress.h"
 #include "cli/command_output.h"
 #include "cli/fabrics/bus_options.h"
-#include "clients/route_client.h"
 #include "lab/fabric.h"
+#include "lab/route_role.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -23,7 +23,8 @@ struct run_options {
     std::string local;           ///< switch whose routes are computed; empty: the file's
     std::vector<uint32_t> vsans; ///< that it serves; none: all
     bool envelopes = false;
-    bool real_time = false; ///< wait until an event is due
+    bool real_time = false;         ///< wait until an event is due
+    std::vector<std::string> roles; ///< of lab::role_names; none: those of the fabric
 
     [[nodiscard]] std::vector<std::string> inputs() const { return {fabric_file, bus.faults_file}; }
 
@@ -31,7 +32,9 @@ struct run_options {
         return {output.traces,
                 message_limit,
                 {envelopes, bus.patience()},
-                [&progress](const char *what, size_t done, size_t total) { progress.show(what, done, total); }};
+                [&progress](const char *what, size_t done, size_t total) { progress.show(what, done, total); },
+                {},
+                {}};
     }
 };
 

@@ -9,7 +9,7 @@ namespace ribkit::cli {
 namespace {
 
 constexpr const char *small = "examples/fabrics/small.toml";
-constexpr const char *last_step = "comes up and costs 500\n  4 routes added, 3 changed, in ";
+constexpr const char *last_step = "fc1/11 joins\n  mcast: 1 route changed, in ";
 
 class unix_processes : public ::testing::Test {
   protected:
@@ -84,7 +84,7 @@ TEST_F(unix_processes, routes_are_displayed_once_a_rib_is_there) {
 TEST_F(unix_processes, routes_are_displayed_once_there_are_as_many) {
     testing::background rib(command("rib"));
     testing::background routes(command("routes --wait-for 8"));
-    const testing::outcome client = testing::run_command(command("client", small));
+    const testing::outcome client = testing::run_command(command("client --role fspf", small));
     EXPECT_EQ(client.exit_code, 0);
     EXPECT_NE(client.output.find("\n  the RIB has all 8 routes\n"), std::string::npos) << client.output;
     const testing::outcome run = routes.ended();
@@ -99,7 +99,7 @@ TEST_F(unix_processes, routes_are_displayed_once_there_are_as_many) {
 TEST_F(unix_processes, a_client_whose_routes_are_refused_fails) {
     const testing::input_file quota("[[quota]]\nclient = \"fspf\"\nroutes = 3\n");
     testing::background rib(command("rib --who " + quota.path()));
-    const testing::outcome client = testing::run_command(command("client", small) + " 2>&1");
+    const testing::outcome client = testing::run_command(command("client --role fspf", small) + " 2>&1");
     EXPECT_EQ(client.exit_code, 1);
     EXPECT_NE(client.output.find("the RIB has refused 5 of 8 routes\n"), std::string::npos) << client.output;
     EXPECT_NE(rib.stopped(SIGINT).output.find("the RIB refuses opcode 0x101 from "), std::string::npos);
@@ -122,9 +122,11 @@ TEST_F(unix_processes, who_may_not_use_an_identity_gives_up_and_says_what_helps)
     {
         const testing::input_file who(who_may_use("66"));
         testing::background rib(command("rib --who " + who.path()));
-        const testing::outcome client = testing::run_command(command("client --wait 600", small) + " 2>&1 >/dev/null");
+        const testing::outcome client =
+            testing::run_command(command("client --role fspf --wait 600", small) + " 2>&1 >/dev/null");
         EXPECT_EQ(client.output, refused("12"));
-        EXPECT_EQ(testing::run_command(command("client --wait 600 --envelopes", small) + " >/dev/null 2>&1").exit_code,
+        EXPECT_EQ(testing::run_command(command("client --role fspf --wait 600 --envelopes", small) + " >/dev/null 2>&1")
+                      .exit_code,
                   1);
         EXPECT_EQ(testing::run_command(command("routes")).exit_code, 0);
         const std::string said = rib.stopped(SIGINT).output;
@@ -132,7 +134,7 @@ TEST_F(unix_processes, who_may_not_use_an_identity_gives_up_and_says_what_helps)
     }
     const testing::input_file who(who_may_use("12"));
     testing::background rib(command("rib --who " + who.path()));
-    EXPECT_EQ(testing::run_command(command("client", small)).exit_code, 0);
+    EXPECT_EQ(testing::run_command(command("client --role fspf", small)).exit_code, 0);
     const testing::outcome routes = testing::run_command(command("routes --wait 600") + " 2>&1");
     EXPECT_EQ(routes.exit_code, 1);
     EXPECT_EQ(routes.output, refused("66"));
@@ -145,7 +147,7 @@ TEST_F(unix_processes, a_stopped_lab_tells_what_there_is) {
         later.replace(later.find(at), std::string(at).size(), "\"60m\"");
     }
     const testing::input_file fabric(later);
-    testing::background lab("lab --tables all --real-time " + fabric.path());
+    testing::background lab("lab --role fspf --tables all --real-time " + fabric.path());
     ASSERT_TRUE(testing::in_time([&] { return lab.so_far().find("8 routes added") != std::string::npos; }));
     const testing::outcome run = lab.stopped(SIGINT);
     EXPECT_EQ(run.exit_code, 1);

@@ -10,9 +10,16 @@ namespace ribkit::rib {
 
 struct rib_state {
     explicit rib_state(const rib_service &stopped)
-        : routes(active_routes(stopped.tables())), memory(stopped.tables().memory()), answered(stopped.answered()) {}
+        : tables(stopped.tables()), routes(active_routes(tables)), memory(tables.memory()),
+          answered(stopped.answered()) {}
 
-    model::held_routes routes;
+    /// Destinations, groups and label keys with a route.
+    [[nodiscard]] size_t held() const {
+        return routes.size() + tables.routes<multicast>().all().size() + tables.routes<label>().all().size();
+    }
+
+    const state &tables;       ///< the RIB's own
+    model::held_routes routes; ///< the active unicast routes
     rib_memory memory;
     size_t answered; ///< messages
 };
