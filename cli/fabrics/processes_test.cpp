@@ -59,18 +59,21 @@ TEST_F(processes, start_in_any_order) {
     EXPECT_EQ(second.exit_code, 0) << second.output;
     EXPECT_NE(first.output.find("ribkit: waiting for a server at " + server.url() + ", for 30s at most\n"),
               std::string::npos);
-    EXPECT_NE(first.output.find("11 sent: 4 added, 0 deleted, 7 changed\n"), std::string::npos) << first.output;
-    EXPECT_NE(second.output.find("16 sent: 8 added, 4 deleted, 4 changed\n"), std::string::npos) << second.output;
+    EXPECT_NE(first.output.find("30 sent: 4 added, 0 deleted, 19 changed, 7 merged\n"), std::string::npos)
+        << first.output;
+    EXPECT_NE(second.output.find("35 sent: 13 added, 9 deleted, 8 changed, 5 merged\n"), std::string::npos)
+        << second.output;
     const testing::outcome again = testing::run_command(command("client", small)); // finds what the others have left
-    EXPECT_NE(again.output.find("at 0s: the fabric starts\n  no route changed\n"), std::string::npos) << again.output;
+    EXPECT_NE(again.output.find("at 0s: the fabric starts\n  static: 1 route merged, in "), std::string::npos)
+        << again.output;
     const testing::outcome routes = testing::run_command(command("routes"));
     EXPECT_EQ(testing::tables(routes.output), wanted);
-    EXPECT_NE(routes.output.find("\n\n8 routes\n"), std::string::npos);
+    EXPECT_NE(routes.output.find("\n\n16 routes\n"), std::string::npos);
     const testing::outcome last = rib.stopped(SIGINT);
     EXPECT_EQ(last.exit_code, 0);
     EXPECT_EQ(testing::tables(last.output), wanted);
     EXPECT_EQ(last.output.substr(0, last.output.find('\n')), "the RIB answers at " + server.url());
-    EXPECT_NE(last.output.find("8 routes, 10 of 8192 path units, 8 of 512 hardware positions"), std::string::npos);
+    EXPECT_NE(last.output.find("20 routes, 27 of 8192 path units, 19 of 512 hardware positions"), std::string::npos);
 }
 
 TEST_F(processes, several_clients_of_one_fabric_end_with_its_tables) {
@@ -96,7 +99,7 @@ TEST_F(processes, a_client_that_stays_tells_a_new_rib) {
     EXPECT_TRUE(holds_lab_tables());
     const testing::outcome run = client.stopped(SIGINT);
     EXPECT_EQ(run.exit_code, 0) << run.output;
-    const size_t again = run.output.find(": the RIB is there again\n  8 routes added, in ");
+    const size_t again = run.output.find(": the RIB is there again\n  fspf: 8 routes added, in ");
     ASSERT_NE(again, std::string::npos) << run.output;
     const size_t time = run.output.rfind("at ", again) + 3;
     EXPECT_GE(base::parse_duration(run.output.substr(time, again - time)), std::chrono::milliseconds(5500))
@@ -220,7 +223,7 @@ TEST_F(processes, outcomes_for_programs) {
     const testing::outcome client = testing::run_command(command("client --json", small));
     EXPECT_EQ(client.exit_code, 0);
     EXPECT_EQ(client.output.substr(0, 15), "{\n  \"fabric\": {");
-    EXPECT_NE(client.output.find("\"routes_sent\": 27,"), std::string::npos);
+    EXPECT_NE(client.output.find("\"routes_sent\": 65,"), std::string::npos);
     const testing::outcome routes = testing::run_command(command("routes --vsan 20 --json"));
     EXPECT_EQ(routes.output.substr(0, 44), "[\n  {\n    \"message\": \"rib_ucast_route\",\n    ") << routes.output;
     EXPECT_NE(routes.output.find("\"vsan\": 20,"), std::string::npos);
@@ -239,7 +242,7 @@ TEST(roles, are_all_that_the_processes_need) {
     const std::string as_client = " --bus " + server.url("client:cl1ent") + " ";
     const testing::outcome client = testing::run_command("client" + as_client + small + " 2>&1");
     EXPECT_EQ(client.exit_code, 0) << client.output;
-    EXPECT_NE(testing::run_command("routes" + as_client).output.find("\n\n8 routes\n"), std::string::npos);
+    EXPECT_NE(testing::run_command("routes" + as_client).output.find("\n\n16 routes\n"), std::string::npos);
     const testing::outcome another = testing::run_command("rib --bus " + server.url("rib:r1b") + " 2>&1");
     EXPECT_EQ(another.exit_code, 1);
     EXPECT_EQ(another.output.find("ribkit: another RIB answers at "), 0U) << another.output;
