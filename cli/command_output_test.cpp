@@ -72,7 +72,7 @@ TEST(command_output, of_a_lab_holds_texts_displays_and_traces_in_their_order) {
     const std::string traced = file.content();
     const size_t start = traced.find("at 0s: the fabric starts");
     const size_t message = traced.find(" FSPF sent RIB update with response vsan 1 for 4 ucast ");
-    const size_t sent = traced.find("  8 routes added, in 2 messages");
+    const size_t sent = traced.find("  fspf: 8 routes added, in 3 messages");
     ASSERT_NE(sent, std::string::npos);
     EXPECT_LT(start, message);
     EXPECT_LT(message, sent);
