@@ -147,17 +147,20 @@ class frame_to_group {
         ASSERT_TRUE(passed_.insert(at).second) << "the frame came to a switch twice";
         const auto &table = *tables_[at].at(group_.vsan);
         const auto found = table.find({group_.fcid, RIB_MASK_PORT});
+        bool is_wanted_here = from_interface == 0; // where a device has sent it
         for (const uint32_t out : found == table.end() ? std::vector<uint32_t>() : found->second.members) {
             const auto next = neighbour(fabric_, group_.vsan, at, out);
             if (out == from_interface) {
                 continue;
             }
+            is_wanted_here = true;
             if (next) {
                 enter(*next, way_in(fabric_, group_.vsan, *next, at, out));
             } else {
                 EXPECT_TRUE(out_.insert({at, out}).second);
             }
         }
+        EXPECT_TRUE(is_wanted_here) << "it was sent where no member is";
     }
     [[nodiscard]] const std::set<place> &out() const { return out_; }
 
@@ -201,6 +204,7 @@ labelled_way follow_label(const lab::fabric &f, uint32_t vsan, size_t at, uint32
         if (matches && cost < far) {
             const uint32_t out = what.hops[1];
             const auto next = neighbour(f, vsan, at, out);
+            EXPECT_EQ(what.hops[0] >> 24, label == 0 ? 0U : 1U) << "labels taken off";
             if (!next) {
                 EXPECT_EQ(what.hops.size(), 2U) << "it leaves with a label";
                 return {place{at, out}, cost};
