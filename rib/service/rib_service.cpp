@@ -166,6 +166,7 @@ void rib_service::keep_house() {
     try {
         lose_clients();
         look_after_modules();
+        settled_ = have_modules_all();
         notices_.flush();
     } catch (const std::bad_alloc &) { // later
         return;
@@ -242,6 +243,7 @@ void rib_service::take(const qip_ref &ref) {
 // A failure of memory may be over at once; the client would wait in vain.
 void rib_service::answer(const qip_ref &ref, bool in_envelope, std::span<const uint8_t> payload) {
     constexpr int most_tries = 4;
+    settled_ = have_modules_all();
     const auto wrapper = in_envelope ? rib_wrap_cmi_rsp : rib_wrap_qip_rsp;
     const auto size = static_cast<uint32_t>(payload.size());
     int tries = 1;

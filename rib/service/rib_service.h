@@ -55,6 +55,10 @@ class rib_service {
     [[nodiscard]] const state &tables() const { return rib_.routes; }
     [[nodiscard]] size_t answered() const { return answered_; }
 
+    /// Whether the modules have been told, and have answered, as far as they are there, all that was changed by what
+    /// has been answered.
+    [[nodiscard]] bool has_settled() const { return settled_; }
+
     /// Whether another RIB was there first.
     [[nodiscard]] bool has_given_way() const { return given_way_; }
 
@@ -98,6 +102,7 @@ class rib_service {
     bytes hear_module(const request &asked);
     bool hear_module_answer(const qip_ref &ref);
     void look_after_modules();
+    [[nodiscard]] bool have_modules_all() const;
     void answer_held();
     void drop_held();
 
@@ -132,6 +137,7 @@ class rib_service {
     std::condition_variable stopping_;
     bool stopped_ = false;
     std::atomic<bool> given_way_{false};
+    std::atomic<bool> settled_{true};
     std::latch serving_{1};
     std::thread thread_;
 };

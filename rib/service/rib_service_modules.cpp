@@ -7,6 +7,7 @@
 #include "rib_codes.h"
 #include "ribkit_rib.h"
 
+#include <algorithm>
 #include <new>
 
 namespace ribkit::rib {
@@ -63,6 +64,13 @@ bytes rib_service::hear_module(const request &asked) {
     bytes answer(said.begin(), said.end());
     exchange_.hear(told);
     return answer;
+}
+
+bool rib_service::have_modules_all() const {
+    const auto &all = followed_.all();
+    return std::all_of(all.begin(), all.end(), [](const auto &one) {
+        return one.second.condition() == module_condition::gone || one.second.is_done();
+    });
 }
 
 /// @return whether it was one
