@@ -133,6 +133,9 @@ bool unix_endpoint::take_packet(const connection_ptr &from, std::span<const uint
             drop(from, head.opcode == EACCES ? EACCES : ENOBUFS);
         }
         return !is_sender && rest.empty();
+    case packet_kind::gap:
+        reconnections_ += is_sender && rest.empty() ? 1 : 0;
+        return is_sender && rest.empty();
     case packet_kind::message:
         return is_sender && take_piece(from, head, rest);
     case packet_kind::answer:

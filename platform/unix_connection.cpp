@@ -87,6 +87,8 @@ int unix_connection::flush() {
     return send_room();
 }
 
+int unix_connection::say_gap() { return send_bytes(socket_.get(), {.kind = packet_kind::gap}, {}); }
+
 void unix_connection::refuse(int reason) {
     send_bytes(socket_.get(), {.kind = packet_kind::refusal, .opcode = static_cast<uint32_t>(reason)}, {});
     close();

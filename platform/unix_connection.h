@@ -7,6 +7,7 @@
 #include "platform/mailbox.h"
 #include "platform/unix_packet.h"
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -40,6 +41,9 @@ class unix_connection {
     /// Sends what the socket takes, and what room is owed; 0, EAGAIN where it takes no more, or another errno.
     int flush();
 
+    /// Says that messages are missing between the last one and the next; 0 or an errno.
+    int say_gap();
+
     /// Says why, and closes it.
     void refuse(int reason);
 
@@ -64,11 +68,13 @@ class unix_connection {
     bool is_socket_full = false; // something is to be sent that it did not take
 
     // Of whoever connected.
-    std::string name;         // that it is connected to
-    uint32_t room = 0;        // messages that may be sent
-    std::set<uint32_t> asked; // tokens of requests without an answer
-    int ended_by = 0;         // why it was closed
-    bool is_slow = false;     // a member that its group has waited for in vain
+    std::string name;                                   // that it is connected to
+    uint32_t room = 0;                                  // messages that may be sent
+    std::set<uint32_t> asked;                           // tokens of requests without an answer
+    int ended_by = 0;                                   // why it was closed
+    bool is_slow = false;                               // a member that its group has waited for in vain
+    bool lacks_some = false;                            // ... and that has not been told that it has missed something
+    std::chrono::steady_clock::time_point full_since{}; // a member without room; the epoch where it has some
 
     // Of whoever listens.
     const unix_listener *listener = nullptr; // null for who connected

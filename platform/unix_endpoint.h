@@ -75,6 +75,7 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     int find(const std::string &name, connection_ptr &found);
     int find_members(const qip_addr &group, std::vector<connection_ptr> &found);
     bool has_room(const connection_ptr &to);
+    bool is_given_up(const connection_ptr &member);
     int post(const connection_ptr &to, message &letter, uint32_t token);
     int wait_until_sent(const connection_ptr &to, uint64_t number, locked &lock);
 

@@ -26,7 +26,7 @@ bool parse_head(std::span<const uint8_t> packet, packet_head &head) {
     const uint32_t kind = packet[0];
     head = {static_cast<packet_kind>(kind), be32(packet.data()) & most_room, be32(packet.data() + 4),
             be32(packet.data() + 8), be32(packet.data() + 12)};
-    return kind >= static_cast<uint32_t>(packet_kind::message) && kind <= static_cast<uint32_t>(packet_kind::refusal);
+    return kind >= static_cast<uint32_t>(packet_kind::message) && kind <= static_cast<uint32_t>(packet_kind::gap);
 }
 
 bool message_builder::add(const packet_head &head, std::span<const uint8_t> piece) {

@@ -21,6 +21,7 @@ enum class packet_kind : uint8_t {
     piece,       ///< of the message or answer before it; the size says how much came before
     room,        ///< no payload: only the room says something
     refusal,     ///< no payload: the errno is where the opcode is elsewhere; the connection ends
+    gap,         ///< no payload: messages for the listener's group were left out here, since it had no room
 };
 
 struct packet_head {

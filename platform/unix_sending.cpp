@@ -171,12 +171,27 @@ int unix_endpoint::find_members(const qip_addr &group, std::vector<connection_pt
     return 0;
 }
 
-// Nobody waits for ever for a member that does not read.
+/// Whether a member has been without room for as long as it is waited for, of whoever cannot wait but comes again.
+bool unix_endpoint::is_given_up(const connection_ptr &member) {
+    const auto now = std::chrono::steady_clock::now();
+    if (has_room(member)) {
+        member->full_since = {};
+        return false;
+    }
+    if (member->full_since == std::chrono::steady_clock::time_point{}) {
+        member->full_since = now;
+    }
+    return now - member->full_since >= slow_member_limit;
+}
+
+// Nobody waits for ever for a member that does not read. Once it reads again it hears that something is missing.
 int unix_endpoint::send_to_group(const qip_addr &group, message letter, bool may_wait, uint32_t token, locked &lock) {
     const auto limit = std::chrono::steady_clock::now() + slow_member_limit;
     std::vector<connection_ptr> members;
     const auto is_full = [this](const connection_ptr &one) { return !has_room(one); };
-    const auto is_awaited = [&](const connection_ptr &one) { return is_full(one) && one->is_open() && !one->is_slow; };
+    const auto is_awaited = [&](const connection_ptr &one) {
+        return is_full(one) && one->is_open() && !one->is_slow && !is_given_up(one);
+    };
     for (;;) {
         if (box_->closed()) {
             return ECANCELED;
@@ -196,12 +211,14 @@ int unix_endpoint::send_to_group(const qip_addr &group, message letter, bool may
         }
     }
     for (const connection_ptr &one : members) {
-        one->is_slow = is_full(one);
+        one->is_slow = is_full(one) || (one->lacks_some && (one->bytes_to_send() != 0 || one->say_gap() != 0));
         message copy = copy_of(letter);
         copy.token = token;
         if (one->is_slow) {
             record_event("unix: a listener of " + one->name + " does not read, and missed a message");
+            one->lacks_some = true;
         } else {
+            one->lacks_some = false;
             post(one, copy, token);
         }
     }

@@ -1,6 +1,9 @@
 // What only holds among the processes of one machine: sizes, ends, bounds of each sender, slow members of a group.
 #include "platform/unix_fixture.h"
 
+#include <chrono>
+#include <thread>
+
 namespace ribkit::platform {
 
 namespace {
@@ -102,6 +105,32 @@ TEST_F(over_unix, a_group_does_not_wait_for_ever_for_one_that_does_not_read) {
     }
     EXPECT_EQ(qip_close(idle), 0);
     EXPECT_EQ(send_at_once(client, "fifth", group), 0);
+    yelk_hist_clear();
+}
+
+// As a service sends that waits for nobody: it comes again and again.
+TEST_F(over_unix, a_member_that_does_not_read_holds_the_others_back_for_a_second_only) {
+    yelk_hist_clear();
+    ASSERT_EQ(error_of(qip_listen(server, &group, 100)), 0);
+    const uint32_t idle = listening(url, 1, group);
+    ASSERT_EQ(send_at_once(client, "first", group), 0);
+    int error = EAGAIN;
+    for (int tries = 0; error == EAGAIN && tries < 1000; tries++) {
+        error = send_at_once(client, "second", group);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_EQ(error, 0);
+    EXPECT_EQ(send_at_once(client, "third", group), 0);
+    for (const char *text : {"first", "second", "third"}) {
+        EXPECT_EQ(taken(server, now(QIP_RECV_INCOMING)), text);
+    }
+    EXPECT_EQ(taken(idle, now(QIP_RECV_INCOMING)), "first");
+    EXPECT_EQ(qip_reconnections(idle), 0U);
+    EXPECT_EQ(send_at_once(client, "fourth", group), 0);
+    EXPECT_EQ(taken(idle, now(QIP_RECV_INCOMING)), "fourth");
+    EXPECT_EQ(qip_reconnections(idle), 1U) << "it hears that something is missing";
+    EXPECT_EQ(qip_reconnections(server), 0U);
+    EXPECT_EQ(qip_close(idle), 0);
     yelk_hist_clear();
 }
 
