@@ -3,6 +3,7 @@
 #pragma once
 
 #include "lab/declarations.h"
+#include "lab/fabric_module.h"
 #include "model/system.h"
 #include "rib/rib_spaces.h"
 #include "rib/service/rib_policy.h"
@@ -72,9 +73,10 @@ struct fabric_event {
 class fabric {
   public:
     std::string name;
-    rib::rib_policy policy;           ///< of its RIB
-    declarations declared;            ///< routes beside those of the shortest paths
-    std::vector<std::string> roles{}; ///< of its clients, by name; none: those that it needs
+    rib::rib_policy policy;             ///< of its RIB
+    declarations declared;              ///< routes beside those of the shortest paths
+    std::vector<std::string> roles{};   ///< of its clients, by name; none: those that it needs
+    std::vector<fabric_module> modules; ///< of the local switch
 
     void add_vsan(fabric_vsan vsan, uint32_t line);
     void add_switch(const std::string &switch_name, uint32_t domain, uint32_t line);

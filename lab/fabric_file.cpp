@@ -6,6 +6,7 @@
 #include "base/input_file.h"
 #include "base/text.h"
 #include "lab/declared_file.h"
+#include "lab/module_file.h"
 #include "lab/nesting.h"
 #include "lab/policy_file.h"
 #include "lab/table_reader.h"
@@ -58,7 +59,7 @@ void read_event(fabric &result, const table_reader &table) {
 fabric read_fabric(const toml::table &document, const std::string &file) {
     const table_reader top(document, "the file",
                            {"name", "local", "roles", "vsan", "switch", "link", "static", "group", "label", "distance",
-                            "event", "rib", "quota", "who"});
+                            "event", "rib", "module", "quota", "who"});
     fabric result;
     result.name = top.text("name", file);
     top.each("vsan", {"id", "name", "state", "balance", "in_order", "latency"}, [&](const table_reader &table) {
@@ -80,6 +81,7 @@ fabric read_fabric(const toml::table &document, const std::string &file) {
     top.each("event",
              {"at", "link", "static", "group", "label", "client", "state", "cost", "join", "leave", "distance"},
              [&](const table_reader &table) { read_event(result, table); });
+    result.modules = read_modules(top);
     result.policy = read_policy(top);
     return result;
 }

@@ -5,6 +5,7 @@
 #include "base/stop_signals.h"
 #include "base/text.h"
 #include "cli/command_output.h"
+#include "cli/fabrics/module_display.h"
 #include "cli/fabrics/route_display.h"
 #include "cli/fabrics/run_json.h"
 #include "lab/fabric_run.h"
@@ -12,6 +13,9 @@
 #include "rib/service/rib_state.h"
 
 namespace ribkit::cli {
+
+/// For modules that are there; others are not waited for.
+static constexpr std::chrono::seconds long_enough{5};
 
 int run_lab(const lab_options &options) {
     const lab::fabric f = chosen_fabric(options);
@@ -48,12 +52,21 @@ int run_lab(const lab_options &options) {
     });
     lab::fabric_run run(f, clients, progress, options.real_time,
                         [&out](const std::string &line) { out.print_line(line); });
+    lab::running_modules modules(f.modules, options.bus.url, options.output.traces);
+    modules.await_rib(long_enough);
     out.print_line(lab::head_text(f) + '\n');
     const bool played = unless_stopped([&] { run.play(); });
+    lab::wait_until(long_enough, [&rib] { return rib.has_settled(); });
     rib.stop();
     const rib::rib_state state(rib);
-    out.display([&] { tables.display(rib, options.memory); });
+    out.display([&] {
+        tables.display(rib, options.memory);
+        display_modules(modules);
+    });
     out.print_line('\n' + lab::summary_text(run.record(), &state));
+    if (modules.size() != 0) {
+        out.print_line(modules.hardware_text(rib.tables()));
+    }
     print_lab_json(out, run, state);
     out.finish();
     return played && run.record().total.refused == 0 ? 0 : 1;
