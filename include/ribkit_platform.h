@@ -128,9 +128,9 @@ uint32_t qip_sender_get(const struct qip_ref *ref);
 const char *qip_sender_name(const struct qip_ref *ref);
 
 /**
- * How often a handle has lost its server, or a listener ("unix:"), and found it again, or has missed messages for a group
- * since it did not read ("unix:"). What was sent to its addresses
- * meanwhile did not arrive, so that whoever lives on notifications looks again.
+ * How often a handle has lost its server, or a listener ("unix:"), and found it again, or has missed messages for a
+ * group since it did not read ("unix:"). What was sent to its addresses meanwhile did not arrive, so that whoever lives
+ * on notifications looks again.
  * @return the number since the handle was opened; 0 in process, and for an unknown handle
  */
 uint32_t qip_reconnections(uint32_t handle);
