@@ -1,6 +1,9 @@
 // One message of the catalogue behind the other; what is read has passed the check of the whole.
 #include "protocol/fib_records.h"
 
+#include <algorithm>
+#include <array>
+
 namespace ribkit::protocol {
 
 using codec::view;
@@ -20,6 +23,15 @@ void write_sync(std::span<uint8_t> room, const model::module_node &node) {
     sync.set<use<wire::fib_sync, "module">>(static_cast<uint8_t>(node.number - 1));
     sync.set<use<wire::fib_sync, "instance">>(node.instance).set<use<wire::fib_sync, "sequence">>(node.sequence);
     sync.set<use<wire::fib_sync, "entries">>(node.entries);
+}
+
+model::module_node node_of(view<wire::node> record) {
+    return {.number = record.shown<"module">(),
+            .type = record.get<"type">(),
+            .sup_state = record.get<"sup_state">(),
+            .node = record.get<"node">(),
+            .address = record.get<"address">(),
+            .state = static_cast<model::fib_state>(record.get<"fib_state">())};
 }
 
 void write_port(std::span<uint8_t> room, const model::module_port &port) {
@@ -73,19 +85,55 @@ bytes module_message(const model::module_node &node) {
 model::module_node module_of(std::span<const uint8_t> message) {
     const view<wire::node> record(message.data());
     const view<wire::fib_sync> sync(message.data() + wire::node.size);
-    model::module_node node{.number = record.shown<"module">(),
-                            .type = record.get<"type">(),
-                            .sup_state = record.get<"sup_state">(),
-                            .node = record.get<"node">(),
-                            .address = record.get<"address">(),
-                            .state = static_cast<model::fib_state>(record.get<"fib_state">()),
-                            .instance = sync.get<use<wire::fib_sync, "instance">>(),
-                            .sequence = sync.get<use<wire::fib_sync, "sequence">>(),
-                            .entries = sync.get<use<wire::fib_sync, "entries">>()};
+    model::module_node node = node_of(record);
+    node.instance = sync.get<use<wire::fib_sync, "instance">>();
+    node.sequence = sync.get<use<wire::fib_sync, "sequence">>();
+    node.entries = sync.get<use<wire::fib_sync, "entries">>();
     for (size_t i = 0; i < record.get<"ports">(); i++) {
         node.ports.push_back(port_of(view<wire::port>(message.data() + ports_at + i * wire::port.size)));
     }
     return node;
+}
+
+bytes system_info(std::span<const model::module_node> modules) {
+    bytes message(wire::sys_info.size + modules.size() * wire::module_entry.size);
+    const codec::writable_view<wire::sys_info> info(message.data());
+    info.set<"n_module">(static_cast<uint32_t>(modules.size()));
+    const auto entries = info.list<"module">();
+    for (size_t i = 0; i < modules.size(); i++) {
+        const model::module_node &node = modules[i];
+        const auto ports = entries[i].list<"port">();
+        std::array<uint8_t, 4> present{};
+        write_node({entries[i].list<"node">()[0].data(), wire::node.size}, node);
+        for (size_t port = 0; port < std::min<size_t>(node.ports.size(), ports.size()); port++) {
+            write_port({ports[port].data(), wire::port.size}, node.ports[port]);
+            if (port < 8 * present.size()) {
+                present[port / 8] |= static_cast<uint8_t>(1U << port % 8);
+            }
+        }
+        entries[i].set_bytes<"ports">(present);
+    }
+    return message;
+}
+
+std::vector<model::module_node> modules_of(view<wire::sys_info> info) {
+    std::vector<model::module_node> all;
+    for (const auto entry : info.list<"module">()) {
+        const view<wire::node> record = entry.list<"node">()[0];
+        model::module_node node = node_of(record);
+        const auto ports = entry.list<"port">();
+        for (size_t i = 0; i < std::min<size_t>(record.get<"ports">(), ports.size()); i++) {
+            node.ports.push_back(port_of(ports[i]));
+        }
+        all.push_back(std::move(node));
+    }
+    return all;
+}
+
+bytes node_info(const model::module_node &node) {
+    bytes message(wire::node.size);
+    write_node(message, node);
+    return message;
 }
 
 bytes port_message(const model::module_port &port) {

@@ -2,6 +2,7 @@
 // change their VSAN.
 #pragma once
 
+#include "codec/messages/info.h"
 #include "model/fib.h"
 #include "protocol/fib_messages.h"
 #include "protocol/system_messages.h"
@@ -17,6 +18,12 @@ namespace ribkit::protocol {
 bytes module_message(const model::module_node &node);
 /// Of a message that has passed its check.
 model::module_node module_of(std::span<const uint8_t> message);
+
+/// Modules with the first 64 ports of each, as the RIB tells of them.
+bytes system_info(std::span<const model::module_node> modules);
+std::vector<model::module_node> modules_of(codec::view<wire::sys_info> info);
+/// A module's record, alone.
+bytes node_info(const model::module_node &node);
 
 /// A port's record, alone.
 bytes port_message(const model::module_port &port);

@@ -235,6 +235,22 @@ is ignored. A label or multicast route has one owner: another's is refused with 
 A list that is longer than an answer comes in several: the next query starts behind the last entry of the last answer. A
 route that is there all the time is met once, whatever changes in between. A route that is longer than 64 KiB has an answer
 for itself, which is as long as it; listeners are told in its place that some could not be told.
+
+The answer to an operation with response says what became of the routes in the modules: it comes when every module that has
+told of itself has answered for what the request has changed, and at once where there is none. It waits for 5 s at most, and
+keeps nobody else waiting; of one sender 64 requests may wait, of all 1024, and what is beyond is refused with "out of
+memory" and not done. Its result is that of the RIB where it is not "ok", else the worst of the modules':
+
+| Result | What it says |
+| --- | --- |
+| timeout | a module has not answered in time, or has not for some time: then nobody waits for it until it does |
+| missing device | a module that was there is not there any more, or has said that it leaves |
+| missing response | a module's answer was damaged |
+| lc upgrading | a module is upgrading |
+| any other | the module's own: it has no room |
+
+Accepted are the routes that every module took. The others stay in the RIB, and are tried again when the module has room
+again, answers again or returns. A route that is changed again before it was sent to a module is sent once, as it is then.
 )";
     print_requests(text, "Messages", requests);
     print_meanings(text, "Operations of updates", rib_oper_to_str, operations);

@@ -214,8 +214,6 @@ bytes flow_info(uint32_t result, uint32_t if_index) {
     return message;
 }
 
-bytes module_info() { return bytes(wire::sys_info.size); }
-
 bytes log_position(uint32_t next, uint32_t held) {
     bytes message(wire::sync_info.size);
     writer<wire::sync_info>(message).set<use<wire::sync_info, "next">>(next).set<use<wire::sync_info, "held">>(held);

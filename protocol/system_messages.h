@@ -40,8 +40,6 @@ bytes test_info(uint32_t type, bool enabled);
 /// Without keys: of what a comparison found nothing.
 bytes verification_info(const model::verification &report);
 bytes flow_info(uint32_t result, uint32_t if_index);
-/// The modules, of which there are none.
-bytes module_info();
 
 /// How far a log goes, for whoever is further behind than it reaches or misses nothing.
 bytes log_position(uint32_t next, uint32_t held);

@@ -73,9 +73,19 @@ std::vector<model::vsan_summary> instance::summaries(uint32_t first, size_t most
 
 // What waits for answers of modules or clients is nothing yet: there are no modules.
 uint32_t instance::held_in(uint32_t structure) const {
+    constexpr uint32_t label_updates = 3; // then as table_id
+    constexpr uint32_t multicast_updates = 4;
+    constexpr uint32_t unicast_updates = 5;
+    constexpr uint32_t requests = 6;
     constexpr uint32_t pending = 7;
     constexpr uint32_t switchover_log = 8;
     switch (structure) {
+    case label_updates:
+    case multicast_updates:
+    case unicast_updates:
+        return unanswered[structure - label_updates];
+    case requests:
+        return waiting;
     case pending:
         return unsent;
     case switchover_log:

@@ -31,6 +31,8 @@ struct instance {
     std::array<model::verification, tables> reports{}; ///< by table_id
     uint32_t created;                                  ///< seconds since 1970
     bool notes_requests = false;                       ///< each in a line of history
+    std::array<uint32_t, tables> unanswered{};         ///< updates of modules, by table_id
+    uint32_t waiting = 0;                              ///< requests that are answered when modules have
     uint32_t unsent = 0;                               ///< notifications that wait for room
 
     /// Takes a registration, and its distance. Throws std::bad_alloc.

@@ -43,6 +43,16 @@ void modules::vsan_changed(uint32_t vsan, bool suspended) {
     }
 }
 
+std::array<uint32_t, tables> modules::in_flight() const {
+    std::array<uint32_t, tables> counts{};
+    for (const auto &[number, feed] : all_) {
+        counts[0] += static_cast<uint32_t>(feed.lane<label>().in_flight());
+        counts[1] += static_cast<uint32_t>(feed.lane<multicast>().in_flight());
+        counts[2] += static_cast<uint32_t>(feed.lane<unicast>().in_flight());
+    }
+    return counts;
+}
+
 template <class Kind> void modules::tell(cause why, const typename Kind::key &where) noexcept {
     if (why == cause::replay) {
         return;

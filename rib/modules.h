@@ -5,6 +5,7 @@
 #include "rib/effects.h"
 #include "rib/module_feed.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 
@@ -30,6 +31,8 @@ class modules final : public effects {
     /// A request waits no longer.
     void give_up(waiting::id request) noexcept;
     std::optional<waiting::done> take_done() { return requests_.take_done(); }
+    /// Updates on their way to modules, by table_id.
+    [[nodiscard]] std::array<uint32_t, tables> in_flight() const;
     [[nodiscard]] const waiting &requests() const { return requests_; }
 
     void told(const route_event<unicast> &change) override;

@@ -1,4 +1,5 @@
 // What changes is printed in the order in which it changes, whatever happens to the RIB meanwhile.
+#include "fib/service/fib_service.h"
 #include "testing/running_rib.h"
 
 #include <memory>
@@ -103,6 +104,16 @@ TEST_F(running_rib, tells_its_status) {
     EXPECT_EQ(json["vsans"], 2);
     EXPECT_EQ(json["clients"], nlohmann::json::array());
     EXPECT_EQ(json["waiting"].size(), 6U);
+}
+
+TEST_F(running_rib, tells_its_modules) {
+    const fib::fib_service module(url, {.number = 2, .ports = fib::usual_ports(2, 3)});
+    const auto modules = [&] { return nlohmann::json::parse(run("status", "--json").output)["modules"]; };
+    while (modules().empty() || modules()[0]["state"] != "active") {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(modules(), nlohmann::json::parse(R"([{"module": 2, "state": "active", "ports": 3}])"));
+    EXPECT_NE(run("status").output.find("\n  modules   1\n  module    2 active, 3 ports\n"), std::string::npos);
 }
 
 TEST_F(running_rib, tells_what_it_has_refused) {

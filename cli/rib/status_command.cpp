@@ -7,6 +7,7 @@
 #include "clients/question.h"
 #include "clients/state_reader.h"
 #include "diag/client_rows.h"
+#include "protocol/fib_records.h"
 #include "protocol/uses.h"
 #include "rib_codes.h"
 #include "rib_text.h"
@@ -41,7 +42,8 @@ struct status {
     model::availability role;
     uint32_t created = 0; ///< seconds since 1970
     model::vsan_summary sum;
-    uint32_t vsans = 0, suspended = 0, modules = 0;
+    uint32_t vsans = 0, suspended = 0;
+    std::vector<model::module_node> modules;
     std::vector<model::registration> clients;
     std::vector<std::pair<uint32_t, uint32_t>> queues; ///< structure, and how much waits there
     std::vector<refusals> refused;
@@ -98,7 +100,7 @@ status read_status(bus::rib_link &link) {
     const auto clients = clients::read_registrations(link, self);
     now.clients = protocol::registrations_of(codec::view<wire::reg_info>(clients.data()));
     const auto modules = clients::read_modules(link, self);
-    now.modules = codec::view<wire::sys_info>(modules.data()).get<"n_module">();
+    now.modules = protocol::modules_of(codec::view<wire::sys_info>(modules.data()));
     for (uint32_t queue = first_queue; queue <= last_queue; queue++) {
         const auto waiting = clients::read_structure(link, self, queue);
         now.queues.emplace_back(
@@ -122,6 +124,10 @@ std::string time_text(uint32_t seconds) {
     return text.data();
 }
 
+std::string state_text(const model::module_node &module) {
+    return text_by(fib_state_to_str, static_cast<uint32_t>(module.state));
+}
+
 std::string start_text(const model::availability &role) {
     return role.started_stateful ? "with a peer's tables" : "with empty tables";
 }
@@ -140,7 +146,11 @@ void print_text(command_output &out, const std::string &url, const status &now) 
         print_line(out, "changed", time_text(now.sum.modified));
     }
     print_line(out, "VSANs", base::joined(now.vsans, ", ", now.suspended, " suspended"));
-    print_line(out, "modules", base::joined(now.modules));
+    print_line(out, "modules", base::joined(now.modules.size()));
+    for (const model::module_node &module : now.modules) {
+        print_line(out, "module",
+                   base::joined(module.number, " ", state_text(module), ", ", module.ports.size(), " ports"));
+    }
     for (const model::registration &client : now.clients) {
         print_line(out, "client",
                    base::joined(client.client, " ", client_text(client.client), ", distance ", client.distance, ", ",
@@ -177,7 +187,13 @@ void print_json(command_output &out, const std::string &url, const status &now) 
         json.member("label").number(now.sum.label);
         json.member("vsans").number(now.vsans);
         json.member("suspended").number(now.suspended);
-        json.member("modules").number(now.modules);
+        json.member("modules").list(now.modules, [&](const model::module_node &module) {
+            json.object([&] {
+                json.member("module").number(module.number);
+                json.member("state").text(state_text(module));
+                json.member("ports").number(module.ports.size());
+            });
+        });
         json.member("clients").list(now.clients, [&](const model::registration &client) {
             json.object([&] {
                 json.member("client").number(client.client);

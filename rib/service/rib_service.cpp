@@ -320,6 +320,8 @@ bytes rib_service::ask(const request &asked) {
         return refuse(asked, RIB_BAD_PARAMETERS, base::joined("it may not use client ", client));
     }
     rib_.unsent = static_cast<uint32_t>(notices_.kept());
+    rib_.unanswered = followed_.in_flight();
+    rib_.waiting = static_cast<uint32_t>(held_.size());
     reply answer = row->answer(rib_, asked.payload.data(), arrival_of(asked));
     notices_.listen(rib_.clients.size() != 0);
     return answer.result == RIB_OK ? std::move(answer.message) : refuse(asked, answer.result, "", client);

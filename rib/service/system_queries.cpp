@@ -2,6 +2,7 @@
 #include "rib/service/system_queries.h"
 
 #include "bus/history.h"
+#include "protocol/fib_records.h"
 #include "protocol/query_kinds.h"
 #include "protocol/route_messages.h"
 #include "protocol/system_messages.h"
@@ -122,9 +123,18 @@ reply answer_vsans(const instance &rib, const protocol::list_query &asked, const
         [](const auto &entry) { return entry.first; }, [](const auto &found) { return protocol::vsan_info(found); });
 }
 
-reply answer_modules(const protocol::list_query &asked, const arrival &came) {
-    const uint32_t result = refusal_of(asked.query, came);
-    return result != RIB_OK ? reply::refusal(result) : reply::of(protocol::module_info());
+reply answer_modules(const instance &rib, const protocol::list_query &asked, const arrival &came) {
+    if (const uint32_t result = refusal_of(asked.query, came); result != RIB_OK) {
+        return reply::refusal(result);
+    }
+    const size_t most = most_of<wire::sys_info, "module">(asked.requested);
+    std::vector<model::module_node> found;
+    for (const auto &[number, node] : rib.nodes) {
+        if (number > asked.first && found.size() < most) {
+            found.push_back(node);
+        }
+    }
+    return reply::of(protocol::system_info(found));
 }
 
 reply answer_registrations(const instance &rib, const protocol::list_query &asked, const arrival &came) {
@@ -152,7 +162,11 @@ reply answer_internals(const instance &rib, const protocol::internal_query &aske
                                             : protocol::internal_info(asked.structure, rib.held_in(asked.structure)));
 }
 
-reply answer_node(const protocol::node_query & /*asked*/) { return reply::refusal(RIB_MISSING_DEVICE); }
+reply answer_node(const instance &rib, const protocol::node_query &asked) {
+    const auto found = rib.nodes.find(asked.module + 1U);
+    return found == rib.nodes.end() ? reply::refusal(RIB_MISSING_DEVICE)
+                                    : reply::of(protocol::node_info(found->second));
+}
 
 reply answer_flow(const instance &rib, const protocol::flow_query &asked) {
     const auto balance = attributes_of(rib.routes, rib.described, asked.flow.vsan).balance;

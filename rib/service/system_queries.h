@@ -20,10 +20,10 @@ struct arrival {
 reply answer_databases(const instance &rib, const protocol::list_query &asked, const arrival &came);
 reply answer_domains(const instance &rib, const protocol::list_query &asked, const arrival &came);
 reply answer_vsans(const instance &rib, const protocol::list_query &asked, const arrival &came);
-reply answer_modules(const protocol::list_query &asked, const arrival &came);
+reply answer_modules(const instance &rib, const protocol::list_query &asked, const arrival &came);
 reply answer_registrations(const instance &rib, const protocol::list_query &asked, const arrival &came);
 reply answer_internals(const instance &rib, const protocol::internal_query &asked, const arrival &came);
-reply answer_node(const protocol::node_query &asked);
+reply answer_node(const instance &rib, const protocol::node_query &asked);
 reply answer_flow(const instance &rib, const protocol::flow_query &asked);
 reply answer_log(const instance &rib, const protocol::log_query &asked);
 reply answer_verification(const instance &rib, const protocol::verify_query &asked, const arrival &came);

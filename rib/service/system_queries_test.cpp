@@ -1,6 +1,7 @@
 // What the RIB answers about itself, and what registrations, tests and comparisons change.
 #include "rib/service/system_queries.h"
 
+#include "protocol/fib_records.h"
 #include "protocol/route_messages.h"
 #include "protocol/system_messages.h"
 #include "rib/service/requests.h"
@@ -81,7 +82,7 @@ TEST_F(system_queries, kinds_that_are_not_answered_say_why) {
         EXPECT_EQ(answer_databases(rib, asked, came).result, result) << query;
         EXPECT_EQ(answer_domains(rib, asked, came).result, result) << query;
         EXPECT_EQ(answer_vsans(rib, asked, came).result, result) << query;
-        EXPECT_EQ(answer_modules(asked, came).result, result) << query;
+        EXPECT_EQ(answer_modules(rib, asked, came).result, result) << query;
         EXPECT_EQ(answer_registrations(rib, asked, came).result, result) << query;
         EXPECT_EQ(answer_internals(rib, {fspf, query, 1}, came).result, result) << query;
     }
@@ -109,8 +110,34 @@ TEST_F(system_queries, states_of_vsans) {
 }
 
 TEST_F(system_queries, there_are_no_modules) {
-    EXPECT_EQ(seen<wire::sys_info>(answer_modules({fspf, 0x1, 10, 0}, came)).get<"n_module">(), 0U);
-    EXPECT_EQ(answer_node({fspf, 0, 0}).result, RIB_MISSING_DEVICE);
+    EXPECT_EQ(seen<wire::sys_info>(answer_modules(rib, {fspf, 0x1, 10, 0}, came)).get<"n_module">(), 0U);
+    EXPECT_EQ(answer_node(rib, {fspf, 0, 0}).result, RIB_MISSING_DEVICE);
+}
+
+TEST_F(system_queries, modules_are_those_that_have_told_of_themselves) {
+    const model::module_port port{.slot = 2, .port = 7, .status = 1, .if_index = 0x01020007, .vsan = 3};
+    rib.nodes[1] = {.number = 1, .state = model::fib_state::active};
+    rib.nodes[2] = {.number = 2, .state = model::fib_state::upgrading, .ports = {port, port}};
+    const auto listed = [&](uint32_t wanted, uint32_t from) {
+        return protocol::modules_of(seen<wire::sys_info>(answer_modules(rib, {fspf, 0x1, wanted, from}, came)));
+    };
+    EXPECT_EQ(listed(10, 0), (std::vector{rib.nodes[1], rib.nodes[2]}));
+    EXPECT_EQ(listed(10, 1), (std::vector{rib.nodes[2]}));
+    EXPECT_EQ(listed(1, 0).size(), 1U);
+    const reply answer = answer_node(rib, {fspf, 1, 0});
+    EXPECT_EQ(rib_check_node_info(answer.message.data(), static_cast<uint32_t>(answer.message.size()), nullptr),
+              RIB_OK);
+    EXPECT_EQ(codec::view<wire::node>(answer.message.data()).get<"fib_state">(), 7U);
+    EXPECT_EQ(answer_node(rib, {fspf, 2, 0}).result, RIB_MISSING_DEVICE);
+}
+
+TEST_F(system_queries, updates_and_requests_that_wait_are_counted) {
+    rib.unanswered = {1, 2, 3};
+    rib.waiting = 4;
+    EXPECT_EQ(rib.held_in(3), 1U);
+    EXPECT_EQ(rib.held_in(4), 2U);
+    EXPECT_EQ(rib.held_in(5), 3U);
+    EXPECT_EQ(rib.held_in(6), 4U);
 }
 
 TEST_F(system_queries, registrations_are_listed) {
