@@ -82,10 +82,11 @@ void fair_queue::put(packet &one) noexcept {
         found->way_in = first.way_in;
         found->bytes = 0;
         found->has_lost = false;
+    } else { // the lanes of those behind it in the packet stay
+        give_one(one.lanes, spare_.lanes, most_spare);
     }
     found->bytes += first.letter.size + bytes_around;
     move_first(one.parcels, found->waiting);
-    give_one(one.lanes, spare_.lanes, most_spare);
 }
 
 // A sender's messages to several addresses stay in order.

@@ -45,6 +45,23 @@ TEST_F(faulty, a_message_held_back_for_the_next_is_dropped_with_the_handle) {
     EXPECT_EQ(incoming(), refused(EAGAIN));
 }
 
+TEST_F(faulty, messages_of_several_senders_are_held_back_together) {
+    load("reorder 1\nreorder 2");
+    uint32_t others[2]{};
+    for (uint32_t &one : others) {
+        ASSERT_EQ(qip_open("local:test", &one), 0);
+    }
+    ASSERT_EQ(send_text(others[0], "one"), 0);
+    ASSERT_EQ(send_text(others[1], "two"), 0);
+    ASSERT_EQ(send_text(client, "three"), 0);
+    for (const char *text : {"three", "one", "two"}) {
+        EXPECT_EQ(incoming(), text);
+    }
+    for (const uint32_t one : others) {
+        qip_close(one);
+    }
+}
+
 TEST_F(faulty, a_doubled_request_is_answered_once) {
     load("duplicate every 1");
     const uint32_t token = ask("question");
