@@ -78,16 +78,35 @@ void module_exchange::hear(const model::module_node &told) {
     feed.set_condition(condition_of(told.state));
 }
 
-/// What is awaited no more is thrown away when it comes.
-void module_exchange::forget_tokens(contact &of) {
+/// An answer that is awaited no more is thrown away when it comes.
+void module_exchange::forget(uint32_t token) const {
+    qip_recv_opts at_once{{QIP_RECV_BY_TOKEN}};
+    at_once.word[3] = token;
+    at_once.word[4] = 1;
+    qip_ref late{};
+    if (qip_recv(handle_, &late, &at_once) == 0) {
+        qip_drop(handle_, &late);
+    }
+}
+
+void module_exchange::forget_tokens(contact &of) const {
     uint32_t token = 0;
     while (rib_token_pop(&of.owed, &token) != 0) {
-        qip_recv_opts at_once{{QIP_RECV_BY_TOKEN}};
-        at_once.word[3] = token;
-        at_once.word[4] = 1;
-        qip_ref late{};
-        if (qip_recv(handle_, &late, &at_once) == 0) {
-            qip_drop(handle_, &late);
+        forget(token);
+    }
+}
+
+/// A module that answers in time again does not owe what was lost before.
+void module_exchange::forget_given_up(contact &of) const {
+    if (of.owed.count == of.in_flight.size()) {
+        return;
+    }
+    const std::vector<uint32_t> tokens(of.owed.tokens, of.owed.tokens + of.owed.count);
+    for (const uint32_t token : tokens) {
+        if (std::none_of(of.in_flight.begin(), of.in_flight.end(),
+                         [&](const sent &one) { return one.token == token; })) {
+            rib_token_remove(&of.owed, token);
+            forget(token);
         }
     }
 }
@@ -205,6 +224,7 @@ bool module_exchange::take_answer(uint32_t token, std::span<const uint8_t> paylo
         }
         const sent about = std::move(*found);
         from.in_flight.erase(found);
+        forget_given_up(from);
         if (said.what == verdict::fate::damaged) {
             bus::note_in_history("rib: module ", number, "'s answer is damaged, ", payload.size(), " bytes");
         }

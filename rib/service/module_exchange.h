@@ -79,7 +79,9 @@ class module_exchange {
     void lose(contact &to, module_feed &feed);
     void lose_token(contact &of, module_feed &feed, uint32_t token);
     void settle(module_feed &feed, const sent &about, const verdict &said);
-    void forget_tokens(contact &of);
+    void forget(uint32_t token) const;
+    void forget_tokens(contact &of) const;
+    void forget_given_up(contact &of) const;
     contact &enter(const model::module_node &told);
 
     uint32_t handle_;
