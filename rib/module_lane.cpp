@@ -94,7 +94,7 @@ template <class Kind> bool module_lane<Kind>::write(update_sink &to, uint32_t se
         }
     } catch (const std::bad_alloc &) {
         if (!merges_next_) { // a merge goes on where it was
-            send_again(made, true);
+            send_again(made, RIB_OK);
         }
         throw;
     }
@@ -113,14 +113,18 @@ template <class Kind> bool module_lane<Kind>::settle(uint32_t sequence, const ve
     }
     const flight over = std::move(*found);
     flights_.erase(found);
-    const bool was_late = said.what == verdict::fate::answered && said.result == RIB_INDEX_USED;
     const bool has_no_merge = said.result == RIB_NO_ENTRY && over.oper == FIB_OPER_MERGE;
     if (has_no_merge) {
         send_whole(merge_ ? merge_->vsan : over.vsan);
         merge_.reset();
     }
-    if (was_late || has_no_merge || said.what == verdict::fate::given_up) {
-        send_again(over, said.what != verdict::fate::given_up);
+    if (said.what == verdict::fate::given_up) {
+        send_again(over, RIB_TIMEOUT);
+    } else if (said.result == RIB_LC_UPGRADING) {
+        send_again(over, RIB_LC_UPGRADING);
+    } else if (said.result == RIB_INDEX_USED || has_no_merge ||
+               (said.what == verdict::fate::damaged && !names_routes(over.oper))) {
+        send_again(over, RIB_OK);
     } else {
         take(over, said);
     }
@@ -207,13 +211,14 @@ template <class Kind> void module_lane<Kind>::remember_askers(const flight &lost
     }
 }
 
-template <class Kind> void module_lane<Kind>::send_again(const flight &lost, bool keeps_askers) noexcept {
-    if (keeps_askers) {
+/// @param code what those are told who wait for it; RIB_OK: they go on waiting
+template <class Kind> void module_lane<Kind>::send_again(const flight &lost, uint32_t code) noexcept {
+    if (code == RIB_OK) {
         remember_askers(lost);
     }
     for (const entry &one : lost.keys) {
-        if (!keeps_askers) {
-            tell(lost, one, RIB_TIMEOUT);
+        if (code != RIB_OK) {
+            tell(lost, one, code);
         }
         remember({one.where, 0, one.merge});
     }

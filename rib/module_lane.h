@@ -91,7 +91,7 @@ template <class Kind> class module_lane {
 
     void remember(const entry &one) noexcept;
     void remember_askers(const flight &lost) noexcept;
-    void send_again(const flight &lost, bool keeps_askers) noexcept;
+    void send_again(const flight &lost, uint32_t code) noexcept;
     void take(const flight &of, const verdict &said) noexcept;
     void tell(const flight &of, const entry &one, uint32_t code) noexcept;
     void fail(const entry &one, uint32_t sequence, uint32_t code) noexcept;

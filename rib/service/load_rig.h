@@ -21,7 +21,7 @@
 #include <utility>
 #include <vector>
 
-namespace ribkit::bench {
+namespace ribkit::rib {
 
 inline constexpr uint32_t switches = 239;
 inline constexpr uint32_t most_unanswered = 8;
@@ -135,4 +135,4 @@ struct running_rib {
     rib::rib_service service;
 };
 
-} // namespace ribkit::bench
+} // namespace ribkit::rib

@@ -197,7 +197,7 @@ void module_exchange::lose(contact &to, module_feed &feed) {
 void module_exchange::settle(module_feed &feed, const sent &about, const verdict &said) {
     if (about.vsans.empty()) {
         feed.settle(about.sequence, said);
-    } else if (said.what == verdict::fate::given_up || said.result == RIB_INDEX_USED) {
+    } else if (said.what != verdict::fate::answered || said.result != RIB_OK) {
         for (const uint32_t vsan : about.vsans) {
             feed.tell_vsan(vsan);
         }
@@ -229,6 +229,9 @@ bool module_exchange::take_answer(uint32_t token, std::span<const uint8_t> paylo
             bus::note_in_history("rib: module ", number, "'s answer is damaged, ", payload.size(), " bytes");
         }
         settle(feed, about, said);
+        if (said.result == RIB_LC_UPGRADING) { // until it says otherwise
+            feed.set_condition(module_condition::upgrading);
+        }
         return true;
     }
     return false;

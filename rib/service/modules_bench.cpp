@@ -13,6 +13,7 @@
 
 using namespace ribkit;
 using namespace ribkit::bench;
+using namespace ribkit::rib;
 
 namespace {
 

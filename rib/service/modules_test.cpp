@@ -173,6 +173,22 @@ TEST_F(modules_on_the_bus, an_upgrading_module_says_so_and_is_given_the_changes_
     module.answer(*update);
 }
 
+TEST_F(modules_on_the_bus, a_module_that_upgrades_before_it_says_so_is_sent_everything_again) {
+    scripted_module module(bus_url, 1);
+    module.take_all();
+    const uint32_t token = client.send({first});
+    auto update = module.next();
+    ASSERT_TRUE(update);
+    module.answer(*update, RIB_LC_UPGRADING);
+    EXPECT_EQ(client.answer(token), answered(RIB_LC_UPGRADING, 0, 1));
+    EXPECT_FALSE(module.next(50));
+    module.announce();
+    update = module.next();
+    ASSERT_TRUE(update);
+    EXPECT_EQ(update->keys, (std::vector{first}));
+    module.answer(*update);
+}
+
 TEST_F(modules_on_the_bus, a_module_that_is_not_there_any_more_is_missing) {
     {
         scripted_module module(bus_url, 1);
