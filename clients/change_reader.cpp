@@ -48,16 +48,6 @@ model::label_key key_in(uint32_t /*vsan*/, const model::label_change &one) {
     return key;
 }
 
-model::route kept(const model::route_values &what) {
-    return {what.metric, what.flag, {what.hops.begin(), what.hops.end()}, what.carried};
-}
-model::multicast_route kept(const model::multicast_values &what) {
-    return {{what.members.begin(), what.members.end()}};
-}
-model::label_route kept(const model::label_values &what) {
-    return {{what.sources.begin(), what.sources.end()}, {what.hops.begin(), what.hops.end()}};
-}
-
 } // namespace
 
 change_reader::change_reader(bus::rib_link &link, uint32_t uuid, change_listener listener)
@@ -121,7 +111,7 @@ void change_reader::read_again() {
 template <class Table> change_reader::held_table<Table> change_reader::read() const {
     held_table<Table> now;
     read_table<Table>(link_, {uuid_}, [&](uint32_t owner, const auto &key, const auto &what) {
-        now.emplace_hint(now.end(), std::pair(key, owner), kept(what));
+        now.emplace_hint(now.end(), std::pair(key, owner), copied(what));
     });
     return now;
 }
@@ -185,7 +175,7 @@ template <class Table> void change_reader::take(std::span<const uint8_t> message
         if (deletes(one.action)) {
             held.erase(at);
         } else {
-            held.insert_or_assign(at, kept(one.what));
+            held.insert_or_assign(at, copied(one.what));
         }
     }
     listener_.changed(Table::note, message);

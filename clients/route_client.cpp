@@ -59,14 +59,11 @@ template <class Routes, class Changes> std::shared_ptr<const Routes> changed(Rou
 
 // Which of several clients' routes is active is the RIB's business: what is read is taken for as it was sent.
 model::route as_sent(const model::route_values &what) {
-    return {what.metric, what.flag | RIB_FLAG_ACTIVE, {what.hops.begin(), what.hops.end()}, what.carried};
+    model::route sent = copied(what);
+    sent.flag |= RIB_FLAG_ACTIVE;
+    return sent;
 }
-model::multicast_route as_sent(const model::multicast_values &what) {
-    return {{what.members.begin(), what.members.end()}};
-}
-model::label_route as_sent(const model::label_values &what) {
-    return {{what.sources.begin(), what.sources.end()}, {what.hops.begin(), what.hops.end()}};
-}
+template <class Values> auto as_sent(const Values &what) { return copied(what); }
 
 } // namespace
 

@@ -61,6 +61,17 @@ struct label_table {
     static const key_in_vsan &in_vsan(const key &where) { return where; }
 };
 
+/// What a route says, for whoever keeps it.
+inline model::route copied(const model::route_values &what) {
+    return {what.metric, what.flag, {what.hops.begin(), what.hops.end()}, what.carried};
+}
+inline model::multicast_route copied(const model::multicast_values &what) {
+    return {{what.members.begin(), what.members.end()}};
+}
+inline model::label_route copied(const model::label_values &what) {
+    return {{what.sources.begin(), what.sources.end()}, {what.hops.begin(), what.hops.end()}};
+}
+
 template <class Table> struct table_reading {
     uint32_t uuid;                            ///< of the client that asks
     std::optional<uint32_t> vsan{};           ///< none: all

@@ -83,12 +83,9 @@ template <class Table> wanted_tables<Table> held_by(rib::rib_service &rib) {
         if (const auto *mine = table.find(key, drawn<Table>::owner)) {
             const auto what = table.read(*mine);
             auto &kept = all[key.vsan][Table::in_vsan(key)];
+            kept = copied(what);
             if constexpr (std::is_same_v<Table, unicast_table>) {
-                kept = {what.metric, what.flag | RIB_FLAG_ACTIVE, {what.hops.begin(), what.hops.end()}, what.carried};
-            } else if constexpr (std::is_same_v<Table, multicast_table>) {
-                kept = {{what.members.begin(), what.members.end()}};
-            } else {
-                kept = {{what.sources.begin(), what.sources.end()}, {what.hops.begin(), what.hops.end()}};
+                kept.flag |= RIB_FLAG_ACTIVE;
             }
         }
     }
