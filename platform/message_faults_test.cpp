@@ -49,7 +49,7 @@ TEST_F(faulty, messages_of_several_senders_are_held_back_together) {
     load("reorder 1\nreorder 2");
     uint32_t others[2]{};
     for (uint32_t &one : others) {
-        ASSERT_EQ(qip_open("local:test", &one), 0);
+        ASSERT_EQ(qip_open(url.c_str(), &one), 0);
     }
     ASSERT_EQ(send_text(others[0], "one"), 0);
     ASSERT_EQ(send_text(others[1], "two"), 0);
