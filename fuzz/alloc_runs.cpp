@@ -8,6 +8,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <utility>
 
 namespace ribkit::fuzz {
 
@@ -32,8 +33,11 @@ std::string without_numbers(const std::string &text) {
             left += '#';
         }
     }
-    for (size_t at = left.find("messages"); at != std::string::npos; at = left.find("messages")) {
-        left.replace(at, std::strlen("messages"), "message");
+    constexpr std::pair<const char *, const char *> same[] = {{"#e-#", "#"}, {"#e+#", "#"}, {"messages", "message"}};
+    for (const auto &[longer, shorter] : same) {
+        for (size_t at = left.find(longer); at != std::string::npos; at = left.find(longer)) {
+            left.replace(at, std::strlen(longer), shorter);
+        }
     }
     return left;
 }
