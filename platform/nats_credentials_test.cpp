@@ -38,6 +38,16 @@ TEST_F(nats_credentials, messages_pass) {
     EXPECT_EQ(exchanged(server.url()), "question!");
 }
 
+// One signature in 256 begins with a zero.
+TEST_F(nats_credentials, every_signature_is_taken) {
+    const environment file{"RIBKIT_NATS_CREDENTIALS", saved(credentials)};
+    for (int count = 0; count < 500; ++count) {
+        uint32_t handle = 0;
+        ASSERT_EQ(error_of(qip_open(server.url().c_str(), &handle)), 0) << count;
+        qip_close(handle);
+    }
+}
+
 TEST_F(nats_credentials, are_demanded) { EXPECT_EQ(error_of_opening(server.url()), EACCES); }
 
 TEST_F(nats_credentials, may_be_damaged) {

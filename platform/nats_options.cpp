@@ -217,6 +217,8 @@ bool is_resolved(const nats_place &place) {
     return failure != EAI_NONAME && failure != EAI_AGAIN && failure != EAI_NODATA;
 }
 
+bool is_identity_signed() { return setting("RIBKIT_NATS_CREDENTIALS") != nullptr; }
+
 int errno_of(natsStatus status) {
     switch (status) {
     case NATS_OK:

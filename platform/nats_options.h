@@ -30,6 +30,9 @@ int set_nats_options(natsOptions *options, const nats_place &place);
 /// Whether the name of the server's host has an address. Asks the system, which may ask others.
 bool is_resolved(const nats_place &place);
 
+/// Whether the identity is proven by a signature, of which each connection has its own.
+bool is_identity_signed();
+
 /// What a failure of the client library means here.
 int errno_of(natsStatus status);
 

@@ -22,6 +22,15 @@ using namespace nats_callbacks;
 static constexpr int most_pending = 65536; // messages and bytes of a subscription that wait for its thread
 static constexpr int most_bytes_pending = 64 << 20;
 
+// The client library leaves out a signature whose first byte is zero, and the server refuses: it is asked again.
+static natsStatus open_connection(natsConnection *&opened, natsOptions *options) {
+    natsStatus status = natsConnection_Connect(&opened, options);
+    for (int more = is_identity_signed() ? 3 : 0; status == NATS_CONNECTION_AUTH_FAILED && more > 0; --more) {
+        status = natsConnection_Connect(&opened, options);
+    }
+    return status;
+}
+
 int nats_endpoint::connect() {
     has_real_time_ = claim_real_time(); // which the server keeps
     if (!has_real_time_) {
@@ -41,7 +50,7 @@ int nats_endpoint::connect() {
     natsOptions_SetErrorHandler(made, on_error, target.get());
     natsOptions_SetClosedCB(made, on_closed, target.get());
     natsConnection *connected = nullptr;
-    const natsStatus status = natsConnection_Connect(&connected, made);
+    const natsStatus status = open_connection(connected, made);
     connection_.reset(connected);
     if (status == NATS_NO_SERVER && !is_resolved(place_)) {
         return EHOSTUNREACH;
