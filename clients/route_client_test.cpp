@@ -2,8 +2,8 @@
 #include "clients/route_client.h"
 
 #include "base/text.h"
-#include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
+#include "lab/files/fabric_file.h"
 #include "lab/fspf.h"
 #include "rib/service/answers.h"
 #include "rib/service/rib_service.h"

@@ -5,11 +5,11 @@
 #include "base/near_names.h"
 #include "cli/messages/network_bytes.h"
 #include "fuzz/inputs.h"
-#include "lab/fabric_file.h"
-#include "platform/fault_script.h"
+#include "lab/files/fabric_file.h"
+#include "platform/faults/fault_script.h"
 #include "ribkit_platform.h"
 #ifdef RIBKIT_NATS_OPTIONS
-#include "platform/nats_options.h"
+#include "platform/nats/nats_options.h"
 #endif
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // RIB, modules and client are destroyed and made again at random moments, on a bus that loses some of what it carries
 // and delays some: in the end all have what the fabric demands. RIBKIT_SEED=N draws other moments.
 #include "clients/route_client.h"
-#include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
 #include "lab/fabric_routes.h"
+#include "lab/files/fabric_file.h"
 #include "lab/modules.h"
 #include "rib/service/answers.h"
 #include "rib/service/rib_service.h"

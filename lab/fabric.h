@@ -2,8 +2,8 @@
 // links while the lab runs. What is added is checked against what is there already.
 #pragma once
 
-#include "lab/declarations.h"
 #include "lab/fabric_module.h"
+#include "lab/files/declarations.h"
 #include "model/system.h"
 #include "rib/rib_spaces.h"
 #include "rib/service/rib_policy.h"

@@ -2,7 +2,7 @@
 #include "lab/fabric_generator.h"
 
 #include "base/text.h"
-#include "lab/fabric_file.h"
+#include "lab/files/fabric_file.h"
 #include "lab/spf.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 #include "lab/fabric_routes.h"
 
 #include "base/input_error.h"
-#include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
+#include "lab/files/fabric_file.h"
 #include "lab/fspf.h"
 
 #include <gtest/gtest.h>

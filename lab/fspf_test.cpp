@@ -2,7 +2,7 @@
 #include "lab/fspf.h"
 
 #include "base/text.h"
-#include "lab/fabric_file.h"
+#include "lab/files/fabric_file.h"
 #include "rib_codes.h"
 #include "ribkit_platform.h"
 

@@ -1,7 +1,7 @@
 // Which lines say that domains are unreachable, and that there are not too many of them.
 #include "lab/run_text.h"
 
-#include "lab/fabric_file.h"
+#include "lab/files/fabric_file.h"
 
 #include <gtest/gtest.h>
 

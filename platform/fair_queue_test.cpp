@@ -1,6 +1,6 @@
 // Senders take turns at an address: whom a flood keeps waiting, and for how long, counted in messages.
 #include "platform/fair_queue.h"
-#include "platform/fault_fixture.h"
+#include "platform/faults/fault_fixture.h"
 
 #include <algorithm>
 #include <deque>

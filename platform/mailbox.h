@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/fair_queue.h"
-#include "platform/faults.h"
+#include "platform/faults/faults.h"
 #include "platform/post_office.h"
 #include "platform/ring.h"
 #include "platform/spin_habit.h"

@@ -1,6 +1,6 @@
 // Conversations in which each allocation in turn fails: a call then fails with ENOMEM and has done nothing, nothing
 // that ended is remembered, every reference comes back, and the bus works afterwards.
-#include "platform/fault_fixture.h"
+#include "platform/faults/fault_fixture.h"
 #include "testing/alloc_failure.h"
 #include "testing/capture.h"
 

@@ -1,6 +1,6 @@
 // What a fault script does to calls and messages in real time, over any transport.
 #include "platform/clock.h"
-#include "platform/fault_fixture.h"
+#include "platform/faults/fault_fixture.h"
 
 namespace ribkit::platform {
 

@@ -3,7 +3,7 @@
 #include "qip.h"
 
 #include "platform/clock.h"
-#include "platform/faults.h"
+#include "platform/faults/faults.h"
 #include "platform/handles.h"
 #include "platform/names.h"
 #include "platform/references.h"

@@ -2,7 +2,7 @@
 // are 0 or an errno. Everything may be called from several threads at once.
 #pragma once
 
-#include "platform/faults.h"
+#include "platform/faults/faults.h"
 #include "platform/message.h"
 #include "qip.h"
 #include <chrono>

@@ -1,5 +1,5 @@
 // Every failure text and result code of the wrappers that the service can cause, each by a fault script.
-#include "platform/fault_fixture.h"
+#include "platform/faults/fault_fixture.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "testing/capture.h"

@@ -1,10 +1,10 @@
 // The RIB's state beside a model that shares nothing with it: random requests of all kinds, from few clients about few
 // routes, so that they meet; answers and effects are compared after each, everything that is held every thousandth
 // time. RIBKIT_ALL=1 asks a hundred times as often.
-#include "rib/naive_state.h"
-#include "rib/random_requests.h"
+#include "rib/naive/naive_state.h"
+#include "rib/naive/random_requests.h"
+#include "rib/naive/state_seen.h"
 #include "rib/state.h"
-#include "rib/state_seen.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #include "rib/table.h"
 
 #include "rib/candidates.h"
-#include "rib/table_sweeps.h"
+#include "rib/naive/table_sweeps.h"
 #include "rib_codes.h"
 
 #include <iterator>

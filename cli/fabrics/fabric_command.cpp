@@ -2,7 +2,7 @@
 #include "cli/fabrics/fabric_command.h"
 
 #include "lab/fabric_dot.h"
-#include "lab/fabric_file.h"
+#include "lab/files/fabric_file.h"
 
 namespace ribkit::cli {
 

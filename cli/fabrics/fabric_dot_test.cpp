@@ -1,7 +1,7 @@
 // Drawings of fabrics: everything that is in the file is in the picture, and no name breaks out of its quotation marks.
 #include "lab/fabric_dot.h"
 
-#include "lab/fabric_file.h"
+#include "lab/files/fabric_file.h"
 #include "testing/golden.h"
 #include "testing/run_command.h"
 #include "testing/temporary_directory.h"

@@ -1,6 +1,6 @@
 // RIB and clients as processes of their own, over a server that the test starts.
 #include "base/duration.h"
-#include "platform/nats_fixture.h"
+#include "platform/nats/nats_fixture.h"
 #include "testing/background_command.h"
 
 #include <chrono>

@@ -7,7 +7,7 @@
 #include "cli/command_output.h"
 #include "cli/fabrics/route_display.h"
 #include "cli/fabrics/run_json.h"
-#include "lab/fabric_file.h"
+#include "lab/files/fabric_file.h"
 #include "lab/run_text.h"
 #include "rib/service/rib_state.h"
 

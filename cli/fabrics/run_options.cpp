@@ -5,7 +5,7 @@
 #include "base/near_names.h"
 #include "base/text.h"
 #include "bus/rib_link.h"
-#include "lab/fabric_file.h"
+#include "lab/files/fabric_file.h"
 
 #include <algorithm>
 

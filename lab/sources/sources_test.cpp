@@ -2,8 +2,8 @@
 // and what their clients bring to the RIB while the fabric changes and everybody restarts.
 #include "lab/sources/wanted.h"
 
-#include "lab/fabric_file.h"
 #include "lab/fabric_generator.h"
+#include "lab/files/fabric_file.h"
 #include "lab/route_role.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "qip.h"
-#include "rib/waiting.h"
+#include "rib/modules/waiting.h"
 
 #include <cstddef>
 #include <cstdint>

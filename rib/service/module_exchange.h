@@ -4,7 +4,7 @@
 #pragma once
 
 #include "rib/instance.h"
-#include "rib/modules.h"
+#include "rib/modules/modules.h"
 #include "rib/service/module_messages.h"
 #include "rib_wrap.h"
 

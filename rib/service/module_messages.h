@@ -2,7 +2,7 @@
 #pragma once
 
 #include "protocol/fib_messages.h"
-#include "rib/module_update.h"
+#include "rib/modules/module_update.h"
 #include "rib/service/reply.h"
 
 #include <cstdint>

@@ -3,7 +3,7 @@
 #include "base/text.h"
 #include "fib/service/fib_service.h"
 #include "protocol/route_messages.h"
-#include "rib/random_requests.h"
+#include "rib/naive/random_requests.h"
 #include "rib/service/rib_service.h"
 #include "rib_check.h"
 #include "rib_codes.h"

@@ -4,7 +4,7 @@
 
 #include "rib/change_logs.h"
 #include "rib/effects.h"
-#include "rib/modules.h"
+#include "rib/modules/modules.h"
 #include "rib/service/notices.h"
 
 #include <cstdint>

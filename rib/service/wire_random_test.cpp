@@ -1,7 +1,7 @@
 // The RIB's service beside the naive model: random updates of all three tables as bytes, put together here number by
 // number, plainly and in envelopes. Answers are compared after each, and at the end every notification.
-#include "rib/naive_state.h"
-#include "rib/random_requests.h"
+#include "rib/naive/naive_state.h"
+#include "rib/naive/random_requests.h"
 #include "rib/service/rib_service.h"
 #include "rib_wrap.h"
 #include "ribkit_platform.h"
