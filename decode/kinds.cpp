@@ -1,7 +1,7 @@
 // The catalogue and what stands beside it, as one list.
 #include "decode/kinds.h"
 
-#include "codec/check.h"
+#include "codec/checks/check.h"
 #include "codec/message.h"
 #include "codec/messages/forms.h"
 #include "codec/messages/snmp.h"

@@ -2,10 +2,10 @@
 // its converter without "_to_str". Nothing in the core needs this list.
 #pragma once
 
-#include "diag/client_rows.h"
-#include "diag/fib_rows.h"
-#include "diag/operation_rows.h"
-#include "diag/state_rows.h"
+#include "diag/text/client_rows.h"
+#include "diag/text/fib_rows.h"
+#include "diag/text/operation_rows.h"
+#include "diag/text/state_rows.h"
 #include "rib_text.h"
 
 #include <span>

@@ -1,7 +1,7 @@
 // What rows are made of: texts, lists that are gathered before they are printed, and headings.
 #pragma once
 
-#include "diag/row.h"
+#include "diag/text/row.h"
 #include "rib_codes.h"
 #include "rib_text.h"
 

@@ -1,6 +1,6 @@
 // Reads forms and writes what they say; slowly, so that it shares nothing with the rows of the displays.
 #include "diag/render.h"
-#include "diag/expected_texts.h"
+#include "diag/text/expected_texts.h"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 // What the switch can rely on: the room that the library takes, loaded whole or linked in parts, the stack below its
 // calls, and which of them ask for memory. Compiler and linker say so of the library as it is built for size.
-#include "codec/checked_messages.h"
+#include "codec/checks/checked_messages.h"
 #include "footprint/measured.h"
 
 #include <algorithm>

@@ -5,7 +5,7 @@
 #include "fib/service/fib_service.h"
 #include "fuzz/quiet.h"
 #include "fuzz/sound_fib_requests.h"
-#include "protocol/fib_requests.h"
+#include "protocol/fib/fib_requests.h"
 #include "protocol/uses.h"
 #include "rib_codes.h"
 #include "ribkit_platform.h"

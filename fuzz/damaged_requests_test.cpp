@@ -4,7 +4,7 @@
 #include "codec/size.h"
 #include "fuzz/quiet.h"
 #include "fuzz/sound_requests.h"
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_records.h"
 #include "protocol/requests.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"

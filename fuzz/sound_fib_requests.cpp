@@ -1,8 +1,8 @@
 // Messages about few entries of each table, written by their names.
 #include "fuzz/sound_fib_requests.h"
 
-#include "protocol/fib_records.h"
-#include "protocol/fib_requests.h"
+#include "protocol/fib/fib_records.h"
+#include "protocol/fib/fib_requests.h"
 #include "protocol/queries.h"
 #include "rib_codes.h"
 #include "ribkit_platform.h"

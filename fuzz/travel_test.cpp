@@ -8,7 +8,7 @@
 #include "fuzz/quiet.h"
 #include "fuzz/sound_fib_requests.h"
 #include "fuzz/sound_requests.h"
-#include "protocol/fib_requests.h"
+#include "protocol/fib/fib_requests.h"
 #include "protocol/requests.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"

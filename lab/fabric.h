@@ -5,7 +5,7 @@
 #include "lab/fabric_module.h"
 #include "lab/files/declarations.h"
 #include "model/system.h"
-#include "rib/rib_spaces.h"
+#include "rib/hardware/rib_spaces.h"
 #include "rib/service/rib_policy.h"
 
 #include <array>

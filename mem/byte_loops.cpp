@@ -1,7 +1,7 @@
 // The loops as anybody writes them. Clearing is volatile, or the compiler would call memset.
 #include "mem/byte_loops.h"
 
-#include "mem/naive_bitmap.h"
+#include "mem/bitmap/naive_bitmap.h"
 
 namespace ribkit::mem {
 

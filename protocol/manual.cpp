@@ -1,7 +1,7 @@
 // Rows as lines of tables; the texts of numbers are those of the vocabularies.
 #include "protocol/manual.h"
 
-#include "protocol/fib_requests.h"
+#include "protocol/fib/fib_requests.h"
 #include "protocol/query_kinds.h"
 #include "protocol/requests.h"
 #include "protocol/uses.h"

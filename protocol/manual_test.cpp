@@ -3,7 +3,7 @@
 
 #include "codec/message.h"
 #include "protocol/claim.h"
-#include "protocol/fib_requests.h"
+#include "protocol/fib/fib_requests.h"
 #include "protocol/query_kinds.h"
 #include "protocol/requests.h"
 #include "rib_text.h"

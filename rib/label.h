@@ -8,7 +8,7 @@
 // "add" and "delete" are for any of them.
 #pragma once
 
-#include "rib/word_path.h"
+#include "rib/hardware/word_path.h"
 
 namespace ribkit::rib {
 

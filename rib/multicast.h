@@ -1,7 +1,7 @@
 // Multicast routes in the RIB: a destination belongs to the client that added it first; a path unit for each member.
 #pragma once
 
-#include "rib/word_path.h"
+#include "rib/hardware/word_path.h"
 
 namespace ribkit::rib {
 

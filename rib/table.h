@@ -3,7 +3,7 @@
 // Everything that a route needs is obtained before anything of it counts: it is stored whole or not at all.
 #pragma once
 
-#include "rib/hardware.h"
+#include "rib/hardware/hardware.h"
 #include "rib/label.h"
 #include "rib/multicast.h"
 #include "rib/owners.h"

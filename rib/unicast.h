@@ -1,7 +1,7 @@
 // Unicast routes in the RIB: each owner has a candidate for a destination; hops stand in path units.
 #pragma once
 
-#include "rib/hardware.h"
+#include "rib/hardware/hardware.h"
 
 namespace ribkit::rib {
 

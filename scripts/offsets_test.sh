@@ -9,7 +9,7 @@ cd "$1"
 # Where numbers meet bytes, and formats that are no messages.
 apart='^(codec/(bytes|isa_scalar|isa_shuffles|size|view|writer)\.h' # what layouts are made of
 apart+='|decode/numbers\.h'                            # layouts that are known at run time
-apart+='|mem/(bitmap|buddy_twin|image_check)\.cpp'     # bitmaps, saved images
+apart+='|mem/(bitmap/bitmap|buddy/buddy_twin|image_check)\.cpp'     # bitmaps, saved images
 apart+='|platform/(nats/nats_arrivals|nats/nats_transport|unix/unix_packet)\.cpp' # what travels in front of a message
 apart+='|cli/rib/route_request\.h'                     # the words of a command line
 apart+='|fuzz/attacks\.cpp'                            # damage, at any offset

@@ -4,7 +4,7 @@
 #include "base/input_error.h"
 #include "base/near_names.h"
 #include "catalogue/messages.h"
-#include "codec/check.h"
+#include "codec/checks/check.h"
 #include "codec/messages/snmp.h"
 #include "codec/view.h"
 #include "diag/display_layouts.h"

@@ -5,8 +5,8 @@
 #include "bus/rib_link.h"
 #include "cli/rib/route_records.h"
 #include "diag/display_layouts.h"
-#include "protocol/fib_checks.h"
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_checks.h"
+#include "protocol/fib/fib_records.h"
 #include "protocol/queries.h"
 #include "rib_codes.h"
 

@@ -3,7 +3,7 @@
 
 #include "bus/module_link.h"
 #include "cli/messages/displays.h"
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_records.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
 #include "testing/background_command.h"

@@ -4,7 +4,7 @@
 #include "base/input_error.h"
 #include "base/near_names.h"
 #include "base/text.h"
-#include "diag/client_rows.h"
+#include "diag/text/client_rows.h"
 #include "rib_text.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"

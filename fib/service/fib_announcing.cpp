@@ -1,7 +1,7 @@
 // How the RIB comes to know of a module. One message is on its way at a time; what changes meanwhile is told after it.
 #include "bus/history.h"
 #include "fib/service/fib_service.h"
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_records.h"
 #include "protocol/route_messages.h"
 #include "rib_check.h"
 #include "rib_codes.h"

@@ -4,8 +4,8 @@
 
 #include "base/text.h"
 #include "bus/history.h"
-#include "protocol/fib_records.h"
-#include "protocol/fib_requests.h"
+#include "protocol/fib/fib_records.h"
+#include "protocol/fib/fib_requests.h"
 #include "rib_codes.h"
 #include "rib_text.h"
 #include "rib_trace.h"

@@ -1,8 +1,8 @@
 // A module on the bus: what a RIB that is played here sends it and hears of it.
 #include "fib/service/fib_service.h"
 
-#include "protocol/fib_records.h"
-#include "protocol/fib_requests.h"
+#include "protocol/fib/fib_records.h"
+#include "protocol/fib/fib_requests.h"
 #include "protocol/queries.h"
 #include "protocol/route_messages.h"
 #include "rib_codes.h"

@@ -1,9 +1,9 @@
 // Messages are read by their layouts, one path after the other, and answered with what the FIB says.
 #include "fib/service/messages.h"
 
-#include "codec/check.h"
+#include "codec/checks/check.h"
 #include "fib/update.h"
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_records.h"
 #include "protocol/queries.h"
 #include "protocol/query_kinds.h"
 #include "rib_check.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "fib/service/module.h"
-#include "protocol/fib_checks.h"
+#include "protocol/fib/fib_checks.h"
 
 #include <cstdint>
 #include <span>

@@ -3,7 +3,7 @@
 
 #include "base/near_names.h"
 #include "base/text.h"
-#include "diag/client_rows.h"
+#include "diag/text/client_rows.h"
 #include "lab/files/table_reader.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // An endpoint over a NATS server: one connection, one mailbox, and a subscription for its inbox and every address.
 #pragma once
 
-#include "platform/mailbox.h"
+#include "platform/local/mailbox.h"
 #include "platform/nats/nats_options.h"
 #include <atomic>
 #include <cstdio>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/descriptor.h"
-#include "platform/mailbox.h"
+#include "platform/local/mailbox.h"
 #include "platform/unix/unix_packet.h"
 #include <atomic>
 #include <chrono>

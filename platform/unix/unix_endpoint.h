@@ -3,7 +3,7 @@
 // calls. Whoever calls looks for arrivals himself first.
 #pragma once
 
-#include "platform/mailbox.h"
+#include "platform/local/mailbox.h"
 #include "platform/unix/unix_connection.h"
 #include "platform/unix/unix_place.h"
 

@@ -1,7 +1,7 @@
 // The path units behind the routes of the naive model, from an allocator that is as naive.
 #pragma once
 
-#include "mem/naive_buddy.h"
+#include "mem/buddy/naive_buddy.h"
 
 #include <algorithm>
 #include <cstdint>

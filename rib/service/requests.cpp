@@ -1,7 +1,7 @@
 // Every request is read by its layout, and answered by the function that takes what was read.
 #include "rib/service/requests.h"
 
-#include "codec/check.h"
+#include "codec/checks/check.h"
 #include "protocol/uses.h"
 #include "rib/service/route_queries.h"
 #include "ribkit_rib.h"

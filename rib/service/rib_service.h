@@ -3,8 +3,8 @@
 
 #include "bus/complaints.h"
 #include "bus/service_handle.h"
-#include "rib/service/held_answers.h"
-#include "rib/service/module_exchange.h"
+#include "rib/service/modules/held_answers.h"
+#include "rib/service/modules/module_exchange.h"
 #include "rib/service/notices.h"
 #include "rib/service/requests.h"
 #include "rib/service/rib_claim.h"

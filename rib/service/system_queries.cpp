@@ -2,7 +2,7 @@
 #include "rib/service/system_queries.h"
 
 #include "bus/history.h"
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_records.h"
 #include "protocol/query_kinds.h"
 #include "protocol/route_messages.h"
 #include "protocol/system_messages.h"

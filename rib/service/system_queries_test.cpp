@@ -1,7 +1,7 @@
 // What the RIB answers about itself, and what registrations, tests and comparisons change.
 #include "rib/service/system_queries.h"
 
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_records.h"
 #include "protocol/route_messages.h"
 #include "protocol/system_messages.h"
 #include "rib/service/requests.h"

@@ -1,0 +1,106 @@
+// How a module answers: the keys that did not take effect, and behind them the response.
+#include "protocol/fib/fib_messages.h"
+
+#include "rib_codes.h"
+
+#include <algorithm>
+
+namespace ribkit::protocol {
+
+using codec::view;
+using codec::writer;
+
+namespace {
+
+void write_answer(std::span<uint8_t> room, const model::fib_answer &answer) {
+    const writer<wire::fib_rsp> said(room);
+    said.set<use<wire::fib_rsp, "result">>(answer.result).set<use<wire::fib_rsp, "oper">>(answer.oper);
+    said.set<use<wire::fib_rsp, "vsan">>(answer.vsan).set<use<wire::fib_rsp, "accepted">>(answer.accepted);
+    said.set<use<wire::fib_rsp, "sequence">>(answer.sequence);
+}
+
+/// `write` fills in a key.
+template <const codec::layout &Report, class Key, class Write>
+bytes answer_message(const model::fib_answer &answer, std::span<const model::fib_fault<Key>> faults, Write write) {
+    const size_t named = faults.empty() ? 0 : Report.size + faults.size() * fault_size<Report>;
+    bytes message(named + wire::fib_rsp.size);
+    if (named != 0) {
+        const writer<Report> report(message.data(), named);
+        report.template set<use<Report, "result">>(answer.result).template set<use<Report, "oper">>(answer.oper);
+        report.template set<use<Report, "vsan">>(answer.vsan).template set<use<Report, "sequence">>(answer.sequence);
+        for (const auto &[status, key] : faults) {
+            const auto entry = report.template add<"entry">();
+            entry.template set<"status">(status).template set<"vsan">(key.vsan);
+            write(entry, key);
+        }
+    }
+    write_answer(std::span(message).subspan(named), answer);
+    return message;
+}
+
+} // namespace
+
+bytes fib_answer(const model::fib_answer &answer, std::span<const model::fib_fault<model::route_key>> faults) {
+    return answer_message<wire::fcu_rsp_path>(answer, faults, [](const auto &entry, const model::route_key &key) {
+        entry.template set<"fcid">(key.to.fcid).template set<"mask">(key.to.mask);
+    });
+}
+
+bytes fib_multicast_answer(const model::fib_answer &answer,
+                           std::span<const model::fib_fault<model::multicast_key>> faults) {
+    return answer_message<wire::fcm_rsp_path>(answer, faults, [](const auto &entry, const model::multicast_key &key) {
+        entry.template set<"fcid">(key.to.fcid);
+    });
+}
+
+bytes fib_label_answer(const model::fib_answer &answer, std::span<const model::fib_fault<model::label_key>> faults) {
+    return answer_message<wire::fcl_rsp_path>(answer, faults, [](const auto &entry, const model::label_key &key) {
+        const uint32_t at = key.type == RIB_ROUTE_SRC_LABEL ? key.source : key.to.fcid;
+        entry.template set<use<wire::verf_fcl, "type">>(fib_type_of(key));
+        entry.template set<use<wire::verf_fcl, "fcid_or_source">>(at);
+        entry.template set<use<wire::verf_fcl, "mask">>(key.to.mask).template set<"n_label">(key.match_count);
+        entry.template set<"label_0">(key.match[0]).template set<"label_1">(key.match[1]);
+    });
+}
+
+model::fib_answer answer_of(view<wire::fib_rsp> answer) {
+    return {answer.get<use<wire::fib_rsp, "result">>(), answer.get<use<wire::fib_rsp, "oper">>(),
+            answer.get<use<wire::fib_rsp, "vsan">>(), answer.get<use<wire::fib_rsp, "accepted">>(),
+            answer.get<use<wire::fib_rsp, "sequence">>()};
+}
+
+std::vector<model::fib_fault<model::route_key>> faults_of(view<wire::fcu_rsp_path> report) {
+    std::vector<model::fib_fault<model::route_key>> faults;
+    for (const auto entry : report.list<"entry">()) {
+        faults.push_back({entry.get<"status">(), {entry.get<"vsan">(), {entry.get<"fcid">(), entry.get<"mask">()}}});
+    }
+    return faults;
+}
+
+std::vector<model::fib_fault<model::multicast_key>> faults_of(view<wire::fcm_rsp_path> report) {
+    std::vector<model::fib_fault<model::multicast_key>> faults;
+    for (const auto entry : report.list<"entry">()) {
+        faults.push_back({entry.get<"status">(), {entry.get<"vsan">(), {entry.get<"fcid">(), 0}}});
+    }
+    return faults;
+}
+
+std::vector<model::fib_fault<model::label_key>> faults_of(view<wire::fcl_rsp_path> report) {
+    std::vector<model::fib_fault<model::label_key>> faults;
+    for (const auto entry : report.list<"entry">()) {
+        const uint32_t at = entry.get<use<wire::verf_fcl, "fcid_or_source">>();
+        model::label_key key{.vsan = entry.get<"vsan">(),
+                             .type = route_type_of(entry.get<use<wire::verf_fcl, "type">>()),
+                             .match_count = std::min<uint32_t>(entry.get<"n_label">(), model::most_match_labels),
+                             .match = {entry.get<"label_0">(), entry.get<"label_1">()}};
+        if (key.type == RIB_ROUTE_SRC_LABEL) {
+            key.source = at;
+        } else {
+            key.to = {at, entry.get<use<wire::verf_fcl, "mask">>()};
+        }
+        faults.push_back({entry.get<"status">(), key});
+    }
+    return faults;
+}
+
+} // namespace ribkit::protocol
