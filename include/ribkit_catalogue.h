@@ -215,6 +215,7 @@ struct ribkit_catalogue {
     const struct ribkit_vocabulary *const *vocabularies;
 };
 
+/** @return all messages, layouts and vocabularies: constant, and the library's own */
 const struct ribkit_catalogue *ribkit_catalogue_get(void);
 
 /** @return the message or form of that name ("rib_fcurt"); null where there is none */

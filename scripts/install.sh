@@ -8,11 +8,12 @@ install_below() {
     prefix=$(absolute "${1-/usr/local}")
     need "the libraries and the command" "${install_packages[@]}"
     build release $(without_tests) -- ribkit ribkit_static ribkit_platform ribkit_platform_static \
-        ribkit_catalogue_shared ribkit_catalogue_static ribkit_command
+        ribkit_catalogue_shared ribkit_catalogue_static ribkit_command manuals
     scratch=$(mktemp -d)
     stage build/release "$prefix" "$scratch"
     as_owner_of "$prefix" install_files "$scratch" "$prefix"
-    printf '%s\n' "command    $prefix/bin/ribkit" "headers    $prefix/include/ribkit" "libraries  $prefix/lib"
+    printf '%s\n' "command    $prefix/bin/ribkit" "headers    $prefix/include/ribkit" "libraries  $prefix/lib" \
+        "manual     $prefix/share/man: man ribkit-lab, man rib_codec.h"
     by_default "$prefix" || echo "programs   find them with: export PKG_CONFIG_PATH=$prefix/lib/pkgconfig LD_LIBRARY_PATH=$prefix/lib"
 }
 
