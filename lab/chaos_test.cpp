@@ -206,10 +206,23 @@ class world {
         return std::all_of(there_.modules.begin(), there_.modules.end(), [&](const auto &module) {
             return module->read([&](const fib::module &of) {
                 const auto &all = of.fib.entries<fib::unicast>().all();
-                return static_cast<size_t>(std::count_if(all.begin(), all.end(), [](const auto &one) {
-                           return one.first.vsan != witness::vsan;
-                       })) == routes_.size();
+                const auto right = std::count_if(all.begin(), all.end(), [&](const auto &one) {
+                    return one.first.vsan != witness::vsan &&
+                           is_wanted(one.first, fib::table<fib::unicast>::read(one.second));
+                });
+                return static_cast<size_t>(right) == routes_.size();
             });
+        });
+    }
+    [[nodiscard]] bool is_wanted(const model::route_key &key, const model::fib_unicast &what) const {
+        const auto &wanted = *routes_.of(key.vsan);
+        const auto found = wanted.find(key.to);
+        if (found == wanted.end() || found->second.metric != what.metric) {
+            return false;
+        }
+        auto ways = what.ways;
+        return std::all_of(found->second.hops.begin(), found->second.hops.end(), [&](const model::next_hop &hop) {
+            return !ways.empty() && model::take_label_hop(ways)[1] == hop.if_index;
         });
     }
     void expect_same_as_fabric() {

@@ -7,7 +7,7 @@
 #include "clients/question.h"
 #include "clients/state_reader.h"
 #include "fib/service/fib_service.h"
-#include "protocol/fib_records.h"
+#include "protocol/fib/fib_records.h"
 #include "protocol/route_messages.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
