@@ -88,7 +88,8 @@ class witness {
         uint32_t domain, cost; ///< cost 0: no route
     };
     struct known_route {
-        uint32_t cost, rib;
+        uint32_t cost = 0;
+        uint32_t rib = 1; ///< none has an odd number
     };
 
     void run() {
@@ -122,6 +123,8 @@ class witness {
         const uint32_t rib = there_.rib_changes;
         const auto ports = ports_known();
         const asked_for change{1 + below(domains), below(3) == 0 ? 0 : 1 + below(1000)};
+        const auto before = known_.extract(change.domain); // nothing is known until it is answered
+        const known_route had = before ? before.mapped() : known_route{};
         seen_.asked++;
         const uint64_t start = qip_now();
         try {
@@ -130,9 +133,8 @@ class witness {
             expect(qip_now() - start <= latest_answer, "answered late", change);
             qip_step_aside();
             const std::scoped_lock locked(there_.lock);
-            judge(change, answer, rib, ports);
+            judge(change, answer, had, rib, ports);
         } catch (const bus::no_answer &) {
-            known_.erase(change.domain);
             seen_.unexplained += rib == there_.rib_changes && rib % 2 == 0 ? 1 : 0;
         }
     }
@@ -157,10 +159,9 @@ class witness {
         return protocol::decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(answer));
     }
 
-    void judge(const asked_for &change, const protocol::fcurt_response &said, uint32_t rib,
+    void judge(const asked_for &change, const protocol::fcurt_response &said, const known_route &had, uint32_t rib,
                const std::map<uint32_t, uint32_t> &ports) {
         const bool same_rib = rib == there_.rib_changes && rib % 2 == 0;
-        const auto known = known_.find(change.domain);
         switch (said.result) {
         case RIB_OK:
             seen_.ok++;
@@ -169,9 +170,7 @@ class witness {
             }
             break;
         case RIB_NO_ENTRY:
-            expect(change.cost == 0 &&
-                       (!same_rib || known == known_.end() || known->second.rib != rib || known->second.cost == 0),
-                   "no such entry", change);
+            expect(change.cost == 0 && (!same_rib || had.rib != rib || had.cost == 0), "no such entry", change);
             break;
         case RIB_TIMEOUT:
         case RIB_MISSING_DEVICE:
@@ -181,8 +180,6 @@ class witness {
         }
         if (same_rib) {
             known_[change.domain] = {change.cost, rib};
-        } else {
-            known_.erase(change.domain);
         }
     }
 
