@@ -143,14 +143,24 @@ void rib_link::renew_patience() {
     told_ = false;
 }
 
-std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) {
+static rib_wrap_msg message_of(uint32_t uuid, uint32_t opcode, std::span<uint8_t> request) {
     rib_wrap_msg asked{};
-    rib_wrap_msg answer{};
-    asked.uuid = uuid_;
+    asked.uuid = uuid;
     asked.opcode = opcode;
     asked.payload = request.data();
     asked.payload_size = static_cast<uint32_t>(request.size());
+    return asked;
+}
+
+std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) {
+    rib_wrap_msg asked = message_of(uuid_, opcode, request);
+    rib_wrap_msg answer{};
     const uint32_t result = ask(asked, answer);
+    return taken(result, answer, {.opcode = opcode, .size = request.size()});
+}
+
+// Of a result that is no failure of the platform there is an answer.
+std::vector<uint8_t> rib_link::taken(uint32_t result, rib_wrap_msg &answer, const sent_request &to) {
     if (is_platform_failure(result) && is_closed(result & errno_bits)) {
         throw link_closed();
     }
@@ -162,15 +172,41 @@ std::vector<uint8_t> rib_link::ask(uint32_t opcode, std::span<uint8_t> request) 
         rib_wrap_qip_drop(uuid_, handle_.number(), &answer.ref);
     }
     if (result == RIB_BAD_PARAMETERS) {
-        drop_answer(opcode, answer.payload_size, result_text(result));
+        drop_answer(to.opcode, answer.payload_size, result_text(result));
     }
     if (result != RIB_OK) {
         throw no_answer(result_text(result));
     }
     traffic_.messages++;
-    traffic_.bytes_sent += request.size();
+    traffic_.bytes_sent += to.size;
     traffic_.bytes_received += bytes.size();
     return bytes;
+}
+
+std::optional<sent_request> rib_link::send(uint32_t opcode, std::span<uint8_t> request) {
+    rib_wrap_msg asked = message_of(uuid_, opcode, request);
+    const uint32_t result = send_at_once(asked);
+    if (result == (RIB_PLATFORM_FAILURE | EAGAIN)) {
+        return std::nullopt;
+    }
+    if (result != RIB_OK) {
+        rib_wrap_msg nothing{};
+        taken(result, nothing, {});
+    }
+    const uint32_t token = qip_rr_token_get(&asked.ref);
+    qip_drop(handle_.number(), &asked.ref);
+    return sent_request{opcode, token, request.size(), run_now()};
+}
+
+std::vector<uint8_t> rib_link::take_answer(const sent_request &to) {
+    constexpr std::chrono::milliseconds least{1}; // for one that is there already
+    const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(run_now() - to.at);
+    const auto limit = std::max(least, std::min(waiting_.for_answer(), longest_wait() - waited));
+    rib_wrap_msg answer{};
+    const patience::waiting counted(waiting_);
+    uint32_t result = receive(limit, to.token, answer);
+    result = result == RIB_OK ? open_answer(answer) : result;
+    return taken(result, answer, to);
 }
 
 void rib_link::drop_answer(uint32_t opcode, size_t size, const std::string &why) {
@@ -185,20 +221,30 @@ uint32_t rib_link::ask(rib_wrap_msg &asked, rib_wrap_msg &answer) {
     if (limit.count() <= 0) {
         return RIB_PLATFORM_FAILURE | ETIMEDOUT;
     }
-    if (limit >= (envelopes_ ? envelope_wait : plain_wait)) {
+    if (limit >= longest_wait()) {
         return (envelopes_ ? rib_wrap_cmi_req_rsp : rib_wrap_qip_req_rsp)(handle_.number(), &asked, &answer);
     }
     const uint32_t result = ask_within(limit, asked, answer);
     return result == RIB_OK ? open_answer(answer) : result;
 }
 
+std::chrono::milliseconds rib_link::longest_wait() const { return envelopes_ ? envelope_wait : plain_wait; }
+
 uint32_t rib_link::ask_within(std::chrono::milliseconds limit, rib_wrap_msg &asked, rib_wrap_msg &answer) {
-    const auto send = envelopes_ ? rib_wrap_cmi_send_non_blk : rib_wrap_qip_send_non_blk;
-    if (const uint32_t failure = send(handle_.number(), &asked.ref, &asked); failure != RIB_OK) {
+    if (const uint32_t failure = send_at_once(asked); failure != RIB_OK) {
         return failure;
     }
-    const qip_recv_opts opts = answer_within(limit, qip_rr_token_get(&asked.ref));
+    const uint32_t token = qip_rr_token_get(&asked.ref);
     qip_drop(handle_.number(), &asked.ref); // as the wrappers do, whatever comes of it
+    return receive(limit, token, answer);
+}
+
+uint32_t rib_link::send_at_once(rib_wrap_msg &asked) {
+    return (envelopes_ ? rib_wrap_cmi_send_non_blk : rib_wrap_qip_send_non_blk)(handle_.number(), &asked.ref, &asked);
+}
+
+uint32_t rib_link::receive(std::chrono::milliseconds limit, uint32_t token, rib_wrap_msg &answer) {
+    const qip_recv_opts opts = answer_within(limit, token);
     return qip_recv(handle_.number(), &answer.ref, &opts) == 0
                ? RIB_OK
                : RIB_PLATFORM_FAILURE | (static_cast<uint32_t>(errno) & errno_bits);

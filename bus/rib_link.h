@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -50,6 +51,14 @@ struct link_traffic {
     size_t bytes_sent = 0, bytes_received = 0;
 };
 
+/// A request whose answer is on its way.
+struct sent_request {
+    uint32_t opcode = 0;
+    uint32_t token = 0;
+    size_t size = 0; ///< bytes
+    std::chrono::steady_clock::time_point at{};
+};
+
 struct link_options {
     bool envelopes = false;                     ///< requests and answers travel in CMI envelopes
     std::chrono::milliseconds patience{30'000}; ///< as rib_link::renew_patience
@@ -73,6 +82,14 @@ class rib_link {
     /// Waits for the answer as long as patience lasts, and the wrappers wait.
     /// @return the answer's payload. Throws no_answer, or link_closed.
     std::vector<uint8_t> ask(uint32_t opcode, std::span<uint8_t> request);
+
+    /// Sends without waiting, neither for the answer nor for room. @return none where the RIB's queue is full; throws
+    /// no_answer, or link_closed.
+    std::optional<sent_request> send(uint32_t opcode, std::span<uint8_t> request);
+
+    /// The answer to what was sent, for which it waits as `ask` does, from when that was; whatever else is answered
+    /// meanwhile is kept. Throws as `ask`, and then the answer is awaited no more.
+    std::vector<uint8_t> take_answer(const sent_request &to);
 
     /// What the RIB said of a message of which it took nothing, or RIB_OK. Throws no_answer where it refuses what was
     /// sound when it was sent: that was damaged on the way, or this client may send nothing.
@@ -127,7 +144,11 @@ class rib_link {
 
     uint32_t ask(rib_wrap_msg &asked, rib_wrap_msg &answer);
     uint32_t ask_within(std::chrono::milliseconds limit, rib_wrap_msg &asked, rib_wrap_msg &answer);
+    uint32_t send_at_once(rib_wrap_msg &asked);
+    uint32_t receive(std::chrono::milliseconds limit, uint32_t token, rib_wrap_msg &answer);
     uint32_t open_answer(rib_wrap_msg &answer) const;
+    std::vector<uint8_t> taken(uint32_t result, rib_wrap_msg &answer, const sent_request &to);
+    [[nodiscard]] std::chrono::milliseconds longest_wait() const;
     int failure_now();
 
     std::string shown_url_;

@@ -1,21 +1,21 @@
 // A client of the RIB, of one of its tables: given the routes that it wants, it brings the RIB there with the fewest
-// messages. It keeps what the RIB has accepted, and sends what changed since. Where it is not known what the RIB has,
+// messages. It keeps what the RIB has accepted, and sends what changed since, several updates before the first is
+// answered. Where it is not known what the RIB has,
 // because an answer is missing or the RIB has started anew, the client reads it; a client that starts anew may merge
 // instead. What it counts is what became of the RIB's routes, however often that had to be sent.
 #pragma once
 
 #include "bus/rib_link.h"
 #include "clients/client_traffic.h"
-#include "clients/table_reader.h"
-#include "model/system.h"
-#include "protocol/route_messages.h"
+#include "clients/known_routes.h"
+#include "clients/registration.h"
+#include "clients/update_pipeline.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
 #include <span>
@@ -24,9 +24,6 @@
 
 namespace ribkit::clients {
 
-/// A VSAN's table as a client holds it. Several VSANs may share one, and nobody changes it.
-template <class Table> using own_table = std::map<typename Table::key_in_vsan, typename Table::route>;
-template <class Table> using shared_table = std::shared_ptr<const own_table<Table>>;
 /// What a client wants the RIB to have, by VSAN.
 template <class Table> using wanted_tables = std::map<uint32_t, shared_table<Table>>;
 
@@ -49,9 +46,10 @@ struct client_options {
 /// @tparam Table unicast_table, multicast_table or label_table
 template <class Table> class route_client {
   public:
-    using change = model::table_change<typename Table::key_in_vsan, typename Table::route>;
-
     route_client(const std::string &url, uint32_t uuid, client_options options);
+    route_client(const route_client &) = delete;
+    route_client &operator=(const route_client &) = delete;
+    ~route_client() = default;
 
     /// The RIB may hold routes of this client that it knows nothing of.
     void start_over(takeover how = takeover::reads);
@@ -60,7 +58,7 @@ template <class Table> class route_client {
     void find_rib() { link_.find(); }
 
     /// From now on it registers with this distance; none: what a client of its identity has.
-    void set_distance(std::optional<uint32_t> distance);
+    void set_distance(std::optional<uint32_t> distance) { registration_.set_distance(distance); }
 
     /// Brings the RIB's routes of these VSANs to what is wanted. What the RIB refuses is reported on standard error and
     /// sent again the next time. Where it does not answer, it is asked again for as long as the link's patience lasts,
@@ -71,7 +69,9 @@ template <class Table> class route_client {
     [[nodiscard]] const client_traffic &traffic() const { return traffic_; }
 
     /// Sends one update and awaits the answer. Throws no_answer and link_closed.
-    protocol::fcurt_response exchange(std::span<uint8_t> update);
+    protocol::fcurt_response exchange(std::span<uint8_t> update) {
+        return response_in<Table>(link_.ask(Table::update, update));
+    }
 
     /// Whether the RIB has started anew, so that its routes are gone, or may have; waits for that so long, and stays
     /// registered meanwhile. Throws link_closed.
@@ -81,58 +81,55 @@ template <class Table> class route_client {
     void suppose_start();
 
     /// Registers again where it is time, as converge does. Throws no_answer and link_closed.
-    void keep_registered();
+    void keep_registered() { registration_.keep(); }
     /// The same for whoever waits: a RIB that does not answer hears it later. Throws link_closed.
-    void stay_registered();
+    void stay_registered() { registration_.stay(); }
 
     /// Ends whatever another thread waits for here.
     void close() { link_.close(); }
 
   private:
-    /// Changes of which it is not known yet which of them the RIB has made.
-    struct open_changes {
-        std::vector<change> changes;
-        size_t made; ///< at most
-    };
-    /// What makes one table of another. Many VSANs in turn ask for the same.
-    struct difference {
-        shared_table<Table> before, after;
-        std::vector<change> changes;
-    };
+    using content = update_content<Table>;
 
-    /// A message, and what is in it.
-    struct message_part {
-        std::span<uint8_t> bytes;
-        std::span<const change> changes;
+    /// An update that was answered with less than all of it.
+    struct refusal {
+        protocol::fcurt_response response;
+        std::vector<change_of<Table>> changes;
+    };
+    /// What is on its way to bring a VSAN's routes in.
+    struct errand {
+        shared_difference<Table> of;
+        size_t unanswered = 0;
+        bool is_sent = false; ///< all of it
+        std::vector<refusal> refused{};
     };
 
     void bring_all(const wanted_tables<Table> &wanted);
-    bool bring(uint32_t vsan, const shared_table<Table> &wanted);
-    const std::vector<change> &changes_to(uint32_t vsan, const shared_table<Table> &wanted);
-    void send(uint32_t vsan, std::span<const change> changes, bool last_round);
+    bool bring_each(const wanted_tables<Table> &wanted);
+    void bring(uint32_t vsan, const shared_table<Table> &wanted);
+    void take_over(uint32_t vsan, const shared_table<Table> &wanted);
     void merge(uint32_t vsan, const shared_table<Table> &wanted);
-    message_part write(uint32_t vsan, std::span<const change> changes, uint32_t oper);
-    protocol::fcurt_response change_routes(uint32_t vsan, message_part message);
-    protocol::fcurt_response deliver(message_part message);
-    void note_refused(uint32_t vsan, const protocol::fcurt_response &response, std::span<const change> changes);
+    void send(uint32_t vsan, const shared_difference<Table> &difference);
+    void take_answer(const content &about, const protocol::fcurt_response &response);
+    void end_errand(uint32_t vsan);
+    void note_refused(uint32_t vsan, const std::vector<refusal> &refused);
     void read(uint32_t vsan);
-    void settle(uint32_t vsan, const own_table<Table> &after);
-    [[nodiscard]] bool registers_now() const;
-    void say_alive();
-    static void trace(std::span<const uint8_t> update);
 
-    bus::rib_link link_;
     uint32_t uuid_;
     client_options options_;
-    std::map<uint32_t, shared_table<Table>> accepted_; ///< by VSAN; null is empty
-    std::map<uint32_t, open_changes> open_;            ///< by VSAN, since `accepted_`
-    std::set<uint32_t> unsure_;                        ///< VSANs of which it is not known what the RIB has
-    std::optional<takeover> takes_over_;               ///< what is done about those that are not in `accepted_`
-    difference difference_;                            ///< the last one asked for
-    std::vector<uint8_t> room_;                        ///< where messages are written
-    client_traffic traffic_;                           ///< of the current call
+    bus::rib_link link_;
+    registration registration_;
+    update_writer<Table> writer_;
+    update_pipeline<Table> pipeline_;
+    known_routes<Table> known_;
+    std::optional<takeover> takes_over_; ///< what is done about VSANs of which nothing is known
+    // Of the current call:
+    std::map<uint32_t, errand> errands_;  ///< by VSAN; it is unsure as long
+    std::map<uint32_t, unsigned> rounds_; ///< in which somebody else had changed this client's routes, by VSAN
+    std::set<uint32_t> refused_;          ///< VSANs to which nothing more is sent
+    bool has_come_in_ = false;            ///< a VSAN's routes, since patience was renewed
+    client_traffic traffic_;
     size_t to_send_ = 0;
-    std::optional<std::chrono::steady_clock::time_point> said_; ///< when it registered last, with this RIB
 };
 
 extern template class route_client<unicast_table>;

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "bus/service_handle.h"
-#include "lab/fabric_generator.h"
+#include "lab/generator/fabric_generator.h"
 #include "lab/fabric_routes.h"
 #include "lab/files/fabric_file.h"
 #include "protocol/route_messages.h"
@@ -62,11 +62,12 @@ inline std::span<uint8_t> written(std::vector<uint8_t> &room, uint32_t vsan,
 
 inline std::vector<uint8_t> room_of_message() { return std::vector<uint8_t>(size_t{64} * 1024); }
 
-/// Sends updates without waiting for each answer.
+/// Sends updates without waiting for each answer, and keeps nothing of them.
 class pipelined_client {
   public:
-    explicit pipelined_client(const std::string &url) : handle_(url) {
-        if (rib_token_alloc(&open_, most_unanswered) != RIB_OK) {
+    /// @param most updates that may be unanswered
+    explicit pipelined_client(const std::string &url, uint32_t most = most_unanswered) : handle_(url) {
+        if (rib_token_alloc(&open_, most) != RIB_OK) {
             give_up("no memory for tokens");
         }
     }
@@ -76,7 +77,7 @@ class pipelined_client {
 
     void bring(const load &wanted) {
         for (const auto &[vsan, changes] : wanted.changes) {
-            if (open_.count == most_unanswered) {
+            if (open_.count == open_.capacity) {
                 take_answer();
             }
             send(written(room_, vsan, changes));
