@@ -2,9 +2,9 @@
 #include "clients/route_client.h"
 
 #include "base/text.h"
-#include "lab/generator/fabric_generator.h"
 #include "lab/files/fabric_file.h"
 #include "lab/fspf.h"
+#include "lab/generator/fabric_generator.h"
 #include "rib/service/answers.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"

@@ -67,6 +67,7 @@ struct fabric_event {
     std::optional<uint32_t> cost; ///< of a link or a static route; the distance
     event_subject subject = event_subject::link;
     std::optional<fabric_port> joins{}, leaves{}; ///< of a group
+    std::optional<fabric_port> to{};              ///< where a tunnel ends from now on
 };
 
 /// Every add_ takes the line where its argument stands, and throws a line_error that says what is wrong with it.

@@ -2,9 +2,9 @@
 #include "lab/fabric_routes.h"
 
 #include "base/input_error.h"
-#include "lab/fabric_generator.h"
 #include "lab/files/fabric_file.h"
 #include "lab/fspf.h"
+#include "lab/generator/fabric_generator.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -89,6 +89,7 @@ std::string declared_text(const fabric &f, const fabric_event &event) {
     text += event.cost ? base::joined(event.up ? " and" : "", " costs ", *event.cost) : "";
     text += event.leaves ? base::joined(": ", f.port_text(*event.leaves), " leaves") : "";
     text += event.joins ? base::joined(event.leaves ? ", " : ": ", f.port_text(*event.joins), " joins") : "";
+    text += event.to ? base::joined(event.up ? " and" : "", " ends at ", f.port_text(*event.to)) : "";
     return text;
 }
 

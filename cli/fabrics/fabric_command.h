@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cli/command_output.h"
-#include "lab/fabric_generator.h"
+#include "lab/generator/fabric_generator.h"
 
 #include <string>
 

@@ -135,7 +135,7 @@ action declare_fabric(CLI::App &app, const words & /*given*/) {
     };
     count("--switches", plan.switches, 2, RIB_LAST_DOMAIN, "how many switches");
     count("--vsans", plan.vsans, 1, RIB_LAST_VSAN, "how many VSANs");
-    count("--events", plan.events, 0, 10'000, "how many links fail and come back");
+    count("--events", plan.events, 0, 10'000, "how often something happens");
     count("--groups", plan.groups, 0, 256, "how many multicast groups");
     count("--labels", plan.labels, 0, 10'000, "how many label tunnels");
     count("--statics", plan.statics, 0, 10'000, "how many static routes");

@@ -82,6 +82,9 @@ void event_value(json_text &json, const lab::fabric &f, const lab::fabric_event 
     if (event.joins) {
         json.member("join").text(f.port_text(*event.joins));
     }
+    if (event.to) {
+        json.member("to").text(f.port_text(*event.to));
+    }
     json.close('}');
 }
 

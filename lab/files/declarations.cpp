@@ -248,7 +248,7 @@ size_t declarations::label_named(std::string_view name, uint32_t line) const {
 }
 
 void declarations::check(const fabric &f, const fabric_event &event, uint32_t line) const {
-    if (!event.up && !event.cost && !event.joins && !event.leaves) {
+    if (!event.up && !event.cost && !event.joins && !event.leaves && !event.to) {
         refuse(line, "the event changes nothing: give it a state, or what else becomes of its subject");
     }
     if (event.subject == event_subject::distance && event.cost.value_or(0) > most_distance) {
@@ -256,6 +256,13 @@ void declarations::check(const fabric &f, const fabric_event &event, uint32_t li
     }
     if (event.joins && f.link_at(*event.joins)) {
         refuse(line, base::joined(f.port_text(*event.joins), " has a link: no member can join there"));
+    }
+    if (event.to && !std::holds_alternative<label_tunnel>(labels_[event.index].what)) {
+        refuse(line,
+               base::joined("label route \"", labels_[event.index].name, "\" is no tunnel: it ends nowhere else"));
+    }
+    if (event.to && f.link_at(*event.to)) {
+        refuse(line, base::joined(f.port_text(*event.to), " has a link: no tunnel can end there"));
     }
 }
 
@@ -281,9 +288,14 @@ void declarations::apply(const fabric_event &event) {
         }
         return;
     }
-    case event_subject::label:
-        labels_[event.index].up = event.up.value_or(labels_[event.index].up);
+    case event_subject::label: {
+        declared_label &one = labels_[event.index];
+        one.up = event.up.value_or(one.up);
+        if (event.to) {
+            std::get<label_tunnel>(one.what).to = *event.to;
+        }
         return;
+    }
     case event_subject::distance:
         distances_[static_cast<uint32_t>(event.index)] = event.cost.value_or(0);
         return;

@@ -106,12 +106,12 @@ void read_declared_event(fabric &result, std::chrono::milliseconds at, const tab
     fabric_event read{at, 0, event.state("state"), {}};
     const declarations &declared = result.declared;
     if (event.has("static")) {
-        event.refuse_beside("static", {"join", "leave", "distance"});
+        event.refuse_beside("static", {"join", "leave", "to", "distance"});
         read.subject = event_subject::static_route;
         read.index = declared.static_named(event.text("static"), event.line("static"));
         read.cost = event.optional_number("cost");
     } else if (event.has("group")) {
-        event.refuse_beside("group", {"cost", "distance"});
+        event.refuse_beside("group", {"cost", "to", "distance"});
         read.subject = event_subject::group;
         read.index = declared.group_named(event.text("group"), event.line("group"));
         read.joins = read_port(result, event, "join");
@@ -120,8 +120,9 @@ void read_declared_event(fabric &result, std::chrono::milliseconds at, const tab
         event.refuse_beside("label", {"cost", "join", "leave", "distance"});
         read.subject = event_subject::label;
         read.index = declared.label_named(event.text("label"), event.line("label"));
+        read.to = read_port(result, event, "to");
     } else {
-        event.refuse_beside("client", {"state", "cost", "join", "leave"});
+        event.refuse_beside("client", {"state", "cost", "join", "leave", "to"});
         read.subject = event_subject::distance;
         read.index = read_client(event, "client");
         read.cost = event.number("distance");

@@ -86,6 +86,12 @@ TEST(declared_file, mistakes_are_named_with_their_lines) {
          "f:16: the event changes nothing: give it a state, or what else becomes of its subject"},
         {"[[event]]\nat = \"1s\"\nlink = \"a fc1/1\"\nclient = \"fspf\"\ndistance = 3\n",
          "f:15: an event has one subject, link or client"},
+        {"[[label]]\nname = \"l\"\nmatch = [1]" + via + "[[event]]\nat = \"1s\"\nlabel = \"l\"\nto = \"b fc1/2\"\n",
+         "f:16: label route \"l\" is no tunnel: it ends nowhere else"},
+        {"[[label]]\nname = \"l\"\ntunnel = [\"a fc1/2\", \"b fc1/2\"]\nlabel = 16\n"
+         "[[event]]\nat = \"1s\"\nlabel = \"l\"\nto = \"b fc1/1\"\n",
+         "f:16: b fc1/1 has a link: no tunnel can end there"},
+        {"[[event]]\nat = \"1s\"\nlink = \"a fc1/1\"\nto = \"b fc1/2\"\n", "f:15: to means nothing beside link"},
     };
     for (const auto &[text, expected] : cases) {
         EXPECT_EQ(mistake(text), expected) << text;
@@ -120,6 +126,10 @@ name = "l"
 match = [16]
 push = [17, 18]
 via = "a fc1/1"
+[[label]]
+name = "t"
+tunnel = ["a fc1/3", "b fc1/3"]
+label = 19
 [[event]]
 at = "1s"
 static = "s"
@@ -137,6 +147,10 @@ state = "down"
 at = "4s"
 client = "rib-config"
 distance = 9
+[[event]]
+at = "5s"
+label = "t"
+to = "b fc1/4"
 )",
                             "f");
     std::string said;
@@ -145,11 +159,12 @@ distance = 9
         f.apply(event);
     }
     EXPECT_EQ(said, "static route s costs 7\ngroup g: a fc1/2 leaves, b fc1/2 joins\nlabel route l is withdrawn\n"
-                    "rib-config has the distance 9\n");
+                    "rib-config has the distance 9\nlabel route t ends at b fc1/4\n");
     EXPECT_EQ(f.declared.statics()[0].row.cost, 7U);
     EXPECT_EQ(f.declared.groups()[0].members.size(), 1U);
     EXPECT_EQ(f.declared.groups()[0].members[0].owner, 1U);
     EXPECT_FALSE(f.declared.labels()[0].up);
+    EXPECT_EQ(f.port_text(std::get<label_tunnel>(f.declared.labels()[1].what).to), "b fc1/4");
     EXPECT_EQ(f.declared.distance_of(RIB_CLIENT_CONFIG), 9U);
 }
 

@@ -52,7 +52,7 @@ void read_event(fabric &result, const table_reader &table) {
     if (names_declaration(table)) {
         return read_declared_event(result, *moment, table);
     }
-    table.refuse_beside("link", {"join", "leave", "distance"});
+    table.refuse_beside("link", {"join", "leave", "to", "distance"});
     result.add_event(*moment, table.text("link"), table.state("state"), table.optional_number("cost"), table.line());
 }
 
@@ -79,7 +79,7 @@ fabric read_fabric(const toml::table &document, const std::string &file) {
     read_declarations(result, top);
     read_roles(result, top);
     top.each("event",
-             {"at", "link", "static", "group", "label", "client", "state", "cost", "join", "leave", "distance"},
+             {"at", "link", "static", "group", "label", "client", "state", "cost", "join", "leave", "to", "distance"},
              [&](const table_reader &table) { read_event(result, table); });
     result.modules = read_modules(top);
     result.policy = read_policy(top);

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "bus/service_handle.h"
-#include "lab/generator/fabric_generator.h"
 #include "lab/fabric_routes.h"
 #include "lab/files/fabric_file.h"
+#include "lab/generator/fabric_generator.h"
 #include "protocol/route_messages.h"
 #include "protocol/uses.h"
 #include "rib/service/rib_service.h"

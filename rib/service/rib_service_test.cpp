@@ -3,9 +3,9 @@
 
 #include "base/input_error.h"
 #include "clients/route_client.h"
-#include "lab/fabric_generator.h"
 #include "lab/files/fabric_file.h"
 #include "lab/fspf.h"
+#include "lab/generator/fabric_generator.h"
 #include "rib/service/answers.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"

@@ -18,10 +18,11 @@ struct fabric_plan {
     uint32_t switches = 239; ///< 2 to 239
     uint32_t vsans = 16;     ///< 1 to 4095
     fabric_shape shape = fabric_shape::core_edge;
-    uint32_t seed = 1;    ///< draws domains, the local switch, who is linked to whom, and the links that fail
-    uint32_t events = 0;  ///< links that fail and come back: one every two seconds
-    uint32_t groups = 0;  ///< multicast groups of two to four members, 256 at most
-    uint32_t labels = 0;  ///< tunnels
+    uint32_t seed = 1;   ///< draws domains, the local switch, who is linked to whom, what is declared, and what happens
+    uint32_t events = 0; ///< times that something happens, every two seconds twice: links fail and come back, or else
+                         ///< whatever there is comes, goes and changes
+    uint32_t groups = 0; ///< multicast groups of two to four members, 256 at most
+    uint32_t labels = 0; ///< tunnels
     uint32_t statics = 0; ///< routes to single ports
 };
 

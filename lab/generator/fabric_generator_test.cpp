@@ -1,11 +1,12 @@
 // Generated fabrics are read back by the reader of fabric files.
-#include "lab/fabric_generator.h"
+#include "lab/generator/fabric_generator.h"
 
 #include "base/text.h"
 #include "lab/files/fabric_file.h"
 #include "lab/spf.h"
 
 #include <gtest/gtest.h>
+#include <map>
 
 namespace ribkit::lab {
 namespace {
@@ -52,6 +53,45 @@ TEST(fabric_generator, the_same_plan_gives_the_same_text_and_another_seed_anothe
         EXPECT_EQ(generate_fabric(plan), generate_fabric(plan));
         EXPECT_NE(generate_fabric(plan), generate_fabric(other));
     }
+}
+
+/// Whether something of every kind happens: routes of a kind that come, go and change.
+struct happenings {
+    bool added = false, withdrawn = false, changed = false;
+
+    void note(const fabric_event &event) {
+        added |= event.up == true;
+        withdrawn |= event.up == false;
+        changed |= event.cost || event.joins || event.leaves || event.to;
+    }
+};
+
+TEST(fabric_generator, whatever_there_is_comes_goes_and_changes) {
+    const std::string text = generate_fabric({.switches = 6,
+                                              .vsans = 2,
+                                              .shape = fabric_shape::mesh,
+                                              .events = 200,
+                                              .groups = 4,
+                                              .labels = 4,
+                                              .statics = 4});
+    const fabric f = parse_fabric(text, "generated");
+    EXPECT_EQ(f.events().size(), 400U);
+    std::map<event_subject, happenings> kinds;
+    for (const fabric_event &event : f.events()) {
+        kinds[event.subject].note(event);
+    }
+    for (const auto subject : {event_subject::static_route, event_subject::group, event_subject::label}) {
+        EXPECT_TRUE(kinds[subject].added && kinds[subject].withdrawn && kinds[subject].changed);
+    }
+    EXPECT_TRUE(kinds[event_subject::link].added && kinds[event_subject::link].withdrawn);
+    EXPECT_TRUE(kinds[event_subject::distance].changed);
+    EXPECT_FALSE(f.declared.statics()[2].up);
+    EXPECT_TRUE(f.declared.statics()[1].up);
+}
+
+TEST(fabric_generator, where_nothing_happens_everything_is_there) {
+    const std::string text = generate_fabric({.switches = 6, .vsans = 2, .groups = 4, .labels = 4, .statics = 4});
+    EXPECT_EQ(text.find("state"), std::string::npos);
 }
 
 TEST(fabric_generator, the_text_says_how_it_was_made) {
