@@ -24,8 +24,10 @@ refused "there is no benchmark 'nosuch': codec decode diag mem modules platform 
 refused "nats takes no arguments, so 'extra' is too much" nats extra
 refused "golden takes no arguments, *" golden x
 refused "attack takes no arguments, *" attack x
+refused "chaos takes seeds, which are numbers, not 'x'" chaos 1 x
 refused "size takes no arguments, *" size x
 refused "format takes no arguments, *" format x
+refused "abi takes --keep or nothing, not 'x'" abi x
 refused "fuzz takes a number of seconds, not 'x'" fuzz x
 refused "fuzz takes a number of seconds, not '0'" fuzz 0
 refused "fuzz takes a number of seconds, not ''" fuzz

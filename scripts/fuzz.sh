@@ -1,4 +1,4 @@
-# Fuzzing, and attacks.
+# Fuzzing, attacks, and chaos.
 
 # fuzz SECONDS: what is found ends as a file in build/asan/finds, and the run fails.
 fuzz() {
@@ -38,4 +38,21 @@ attack() {
     RIBKIT_ALL=1 attend "attacking" "$log" ctest --preset release --timeout 7200 -R '(^|/)(failing|mutated|hostile)_' ||
         { grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed ' "$log" >&2; return 1; }
     grep 'tests passed' "$log"
+}
+
+# chaos SEED...: what ./run test does for a moment, at length, with each seed.
+chaos() {
+    local seed seeds=("$@") log=build/release/chaos.log
+    (($#)) || seeds=(1)
+    for seed in "${seeds[@]}"; do
+        [[ $seed =~ ^[0-9]{1,9}$ ]] || refuse "chaos takes seeds, which are numbers, not '$seed'"
+    done
+    need "the test suite" "${test_packages[@]}"
+    build release -DRIBKIT_TESTS=ON -- lab_test killed_test
+    for seed in "${seeds[@]}"; do
+        echo "run: chaos with seed $seed, log $log" >&2
+        RIBKIT_ALL=1 RIBKIT_SEED=$seed attend "chaos" "$log" ctest --preset release --timeout 3600 -R '(^|/)(chaos|killed_processes)\.' ||
+            { grep -vE '^ +Start |^ *[0-9]+/[0-9]+ Test .* Passed ' "$log" >&2; return 1; }
+        grep 'tests passed' "$log"
+    done
 }

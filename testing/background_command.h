@@ -43,14 +43,18 @@ class background {
     }
 
     outcome ended() {
-        int status = 0;
-        waitpid(process_, &status, 0);
+        int status = -1;
+        if (process_ > 0) {
+            waitpid(process_, &status, 0);
+        }
         process_ = 0;
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, content(output_)};
     }
 
     outcome stopped(int signal) {
-        kill(process_, signal);
+        if (process_ > 0) {
+            kill(process_, signal);
+        }
         return ended();
     }
 
@@ -60,6 +64,15 @@ class background {
     }
 
     [[nodiscard]] std::string so_far() const { return content(output_); }
+    [[nodiscard]] pid_t number() const { return process_; }
+
+    /// Whether it runs no more; it has not to be waited for.
+    [[nodiscard]] bool has_ended() {
+        if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_) {
+            process_ = 0;
+        }
+        return process_ == 0;
+    }
 
   private:
     testing::temporary_directory home_;

@@ -8,6 +8,8 @@
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
 
+#include <new>
+
 namespace ribkit::fib {
 
 namespace {
@@ -54,13 +56,16 @@ void fib_service::announce(uint64_t now) {
 }
 
 /// @param ref null where no answer is awaited
-bool fib_service::send_node(qip_ref *ref) {
+/// @return false also where there is no memory for it: the RIB is told later
+bool fib_service::send_node(qip_ref *ref) try {
     const qip_send_opts at_once{{0, 1}};
     const auto is = read([](const module &of) { return of.describe(); });
     const auto message = protocol::module_message(is);
     announced_ = is.state;
     return qip_send(handle_.number(), &ribkit_rib_address, RIBKIT_OPCODE_FIB_NODE, message.data(),
                     static_cast<uint32_t>(message.size()), ref, nullptr, &at_once) == 0;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 
 void fib_service::hear_rib(const qip_ref &ref) {
