@@ -12,7 +12,7 @@ trap 'rm -rf "$work"' EXIT
 failed=0
 
 # describe HEADERS LIBRARY FILE
-describe() { "$sources/scripts/describe_interface.sh" "$1" "$2" >"$3"; }
+describe() { "$sources/scripts/interface.inc" "$1" "$2" >"$3"; }
 
 # differs KEPT NOW: says what, and succeeds, where a program that was linked before would notice.
 differs() { ! abidiff --no-added-syms "$1" "$2"; }
