@@ -27,6 +27,11 @@ refused "attack takes no arguments, *" attack x
 refused "chaos takes seeds, which are numbers, not 'x'" chaos 1 x
 refused "size takes no arguments, *" size x
 refused "format takes no arguments, *" format x
+refused "instructions takes --keep or nothing, not 'x'" instructions x
+refused "mutate: 'nosuch' is no core folder: codec mem diag wrap snmp" mutate nosuch
+refused "coverage: there is no folder 'nosuch'" coverage nosuch
+refused "soak takes a number of hours, not 'x'" soak x
+refused "soak takes a number of hours, not '0'" soak 0
 refused "abi takes --keep or nothing, not 'x'" abi x
 refused "fuzz takes a number of seconds, not 'x'" fuzz x
 refused "fuzz takes a number of seconds, not '0'" fuzz 0

@@ -49,3 +49,12 @@ instructions_row() {
         print ""
     }'
 }
+
+# count_instructions [--keep]: of the cases of bench/counted.cpp, compared with bench/instructions.txt, or written there.
+count_instructions() {
+    [[ ${1-} == "" || $1 == --keep ]] || refuse "instructions takes --keep or nothing, not '$1'"
+    need "counting instructions" "${test_packages[@]}"
+    build release -DRIBKIT_TESTS=ON -- counted_cases
+    RIBKIT_KEEP=${1:+1} finish bench/instructions_test.sh build/release/bench/counted_cases bench/instructions.txt
+    sed -n '/^[^#]/p' bench/instructions.txt
+}

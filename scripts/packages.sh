@@ -3,7 +3,7 @@ build_packages=(g++ cmake ninja-build)
 lab_packages=("${build_packages[@]}" libcli11-dev libtomlplusplus-dev)
 install_packages=("${lab_packages[@]}" pkg-config libnats-dev)
 nats_packages=("${install_packages[@]}" nats-server)
-test_packages=("${nats_packages[@]}" nlohmann-json3-dev googletest libgtest-dev abigail-tools openssl clang libclang-rt-14-dev mandoc groff-base g++-powerpc-linux-gnu qemu-user)
+test_packages=("${nats_packages[@]}" nlohmann-json3-dev googletest libgtest-dev abigail-tools valgrind openssl clang libclang-rt-14-dev mandoc groff-base g++-powerpc-linux-gnu qemu-user)
 bench_packages=("${nats_packages[@]}" nlohmann-json3-dev libcapnp-dev capnproto libflatbuffers-dev flatbuffers-compiler
     libprotobuf-dev protobuf-compiler libtirpc-dev libboost-dev libroaring-dev valgrind)
 
