@@ -150,6 +150,8 @@ class world {
     void expect_that_all_is_there() {
         constexpr int longest = 600'000; // ms
         constexpr int each = 50;
+        constexpr int until_all_is_told = 30'000; // modules tell the RIB of themselves every 10 s
+        rest(until_all_is_told);
         int waited = 0;
         for (; waited < longest && !has_all(); waited += each) {
             rest(each);
