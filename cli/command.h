@@ -4,6 +4,7 @@
 
 #include "cli/usage_errors.h"
 
+#include <array>
 #include <functional>
 #include <span>
 
@@ -16,14 +17,33 @@ namespace ribkit::cli {
 /// What is done once the command line is understood; returns the exit code.
 using action = std::function<int()>;
 
+struct example {
+    const char *words = nullptr; ///< behind "ribkit"
+    const char *what = "";
+};
+
 struct command {
     const char *name;
     const char *description;
     action (*declare)(CLI::App &app, const words &given);
     /// Whether it has to have an argument, so that what stands behind `--json` may be meant as that.
     bool has_own_word;
-    const char *example;
-    const char *failure; ///< when its exit code is 1
+    const char *details;             ///< paragraphs, in lines as they are shown
+    std::array<example, 3> examples; ///< the rest of them empty
+    const char *failure;             ///< when its exit code is 1
+};
+
+inline constexpr const char *what_ribkit_is = "Routing information base of a Fibre Channel fabric, off the switch";
+
+struct exit_code {
+    int number;
+    const char *what; ///< null: each command's own
+};
+
+inline constexpr exit_code exit_codes[] = {
+    {0, "all went well"},
+    {1, nullptr},
+    {2, "the command line or an input is wrong: one line says where, and nothing was run"},
 };
 
 inline constexpr const char *output_lost = "the output cannot be written";

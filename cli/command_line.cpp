@@ -6,6 +6,9 @@
 #include "catalogue/wire_digest.h"
 #include "cli/command.h"
 #include "cli/command_output.h"
+#include "cli/manual/app_description.h"
+#include "cli/manual/completion.h"
+#include "cli/manual/manual_page.h"
 #include "cli/options.h"
 #include "cli/usage_errors.h"
 
@@ -19,11 +22,81 @@
 namespace ribkit::cli {
 namespace {
 
+int print_asked(const std::string &text, const output_options &options = {}) {
+    command_output out(options);
+    out.print(text);
+    out.finish();
+    return 0;
+}
+
+struct manual_options {
+    std::string command;
+    bool all = false;
+    output_options output;
+};
+
+int run_manual(const manual_options &options) {
+    const auto described = described_commands();
+    if (!options.command.empty()) {
+        return print_asked(page_of(described_named(described, options.command), described), options.output);
+    }
+    std::string text = page_of(described);
+    for (const described_command &one : described) {
+        text += options.all ? base::joined('\n', page_of(one, described)) : "";
+    }
+    return print_asked(text, options.output);
+}
+
+action declare_manual(CLI::App &app, const words & /*given*/) {
+    const auto options = std::make_shared<manual_options>();
+    CLI::Option *all = app.add_flag("--all", options->all, "the pages of ribkit and of every command");
+    app.add_option("COMMAND", options->command, "whose page; ribkit's own without")->excludes(all);
+    add_file(app, options->output);
+    return [options] { return run_manual(*options); };
+}
+
+action declare_completion(CLI::App &app, const words & /*given*/) {
+    const auto shell = std::make_shared<std::string>();
+    const auto typed = std::make_shared<words>();
+    app.add_option("SHELL", *shell, "whose script; or words, which is what the scripts ask")
+        ->required()
+        ->check(CLI::IsMember({"bash", "zsh", "fish", "words"}));
+    app.add_option("WORD", *typed, "of words: all that is typed behind ribkit, up to the word at the cursor");
+    return [shell, typed] {
+        return print_asked(*shell == "words" ? completion_lines(completed(described_commands(), *typed))
+                                             : completion_script(*shell));
+    };
+}
+
+constexpr command own_commands[] = {
+    {"manual",
+     "Prints the manual of a command, as Markdown",
+     declare_manual,
+     false,
+     "The pages that man shows are made of it, where ribkit is installed: man ribkit-lab.",
+     {{{"manual lab", "What man ribkit-lab shows"}}},
+     output_lost},
+    {"completion",
+     "Prints what a shell reads to complete the words of ribkit",
+     declare_completion,
+     true,
+     "Where ribkit is installed, shells find it by themselves; else: eval \"$(ribkit completion bash)\". What is "
+     "completed\n"
+     "comes from the command itself: options, displays, messages, vocabularies and their texts, switches of the "
+     "fabric,\n"
+     "names of files by their endings. SHELL words is what the scripts ask: it prints the endings of the files that "
+     "may\n"
+     "stand there, then a line for each word, and behind a tab what it is.",
+     {{{"completion bash", "What bash reads"}, {"completion words -- text rib_u", "What rib_u may become"}}},
+     output_lost},
+};
+
 /// All of them, in the order in which they are listed.
 const std::vector<command> &commands() {
     static const std::vector<command> all = [] {
         std::vector<command> listed;
-        for (const auto group : {fabric_commands(), rib_commands(), message_commands()}) {
+        for (const auto group :
+             {fabric_commands(), rib_commands(), message_commands(), std::span<const command>(own_commands)}) {
             listed.insert(listed.end(), group.begin(), group.end());
         }
         return listed;
@@ -63,21 +136,22 @@ std::string version_text() {
 }
 
 struct parsed_line {
-    CLI::App app{"Routing information base of a Fibre Channel fabric, off the switch", "ribkit"};
+    CLI::App app{what_ribkit_is, "ribkit"};
     const command *chosen = nullptr;
     action run;
 };
 
+action declare(const command &c, CLI::App &app, const words &given) {
+    app.set_help_flag("-h,--help", "what the command takes, with examples, and its exit codes");
+    return c.declare(app, given);
+}
+
 void declare(parsed_line &line, const words &given) {
     line.app.require_subcommand(1);
     line.app.set_version_flag("--version", version_text());
-    line.app.footer("ribkit COMMAND --help says what a command takes, with an example and its exit codes.");
     for (const command &c : commands()) {
         CLI::App *sub = line.app.add_subcommand(c.name, c.description);
-        sub->footer(
-            base::joined("Example:\n  ribkit ", c.example, "\n\nExit codes:\n  0  all went well\n  1  ", c.failure,
-                         "\n  2  the command line or an input is wrong: one line says where, and nothing was run"));
-        const action run = c.declare(*sub, given);
+        const action run = declare(c, *sub, given);
         sub->callback([&line, &c, run] {
             line.chosen = &c;
             line.run = run;
@@ -85,14 +159,23 @@ void declare(parsed_line &line, const words &given) {
     }
 }
 
-int print_asked(const std::string &text) {
-    command_output out({});
-    out.print(text);
-    out.finish();
-    return 0;
+std::string help_asked(const CLI::App &app) {
+    const auto chosen = app.get_subcommands();
+    const auto described = described_commands();
+    return chosen.empty() ? help_of(described) : help_of(described_named(described, chosen.front()->get_name()));
 }
 
 } // namespace
+
+std::vector<described_command> described_commands() {
+    std::vector<described_command> all;
+    for (const command &c : commands()) {
+        CLI::App app(c.description, c.name);
+        declare(c, app, {});
+        all.push_back(described(c, app));
+    }
+    return all;
+}
 
 int run_command_line(int argc, char **argv) {
     const words given(argv + std::min(argc, 1), argv + argc);
@@ -103,7 +186,7 @@ int run_command_line(int argc, char **argv) {
     } catch (const CLI::CallForVersion &version) {
         return print_asked(base::joined(version.what(), '\n'));
     } catch (const CLI::Success &) {
-        return print_asked(line.app.help());
+        return print_asked(help_asked(line.app));
     } catch (const CLI::ParseError &error) {
         throw usage_error(line.app, error, given);
     }

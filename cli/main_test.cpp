@@ -66,15 +66,16 @@ TEST(main, says_its_version) {
 }
 
 TEST(main, every_help_has_an_example_that_runs_and_the_exit_codes) {
-    for (const std::string name : {"lab", "rib", "client", "routes", "fabric", "show", "text"}) {
+    for (const std::string name :
+         {"lab", "rib", "client", "routes", "fabric", "show", "text", "manual", "completion"}) {
         const testing::outcome run = testing::run_command(name + " --help");
         EXPECT_EQ(run.exit_code, 0);
-        const size_t example = run.output.find("\nExample:\n  ribkit " + name + " ");
+        const size_t example = run.output.find("\nExamples:\n  ribkit " + name + " ");
         ASSERT_NE(example, std::string::npos) << run.output;
         EXPECT_NE(run.output.find("\nExit codes:\n  0  "), std::string::npos) << run.output;
         EXPECT_NE(run.output.find("\n  1  "), std::string::npos) << run.output;
         EXPECT_NE(run.output.find("\n  2  "), std::string::npos) << run.output;
-        if (name == "lab" || name == "show" || name == "text") {
+        if (name == "lab" || name == "show" || name == "text" || name == "manual" || name == "completion") {
             const size_t start = run.output.find("ribkit " + name, example) + 7;
             EXPECT_EQ(testing::run_command(run.output.substr(start, run.output.find('\n', start) - start)).exit_code,
                       0);
@@ -99,7 +100,7 @@ TEST(main, misspelt_words_have_near_ones) {
     EXPECT_EQ(
         testing::complaint(""),
         "ribkit: the commands are lab, rib, module, client, routes, fabric, route, monitor, status, show, decode, "
-        "encode, text (see ribkit --help)\n");
+        "encode, text, manual, completion (see ribkit --help)\n");
 }
 
 TEST(main, words_too_many_are_told_in_their_order) {

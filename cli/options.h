@@ -17,7 +17,8 @@
 
 namespace ribkit::cli {
 
-/// A variable that a script has left empty names no file, nor does an option that follows it then.
+/// A variable that a script has left empty names no file, nor does an option that follows it then. Checks are called as
+/// the files' names end, ".hex .bin", which shells complete; "*": anyhow.
 inline const CLI::Validator file_name(
     [](const std::string &name) {
         if (name.empty()) {
@@ -25,7 +26,11 @@ inline const CLI::Validator file_name(
         }
         return name.size() > 1 && name[0] == '-' ? base::joined(name, " is no name of a file (./", name, " is)") : "";
     },
-    "");
+    "", "*");
+inline constexpr const char *fabric_files = ".toml";
+inline constexpr const char *fault_files = ".faults";
+inline constexpr const char *network_files = ".hex .bin";
+inline constexpr const char *json_files = ".json";
 
 /// Digits, and within its limits; said with both where it is not.
 inline CLI::Validator whole_number(uint64_t least, uint64_t most) {
@@ -58,7 +63,7 @@ inline void add_file(CLI::App &app, output_options &output) {
 
 inline CLI::Option *add_json(CLI::App &app, output_options &output, const words &given) {
     const char *const what = "the outcome for a program, and nothing else; with =FILE into FILE beside what is printed";
-    return app.add_flag("--json", what)->each([&output, &given](const std::string &) {
+    return app.add_flag("--json", what)->type_name("[=FILE]")->each([&output, &given](const std::string &) {
         output.json = json_file(given);
     });
 }

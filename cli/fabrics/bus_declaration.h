@@ -26,7 +26,7 @@ inline CLI::Option *add_bus(CLI::App &app, bus_options &bus, const char *url) {
                              ->capture_default_str();
     app.add_option("--faults", bus.faults_file, "script of what goes wrong on the bus")
         ->type_name("FILE")
-        ->check(file_name);
+        ->check(file_name, fault_files);
     add_number(app, "--wait", bus.wait, 0, 86400, "how long a server, the RIB and its answers are waited for, together")
         ->type_name("SECONDS")
         ->capture_default_str();

@@ -25,7 +25,7 @@ void add_run(CLI::App &app, run_options &options, const words &given) {
     app.add_option("FABRIC", options.fabric_file, "fabric file, - for standard input")
         ->required()
         ->envname("RIBKIT_FABRIC")
-        ->check(file_name);
+        ->check(file_name, fabric_files);
     app.add_flag("--trace", options.output.traces, "print every message sent to the RIB");
     add_output(app, options.output, given);
     add_number(app, "--message-size", options.message_limit, protocol::smallest_message_limit, size_t{1} << 20,
@@ -62,9 +62,9 @@ action declare_lab(CLI::App &app, const words &given) {
 action declare_rib(CLI::App &app, const words &given) {
     const auto options = std::make_shared<rib_command_options>();
     app.add_option("FABRIC", options->fabric_file, "fabric file that gives the tables their sizes (64 VSANs without)")
-        ->check(file_name);
+        ->check(file_name, fabric_files);
     app.add_option("--who", options->who_file, "file of [[who]] and [[quota]] tables, instead of the fabric file's")
-        ->check(file_name)
+        ->check(file_name, fabric_files)
         ->type_name("FILE");
     app.add_flag("--trace", options->output.traces, "print every route that moves in the hardware");
     add_bus(app, options->bus, server_here)->check(shared_bus);
@@ -128,7 +128,7 @@ action declare_fabric(CLI::App &app, const words & /*given*/) {
     lab::fabric_plan &plan = options->plan;
     CLI::Option *dot = app.add_flag("--dot", options->dot, "draw it, for Graphviz: ribkit fabric --dot | dot -Tsvg");
     CLI::Option *file = app.add_option("FABRIC", options->fabric_file, "draw this fabric file, - for standard input")
-                            ->check(file_name)
+                            ->check(file_name, fabric_files)
                             ->needs(dot);
     const auto count = [&](const char *name, uint32_t &value, uint32_t least, uint32_t most, const char *what) {
         file->excludes(add_number(app, name, value, least, most, what)->type_name("N")->capture_default_str());
@@ -154,21 +154,70 @@ action declare_fabric(CLI::App &app, const words & /*given*/) {
 }
 
 constexpr command commands[] = {
-    {"lab", "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date", declare_lab, true,
-     "lab --trace examples/fabrics/small.toml",
+    {"lab",
+     "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date",
+     declare_lab,
+     true,
+     "Reads a fabric file, starts the RIB, the modules and the route clients of its local switch, and lets links fail "
+     "and\n"
+     "come back as the file says. Every message travels over the bus and is checked, as between processes. In the end "
+     "the\n"
+     "command displays the RIB's tables and a summary.",
+     {{{"lab --trace examples/fabrics/small.toml", "The sample fabric, with every message"},
+       {"lab --trace --faults examples/faults/rough.faults examples/fabrics/small.toml",
+        "The same on a bus that loses and delays messages"},
+       {"lab --check examples/fabrics/small.toml", "Whether the file is good"}}},
      "the RIB refused something or did not answer, or the output cannot be written"},
-    {"rib", "Runs the RIB by itself, for clients in other processes", declare_rib, false,
-     "rib --bus nats://127.0.0.1:4222 examples/fabrics/small.toml",
+    {"rib",
+     "Runs the RIB by itself, for clients in other processes",
+     declare_rib,
+     false,
+     "Answers clients and modules on the bus until SIGINT or SIGTERM, and then displays its tables. What it refuses it "
+     "says\n"
+     "on standard error. A second RIB on the same bus is refused.",
+     {{{"rib --bus unix:/tmp/fabric", "For clients on this machine, which say the same --bus"},
+       {"rib --bus nats://127.0.0.1:4222 examples/fabrics/small.toml",
+        "Over a server, with the tables that a fabric needs"}}},
      "the bus cannot be opened, another RIB is there, or the output cannot be written"},
-    {"module", "Runs a module by itself: what a RIB elsewhere programs, and who answers it", declare_module, true,
-     "module left --number 1 --bus unix:/tmp/fabric", "the bus cannot be opened, or the output cannot be written"},
-    {"client", "Runs a route client by itself: FSPF computes routes and keeps a RIB elsewhere up to date",
-     declare_client, true, "client --vsan 1 --vsan 20 examples/fabrics/small.toml",
+    {"module",
+     "Runs a module by itself: what a RIB elsewhere programs, and who answers it",
+     declare_module,
+     true,
+     "Takes what the RIB programs, as far as it has room, until SIGINT or SIGTERM, and then says what it had. "
+     "Meanwhile\n"
+     "ribkit show KIND --module N displays it.",
+     {{{"module left --number 1 --bus unix:/tmp/fabric", "The first module of the RIB on that bus"},
+       {"module small --unicast 4 --trace --bus unix:/tmp/fabric",
+        "One that is soon full, with every message that it takes"}}},
+     "the bus cannot be opened, or the output cannot be written"},
+    {"client",
+     "Runs a route client by itself: FSPF computes routes and keeps a RIB elsewhere up to date",
+     declare_client,
+     true,
+     "Reads what the RIB has, sends what is different, follows the fabric through its events, and ends; with --stay "
+     "it\n"
+     "goes on until SIGINT or SIGTERM.",
+     {{{"client --bus unix:/tmp/fabric examples/fabrics/small.toml",
+        "The routes of the sample fabric, for a RIB on this machine"},
+       {"client --vsan 1 --vsan 20 examples/fabrics/small.toml",
+        "Those of two VSANs, over the server of this machine"}}},
      "the RIB refused something or did not answer, the client was stopped, or the output cannot be written"},
-    {"routes", "Displays the routes of a RIB that runs", declare_routes, false, "routes --vsan 1 --json",
+    {"routes",
+     "Displays the routes of a RIB that runs",
+     declare_routes,
+     false,
+     "Unicast routes, of all clients. ribkit show has a display for everything else that the RIB tells, and filters.",
+     {{{"routes --vsan 1 --json", "For a program"}, {"routes --wait-for 16", "As soon as there are 16"}}},
      "the RIB did not answer, or the output cannot be written"},
-    {"fabric", "Generates a fabric file, or draws one", declare_fabric, false,
-     "fabric --shape ring --switches 20 --events 5 -o ring.toml", output_lost},
+    {"fabric",
+     "Generates a fabric file, or draws one",
+     declare_fabric,
+     false,
+     "The same options give the same file everywhere; its first line says which they were. ribkit lab runs it.",
+     {{{"fabric --shape ring --switches 20 --events 5 -o ring.toml",
+        "Twenty switches in a ring, of which five links fail"},
+       {"fabric --dot examples/fabrics/small.toml", "A drawing for Graphviz: ribkit fabric --dot FABRIC | dot -Tsvg"}}},
+     output_lost},
 };
 
 } // namespace

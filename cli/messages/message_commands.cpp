@@ -40,7 +40,7 @@ action declare_show(CLI::App &app, const words &given) {
     add_output(app, options->output, given);
     app.add_option("KIND", options->kind, "display: fcu, fcl, port, ...")->excludes(list);
     app.add_option("FILE", options->file, "records in network form, - for standard input")
-        ->check(file_name)
+        ->check(file_name, network_files)
         ->excludes(list)
         ->capture_default_str();
     add_form(app, options->form);
@@ -64,7 +64,7 @@ action declare_decode(CLI::App &app, const words &given) {
     CLI::Option *list = app.add_flag("--list", options->list, "name all messages");
     app.add_option("MESSAGE", options->message, "message: rib_fcurt_update, fcurt, ...")->excludes(list);
     app.add_option("FILE", options->file, "messages in network form, - for standard input")
-        ->check(file_name)
+        ->check(file_name, network_files)
         ->excludes(list)
         ->capture_default_str();
     CLI::Option *guess =
@@ -96,7 +96,7 @@ action declare_encode(CLI::App &app, const words & /*given*/) {
         app.add_option("--template", options->template_for, "only print JSON to start from")->type_name("MESSAGE");
     app.add_option("FILE", options->file,
                    "messages as ribkit decode --json or --lines prints them, - for standard input")
-        ->check(file_name)
+        ->check(file_name, json_files)
         ->excludes(start)
         ->capture_default_str();
     app.add_flag("--hex", options->hex, "hexadecimal text, instead of the bytes themselves")->excludes(start);
@@ -124,13 +124,42 @@ action declare_text(CLI::App &app, const words &given) {
 constexpr command commands[] = {
     {"show",
      "Displays records of a file of network bytes, each checked before it is shown, or those of a RIB that runs",
-     declare_show, true, "show fcu examples/messages/fcu.hex\n  ribkit show fcu --bus unix:/tmp/fabric --vsan 1",
+     declare_show,
+     true,
+     "A file holds the bytes themselves, or hexadecimal text in which # begins a comment. With --bus the records come "
+     "from a\n"
+     "RIB, with --module from one of its modules. --list names the kinds.",
+     {{{"show fcu examples/messages/fcu.hex", "Unicast routes of a file"},
+       {"show fcu --bus unix:/tmp/fabric --vsan 1", "Those that a RIB has in VSAN 1"},
+       {"show node --bus unix:/tmp/fabric --module 1", "What a module says of itself"}}},
      "the output cannot be written, or the RIB did not answer"},
-    {"decode", "Prints messages of network bytes field by field, each checked before it is shown", declare_decode, true,
-     "decode rib_fcurt_update update.bin", output_lost},
-    {"encode", "Writes network bytes from JSON, as ribkit decode prints it", declare_encode, false,
-     "encode --template rib_fcurt_update", output_lost},
-    {"text", "Prints what numbers are called", declare_text, true, "text rib_uuid 12 fspf", output_lost},
+    {"decode",
+     "Prints messages of network bytes field by field, each checked before it is shown",
+     declare_decode,
+     true,
+     "Every field has a line: its name, its number, and what that means. ribkit encode makes the bytes again from "
+     "what\n"
+     "--json prints. --guess tells which messages the bytes may be.",
+     {{{"decode rib_fcurt_update update.bin", "A unicast route update"},
+       {"decode --guess examples/messages/fcu.hex", "Which messages a file may hold"},
+       {"decode --list", "All messages that there are"}}},
+     output_lost},
+    {"encode",
+     "Writes network bytes from JSON, as ribkit decode prints it",
+     declare_encode,
+     false,
+     "Counts are those of the lists, and what is left out is zero. A mistake is told with its place, and nothing is "
+     "written.",
+     {{{"encode --template rib_fcurt_update", "JSON to start from"},
+       {"encode --hex update.json -o update.hex", "The bytes of a file's messages, as text"}}},
+     output_lost},
+    {"text",
+     "Prints what numbers are called",
+     declare_text,
+     true,
+     "A vocabulary is a kind of number that has texts, such as client identities. Of a text its number is printed.",
+     {{{"text rib_uuid 12 fspf", "A client's name, and a client's number"}, {"text rib_rtn", "All result codes"}}},
+     output_lost},
 };
 
 } // namespace

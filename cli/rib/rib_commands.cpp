@@ -78,13 +78,35 @@ action declare_status(CLI::App &app, const words &given) {
 }
 
 constexpr command commands[] = {
-    {"route", "Adds, deletes and looks for routes of a RIB that runs, as the static client", declare_route, true,
-     "route add --vsan 1 0x650000/0xff0000 --via fc1/1 --domain 101 --cost 500",
+    {"route",
+     "Adds, deletes and looks for routes of a RIB that runs, as the static client",
+     declare_route,
+     true,
+     "Each route travels in an update of its own, so that its answer is known to be its. ACTION load reads a file in "
+     "which\n"
+     "each line is what would stand behind ribkit route; # begins a comment line, and a mistake anywhere sends "
+     "nothing.",
+     {{{"route add --vsan 1 0x650000/0xff0000 --via fc1/1 --domain 101 --cost 500", "A route to domain 101"},
+       {"route get --vsan 1 0x650001", "Every route that a frame to there could take, whoever owns it"},
+       {"route load --bus unix:/tmp/fabric routes.txt", "All routes of a file"}}},
      "the RIB refused something, has no such route or did not answer, or the output cannot be written"},
-    {"monitor", "Prints what changes in a RIB that runs, as it changes, until SIGINT or SIGTERM", declare_monitor,
-     false, "monitor --bus unix:/tmp/fabric", "the RIB did not answer, or the output cannot be written"},
-    {"status", "Prints how a RIB that runs is: its role, what it holds, who has registered, what waits", declare_status,
-     false, "status --bus unix:/tmp/fabric", "the RIB did not answer, or the output cannot be written"},
+    {"monitor",
+     "Prints what changes in a RIB that runs, as it changes, until SIGINT or SIGTERM",
+     declare_monitor,
+     false,
+     "A line for each route that is added, changed or deleted, by whom. Where something may have been missed, the "
+     "command\n"
+     "says so, reads the tables again and prints what is different.",
+     {{{"monitor --bus unix:/tmp/fabric", "Of the RIB on that bus"},
+       {"monitor --json=changes.json", "And for a program beside, a message a line"}}},
+     "the RIB did not answer, or the output cannot be written"},
+    {"status",
+     "Prints how a RIB that runs is: its role, what it holds, who has registered, what waits",
+     declare_status,
+     false,
+     "What it has refused since it started stands there, too: how often with which result, and to which clients.",
+     {{{"status --bus unix:/tmp/fabric", "Of the RIB on that bus"}}},
+     "the RIB did not answer, or the output cannot be written"},
 };
 
 } // namespace

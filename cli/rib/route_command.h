@@ -5,10 +5,14 @@
 #include "cli/fabrics/bus_options.h"
 #include "cli/rib/route_request.h"
 
+#include <array>
 #include <functional>
 #include <string>
 
 namespace ribkit::cli {
+
+/// What can be done to routes.
+inline constexpr std::array<const char *, 4> route_actions{"add", "del", "get", "load"};
 
 struct route_command_options {
     bus_options bus;

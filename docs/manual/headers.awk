@@ -189,7 +189,7 @@ function write_header_page(h,    p) {
     print "\n## Description\n\n" paragraphs(about[h])
     if (h in functions) print "\n## Functions\n\n" functions[h]
     if (h in declared) print "\n## Constants and types\n\n```c\n" declared[h] "```\n"
-    print ""
+    print "\n## See also\n\n`ribkit`(1)\n"
 }
 
 END {
