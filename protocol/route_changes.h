@@ -65,7 +65,7 @@ class unicast_reader {
         }
         const std::span<const model::next_hop> hops = std::span(hops_).first(count);
         return {record.get<"action">(),
-                destination_of(record),
+                destination_in(record),
                 {record.get<"metric">(), record.get<"flag">(), hops, carried_by(record)}};
     }
 

@@ -25,7 +25,7 @@ bool add_route(const update_writer &update, uint32_t action, const model::destin
     return true;
 }
 
-model::destination destination_of(record_view record) {
+model::destination destination_in(record_view record) {
     const uint32_t mask = record.get<"mask">();
     return {record.get<"fcid">() & mask, mask};
 }

@@ -34,7 +34,7 @@ bool add_route(const update_writer &update, uint32_t action, const model::destin
                const model::route_values &what);
 
 /// Bits of the address outside of its mask are no part of it.
-model::destination destination_of(record_view record);
+model::destination destination_in(record_view record);
 /// What the record carries behind its mask.
 inline model::carried_bytes carried_by(record_view record) {
     model::carried_bytes carried{record.get<"rctl">(), record.get<"rctl_mask">(), record.get<"byte_10">()};

@@ -87,7 +87,7 @@ TEST(route_messages, records_are_read_as_they_were_written_by_hand) {
         auto expected = update.changes.begin();
         for (const record_view record : read.list<"route">()) {
             ASSERT_NE(expected, update.changes.end());
-            ASSERT_EQ((model::route_change{record.get<"action">(), destination_of(record), route_of(record)}),
+            ASSERT_EQ((model::route_change{record.get<"action">(), destination_in(record), route_of(record)}),
                       *expected++);
         }
         ASSERT_EQ(expected, update.changes.end());
@@ -97,7 +97,7 @@ TEST(route_messages, records_are_read_as_they_were_written_by_hand) {
 TEST(route_messages, an_address_ends_where_its_mask_does) {
     const auto at = [](uint32_t fcid, uint32_t mask) {
         const bytes message = testing::literal_update({0, 0, 0, {{RIB_ACTION_ADD, {fcid, mask}, {}}}});
-        return destination_of(*update_view(message.data()).list<"route">().begin());
+        return destination_in(*update_view(message.data()).list<"route">().begin());
     };
     EXPECT_EQ(at(0x12345678, 0xffff00), (model::destination{0x345600, 0xffff00}));
     EXPECT_EQ(at(0x12345678, UINT32_MAX), (model::destination{0x12345678, UINT32_MAX}));

@@ -67,7 +67,7 @@ std::vector<unicast_found> routes_in(const reply &answer) {
     const protocol::update_view update(answer.message.data());
     for (const auto route : update.list<"route">()) {
         EXPECT_EQ(route.get<"action">(), RIB_ACTION_ADD);
-        found.push_back({{update.get<"vsan">(), protocol::destination_of(route)},
+        found.push_back({{update.get<"vsan">(), protocol::destination_in(route)},
                          update.get<"uuid">(),
                          (route.get<"flag">() & RIB_FLAG_ACTIVE) != 0});
     }
