@@ -72,20 +72,21 @@ run_packaging() {
 unpack_source() {
     local source=$1
     mkdir -p "$source"
-    git archive HEAD | tar -x -C "$source"
+    git archive HEAD | tar -x -C "$source" || return
     LC_ALL=C awk -v version="$version" -v date="$(LC_ALL=C date -u -R -d "@$epoch")" \
         -v maintainer="$(sed -n 's/^Maintainer: //p' debian/control)" \
         -f scripts/changelog.awk "$source/CHANGELOG.md" >"$source/debian/changelog"
 }
 
+# Both run under attend, where no failure ends them by itself.
 make_debs() {
     local source=$1/debs/ribkit-$version offline=()
     umask "${umask_of-0022}"
-    unpack_source "$source"
+    unpack_source "$source" || return
     ((EUID != 0)) || offline=(unshare --net)
-    cd "$source"
-    SOURCE_DATE_EPOCH=$epoch "${offline[@]}" dpkg-buildpackage --build=full --no-sign
-    find .. -maxdepth 1 -type f -exec cp {} "$1/made" \;
+    cd "$source" || return
+    SOURCE_DATE_EPOCH=$epoch "${offline[@]}" dpkg-buildpackage --build=full --no-sign || return
+    find .. -maxdepth 1 -type f -exec cp -t "$1/made" {} +
 }
 
 # Finds itself wherever it is unpacked; needs a C library as new as that of here.
@@ -93,14 +94,14 @@ make_tarball() {
     local source=$1/tarball/ribkit-$version name
     name=ribkit-$version-$(uname -m)-linux
     umask "${umask_of-0022}"
-    unpack_source "$source"
-    cd "$source"
+    unpack_source "$source" || return
+    cd "$source" || return
     eval "$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)"
     CFLAGS="$CFLAGS $CPPFLAGS -g0" CXXFLAGS="$CXXFLAGS $CPPFLAGS -g0" cmake -G Ninja -B build/tarball \
-        -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib -DRIBKIT_SELF_CONTAINED=ON -DRIBKIT_TESTS=OFF
-    cmake --build build/tarball
-    cmake --install build/tarball --prefix "../$name" --strip
-    add_documents "../$name/share/doc/ribkit"
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib -DRIBKIT_SELF_CONTAINED=ON -DRIBKIT_TESTS=OFF &&
+        cmake --build build/tarball &&
+        cmake --install build/tarball --prefix "$1/tarball/$name" --strip &&
+        add_documents "$1/tarball/$name/share/doc/ribkit" || return
     tar --sort=name --mtime="@$epoch" --owner=0 --group=0 --numeric-owner --mode=u+rw,go=rX -C .. -c "$name" |
         xz -9 -T1 >"$1/made/$name.tar.xz"
 }
@@ -108,12 +109,10 @@ make_tarball() {
 # With the notices of what is compiled in.
 add_documents() {
     local library
-    mkdir -p "$1"
-    cp -R README.md CHANGELOG.md SECURITY.md docs examples "$1/"
+    mkdir -p "$1" && cp -R README.md CHANGELOG.md SECURITY.md docs examples debian/copyright "$1/" || return
     rm -f "$1"/docs/CMakeLists.txt "$1"/docs/*.sh "$1"/docs/*.awk "$1"/examples/CMakeLists.txt "$1"/examples/*.sh
-    cp debian/copyright "$1/"
     for library in libtomlplusplus-dev libcli11-dev; do
-        cp -L "/usr/share/doc/$library/copyright" "$1/copyright.$library"
+        cp -L "/usr/share/doc/$library/copyright" "$1/copyright.$library" || return
     done
 }
 
