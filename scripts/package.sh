@@ -91,14 +91,15 @@ make_debs() {
 
 # Finds itself wherever it is unpacked; needs a C library as new as that of here.
 make_tarball() {
-    local source=$1/tarball/ribkit-$version name
+    local source=$1/tarball/ribkit-$version name build_type=Release
+    [[ " ${DEB_BUILD_OPTIONS-} " != *" noopt "* ]] || build_type=None
     name=ribkit-$version-$(uname -m)-linux
     umask "${umask_of-0022}"
     unpack_source "$source" || return
     cd "$source" || return
     eval "$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)"
     CFLAGS="$CFLAGS $CPPFLAGS -g0" CXXFLAGS="$CXXFLAGS $CPPFLAGS -g0" cmake -G Ninja -B build/tarball \
-        -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib -DRIBKIT_SELF_CONTAINED=ON -DRIBKIT_TESTS=OFF &&
+        -DCMAKE_BUILD_TYPE=$build_type -DCMAKE_INSTALL_LIBDIR=lib -DRIBKIT_SELF_CONTAINED=ON -DRIBKIT_TESTS=OFF &&
         cmake --build build/tarball &&
         cmake --install build/tarball --prefix "$1/tarball/$name" --strip &&
         add_documents "$1/tarball/$name/share/doc/ribkit" || return
@@ -110,7 +111,7 @@ make_tarball() {
 add_documents() {
     local library
     mkdir -p "$1" && cp -R README.md CHANGELOG.md SECURITY.md docs examples debian/copyright "$1/" || return
-    rm -f "$1"/docs/CMakeLists.txt "$1"/docs/*.sh "$1"/docs/*.awk "$1"/examples/CMakeLists.txt "$1"/examples/*.sh
+    rm -rf "$1"/docs/manual "$1"/docs/CMakeLists.txt "$1"/docs/*.sh "$1"/docs/*.awk "$1"/examples/CMakeLists.txt "$1"/examples/*.sh
     for library in libtomlplusplus-dev libcli11-dev; do
         cp -L "/usr/share/doc/$library/copyright" "$1/copyright.$library" || return
     done

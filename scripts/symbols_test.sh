@@ -6,10 +6,10 @@ set -euo pipefail
 sources=$1 version=$2
 shift 2
 
-# The kept file's first lines, and the names in its order.
+# The kept file's first lines, and the names in its order; a version is a name of itself.
 symbols_of() {
     sed '/^ /,$d' "$2"
-    nm -D --defined-only "$1" | sed -n 's/.* \([^ @]*@\)@*\([^ @]*\)$/\1\2/p' | LC_ALL=C sort |
+    nm -D --defined-only "$1" | sed -En 's/.* A ([^ @]*)(@.*)?$/\1@\1/p; t; s/.* ([^ @]*@)@*([^ @]*)$/\1\2/p' | LC_ALL=C sort |
         awk -v new="$version~" 'NR == FNR { if (/^ /) since[$1] = $2; next } { print " " $1, ($1 in since ? since[$1] : new) }' "$2" -
 }
 
