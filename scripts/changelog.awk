@@ -5,7 +5,7 @@
 function trailer() {
     item()
     if (entry)
-        printf "\n -- %s  %s\n\n", maintainer, when
+        printf "\n -- %s  %s\n", maintainer, when
 }
 
 # What has been read of an item, wrapped.
@@ -44,7 +44,7 @@ function rfc2822(day, command, result) {
 /^## [0-9]/ {
     trailer()
     sub(/,$/, "", $2)
-    printf "ribkit (%s) bookworm; urgency=medium\n\n", entry ? $2 : version
+    printf "%sribkit (%s) bookworm; urgency=medium\n\n", entry ? "\n" : "", entry ? $2 : version
     when = entry ? rfc2822($3) : date
     entry++
     next
