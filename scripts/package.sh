@@ -92,13 +92,12 @@ make_debs() {
 # Finds itself wherever it is unpacked; needs a C library as new as that of here.
 make_tarball() {
     local source=$1/tarball/ribkit-$version name build_type=Release
-    [[ " ${DEB_BUILD_OPTIONS-} " != *" noopt "* ]] || build_type=None
+    [[ " ${DEB_BUILD_OPTIONS-} " != *" noopt "* ]] || build_type=Debug
     name=ribkit-$version-$(uname -m)-linux
     umask "${umask_of-0022}"
     unpack_source "$source" || return
     cd "$source" || return
-    eval "$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)"
-    CFLAGS="$CFLAGS $CPPFLAGS -g0" CXXFLAGS="$CXXFLAGS $CPPFLAGS -g0" cmake -G Ninja -B build/tarball \
+    CFLAGS=-ffile-prefix-map=$PWD=. CXXFLAGS=-ffile-prefix-map=$PWD=. cmake -G Ninja -B build/tarball \
         -DCMAKE_BUILD_TYPE=$build_type -DCMAKE_INSTALL_LIBDIR=lib -DRIBKIT_SELF_CONTAINED=ON -DRIBKIT_TESTS=OFF &&
         cmake --build build/tarball &&
         cmake --install build/tarball --prefix "$1/tarball/$name" --strip &&
