@@ -6,6 +6,7 @@ packages=$1
 cd "$(dirname "$0")/.."
 . debian/tests/units.inc
 AUTOPKGTEST_TMP=$(mktemp -d)
+chmod 755 "$AUTOPKGTEST_TMP"
 export AUTOPKGTEST_TMP DEBIAN_FRONTEND=noninteractive
 shopt -s nullglob
 version=$(dpkg-deb -f "$packages"/libribkit0_*.deb Version)
@@ -46,34 +47,45 @@ everything() {
         -exec sha256sum -z {} \; -printf '\n' -o -printf '%M %u %g %p %l\n' | tr -d '\0' | LC_ALL=C sort
 }
 
-# A RIB of the earlier packages and a client of it, before the later ones come and after.
+# client_has_all TIMES: a RIB has got all of the client's routes so often.
+client_has_all() {
+    timeout 120 bash -c 'until (($(grep -c "the RIB has all" "$0") >= $1)); do sleep 0.2; done' "$AUTOPKGTEST_TMP/client.txt" "$1" ||
+        fail "the client does not bring its routes: $(cat "$AUTOPKGTEST_TMP/client.txt")"
+}
+routes() { as_service ribkit routes --bus unix:/run/ribkit; }
+
+# A RIB of the earlier packages and a client of it, before the later ones come and after; of a fabric where nothing happens.
 upgrade_while_a_rib_runs() {
-    local rib client fabric=/usr/share/doc/ribkit/examples/fabrics/small.toml
+    local rib client fabric=$AUTOPKGTEST_TMP/fabric.toml
     # shellcheck disable=SC2046
     apt install $(ours "$1") >/dev/null
     dpkg -s ribkit | grep "^Version: .*"
+    sed '/^\[\[event/,$d' /usr/share/doc/ribkit/examples/fabrics/small.toml >"$fabric"
     make_runtime_directory
     start_unit ribkit-rib.service >"$AUTOPKGTEST_TMP/rib.txt"
     rib=$unit_pid
     as_service ribkit client --stay --vsan 1 --bus unix:/run/ribkit "$fabric" >"$AUTOPKGTEST_TMP/client.txt" &
     client=$!
-    as_service ribkit routes --bus unix:/run/ribkit --vsan 1 --wait-for 8 >"$AUTOPKGTEST_TMP/before.txt"
+    client_has_all 1
+    routes >"$AUTOPKGTEST_TMP/before.txt"
     # shellcheck disable=SC2046
     apt install $(ours "$packages") >/dev/null
     dpkg -s ribkit | grep -x "Version: $version" || fail "there is no newer version now"
     [[ $(readlink "/proc/$rib/exe") == *" (deleted)" ]] || fail "the RIB that runs is not the earlier one"
-    as_service ribkit routes --bus unix:/run/ribkit --vsan 1 >"$AUTOPKGTEST_TMP/after.txt"
+    routes >"$AUTOPKGTEST_TMP/after.txt"
     diff "$AUTOPKGTEST_TMP"/before.txt "$AUTOPKGTEST_TMP"/after.txt || fail "the RIB that runs has lost routes"
     kill -TERM "$rib"
     wait "$rib" || fail "the earlier RIB ends with $?"
     start_unit ribkit-rib.service >"$AUTOPKGTEST_TMP/rib.txt"
     rib=$unit_pid
-    as_service ribkit routes --bus unix:/run/ribkit --vsan 1 --wait-for 8 >"$AUTOPKGTEST_TMP/again.txt"
+    client_has_all 2
+    routes >"$AUTOPKGTEST_TMP/again.txt"
     diff "$AUTOPKGTEST_TMP"/before.txt "$AUTOPKGTEST_TMP"/again.txt || fail "the client has not brought its routes again"
     kill -0 "$client" || fail "the client has not survived"
     kill -TERM "$client" "$rib"
     wait "$rib" || fail "the later RIB ends with $?"
     wait "$client" || fail "the client ends with $?: $(cat "$AUTOPKGTEST_TMP/client.txt")"
+    [[ $(wc -l <"$AUTOPKGTEST_TMP/before.txt") -gt 20 ]] || fail "there were no routes"
     rm -r /run/ribkit
     echo "upgraded: the earlier RIB went on answering, the later one has the routes, the client is the same"
 }
