@@ -13,27 +13,31 @@ fail() {
     failures=$((failures + 1))
 }
 
-# packages_of FILE: the packages whose patterns are its name or a folder of it.
-patterns=$(grep -H '' debian/*.install | sed -n 's:^debian/\(.*\)\.install\:\(usr/[^ ]*\)$:\1 \2:p')
-packages_of() {
-    local package pattern
-    while read -r package pattern; do
+# package_of FILE: in `of` and `count` the package that has it or its folder, as a pattern of its own says, and how many do.
+mapfile -t patterns < <(grep -H '' debian/*.install | sed -n 's:^debian/\(.*\)\.install\:\(usr/[^ ]*\)$:\1 \2:p')
+declare -A used=()
+package_of() {
+    local line pattern
+    of='' count=0
+    for line in "${patterns[@]}"; do
+        pattern=${line#* }
         # shellcheck disable=SC2053
-        [[ $1 != $pattern && $1 != $pattern/* ]] || echo "$package $pattern"
-    done <<<"$patterns"
+        if [[ $1 == $pattern || $1 == $pattern/* ]]; then
+            of+="${line%% *} " count=$((count + 1)) used[$line]=yes
+        fi
+    done
 }
 
 check_files() {
-    local file of used=
+    local file line of count
     DESTDIR=$scratch/staged cmake --install "$build" --prefix /usr >"$scratch/install.log"
     while read -r file; do
-        of=$(packages_of "$file")
-        [[ $(wc -l <<<"$of") == 1 && $of ]] || fail "$file is in no package or in several: ${of//$'\n'/, }"
-        used+=$of$'\n'
+        package_of "$file"
+        ((count == 1)) || fail "$file is in ${of:-no package}"
     done < <(cd "$scratch/staged" && find usr ! -type d | sed 's:^usr/lib/:usr/lib/any/:')
-    while read -r of; do
-        grep -qxF "$of" <<<"$used" || fail "debian/${of/ /.install: } is nothing that is installed"
-    done <<<"$patterns"
+    for line in "${patterns[@]}"; do
+        [[ ${used[$line]-} ]] || fail "debian/${line/ /.install: } is nothing that is installed"
+    done
 }
 
 check_changelog() {
