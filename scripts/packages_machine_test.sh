@@ -23,7 +23,7 @@ install_what_is_needed() {
     apt update
     apt install cmake g++ ninja-build pkg-config strace systemd xz-utils >/dev/null
     # shellcheck disable=SC2046
-    apt --simulate install $(ours "$packages") | sed -n 's/^Inst \([^ ]*\) .*/\1/p' | grep -vE '^(lib)?ribkit' |
+    apt --simulate install $(ours "$packages") | awk '/^Inst / && $2 !~ /^(lib)?ribkit/ { print $2 }' |
         xargs apt-get -qq -y -o Dpkg::Use-Pty=0 --no-install-recommends install >/dev/null
 }
 
