@@ -188,6 +188,16 @@ int qip_faults_load_for(uint32_t handle, const char *file, char *error, uint32_t
 void qip_step_aside(void);
 
 /**
+ * For a thread that has just been started: under a virtual clock the time does not pass without it from now on, and its
+ * first call has its place behind those of the threads that are ready. Whoever has started it waits until this is done,
+ * without qip_step_aside, and a run goes the same way every time.
+ */
+void qip_take_part(void);
+
+/** Waits so long, by the clock that delays are measured by. */
+void qip_pause(uint32_t milliseconds);
+
+/**
  * The time of the virtual clock that a fault script has put in force: it begins at zero, and passes only while all
  * threads wait. For programs whose other clocks are to agree with it.
  *

@@ -93,6 +93,19 @@ void step_aside() {
     }
 }
 
+void take_part() {
+    if (is_virtual()) {
+        virtual_time().take_part(own_turn);
+    }
+}
+
+void pause_for(std::chrono::milliseconds time) {
+    std::mutex alone;
+    std::condition_variable never_woken;
+    std::unique_lock locked{alone};
+    timed_wait{}.wait(never_woken, locked, clock_now() + time, [] { return false; });
+}
+
 late_action::late_action() {
     if (!is_virtual()) {
         delays().start();

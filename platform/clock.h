@@ -36,6 +36,13 @@ void take_turn();
 /// Under the virtual clock the calling thread gives up its turn, and does not count until its next call.
 void step_aside();
 
+/// Under the virtual clock the calling thread counts from now on, behind those that are ready; it goes on all the same
+/// until its next call.
+void take_part();
+
+/// Waits so long.
+void pause_for(std::chrono::milliseconds time);
+
 /// What the time brings: the end of a wait or an action, in the order in which they come.
 class occasion : public ring_place {
   protected:

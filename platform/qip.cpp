@@ -249,6 +249,13 @@ uint32_t qip_refs_held(void) { return references_held(); }
 
 void qip_step_aside(void) { step_aside(); }
 
+void qip_take_part(void) { take_part(); }
+
+void qip_pause(uint32_t milliseconds) {
+    take_turn();
+    pause_for(std::chrono::milliseconds{milliseconds});
+}
+
 int qip_virtual_time(uint64_t *microseconds) {
     const auto now = virtual_now();
     if (!now) {

@@ -50,9 +50,11 @@ bool virtual_clock::set(bool on) {
     in_force = on;
     now_ = {};
     holder_ = nullptr;
-    ready_.for_each([](thread_turn &one) { one.leave(); });
+    ready_.for_each([](thread_turn &one) {
+        one.leave();
+        one.handed_over.notify_one();
+    });
     ahead_.drop_actions();
-    handed_over_.notify_all();
     return true;
 }
 
@@ -68,11 +70,16 @@ void virtual_clock::release_real_time() {
 }
 
 void virtual_clock::take_turn(thread_turn &self) {
+    take_part(self);
     std::unique_lock locked{lock_};
-    if (holder_ != &self) {
+    await_turn(locked, self);
+}
+
+void virtual_clock::take_part(thread_turn &self) {
+    const std::scoped_lock lock{lock_};
+    if (in_force && holder_ != &self && !self.joined()) {
         ready_.push_back(self);
     }
-    await_turn(locked, self);
 }
 
 void virtual_clock::leave(thread_turn &self) {
@@ -132,7 +139,7 @@ void virtual_clock::hand_over(std::unique_lock<std::mutex> &locked, thread_turn 
         holder_ = &ready_.front();
         holder_->leave();
         ++moves_;
-        handed_over_.notify_all();
+        holder_->handed_over.notify_one();
     }
 }
 
@@ -159,7 +166,7 @@ void virtual_clock::await_turn(std::unique_lock<std::mutex> &locked, thread_turn
         if (holder_ == &self) {
             break;
         }
-        handed_over_.wait_for(locked, look_around);
+        self.handed_over.wait_for(locked, look_around);
         looks = holder_ != nullptr && seen == moves_ && sleeps(holder_->thread) ? looks + 1 : 0;
         if (looks == most_looks) {
             holder_ = nullptr;

@@ -12,6 +12,7 @@ namespace ribkit::platform {
 /// A thread that uses the service, and its place among those that are ready to run.
 struct thread_turn : ring_place {
     pid_t thread = gettid();
+    std::condition_variable handed_over{}; ///< to it
 
     thread_turn() = default;
     thread_turn(const thread_turn &) = delete;
@@ -65,6 +66,7 @@ class virtual_clock {
     bool claim_real_time();
     void release_real_time();
     void take_turn(thread_turn &self);
+    void take_part(thread_turn &self);
     void leave(thread_turn &self);
     void begin(timed_wait &wait, time_point deadline, thread_turn &self);
     void end(timed_wait &wait);
@@ -80,7 +82,6 @@ class virtual_clock {
     void await_turn(std::unique_lock<std::mutex> &locked, thread_turn &self);
 
     std::mutex lock_;
-    std::condition_variable handed_over_;
     time_line ahead_;
     ring<thread_turn> ready_;
     thread_turn *holder_ = nullptr;

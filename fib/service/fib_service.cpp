@@ -78,9 +78,7 @@ fib_service::fib_service(const std::string &url, const fib_options &options)
                                 base::joined("module ", options.number, " cannot listen on ", bus::shown_url(url)));
     }
     reconnections_ = qip_reconnections(handle_.number());
-    thread_ = std::thread([this] { serve(); });
-    qip_step_aside();
-    serving_.wait();
+    thread_.start([this] { serve(); });
 }
 
 void fib_service::stop() {
@@ -97,10 +95,7 @@ void fib_service::stop() {
     }
     send_node(nullptr); // whether it arrives or not
     handle_.close();
-    if (thread_.joinable()) {
-        qip_step_aside();
-        thread_.join();
-    }
+    thread_.join();
 }
 
 void fib_service::set_upgrading(bool upgrading) {
@@ -116,25 +111,21 @@ size_t fib_service::answered() const {
     return answered_;
 }
 
-// A virtual clock knows a thread from its first call on, so that one is made before anybody may ask.
 void fib_service::serve() {
-    bool open = take_one(false);
-    serving_.count_down();
-    while (open) {
-        open = take_one(true);
+    while (take_one()) {
     }
 }
 
 /// @return whether the service goes on
-bool fib_service::take_one(bool may_wait) {
+bool fib_service::take_one() {
     keep_in_touch();
-    const qip_recv_opts opts = next_wait(may_wait);
+    const qip_recv_opts opts = next_wait();
     qip_ref ref{};
     if (qip_recv(handle_.number(), &ref, &opts) == 0) {
         failures_ = 0;
         take(ref);
         rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &ref);
-    } else if (may_wait && errno != ETIMEDOUT && errno != EAGAIN) {
+    } else if (errno != ETIMEDOUT && errno != EAGAIN) {
         rest_after(errno);
     }
     const std::scoped_lock locked(stopping_lock_);
@@ -142,11 +133,11 @@ bool fib_service::take_one(bool may_wait) {
 }
 
 /// Until the RIB is told again, at the latest.
-qip_recv_opts fib_service::next_wait(bool may_wait) const {
+qip_recv_opts fib_service::next_wait() const {
     constexpr uint64_t millisecond = 1000;
     const uint64_t now = qip_now();
     const uint64_t until = awaited_ != 0 ? asked_at_ + answer_limit : next_at_;
-    qip_recv_opts opts{{awaited_ != 0 ? QIP_RECV_ANYTHING : QIP_RECV_INCOMING, may_wait ? 0U : 1U}};
+    qip_recv_opts opts{{awaited_ != 0 ? QIP_RECV_ANYTHING : QIP_RECV_INCOMING}};
     opts.word[4] = static_cast<uint32_t>(until > now ? (until - now) / millisecond + 1 : 1);
     return opts;
 }
@@ -236,14 +227,23 @@ void fib_service::note_refusal(const qip_ref &ref, uint32_t result, const std::s
                          ": ", text.data(), why.empty() ? "" : ": ", why);
 }
 
+// An answer of the RIB is heard meanwhile.
 /// @return false where the service was stopped meanwhile
 bool fib_service::be_slow() {
-    if (options_.slow.count() == 0) {
-        return true;
+    constexpr uint64_t millisecond = 1000;
+    const uint64_t until = qip_now() + static_cast<uint64_t>(options_.slow.count()) * millisecond;
+    for (uint64_t now = qip_now(); now < until; now = qip_now()) {
+        qip_recv_opts opts{{QIP_RECV_ANY_ANSWER}};
+        opts.word[4] = static_cast<uint32_t>((until - now - 1) / millisecond + 1);
+        qip_ref answer{};
+        if (qip_recv(handle_.number(), &answer, &opts) == 0) {
+            hear_rib(answer);
+            qip_drop(handle_.number(), &answer);
+        } else if (errno == ECANCELED || errno == EBADF) {
+            return false;
+        }
     }
-    std::unique_lock locked(stopping_lock_);
-    qip_step_aside();
-    return !stopping_.wait_for(locked, options_.slow, [this] { return stopped_; });
+    return true;
 }
 
 } // namespace ribkit::fib

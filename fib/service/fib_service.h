@@ -3,6 +3,7 @@
 #pragma once
 
 #include "bus/service_handle.h"
+#include "bus/service_thread.h"
 #include "fib/service/messages.h"
 #include "qip.h"
 
@@ -11,10 +12,8 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <latch>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -56,8 +55,8 @@ class fib_service {
 
   private:
     void serve();
-    bool take_one(bool may_wait);
-    [[nodiscard]] qip_recv_opts next_wait(bool may_wait) const;
+    bool take_one();
+    [[nodiscard]] qip_recv_opts next_wait() const;
     void take(const qip_ref &ref);
     bytes respond(const qip_ref &ref);
     void answer(const qip_ref &ref, const bytes &payload);
@@ -87,8 +86,7 @@ class fib_service {
     std::mutex stopping_lock_;
     std::condition_variable stopping_;
     bool stopped_ = false;
-    std::latch serving_{1};
-    std::thread thread_;
+    bus::service_thread thread_;
 };
 
 } // namespace ribkit::fib

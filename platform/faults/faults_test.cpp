@@ -104,6 +104,44 @@ TEST_F(faulty, who_steps_aside_under_a_virtual_clock_lets_the_others_on) {
     EXPECT_EQ(incoming(), refused(EAGAIN));
 }
 
+TEST_F(faulty, a_pause_takes_its_time_by_the_virtual_clock) {
+    load("clock virtual\n");
+    ASSERT_EQ(send_text(client, "there"), 0);
+    const time_point before = clock_now();
+    qip_pause(3'600'000);
+    EXPECT_EQ(clock_now() - before, seconds{3600});
+    EXPECT_EQ(incoming(), "there");
+}
+
+TEST_F(faulty, a_pause_takes_its_time_by_the_real_clock) {
+    const uint64_t before = qip_now();
+    qip_pause(5);
+    EXPECT_GE(qip_now() - before, 5000U);
+}
+
+TEST_F(faulty, no_time_passes_without_a_thread_that_takes_part) {
+    load("clock virtual\n");
+    EXPECT_EQ(incoming(), refused(EAGAIN)); // from here on it is this thread's turn
+    std::atomic<bool> takes_part{false};
+    std::string taken_first;
+    std::thread other{[&] {
+        qip_take_part();
+        takes_part = true;
+        taken_first = taken(server, within(10)); // only with its turn, before any time has passed
+    }};
+    while (!takes_part) {
+        std::this_thread::yield();
+    }
+    ASSERT_EQ(send_text(client, "early"), 0);
+    const time_point before = clock_now();
+    while (taken_first.empty()) { // it is written by who has the turn
+        qip_pause(1);
+    }
+    EXPECT_EQ(taken_first, "early");
+    EXPECT_EQ(clock_now() - before, milliseconds{1});
+    other.join();
+}
+
 TEST_F(faulty, a_late_message_arrives_in_its_turn) {
     load("clock virtual\ndelay 1 250\ndelay 2 100\n");
     const time_point before = clock_now();

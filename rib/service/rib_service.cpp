@@ -6,7 +6,6 @@
 #include "bus/history.h"
 #include "bus/rib_link.h"
 #include "protocol/route_messages.h"
-#include "protocol/wire_digests.h"
 #include "rib/service/updates.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
@@ -60,9 +59,7 @@ rib_service::rib_service(const std::string &url, const rib_options &options)
         send_claim();
     }
     rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0); // what fails is in the debug history
-    thread_ = std::thread([this] { serve(); });
-    qip_step_aside();
-    serving_.wait();
+    thread_.start([this] { serve(); });
     if (bus::names_server(url) && !stand_by()) {
         stop();
         throw std::runtime_error("another RIB answers at " + bus::shown_url(url));
@@ -99,27 +96,20 @@ void rib_service::stop() {
         stopping_.notify_all();
     }
     handle_.close();
-    if (thread_.joinable()) {
-        qip_step_aside();
-        thread_.join();
-    }
+    thread_.join();
     drop_held();
     complaints_.end();
 }
 
-// A virtual clock knows a thread from its first call on, so that one is made before anybody may ask.
 void rib_service::serve() {
-    bool open = take_one(false);
-    serving_.count_down();
-    while (open) {
-        open = take_one(true);
+    while (take_one()) {
     }
 }
 
 // Whoever answers fast keeps nobody else waiting: behind an answer of a module a request has its turn.
 /// @return whether the service goes on
-bool rib_service::take_one(bool may_wait) {
-    const qip_recv_opts opts = next_wait(may_wait);
+bool rib_service::take_one() {
+    const qip_recv_opts opts = next_wait();
     const qip_recv_opts at_once{{QIP_RECV_INCOMING, 1}};
     qip_ref ref{};
     if (qip_recv(handle_.number(), &ref, &opts) == 0) {
@@ -129,7 +119,7 @@ bool rib_service::take_one(bool may_wait) {
         if (was_answer && qip_recv(handle_.number(), &ref, &at_once) == 0) {
             take_and_drop(ref);
         }
-    } else if (may_wait && errno != ETIMEDOUT && !(opts.word[1] != 0 && errno == EAGAIN)) {
+    } else if (errno != ETIMEDOUT && !(opts.word[1] != 0 && errno == EAGAIN)) {
         rest_after(errno);
     }
     keep_house();
@@ -146,11 +136,10 @@ void rib_service::take_and_drop(qip_ref &ref) {
 }
 
 // Without an end, but where somebody's time may be over or something waits to be sent.
-qip_recv_opts rib_service::next_wait(bool may_wait) const {
+qip_recv_opts rib_service::next_wait() const {
     constexpr uint64_t soon = 50; // milliseconds
     const bool hears_answers = !claims_open_.empty() || exchange_.awaits();
-    qip_recv_opts opts{
-        {hears_answers ? QIP_RECV_ANYTHING : QIP_RECV_INCOMING, may_wait && !exchange_.can_send() ? 0U : 1U}};
+    qip_recv_opts opts{{hears_answers ? QIP_RECV_ANYTHING : QIP_RECV_INCOMING, exchange_.can_send() ? 1U : 0U}};
     uint64_t limit = notices_.waits() ? soon : rib_.clients.size() != 0 ? 1000 : 0;
     for (const auto due : {exchange_.next_due(), held_.next_due()}) {
         if (due) {
@@ -273,7 +262,6 @@ bytes rib_service::respond_in_envelope(const qip_ref &ref) {
 const rib_service::request_row rib_service::own_requests[] = {
     {RIBKIT_OPCODE_PROBE, &rib_service::hear_probe},
     {RIBKIT_OPCODE_CLAIM, &rib_service::hear_claim},
-    {RIBKIT_OPCODE_WIRE_DIGESTS, &rib_service::tell_formats},
     {RIBKIT_OPCODE_FCURT_UPDATE, &rib_service::update<unicast>},
     {RIBKIT_OPCODE_FCMRT_UPDATE, &rib_service::update<multicast>},
     {RIBKIT_OPCODE_FCLRT_UPDATE, &rib_service::update<label>},
@@ -300,10 +288,6 @@ bytes rib_service::hear_probe(const request &asked) {
     }
     const auto said = refusal(RIB_NOT_SUPPORTED);
     return {said.begin(), said.end()};
-}
-
-bytes rib_service::tell_formats(const request &asked) {
-    return asked.payload.empty() ? protocol::own_wire_digests() : refuse(asked, RIB_EXCESS_DATA, "it has no payload");
 }
 
 arrival rib_service::arrival_of(const request &asked) {

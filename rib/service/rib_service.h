@@ -3,6 +3,7 @@
 
 #include "bus/complaints.h"
 #include "bus/service_handle.h"
+#include "bus/service_thread.h"
 #include "rib/service/modules/held_answers.h"
 #include "rib/service/modules/module_exchange.h"
 #include "rib/service/notices.h"
@@ -17,11 +18,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <latch>
 #include <mutex>
 #include <span>
 #include <string>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -78,8 +77,8 @@ class rib_service {
     void describe(const described_vsans &vsans);
     void listen(const std::string &url);
     void serve();
-    bool take_one(bool may_wait);
-    [[nodiscard]] qip_recv_opts next_wait(bool may_wait) const;
+    bool take_one();
+    [[nodiscard]] qip_recv_opts next_wait() const;
     void keep_house();
     void lose_clients();
     bool send_notice(uint32_t opcode, std::span<const uint8_t> message) const;
@@ -93,7 +92,6 @@ class rib_service {
     bytes ask(const request &asked);
     template <class Kind> protocol::fcurt_response take_routes(const request &asked);
     bytes hear_probe(const request &asked);
-    bytes tell_formats(const request &asked);
     [[nodiscard]] static arrival arrival_of(const request &asked);
     bytes refuse(const request &asked, uint32_t result, const std::string &why, uint32_t client = 0);
     void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why, uint32_t client = 0);
@@ -139,8 +137,7 @@ class rib_service {
     bool stopped_ = false;
     std::atomic<bool> given_way_{false};
     std::atomic<bool> settled_{true};
-    std::latch serving_{1};
-    std::thread thread_;
+    bus::service_thread thread_;
 };
 
 } // namespace ribkit::rib

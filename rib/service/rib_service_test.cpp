@@ -207,8 +207,9 @@ TEST(rib_service, a_bus_from_which_nothing_can_be_received_is_said_once_and_left
 }
 
 TEST(rib_service, a_failure_that_looks_like_the_end_is_not_the_end) {
-    const testing::fault_script script("fail recv 2 ECANCELED\nfail recv 3 EBADF\n");
+    const testing::fault_script script("clock virtual\nfail recv 1 ECANCELED\nfail recv 2 EBADF\n");
     rib_service rib(bus);
+    qip_pause(1); // the RIB has its turn
     clients::unicast_client client(bus, RIB_CLIENT_FSPF, {});
     EXPECT_EQ(client.converge(testing::wanted_by(generated(5, lab::fabric_shape::ring))).refused, 0U);
 }
