@@ -214,8 +214,26 @@ void fabric::add_event(std::chrono::milliseconds at, std::string_view link_end, 
 }
 
 void fabric::add_event(const fabric_event &event, uint32_t line) {
-    declared.check(*this, event, line);
+    if (event.subject != event_subject::module) {
+        declared.check(*this, event, line);
+    }
     insert(event);
+}
+
+size_t fabric::module_named(std::string_view module_name, uint32_t number, uint32_t line) const {
+    const auto found = std::find_if(modules.begin(), modules.end(), [&](const fabric_module &one) {
+        return module_name.empty() ? one.number == number : one.name == module_name;
+    });
+    if (found == modules.end()) {
+        throw base::line_error(line, module_name.empty() ? base::joined("there is no module ", number)
+                                                         : base::joined("there is no module \"", module_name, '"'));
+    }
+    return static_cast<size_t>(found - modules.begin());
+}
+
+void fabric::forget_modules() {
+    modules.clear();
+    std::erase_if(events_, [](const fabric_event &event) { return event.subject == event_subject::module; });
 }
 
 void fabric::insert(const fabric_event &event) {
@@ -234,6 +252,9 @@ void fabric::set_local(const std::string &switch_name, uint32_t line) {
 }
 
 void fabric::apply(const fabric_event &event) {
+    if (event.subject == event_subject::module) {
+        return event.room.give(modules[event.index].sizes);
+    }
     if (event.subject != event_subject::link) {
         return declared.apply(event);
     }

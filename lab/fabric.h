@@ -56,18 +56,20 @@ struct link_text {
 };
 
 /// What an event happens to.
-enum class event_subject : uint8_t { link, static_route, group, label, distance };
+enum class event_subject : uint8_t { link, static_route, group, label, distance, module };
 
 /// At a moment of the run a link goes down, comes up, or costs something else; a declared route is added, changed or
-/// withdrawn; a client's distance becomes another one.
+/// withdrawn; a client's distance becomes another one; a module leaves, returns, upgrades, restarts.
 struct fabric_event {
     std::chrono::milliseconds at;
-    size_t index; ///< of the link or the declared route; of a distance, the client
+    size_t index; ///< of the link, the declared route or the module; of a distance, the client
     std::optional<bool> up;
     std::optional<uint32_t> cost; ///< of a link or a static route; the distance
     event_subject subject = event_subject::link;
     std::optional<fabric_port> joins{}, leaves{}; ///< of a group
     std::optional<fabric_port> to{};              ///< where a tunnel ends from now on
+    module_turn turn{};                           ///< of a module
+    module_room room{};                           ///< of a module that restarts
 };
 
 /// Every add_ takes the line where its argument stands, and throws a line_error that says what is wrong with it.
@@ -86,12 +88,17 @@ class fabric {
                    std::optional<uint32_t> cost, uint32_t line); ///< after the links; kept in the order of time
     /// Another event, whose subject is declared.
     void add_event(const fabric_event &event, uint32_t line);
+    /// One of a module, by its name or number. @return its index
+    [[nodiscard]] size_t module_named(std::string_view module_name, uint32_t number, uint32_t line) const;
     void set_local(const std::string &switch_name, uint32_t line);
 
     /// After the VSANs; what is not given is what they can need at most.
     void set_spaces(std::optional<uint32_t> positions, std::optional<uint32_t> path_units, uint32_t line);
 
     [[nodiscard]] bool has_vsan(uint32_t id) const;
+
+    /// Forgets what happens to modules, for whoever has none.
+    void forget_modules();
 
     /// Forgets all other VSANs.
     void keep_vsans(const std::vector<uint32_t> &ids);

@@ -63,11 +63,25 @@ void fabric_run::start_anew() {
 
 void fabric_run::happen(milliseconds at, std::vector<fabric_event> events) {
     wait_until(at);
+    run_step next{at, {}, {}};
     for (const fabric_event &event : events) {
         fabric_.apply(event);
         say(base::joined("at ", base::duration_text(at), ": ", event_text(fabric_, event)));
+        take_module_event(event, next);
     }
-    step({at, std::move(events), {}});
+    next.events = std::move(events);
+    step(std::move(next));
+}
+
+void fabric_run::take_module_event(const fabric_event &event, run_step &step) {
+    if (event.subject != event_subject::module || !takes_module_event_) {
+        return;
+    }
+    const fabric_module &about = fabric_.modules[event.index];
+    step.modules.push_back({event.index, takes_module_event_(about, event)});
+    if (event.turn != module_turn::goes_down) {
+        say(base::joined("  ", module_text(about, step.modules.back().is)));
+    }
 }
 
 // One of them hears it first. While one listens, the others only have to be registered.
@@ -128,6 +142,7 @@ void fabric_run::converge(run_step &next, std::chrono::duration<double> computin
             throw;
         }
         add(*client);
+        settle_();
     }
     // While one of them waited long, the others may have been forgotten.
     std::for_each(clients_.begin(), clients_.end(), [](const auto &client) { client->keep_registered(); });

@@ -4,6 +4,7 @@
 #include "base/progress.h"
 #include "lab/fabric.h"
 #include "lab/fabric_routes.h"
+#include "lab/modules.h"
 #include "lab/route_role.h"
 
 #include <chrono>
@@ -19,6 +20,12 @@ struct role_traffic {
     clients::client_traffic traffic;
 };
 
+/// A module behind an event of its own.
+struct moved_module {
+    size_t index;
+    module_now is;
+};
+
 /// One moment of a run: its events (none at the start, nor where the RIB is there again), and the traffic that they
 /// caused.
 struct run_step {
@@ -27,6 +34,7 @@ struct run_step {
     clients::client_traffic traffic;         ///< of all clients
     std::vector<unreachable_domains> lost{}; ///< domains that became unreachable
     std::vector<role_traffic> by_role{};     ///< of each client, in their order
+    std::vector<moved_module> modules{};     ///< those that something has happened to
 };
 
 struct run_record {
@@ -47,6 +55,14 @@ class fabric_run {
     /// @param said called with every line that says what happens
     fabric_run(fabric f, route_roles &clients, base::progress_line &progress, bool real_time, line_taker said);
 
+    /// What else has to be done where something happens to a module; nothing unless this is called.
+    /// @param about the module, as it is from now on
+    using module_taker = std::function<module_now(const fabric_module &about, const fabric_event &event)>;
+    void take_module_events(module_taker taker) { takes_module_event_ = std::move(taker); }
+
+    /// Called when a client has done its part of a step: what it has caused may have an end first.
+    void let_settle(std::function<void()> settle) { settle_ = std::move(settle); }
+
     /// From now on it is also said when all routes of the clients are in a RIB that did not have them.
     void announce_routes() { announces_ = true; }
 
@@ -62,6 +78,7 @@ class fabric_run {
   private:
     void wait_until(std::chrono::milliseconds at);
     void happen(std::chrono::milliseconds at, std::vector<fabric_event> events);
+    void take_module_event(const fabric_event &event, run_step &step);
     void start_anew();
     bool rib_started(std::chrono::milliseconds limit);
     void step(run_step next);
@@ -77,6 +94,8 @@ class fabric_run {
     base::progress_line &progress_;
     bool real_time_;
     line_taker said_;
+    module_taker takes_module_event_{};
+    std::function<void()> settle_ = [] {};
     bool announces_ = false;
     run_record record_;
     std::chrono::steady_clock::time_point start_;

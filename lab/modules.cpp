@@ -1,13 +1,13 @@
 // Entries are compared by what they send where; what else they say is the module's own finding.
 #include "lab/modules.h"
 
-#include "base/printable.h"
 #include "base/text.h"
-#include "qip.h"
+#include "bus/patience.h"
+#include "bus/rib_link.h"
+#include "lab/run_text.h"
 #include "ribkit_platform.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace ribkit::lab {
 
@@ -85,11 +85,6 @@ size_t wanted_by_all(const rib::state &wanted) {
 
 } // namespace
 
-std::string module_title(const fabric_module &module) {
-    return base::joined("module ", module.number,
-                        module.name.empty() ? "" : base::joined(" (", base::printable(module.name), ')'));
-}
-
 module_difference difference_between(const rib::state &wanted, const fib::state &has) {
     module_difference found;
     compare<rib::unicast, fib::unicast>(wanted, has, found);
@@ -98,57 +93,114 @@ module_difference difference_between(const rib::state &wanted, const fib::state 
     return found;
 }
 
-running_modules::running_modules(std::vector<fabric_module> modules, const std::string &url, bool traces)
-    : modules_(std::move(modules)) {
-    for (const fabric_module &one : modules_) {
-        fib::fib_options options;
-        options.number = one.number;
-        options.sizes = one.sizes;
-        options.ports = fib::usual_ports(one.number, one.ports);
-        options.slow = one.slow;
-        options.trace = traces && running_.empty();
-        running_.push_back(std::make_unique<fib::fib_service>(url, options));
+running_modules::running_modules(const std::vector<fabric_module> &modules, const rib::rib_service &rib,
+                                 const std::string &url, std::chrono::milliseconds limit, bool traces)
+    : modules_(modules), rib_(rib), url_(url), limit_(limit), traces_(traces), running_(modules.size()) {
+    for (size_t index = 0; index < size(); index++) {
+        start(index);
     }
+    settle();
 }
 
-void running_modules::await_rib(std::chrono::milliseconds limit) const {
-    wait_until(limit, [this] {
-        return std::all_of(running_.begin(), running_.end(), [](const auto &one) {
-            return one->read([](const fib::module &of) { return of.fib.now() != model::fib_state::offline; });
+void running_modules::start(size_t index) {
+    const fabric_module &one = modules_[index];
+    fib::fib_options options;
+    options.number = one.number;
+    options.sizes = one.sizes;
+    options.ports = fib::usual_ports(one.number, one.ports);
+    options.slow = one.slow;
+    options.trace = traces_ && index == 0;
+    running_[index] = std::make_unique<fib::fib_service>(url_, options);
+}
+
+module_now running_modules::happen(const fabric_module &about, const fabric_event &event) {
+    modules_[event.index] = about;
+    std::unique_ptr<fib::fib_service> &one = running_[event.index];
+    const bool was_there = one != nullptr;
+    if (event.turn == module_turn::goes_down || event.turn == module_turn::restarts) {
+        one.reset();
+    }
+    if (event.turn == module_turn::restarts || (event.turn == module_turn::comes_up && !was_there)) {
+        start(event.index);
+    } else if (one != nullptr) {
+        one->set_upgrading(event.turn == module_turn::upgrades);
+    }
+    if (!probe_) {
+        probe_.emplace(url_, limit_);
+    }
+    bus::is_answered(*probe_); // behind what the module has said
+    settle();
+    return now(event.index);
+}
+
+// One that has just started is active when it has been given what there is.
+void running_modules::settle() const {
+    const auto is_at_work = [](const std::unique_ptr<fib::fib_service> &one) {
+        return one == nullptr || one->read([](const fib::module &of) {
+            return of.fib.now() == model::fib_state::active || of.fib.now() == model::fib_state::upgrading;
         });
-    });
+    };
+    wait_until(limit_, [&] { return std::all_of(running_.begin(), running_.end(), is_at_work) && rib_.has_settled(); });
 }
 
-void running_modules::stop() {
-    for (const auto &one : running_) {
-        one->stop();
+module_now running_modules::now(size_t index) const {
+    if (running_[index] == nullptr) {
+        return {};
     }
+    module_now is{.answered = running_[index]->answered()};
+    running_[index]->read([&](const fib::module &of) {
+        is.state = of.fib.now();
+        is.unicast = of.fib.entries<fib::unicast>().count();
+        is.multicast = of.fib.entries<fib::multicast>().count();
+        is.label = of.fib.entries<fib::label>().count();
+    });
+    return is;
+}
+
+std::vector<module_now> running_modules::now() const {
+    std::vector<module_now> all;
+    for (size_t index = 0; index < size(); index++) {
+        all.push_back(now(index));
+    }
+    return all;
+}
+
+void running_modules::read(size_t index, const std::function<void(const fib::state &)> &read) const {
+    if (running_[index] != nullptr) {
+        running_[index]->read([&](const fib::module &of) { read(of.fib); });
+    }
+}
+
+routes_in_hardware running_modules::compare(size_t index, const rib::state &wanted) const {
+    routes_in_hardware is{.wanted = wanted_by_all(wanted)};
+    read(index, [&](const fib::state &has) {
+        const module_difference found = difference_between(wanted, has);
+        is.right = is.wanted - found.missing - found.different;
+        is.extra = found.extra;
+    });
+    return is;
 }
 
 std::string running_modules::hardware_text(const rib::state &wanted) const {
     std::string text;
-    const size_t all = wanted_by_all(wanted);
-    for (size_t i = 0; i < size(); i++) {
-        const auto [found, entries] = running_[i]->read(
-            [&](const fib::module &of) { return std::pair(difference_between(wanted, of.fib), of.fib.count()); });
-        text += base::joined(text.empty() ? "  hardware  " : "\n            ", module_title(modules_[i]), " has ",
-                             all - found.missing - found.different, " of ", all, all == 1 ? " route" : " routes");
-        if (found.extra != 0) {
-            text += base::joined(", and ", found.extra, " of ", entries, " that it should not have");
-        }
+    for (size_t index = 0; index < size(); index++) {
+        const auto [all, right, extra] = compare(index, wanted);
+        text += base::joined(text.empty() ? "  hardware  " : "\n            ", module_title(modules_[index]), " has ",
+                             right, " of ", all, all == 1 ? " route" : " routes",
+                             extra == 0 ? "" : base::joined(", and ", extra, " that it should not have"),
+                             running_[index] == nullptr ? "; it is gone" : "");
     }
     return text;
 }
 
-// It sleeps outside of the message service, whose clock may be a virtual one.
 bool wait_until(std::chrono::milliseconds limit, const std::function<bool()> &is_so) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!is_so()) {
-        if (std::chrono::steady_clock::now() >= end) {
+    constexpr uint32_t longest = 32; // milliseconds
+    const auto end = bus::run_now() + limit;
+    for (uint32_t pause = 1; !is_so(); pause = std::min(2 * pause, longest)) {
+        if (bus::run_now() >= end) {
             return false;
         }
-        qip_step_aside();
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        qip_pause(pause);
     }
     return true;
 }

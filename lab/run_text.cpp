@@ -67,10 +67,31 @@ std::string client_text(uint32_t client) {
     return text.data();
 }
 
+/// For what there is room, of what is said.
+std::string room_text(const module_room &room) {
+    std::string text;
+    const auto add = [&](std::optional<uint32_t> count, const char *what) {
+        text += count ? base::joined(text.empty() ? ", with room for " : ", ", *count, ' ', what) : "";
+    };
+    add(room.unicast, "unicast");
+    add(room.multicast, "multicast");
+    add(room.label, "label");
+    const std::string tables = text.empty() ? "" : text + " entries";
+    return tables + (room.per_vsan ? base::joined(", ", *room.per_vsan, " of a VSAN at most") : "");
+}
+
+std::string turn_text(const fabric &f, const fabric_event &event) {
+    constexpr std::array<const char *, module_turn_names.size()> words{" comes up", " goes down", " is upgrading",
+                                                                       " starts again"};
+    return base::joined(module_title(f.modules[event.index]), words[static_cast<size_t>(event.turn)],
+                        room_text(event.room));
+}
+
 std::string declared_text(const fabric &f, const fabric_event &event) {
     std::string text;
     switch (event.subject) {
     case event_subject::link:
+    case event_subject::module:
         break;
     case event_subject::static_route:
         text = base::joined("static route ", base::printable(f.declared.statics()[event.index].name));
@@ -102,6 +123,9 @@ std::string head_text(const fabric &f) {
 }
 
 std::string event_text(const fabric &f, const fabric_event &event) {
+    if (event.subject == event_subject::module) {
+        return turn_text(f, event);
+    }
     if (event.subject != event_subject::link) {
         return declared_text(f, event);
     }
@@ -109,6 +133,15 @@ std::string event_text(const fabric &f, const fabric_event &event) {
     text += event.up ? (*event.up ? " comes up" : " goes down") : "";
     text += event.cost ? base::joined(event.up ? " and" : "", " costs ", *event.cost) : "";
     return text;
+}
+
+std::string module_title(const fabric_module &module) {
+    return base::joined("module ", module.number,
+                        module.name.empty() ? "" : base::joined(" (", base::printable(module.name), ')'));
+}
+
+std::string module_text(const fabric_module &about, const module_now &is) {
+    return base::joined(module_title(about), " has ", is.entries(), is.entries() == 1 ? " entry" : " entries");
 }
 
 std::string traffic_text(const clients::client_traffic &traffic) {

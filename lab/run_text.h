@@ -15,6 +15,12 @@ std::string head_text(const fabric &f);
 /// "edge-1 fc1/1 - core-1 fc1/1 goes down"
 std::string event_text(const fabric &f, const fabric_event &event);
 
+/// "module 1 (left)"
+std::string module_title(const fabric_module &module);
+
+/// "module 1 (left) has 19 entries"
+std::string module_text(const fabric_module &about, const module_now &is);
+
 /// "4 routes added, 3 changed, in 2 messages"
 std::string traffic_text(const clients::client_traffic &traffic);
 

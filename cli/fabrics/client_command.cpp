@@ -10,7 +10,8 @@
 namespace ribkit::cli {
 
 int run_client(const client_command_options &options) {
-    const lab::fabric f = chosen_fabric(options);
+    lab::fabric f = chosen_fabric(options);
+    f.forget_modules(); // they are elsewhere
     load_faults(options.bus);
     command_output out(options.output, options.inputs());
     base::progress_line progress;

@@ -139,6 +139,7 @@ action declare_fabric(CLI::App &app, const words & /*given*/) {
     count("--groups", plan.groups, 0, 256, "how many multicast groups");
     count("--labels", plan.labels, 0, 10'000, "how many label tunnels");
     count("--statics", plan.statics, 0, 10'000, "how many static routes");
+    count("--modules", plan.modules, 0, RIBKIT_MOST_MODULES, "how many modules the local switch has");
     count("--seed", plan.seed, 0, UINT32_MAX, "draws what is left to chance");
     const auto shape = std::make_shared<std::string>(lab::shape_name(plan.shape));
     file->excludes(

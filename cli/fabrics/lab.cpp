@@ -14,9 +14,6 @@
 
 namespace ribkit::cli {
 
-/// For modules that are there; others are not waited for.
-static constexpr std::chrono::seconds long_enough{5};
-
 int run_lab(const lab_options &options) {
     const lab::fabric f = chosen_fabric(options);
     const table_choice tables(options.tables);
@@ -52,22 +49,28 @@ int run_lab(const lab_options &options) {
     });
     lab::fabric_run run(f, clients, progress, options.real_time,
                         [&out](const std::string &line) { out.print_line(line); });
-    lab::running_modules modules(f.modules, options.bus.url, options.output.traces);
-    modules.await_rib(long_enough);
     out.print_line(lab::head_text(f) + '\n');
+    lab::running_modules modules(f.modules, rib, options.bus.url, waiting.left(), options.output.traces);
+    run.take_module_events([&modules](const lab::fabric_module &about, const lab::fabric_event &event) {
+        return modules.happen(about, event);
+    });
+    if (options.output.traces) { // so that it tells the same every time
+        run.let_settle([&modules] { modules.settle(); });
+    }
     const bool played = unless_stopped([&] { run.play(); });
-    lab::wait_until(long_enough, [&rib] { return rib.has_settled(); });
+    modules.settle();
+    const auto modules_at_end = modules.now(); // before they miss their RIB
     rib.stop();
-    const rib::rib_state state(rib);
     out.display([&] {
         tables.display(rib, options.memory);
-        display_modules(modules);
+        display_modules(modules, tables);
     });
+    const rib::rib_state state(rib);
     out.print_line('\n' + lab::summary_text(run.record(), &state));
     if (modules.size() != 0) {
         out.print_line(modules.hardware_text(rib.tables()));
     }
-    print_lab_json(out, run, state);
+    print_lab_json(out, run, state, modules, modules_at_end);
     out.finish();
     return played && run.record().total.refused == 0 ? 0 : 1;
 }

@@ -7,6 +7,7 @@
 #include <list>
 #include <memory>
 #include <thread>
+#include <tuple>
 
 namespace ribkit::cli {
 namespace {
@@ -74,6 +75,31 @@ TEST_F(processes, start_in_any_order) {
     EXPECT_EQ(testing::tables(last.output), wanted);
     EXPECT_EQ(last.output.substr(0, last.output.find('\n')), "the RIB answers at " + server.url());
     EXPECT_NE(last.output.find("20 routes, 27 of 8192 path units, 19 of 512 hardware positions"), std::string::npos);
+}
+
+TEST_F(processes, modules_get_what_the_clients_want_and_end_at_a_signal) {
+    testing::background left(command("module left", "--number 1 --ports 16"));
+    testing::background right(command("module right", "--number 2 --ports 16"));
+    testing::background rib(command("rib", small));
+    const auto serves = [this](const char *module) {
+        return testing::run_command(command("status") + " 2>&1").output.find(module) != std::string::npos;
+    };
+    ASSERT_TRUE(testing::in_time([&] { return serves("module    1 active") && serves("module    2 active"); }));
+    const testing::outcome client = testing::run_command(command("client", small));
+    EXPECT_EQ(client.exit_code, 0) << client.output;
+    EXPECT_EQ(client.output.find("module"), std::string::npos) << "they are not its business";
+    for (const char *kind : {"show fcu", "show fcm", "show fcl"}) {
+        const testing::outcome one = testing::run_command(command(kind, "--module 1"));
+        EXPECT_EQ(one.exit_code, 0);
+        EXPECT_EQ(one.output, testing::run_command(command(kind, "--module 2")).output);
+    }
+    const std::string has = " had 16 unicast, 2 multicast and 1 label entries; it answered ";
+    for (auto [module, signal, name] : {std::tuple{&left, SIGTERM, "left"}, {&right, SIGINT, "right"}}) {
+        const testing::outcome last = module->stopped(signal);
+        EXPECT_EQ(last.exit_code, 0);
+        EXPECT_NE(last.output.find('\n' + std::string(name) + has), std::string::npos) << last.output;
+    }
+    EXPECT_EQ(rib.stopped(SIGTERM).exit_code, 0);
 }
 
 TEST_F(processes, several_clients_of_one_fabric_end_with_its_tables) {

@@ -26,12 +26,16 @@ table_choice::table_choice(const std::string &text) : text_(text) {
     vsan_ = id;
 }
 
+bool table_choice::shows(uint32_t vsan, size_t routes) const {
+    return text_ == "all" || (text_ == "auto" && routes <= few_routes) || vsan == vsan_;
+}
+
 template <class Kind, class Show>
-void table_choice::display(const rib::state &tables, bool all, const Show &show) const {
+void table_choice::display(const rib::state &tables, size_t routes, const Show &show) const {
     uint32_t header = 1;
     const auto &table = tables.routes<Kind>();
     for (const auto &[key, active] : table.all()) {
-        if (all || key.vsan == vsan_) {
+        if (shows(key.vsan, routes)) {
             record_list one;
             add_record(one, active->of->uuid, key, table.read(*active));
             show(header, one[0].data());
@@ -43,12 +47,10 @@ void table_choice::display(const rib::state &tables, bool all, const Show &show)
 void table_choice::display(const rib::state &tables) const {
     const size_t routes = tables.routes<rib::unicast>().all().size() + tables.routes<rib::multicast>().all().size() +
                           tables.routes<rib::label>().all().size();
-    const bool many = routes > few_routes;
-    const bool all = text_ == "all" || (text_ == "auto" && !many);
-    display<rib::unicast>(tables, all, rib_show_fcu);
-    display<rib::multicast>(tables, all, rib_show_fcm);
-    display<rib::label>(tables, all, [](uint32_t header, const void *record) { rib_show_fcl(header, 0, record); });
-    if (text_ == "auto" && many) {
+    display<rib::unicast>(tables, routes, rib_show_fcu);
+    display<rib::multicast>(tables, routes, rib_show_fcm);
+    display<rib::label>(tables, routes, [](uint32_t header, const void *record) { rib_show_fcl(header, 0, record); });
+    if (text_ == "auto" && routes > few_routes) {
         std::puts("\nThe tables are long: --tables all displays them, --tables VSAN those of one VSAN.");
     }
 }

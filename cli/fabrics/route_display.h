@@ -19,12 +19,16 @@ class table_choice {
     /// The one VSAN that is displayed, if any.
     [[nodiscard]] std::optional<uint32_t> vsan() const { return vsan_; }
 
+    /// Whether what is of this VSAN is displayed.
+    /// @param routes how many there are in all
+    [[nodiscard]] bool shows(uint32_t vsan, size_t routes) const;
+
     /// The routes of a RIB that has stopped, and on request what its tables are made of.
     void display(const rib::rib_service &stopped, bool memory) const;
 
   private:
     void display(const rib::state &tables) const;
-    template <class Kind, class Show> void display(const rib::state &tables, bool all, const Show &show) const;
+    template <class Kind, class Show> void display(const rib::state &tables, size_t routes, const Show &show) const;
 
     std::string text_;
     std::optional<uint32_t> vsan_;

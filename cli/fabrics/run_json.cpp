@@ -5,8 +5,12 @@
 #include "cli/rib/route_records.h"
 #include "decode/decoder.h"
 #include "protocol/table_messages.h"
+#include "rib_text.h"
 
+#include <array>
 #include <cmath>
+#include <functional>
+#include <optional>
 
 namespace ribkit::cli {
 
@@ -64,12 +68,35 @@ void subject_member(json_text &json, const lab::fabric &f, const lab::fabric_eve
     case lab::event_subject::distance:
         json.member("client").number(event.index);
         return;
+    case lab::event_subject::module:
+        json.member("module").number(f.modules[event.index].number);
+        return;
     }
+}
+
+void room_member(json_text &json, const lab::module_room &room) {
+    json.member("room").open('{');
+    const auto add = [&](const char *name, std::optional<uint32_t> count) {
+        if (count) {
+            json.member(name).number(*count);
+        }
+    };
+    add("unicast", room.unicast);
+    add("multicast", room.multicast);
+    add("label", room.label);
+    add("per_vsan", room.per_vsan);
+    json.close('}');
 }
 
 void event_value(json_text &json, const lab::fabric &f, const lab::fabric_event &event) {
     json.open('{');
     subject_member(json, f, event);
+    if (event.subject == lab::event_subject::module) {
+        json.member("state").text(std::string(lab::module_turn_name(event.turn)));
+    }
+    if (event.room.says_something()) {
+        room_member(json, event.room);
+    }
     if (event.up) {
         json.member("state").text(*event.up ? "up" : "down");
     }
@@ -84,6 +111,24 @@ void event_value(json_text &json, const lab::fabric &f, const lab::fabric_event 
     }
     if (event.to) {
         json.member("to").text(f.port_text(*event.to));
+    }
+    json.close('}');
+}
+
+/// @param more adds what else is known of it
+void module_value(json_text &json, const lab::fabric_module &about, const lab::module_now &is,
+                  const std::function<void()> &more = {}) {
+    std::array<char, 64> state{};
+    fib_state_to_str(static_cast<uint32_t>(is.state), state.data());
+    json.open('{');
+    json.member("module").number(about.number);
+    json.member("name").text(about.name);
+    json.member("state").text(state.data());
+    json.member("unicast").number(is.unicast);
+    json.member("multicast").number(is.multicast);
+    json.member("label").number(is.label);
+    if (more) {
+        more();
     }
     json.close('}');
 }
@@ -106,6 +151,10 @@ void step_value(json_text &json, const lab::fabric &f, const lab::run_step &step
         traffic_members(json, one.traffic);
         json.close('}');
     });
+    if (!step.modules.empty()) {
+        json.member("modules").list(
+            step.modules, [&](const lab::moved_module &one) { module_value(json, f.modules[one.index], one.is); });
+    }
     json.close('}');
 }
 
@@ -146,6 +195,20 @@ void tables_members(json_text &json, const rib::state &tables) {
     table_value<rib::label>(json.member("label_routes"), tables, "rib_lbl_route");
 }
 
+void modules_member(json_text &json, const rib::state &wanted, const lab::running_modules &modules,
+                    const std::vector<lab::module_now> &at_end) {
+    json.member("modules").list(at_end, [&](const lab::module_now &is) {
+        const auto index = static_cast<size_t>(&is - at_end.data());
+        module_value(json, modules.about(index), is, [&] {
+            const lab::routes_in_hardware found = modules.compare(index, wanted);
+            json.member("routes_right").number(found.right);
+            json.member("routes_wanted").number(found.wanted);
+            json.member("entries_extra").number(found.extra);
+            json.member("answered").number(is.answered);
+        });
+    });
+}
+
 void held_members(json_text &json, const rib::rib_state &rib) {
     json.member("routes_held").number(rib.held());
     json.member("path_units").number(rib.memory.path_units);
@@ -174,10 +237,14 @@ template <typename Print> void print_object(command_output &out, const Print &pr
 
 } // namespace
 
-void print_lab_json(command_output &out, const lab::fabric_run &run, const rib::rib_state &rib) {
+void print_lab_json(command_output &out, const lab::fabric_run &run, const rib::rib_state &rib,
+                    const lab::running_modules &modules, const std::vector<lab::module_now> &modules_at_end) {
     print_object(out, [&](json_text &json) {
         run_members(json, run);
         tables_members(json, rib.tables);
+        if (modules.size() != 0) {
+            modules_member(json, rib.tables, modules, modules_at_end);
+        }
         json.member("summary").open('{');
         traffic_members(json, run.record().total);
         held_members(json, rib);

@@ -5,10 +5,14 @@
 #include "lab/fabric_run.h"
 #include "rib/service/rib_state.h"
 
+#include <vector>
+
 namespace ribkit::cli {
 
-/// The fabric, the steps, the RIB's routes and the totals.
-void print_lab_json(command_output &out, const lab::fabric_run &run, const rib::rib_state &rib);
+/// The fabric, the steps, the RIB's routes, what the modules have, and the totals.
+/// @param modules_at_end what they had and did when all was done
+void print_lab_json(command_output &out, const lab::fabric_run &run, const rib::rib_state &rib,
+                    const lab::running_modules &modules, const std::vector<lab::module_now> &modules_at_end);
 
 /// The fabric, the steps and the totals of a client.
 void print_client_json(command_output &out, const lab::fabric_run &run);

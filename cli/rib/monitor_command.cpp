@@ -9,7 +9,6 @@
 #include "cli/rib/words.h"
 #include "clients/change_reader.h"
 #include "clients/question.h"
-#include "clients/wire_agreement.h"
 #include "decode/decoder.h"
 #include "protocol/route_changes.h"
 #include "rib_codes.h"
@@ -148,7 +147,7 @@ int run_monitor(const monitor_options &options) {
                                     [&out](const auto &held) { print_read(out, held); },
                                     [&out](const std::string &why) { print_missed(out, why); }});
     try {
-        clients::find_rib(link);
+        link.find();
         clients::patiently(link, [&] { changes.start(); });
         changes.follow();
     } catch (const bus::link_closed &) {

@@ -22,6 +22,8 @@ class record_list {
         return std::span(bytes_).subspan(begin, ends_[i] - begin);
     }
 
+    bool operator==(const record_list &) const = default;
+
   private:
     std::vector<uint8_t> bytes_;
     std::vector<size_t> ends_;

@@ -10,7 +10,6 @@
 #include "cli/rib/show_running.h"
 #include "cli/rib/shown_kinds.h"
 #include "clients/question.h"
-#include "clients/wire_agreement.h"
 #include "protocol/route_messages.h"
 #include "rib_codes.h"
 
@@ -179,7 +178,7 @@ int run_route(const route_command_options &options) {
     command_output out(options.output, {options.bus.faults_file, action == "load" ? options.words.where : ""});
     const uint32_t client = action == "get" ? RIB_CLIENT_OPERATOR : RIB_CLIENT_CONFIG;
     bus::rib_link link(options.bus.url, client, {options.envelopes, options.bus.patience()});
-    clients::find_rib(link);
+    link.find();
     return action == "get" ? get(all.front().request, link, out) : change(options, link, out, all);
 }
 

@@ -269,6 +269,7 @@ void declarations::check(const fabric &f, const fabric_event &event, uint32_t li
 void declarations::apply(const fabric_event &event) {
     switch (event.subject) {
     case event_subject::link:
+    case event_subject::module:
         return;
     case event_subject::static_route: {
         declared_static &one = statics_[event.index];

@@ -91,7 +91,7 @@ void read_roles(fabric &result, const table_reader &top) {
 }
 
 bool names_declaration(const table_reader &event) {
-    constexpr std::array<std::string_view, 5> subjects{"link", "static", "group", "label", "client"};
+    constexpr std::array<std::string_view, 6> subjects{"link", "static", "group", "label", "client", "module"};
     std::string_view first;
     for (const std::string_view one : subjects) {
         if (event.has(one) && !first.empty()) {
@@ -99,7 +99,10 @@ bool names_declaration(const table_reader &event) {
         }
         first = event.has(one) ? one : first;
     }
-    return !first.empty() && first != "link";
+    if (!first.empty() && first != "module") {
+        event.refuse_beside(first, {"room"});
+    }
+    return !first.empty() && first != "link" && first != "module";
 }
 
 void read_declared_event(fabric &result, std::chrono::milliseconds at, const table_reader &event) {

@@ -15,7 +15,7 @@ void read_declarations(fabric &result, const table_reader &top);
 /// Which clients there are, where the document says so. Throws a line_error.
 void read_roles(fabric &result, const table_reader &top);
 
-/// Whether the subject of an [[event]] is none of the links.
+/// Whether the subject of an [[event]] is a declared route or a client.
 bool names_declaration(const table_reader &event);
 
 /// Such an event. Throws a line_error.

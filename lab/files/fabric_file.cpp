@@ -52,6 +52,9 @@ void read_event(fabric &result, const table_reader &table) {
     if (names_declaration(table)) {
         return read_declared_event(result, *moment, table);
     }
+    if (table.has("module")) {
+        return read_module_event(result, *moment, table);
+    }
     table.refuse_beside("link", {"join", "leave", "to", "distance"});
     result.add_event(*moment, table.text("link"), table.state("state"), table.optional_number("cost"), table.line());
 }
@@ -78,10 +81,11 @@ fabric read_fabric(const toml::table &document, const std::string &file) {
     result.set_local(top.text("local"), top.line("local"));
     read_declarations(result, top);
     read_roles(result, top);
-    top.each("event",
-             {"at", "link", "static", "group", "label", "client", "state", "cost", "join", "leave", "to", "distance"},
-             [&](const table_reader &table) { read_event(result, table); });
     result.modules = read_modules(top);
+    top.each("event",
+             {"at", "link", "static", "group", "label", "client", "module", "state", "cost", "join", "leave", "to",
+              "distance", "room"},
+             [&](const table_reader &table) { read_event(result, table); });
     result.policy = read_policy(top);
     return result;
 }

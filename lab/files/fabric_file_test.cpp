@@ -109,29 +109,6 @@ TEST(fabric_file, a_vsan_says_how_its_rib_begins_with_it) {
     EXPECT_EQ(complaint("[[vsan]]\nid = 30\nlatency = 60001\n"), "f.toml:17: latency 60001 is more than 60000");
 }
 
-TEST(fabric_file, modules_have_numbers_and_sizes) {
-    const fabric f =
-        parse_fabric(pair_of_switches + "[[module]]\nnumber = 2\nname = \"left\"\nunicast = 7\nlabel = 9\n"
-                                        "per_vsan = 5\nports = 3\nslow = \"20ms\"\n[[module]]\nnumber = 1\n",
-                     "f.toml");
-    ASSERT_EQ(f.modules.size(), 2U);
-    EXPECT_EQ(f.modules[0].number, 2U);
-    EXPECT_EQ(f.modules[0].name, "left");
-    EXPECT_EQ(f.modules[0].sizes.unicast, 7U);
-    EXPECT_EQ(f.modules[0].sizes.multicast, fib::fib_sizes{}.multicast);
-    EXPECT_EQ(f.modules[0].sizes.label, 9U);
-    EXPECT_EQ(f.modules[0].sizes.per_vsan, 5U);
-    EXPECT_EQ(f.modules[0].ports, 3U);
-    EXPECT_EQ(f.modules[0].slow, std::chrono::milliseconds(20));
-    EXPECT_EQ(f.modules[1].ports, usual_ports);
-    EXPECT_EQ(complaint("[[module]]\nnumber = 0\n"), "f.toml:17: module 0 is outside 1 to 256");
-    EXPECT_EQ(complaint("[[module]]\nnumber = 1\n[[module]]\nnumber = 1\n"), "f.toml:19: module 1 is already there");
-    EXPECT_EQ(complaint("[[module]]\nname = \"left\"\n"), "f.toml:16: [[module]] needs a key \"number\"");
-    EXPECT_EQ(complaint("[[module]]\nnumber = 1\nports = 256\n"), "f.toml:18: ports 256 is more than 255");
-    EXPECT_EQ(complaint("[[module]]\nnumber = 1\nslow = \"soon\"\n"),
-              "f.toml:18: \"soon\" is no time: \"3s\", \"250ms\" and \"1.5m\" are");
-}
-
 TEST(fabric_file, the_rib_has_room_for_all_domains_unless_the_file_says_otherwise) {
     const rib::rib_spaces otherwise = parse_fabric(pair_of_switches, "f.toml").spaces();
     EXPECT_EQ(otherwise.vsans, 2U);

@@ -135,6 +135,18 @@ class table_reader {
         read(table_reader(*node->as_table(), base::joined('[', key, ']'), known));
     }
 
+    /// Calls `read` for the table that is the value of a key, where there is one.
+    void inside(const std::string &key, names known, const std::function<void(const table_reader &)> &read) const {
+        const toml::node *node = table_.get(key);
+        if (node == nullptr) {
+            return;
+        }
+        if (!node->is_table()) {
+            throw base::line_error(line_of(node->source()), base::joined(key, " takes a table in curly brackets"));
+        }
+        read(table_reader(*node->as_table(), key, known));
+    }
+
     /// Calls `read` for every [[key]] table.
     void each(const std::string &key, names known, const std::function<void(const table_reader &)> &read) const {
         const toml::node *node = table_.get(key);

@@ -19,8 +19,9 @@ std::string head(const fabric_plan &plan, const drawn_links &links) {
     const std::string_view shape = shape_name(plan.shape);
     return base::joined("# ribkit fabric --switches ", plan.switches, " --vsans ", plan.vsans, " --shape ", shape,
                         " --seed ", plan.seed, option("events", plan.events), option("groups", plan.groups),
-                        option("labels", plan.labels), option("statics", plan.statics), "\nname = \"", shape, '-',
-                        plan.switches, "\"\nlocal = \"", links.name_of(links.local()), "\"\n");
+                        option("labels", plan.labels), option("statics", plan.statics), option("modules", plan.modules),
+                        "\nname = \"", shape, '-', plan.switches, "\"\nlocal = \"", links.name_of(links.local()),
+                        "\"\n");
 }
 
 std::string vsans(const fabric_plan &plan) {
@@ -58,6 +59,14 @@ std::string links_text(const drawn_links &links) {
     return text;
 }
 
+std::string modules(const fabric_plan &plan) {
+    std::string text;
+    for (uint32_t number = 1; number <= plan.modules; number++) {
+        text += base::joined("\n[[module]]\nnumber = ", number, '\n');
+    }
+    return text;
+}
+
 } // namespace
 
 std::string_view shape_name(fabric_shape shape) { return shape_names[static_cast<size_t>(shape)]; }
@@ -72,7 +81,7 @@ std::string generate_fabric(const fabric_plan &plan) {
     drawn_links links(plan, chance);
     std::string text = head(plan, links) + vsans(plan) + switches(plan, links, chance) + links_text(links);
     drawn_routes routes(plan, links, chance);
-    text += routes.declarations();
+    text += routes.declarations() + modules(plan);
     return text + routes.events();
 }
 

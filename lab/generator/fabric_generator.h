@@ -24,6 +24,7 @@ struct fabric_plan {
     uint32_t groups = 0; ///< multicast groups of two to four members, 256 at most
     uint32_t labels = 0; ///< tunnels
     uint32_t statics = 0; ///< routes to single ports
+    uint32_t modules = 0; ///< of the local switch
 };
 
 /// The words of the command line, in the order of the shapes.

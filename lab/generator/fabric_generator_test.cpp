@@ -94,6 +94,15 @@ TEST(fabric_generator, where_nothing_happens_everything_is_there) {
     EXPECT_EQ(text.find("state"), std::string::npos);
 }
 
+TEST(fabric_generator, modules_are_numbered_from_1) {
+    const std::string text = generate_fabric({.switches = 3, .vsans = 1, .modules = 3});
+    EXPECT_EQ(text.substr(0, text.find('\n')),
+              "# ribkit fabric --switches 3 --vsans 1 --shape core-edge --seed 1 --modules 3");
+    const fabric f = parse_fabric(text, "generated");
+    ASSERT_EQ(f.modules.size(), 3U);
+    EXPECT_EQ(f.modules[2].number, 3U);
+}
+
 TEST(fabric_generator, the_text_says_how_it_was_made) {
     const std::string text = generate_fabric({5, 1, fabric_shape::mesh, 9, 2});
     EXPECT_EQ(text.substr(0, text.find('\n')),
