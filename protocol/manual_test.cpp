@@ -6,7 +6,6 @@
 #include "protocol/fib/fib_requests.h"
 #include "protocol/query_kinds.h"
 #include "protocol/requests.h"
-#include "protocol/wire_digests.h"
 #include "rib_text.h"
 #include "testing/golden.h"
 
@@ -66,7 +65,7 @@ TEST(requests, name_messages_that_there_are) {
         std::replace(words.begin(), words.end(), '+', ' ');
         std::istringstream names(words);
         for (std::string name; names >> name;) {
-            EXPECT_TRUE(codec::find_message(name) != nullptr || name == claim.name || name == wire_digests.name ||
+            EXPECT_TRUE(codec::find_message(name) != nullptr || name == claim.name ||
                         std::any_of(codec::forms().begin(), codec::forms().end(),
                                     [&](const auto &form) { return form.name == name; }))
                 << row.name << ' ' << name;

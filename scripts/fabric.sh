@@ -24,16 +24,32 @@ start_server() {
     done
 }
 
-# The clients are started before the RIB, and all of them before anybody knows of the others.
+# Until the RIB has told a module all that was there when it came.
+await_module() {
+    local try
+    for try in {1..300}; do
+        finish "$ribkit" status --bus "$server_url" >"$scratch/status"
+        ! grep -q "^  module *$1 active" "$scratch/status" || return 0
+        sleep 0.1
+    done
+    echo "run: module $1 is not served" >&2
+    exit 1
+}
+
+# Clients and modules are started before the RIB, and all of them before anybody knows of the others.
 nats() {
     need "the fabric over a server" "${nats_packages[@]}"
-    local vsan clients=() rib server_url
+    local vsan number modules=(left right) clients=() rib server_url
     build release $(without_tests) -- ribkit_command
     start_server
-    echo "run: a server, two clients and a RIB meet at $server_url"
+    echo "run: a server, two clients, two modules and a RIB meet at $server_url"
     for vsan in 1 20; do
         begin "$ribkit" client --bus "$server_url" --vsan "$vsan" "$sample" >"$scratch/client-$vsan" 2>&1
         clients+=("$begun")
+    done
+    for number in 1 2; do
+        begin "$ribkit" module "${modules[number - 1]}" --number "$number" --ports 16 --bus "$server_url" \
+            >"$scratch/module-$number" 2>&1
     done
     begin "$ribkit" rib --bus "$server_url" --tables none "$sample"
     rib=$begun
@@ -44,8 +60,14 @@ nats() {
     done
     printf '\nrun: ribkit routes\n'
     finish "$ribkit" routes --bus "$server_url"
+    for number in 1 2; do
+        printf '\nrun: ribkit module %s --number %s; what it has:\n' "${modules[number - 1]}" "$number"
+        cat "$scratch/module-$number"
+        await_module "$number"
+        finish "$ribkit" show fcu --vsan 20 --module "$number" --bus "$server_url"
+    done
     [[ -t 0 ]] || return 0
-    printf '\nrun: the RIB goes on until Ctrl-C; more commands for it: %s routes --bus %s\n' "$ribkit" "$server_url"
+    printf '\nrun: all go on until Ctrl-C; more commands for them: %s routes --bus %s\n' "$ribkit" "$server_url"
     trap 'exit 0' INT TERM # as it was announced
     wait "$rib"
 }
