@@ -12,8 +12,10 @@ coverage() {
     find build/coverage -name '*.gcda' -delete
     echo "run: running the tests, log $log" >&2
     attend "testing coverage" "$log" run_for_coverage "${folders[@]}" || { tail -n 40 "$log" >&2; return 1; }
-    finish gcovr --root . --object-directory build/coverage --exclude '.*_test\.cpp' --exclude '.*_bench\.cpp' \
-        --exclude '(testing|bench|fuzz|footprint|examples|build)/.*' --exclude-throw-branches --exclude-unreachable-branches \
+    finish gcovr --root . --object-directory build/coverage --exclude '.*_(test|bench|twin|rig|peer)\.(cpp|h)' \
+        --exclude '(.*/)?(naive|witness|golden|expected|render)[^/]*(/.*)?' \
+        --exclude '(testing|bench|fuzz|footprint|examples|build)/.*' \
+        --exclude-throw-branches --exclude-unreachable-branches \
         --gcov-ignore-parse-errors --json build/coverage/coverage.json
     finish scripts/coverage.py build/coverage/coverage.json scripts/uncovered.txt "${folders[@]}"
 }
