@@ -78,7 +78,7 @@ TEST(buddy, no_memory_for_images) {
 }
 
 // Without room for the nodes, an image's lists up to the first that is not empty are gone; the rest is as it was.
-TEST(buddy, no_memory_for_a_larger_image) {
+void expect_no_memory_for_a_larger_image(size_t nth) {
     struct bud *bud = bud_create(64);
     alloc(bud, 4);
     alloc(bud, 9);
@@ -89,7 +89,7 @@ TEST(buddy, no_memory_for_a_larger_image) {
     const words image = image_of(20000, 3, 16000, {}, many);
     uint32_t result = 0;
     {
-        const failing_allocation failure(1, failing_allocation::how::onwards);
+        const failing_allocation failure(nth, failing_allocation::how::onwards);
         result = bud_deserialize(bud, reinterpret_cast<const uint8_t *>(image.data()));
     }
     EXPECT_EQ(result, RIB_OUT_OF_MEMORY);
@@ -103,13 +103,18 @@ TEST(buddy, no_memory_for_a_larger_image) {
     bud_destroy(bud);
 }
 
-TEST(buddy, no_memory_for_a_table) {
+TEST(buddy, no_memory_for_a_larger_image) {
+    expect_no_memory_for_a_larger_image(1);
+    expect_no_memory_for_a_larger_image(2); // chunks are there, and given back
+}
+
+void expect_no_memory_for_a_table(size_t nth) {
     words table(64, none);
     table[3] = 1;
     struct bud *bud = bud_create(64);
     uint32_t result = 0;
     printed_by([&] {
-        const failing_allocation failure(1, failing_allocation::how::onwards);
+        const failing_allocation failure(nth, failing_allocation::how::onwards);
         result = bud_create_from_table(bud, table.data());
     });
     EXPECT_EQ(result, RIB_OUT_OF_MEMORY);
@@ -118,6 +123,11 @@ TEST(buddy, no_memory_for_a_table) {
     EXPECT_EQ(result, RIB_OK);
     EXPECT_EQ(saved_by(bud), image_of(64, 48, 16, {{3, 0}, {12, 4}}, {{1, 3}}));
     bud_destroy(bud);
+}
+
+TEST(buddy, no_memory_for_a_table) {
+    expect_no_memory_for_a_table(1);
+    expect_no_memory_for_a_table(2);
 }
 
 } // namespace

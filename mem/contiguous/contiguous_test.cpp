@@ -304,4 +304,16 @@ TEST(contiguous, a_long_chain_of_full_segments_needs_no_stack) {
     cont_destroy(cont);
 }
 
+TEST(contiguous, a_refused_image_leaves_the_segments_that_it_names) {
+    const cont_config config{12, 4, 3};
+    const uint32_t sizes[] = {4, 4, 4};
+    struct cont *cont = cont_create(&config, sizes, nullptr, nullptr, 0);
+    const words fewer = {12, 4, 1};
+    EXPECT_EQ(cont_deserialize(cont, reinterpret_cast<const uint8_t *>(fewer.data()), 12), RIB_BAD_PARAMETERS);
+    uint32_t count = 0;
+    EXPECT_EQ(cont_count(cont, 0, &count), RIB_OK);
+    EXPECT_EQ(cont_count(cont, 1, &count), RIB_BAD_PARAMETERS);
+    cont_destroy(cont);
+}
+
 } // namespace
