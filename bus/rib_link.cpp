@@ -6,6 +6,7 @@
 #include "bus/history.h"
 #include "rib_codes.h"
 #include "rib_text.h"
+#include "rib_trace.h"
 #include "rib_wrap.h"
 #include "ribkit_rib.h"
 #include "wrap/cmi_envelope.h"
@@ -205,6 +206,9 @@ std::vector<uint8_t> rib_link::take_answer(const sent_request &to) {
     rib_wrap_msg answer{};
     const patience::waiting counted(waiting_);
     uint32_t result = receive(limit, to.token, answer);
+    if (is_platform_failure(result)) { // as the wrappers say it
+        rib_printf_rsp_fail(uuid_, "rib_link::take_answer() failed qip_recv() %u!\n", result & errno_bits);
+    }
     result = result == RIB_OK ? open_answer(answer) : result;
     return taken(result, answer, to);
 }

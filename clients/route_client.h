@@ -10,6 +10,7 @@
 #include "clients/known_routes.h"
 #include "clients/registration.h"
 #include "clients/update_pipeline.h"
+#include "clients/wire_agreement.h"
 
 #include <chrono>
 #include <cstddef>
@@ -54,8 +55,8 @@ template <class Table> class route_client {
     /// The RIB may hold routes of this client that it knows nothing of.
     void start_over(takeover how = takeover::reads);
 
-    /// Looks for the RIB, and waits for it. Throws no_answer where there is none in time, and link_closed.
-    void find_rib() { link_.find(); }
+    /// Looks for the RIB, waits for it, and compares formats. Throws as clients::find_rib does.
+    void find_rib() { clients::find_rib(link_); }
 
     /// From now on it registers with this distance; none: what a client of its identity has.
     void set_distance(std::optional<uint32_t> distance) { registration_.set_distance(distance); }

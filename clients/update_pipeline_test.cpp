@@ -99,6 +99,7 @@ class plain_rib {
     }
 
     void take(const qip_ref &asked, const testing::fcurt_update &update) {
+        owner_ = update.uuid;
         updates[update.vsan]++;
         count_++;
         const bool ignored = happens(has_.ignores) || (has_.is_deaf && count_ > 1 && count_ <= 9);
@@ -120,13 +121,14 @@ class plain_rib {
     void tell(const qip_ref &asked, const model::route_key &from) {
         model::route_table rest(held[from.vsan].lower_bound(from.to), held[from.vsan].end());
         const auto said =
-            testing::literal_update({RIB_CLIENT_FSPF, from.vsan, RIB_OPER_UPDATE, model::changes_between({}, rest)});
+            testing::literal_update({owner_, from.vsan, RIB_OPER_UPDATE, model::changes_between({}, rest)});
         rib_wrap_qip_rsp(handle_.number(), &asked, said.data(), static_cast<uint32_t>(said.size()));
     }
 
     std::mt19937 random_;
     habits has_;
     unsigned count_ = 0; ///< of updates
+    uint32_t owner_ = 0; ///< of all routes
     std::latch serving_{1};
     bus::service_handle handle_;
     std::thread thread_;
@@ -146,10 +148,15 @@ wanted_tables<unicast_table> drawn(std::mt19937 &random) {
 }
 
 /// Brings it there, quietly. @return what it came to
-client_traffic brought(unicast_client &client, const wanted_tables<unicast_table> &wanted) {
+/// @param said what it prints, where that is asked for
+client_traffic brought(unicast_client &client, const wanted_tables<unicast_table> &wanted,
+                       std::string *said = nullptr) {
     client_traffic traffic;
     ::testing::internal::CaptureStderr();
-    testing::printed_by([&] { traffic = client.converge(wanted); });
+    const std::string printed = testing::printed_by([&] { traffic = client.converge(wanted); });
+    if (said != nullptr) {
+        *said = printed;
+    }
     ::testing::internal::GetCapturedStderr();
     return traffic;
 }
@@ -228,6 +235,20 @@ TEST(update_pipeline, several_that_are_lost_together_cost_no_longer_than_one) {
     rib.stop();
     EXPECT_EQ(differing(rib, wanted), 0U);
     EXPECT_LT(qip_now(), 21'000'000U);
+}
+
+TEST(update_pipeline, clients_that_face_an_operator_say_what_is_lost_in_short_sentences) {
+    const testing::fault_script script("clock virtual\n");
+    std::mt19937 random(85);
+    plain_rib rib(1, {.is_deaf = true});
+    unicast_client client(bus, RIB_CLIENT_CONFIG, {.link = {.patience = 30s}});
+    std::string said;
+    brought(client, drawn(random), &said);
+    std::string eight;
+    for (int lost = 0; lost < 8; lost++) {
+        eight += "No response from RIB!\n";
+    }
+    EXPECT_EQ(said, eight);
 }
 
 } // namespace

@@ -92,6 +92,13 @@ static const struct qip_addr ribkit_modules_address = {RIB_WRAP_NODE_MODULES, RI
  */
 #define RIBKIT_OPCODE_CLAIM UINT32_C(0x103)
 
+/**
+ * Asks for the formats of the RIB's messages; without payload. The answer, in network order: a digest over all
+ * messages, how many there are, and of each its name (28 bytes, the rest 0) and the digest of its format. Two programs
+ * with the same digest of a message understand each other's bytes. A RIB that cannot be asked answers "not supported".
+ */
+#define RIBKIT_OPCODE_WIRE_DIGESTS UINT32_C(0x104)
+
 /** A notification without payload, to the listeners and the modules: the RIB has started, with empty tables. */
 #define RIBKIT_OPCODE_STARTED UINT32_C(0x201)
 

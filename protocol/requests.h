@@ -39,6 +39,13 @@ inline constexpr request_row requests[] = {
     {RIBKIT_OPCODE_CLAIM, "CLAIM", "rib_claim", "rib_claim", destination_of::rib, "RIB",
      "Five words: a claim to the address, where a server lets several RIBs listen.", "the claim of whoever hears it",
      "the later RIB gives way"},
+    {RIBKIT_OPCODE_WIRE_DIGESTS, "WIRE_DIGESTS", "", "rib_wire_digests", destination_of::rib, "anybody",
+     "Asks what the bytes of the RIB's messages mean, so that a program of another version is not misunderstood. It "
+     "has "
+     "no payload.",
+     "a digest over all messages, as `ribkit --version` shows it; how many there are; of each its name in 28 bytes and "
+     "its digest",
+     ""},
     {RIBKIT_OPCODE_FCMRT_UPDATE, "FCMRT_UPDATE", "rib_fcmrt_update", "rib_fcmrt_rsp", destination_of::rib, "client",
      "Changes the client's own multicast routes of a VSAN; FC ID 0 is its distribution tree.", "as FCURT_UPDATE",
      "a notification of what changed; entries of the multicast log"},

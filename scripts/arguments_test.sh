@@ -20,6 +20,10 @@ refused "there is no preset 'nosuch' to test: release asan *" test release nosuc
 refused "test all is everything, so 'release' is too much" test all release
 refused "test fresh takes 'all' or nothing, not 'release'" test fresh release
 refused "fresh takes * too much" test fresh all all
+refused "packages takes * too much" test packages a b
+refused "there are no packages in *" test packages "$scratch_folder"
+refused "package takes a folder, --tarball and --twice, not '--nosuch'" package --nosuch
+refused "package takes one folder, so 'b' is too much" package a b
 refused "there is no benchmark 'nosuch': codec decode diag mem modules platform rib" bench codec nosuch
 refused "nats takes no arguments, so 'extra' is too much" nats extra
 refused "golden takes no arguments, *" golden x

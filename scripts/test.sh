@@ -13,6 +13,10 @@ run_tests() {
         test_fresh "${@:2}"
         return
     fi
+    if [[ ${1-} == packages ]]; then
+        test_packages "${@:2}"
+        return
+    fi
     if [[ ${1-} == all ]]; then
         (($# == 1)) || refuse "test all is everything, so '$2' is too much"
         thorough=yes presets=("${test_presets[@]}" "${more_presets[@]}")
@@ -20,7 +24,7 @@ run_tests() {
     fi
     for preset; do
         [[ " ${test_presets[*]} ${more_presets[*]} debug " == *" $preset "* ]] ||
-            refuse "there is no preset '$preset' to test: ${test_presets[*]}, ${more_presets[*]}, debug; or fresh"
+            refuse "there is no preset '$preset' to test: ${test_presets[*]}, ${more_presets[*]}, debug; or fresh, packages"
     done
     ((${#presets[@]})) || presets=("${test_presets[@]}")
     need "the test suite" "${test_packages[@]}" $(compilers_for "${presets[@]}")

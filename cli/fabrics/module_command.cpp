@@ -5,6 +5,7 @@
 #include "base/stop_signals.h"
 #include "base/text.h"
 #include "cli/json_document.h"
+#include "clients/wire_agreement.h"
 #include "fib/service/fib_service.h"
 
 #include <optional>
@@ -51,6 +52,7 @@ int run_module(const module_command_options &options) {
     load_faults(options.bus);
     const base::stop_signals signals;
     command_output out(options.output, {options.bus.faults_file});
+    clients::compare_formats_of_modules(options.bus.url, options.bus.patience());
     std::optional<base::patient_output> printing(STDOUT_FILENO);
     fib::fib_service service(options.bus.url, {.number = options.number,
                                                .sizes = options.sizes,

@@ -7,6 +7,7 @@
 #include "cli/rib/show_running.h"
 #include "cli/rib/shown_kinds.h"
 #include "clients/question.h"
+#include "clients/wire_agreement.h"
 #include "rib_codes.h"
 
 #include <cstdio>
@@ -54,7 +55,7 @@ int run_routes(const routes_command_options &options) {
     load_faults(options.bus);
     command_output out(options.output, {options.bus.faults_file});
     bus::rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
-    link.find();
+    clients::find_rib(link);
     record_filter wanted;
     wanted.vsan = options.vsan;
     const record_list routes = read_enough(link, wanted, options.least);

@@ -9,6 +9,7 @@
 #include "cli/rib/words.h"
 #include "clients/change_reader.h"
 #include "clients/question.h"
+#include "clients/wire_agreement.h"
 #include "decode/decoder.h"
 #include "protocol/route_changes.h"
 #include "rib_codes.h"
@@ -147,7 +148,7 @@ int run_monitor(const monitor_options &options) {
                                     [&out](const auto &held) { print_read(out, held); },
                                     [&out](const std::string &why) { print_missed(out, why); }});
     try {
-        link.find();
+        clients::find_rib(link);
         clients::patiently(link, [&] { changes.start(); });
         changes.follow();
     } catch (const bus::link_closed &) {

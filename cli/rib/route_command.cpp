@@ -10,6 +10,7 @@
 #include "cli/rib/show_running.h"
 #include "cli/rib/shown_kinds.h"
 #include "clients/question.h"
+#include "clients/wire_agreement.h"
 #include "protocol/route_messages.h"
 #include "rib_codes.h"
 
@@ -178,7 +179,7 @@ int run_route(const route_command_options &options) {
     command_output out(options.output, {options.bus.faults_file, action == "load" ? options.words.where : ""});
     const uint32_t client = action == "get" ? RIB_CLIENT_OPERATOR : RIB_CLIENT_CONFIG;
     bus::rib_link link(options.bus.url, client, {options.envelopes, options.bus.patience()});
-    link.find();
+    clients::find_rib(link);
     return action == "get" ? get(all.front().request, link, out) : change(options, link, out, all);
 }
 

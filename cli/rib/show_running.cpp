@@ -8,6 +8,7 @@
 #include "cli/rib/module_kinds.h"
 #include "cli/rib/shown_kinds.h"
 #include "clients/question.h"
+#include "clients/wire_agreement.h"
 #include "decode/decoder.h"
 #include "rib_codes.h"
 
@@ -53,7 +54,7 @@ record_list ask_rib(const shown_kind &row, const show_running_options &options) 
     const record_filter wanted = filter_of(options.filter);
     load_faults(options.bus);
     bus::rib_link link(options.bus.url, RIB_CLIENT_OPERATOR, {options.envelopes, options.bus.patience()});
-    link.find();
+    clients::find_rib(link);
     return clients::patiently(link, [&] { return row.read(link, wanted); });
 }
 

@@ -6,6 +6,7 @@
 #include "cli/rib/words.h"
 #include "clients/question.h"
 #include "clients/state_reader.h"
+#include "clients/wire_agreement.h"
 #include "diag/text/client_rows.h"
 #include "protocol/fib/fib_records.h"
 #include "protocol/uses.h"
@@ -229,7 +230,7 @@ int run_status(const status_options &options) {
     load_faults(options.bus);
     command_output out(options.output, {options.bus.faults_file});
     bus::rib_link link(options.bus.url, self, {options.envelopes, options.bus.patience()});
-    link.find();
+    clients::find_rib(link);
     const status now = clients::patiently(link, [&] { return read_status(link); });
     print_text(out, link.shown_url(), now);
     print_json(out, link.shown_url(), now);

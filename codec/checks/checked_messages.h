@@ -3,6 +3,7 @@
 #pragma once
 
 #include "codec/checks/check_core.h"
+#include "codec/fingerprint.h"
 
 #include <algorithm>
 #include <string_view>
@@ -12,10 +13,11 @@ namespace ribkit::codec {
 struct checked_message {
     std::string_view name;
     uint8_t plan;
+    uint32_t wire; ///< the digest of what happens to its bytes
 };
 
 template <const layout &L> consteval checked_message is(std::string_view name) {
-    return {name, core_checks::plan<L>()};
+    return {name, core_checks::plan<L>(), wire_fingerprint(L)};
 }
 
 inline constexpr checked_message checked_messages[] = {

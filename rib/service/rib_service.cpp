@@ -6,6 +6,7 @@
 #include "bus/history.h"
 #include "bus/rib_link.h"
 #include "protocol/route_messages.h"
+#include "protocol/wire_digests.h"
 #include "rib/service/updates.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
@@ -262,6 +263,7 @@ bytes rib_service::respond_in_envelope(const qip_ref &ref) {
 const rib_service::request_row rib_service::own_requests[] = {
     {RIBKIT_OPCODE_PROBE, &rib_service::hear_probe},
     {RIBKIT_OPCODE_CLAIM, &rib_service::hear_claim},
+    {RIBKIT_OPCODE_WIRE_DIGESTS, &rib_service::tell_formats},
     {RIBKIT_OPCODE_FCURT_UPDATE, &rib_service::update<unicast>},
     {RIBKIT_OPCODE_FCMRT_UPDATE, &rib_service::update<multicast>},
     {RIBKIT_OPCODE_FCLRT_UPDATE, &rib_service::update<label>},
@@ -288,6 +290,10 @@ bytes rib_service::hear_probe(const request &asked) {
     }
     const auto said = refusal(RIB_NOT_SUPPORTED);
     return {said.begin(), said.end()};
+}
+
+bytes rib_service::tell_formats(const request &asked) {
+    return asked.payload.empty() ? protocol::own_wire_digests() : refuse(asked, RIB_EXCESS_DATA, "it has no payload");
 }
 
 arrival rib_service::arrival_of(const request &asked) {

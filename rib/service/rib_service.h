@@ -92,6 +92,7 @@ class rib_service {
     bytes ask(const request &asked);
     template <class Kind> protocol::fcurt_response take_routes(const request &asked);
     bytes hear_probe(const request &asked);
+    bytes tell_formats(const request &asked);
     [[nodiscard]] static arrival arrival_of(const request &asked);
     bytes refuse(const request &asked, uint32_t result, const std::string &why, uint32_t client = 0);
     void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why, uint32_t client = 0);
