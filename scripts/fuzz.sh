@@ -11,17 +11,22 @@ fuzz() {
     cp -r fuzz/corpus build/asan/corpus
     for target in $(<build/asan/fuzz/targets); do
         fuzz_target "$target" "$1" || failed=1
-        summary+="$target $(sed -n 's/^stat::number_of_executed_units: *//p' "build/asan/$target.log") inputs, "
+        summary+="$target $(inputs_of "$target") inputs, "
     done
     echo "$summary$(find "$finds" -type f | wc -l) finds"
     ((failed == 0))
 }
 
+# inputs_of TARGET: how many it was given.
+inputs_of() { sed -n 's/^stat::number_of_executed_units: *//p' "build/asan/$1.log" | grep . || echo 0; }
+
 fuzz_target() {
-    local target=$1 log=build/asan/$1.log find
+    local target=$1 log=build/asan/$1.log find status=0
     echo "run: fuzzing $target for $2 s, log $log" >&2
     attend "fuzzing $target" "$log" "build/asan/fuzz/${target}_fuzz" -max_total_time="$2" -max_len=4096 -timeout=10 \
-        -artifact_prefix="build/asan/finds/$target-" -print_final_stats=1 "build/asan/corpus/$target" && return
+        -artifact_prefix="build/asan/finds/$target-" -print_final_stats=1 "build/asan/corpus/$target" || status=1
+    soak_add "fuzz_$target" "$(inputs_of "$target")"
+    ((status)) || return 0
     tail -n 40 "$log" >&2
     for find in build/asan/finds/"$target"-*; do
         echo "again: build/asan/fuzz/${target}_fuzz $find" >&2

@@ -12,7 +12,6 @@ soak() {
     build release -DRIBKIT_TESTS=ON --
     build asan -- fuzzers
     mkdir -p build/soak
-    touch build/soak/totals
     while ((SECONDS < end)); do
         round=$((round + 1))
         soak_fuzzers $((end - SECONDS)) || failed=1
@@ -25,8 +24,10 @@ soak() {
     ((failed == 0))
 }
 
-# soak_add WHAT COUNT: to what was done in this run and all before.
+# soak_add WHAT COUNT: to what was done in this run and all before, those of ./run fuzz included.
 soak_add() {
+    mkdir -p build/soak
+    touch build/soak/totals
     awk -v what="$1" -v count="$2" '
         $1 == what { $2 += count; found = 1 }
         { print }
@@ -36,7 +37,7 @@ soak_add() {
 
 # soak_fuzzers SECONDS: each target for a few minutes, as far as there is time. The corpus of the run before goes on.
 soak_fuzzers() {
-    local left=$1 target each count
+    local left=$1 target each
     local targets=($(<build/asan/fuzz/targets)) status=0
     each=$((left / ${#targets[@]} < 300 ? left / ${#targets[@]} + 1 : 300))
     mkdir -p build/asan/finds
@@ -45,8 +46,6 @@ soak_fuzzers() {
     ln -sfn ../soak/corpus build/asan/corpus
     for target in "${targets[@]}"; do
         fuzz_target "$target" "$each" || status=1
-        count=$(sed -n 's/^stat::number_of_executed_units: *//p' "build/asan/$target.log")
-        soak_add "fuzz_$target" "${count:-0}"
     done
     rm -f build/asan/corpus
     return "$status"
