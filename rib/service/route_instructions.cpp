@@ -2,6 +2,7 @@
 // usage: route_instructions CASE; prints how many routes the watched function took. Without CASE it lists them, those
 // of many segments with the same of few, beside which a route may cost so much at most.
 #include "protocol/route_messages.h"
+#include "rib/modules/modules.h"
 #include "rib/service/updates.h"
 #include "rib_codes.h"
 
@@ -57,11 +58,54 @@ messages all_domains(uint32_t vsans, uint32_t &routes) {
     return all;
 }
 
+/// Updates of a hundred paths, which are written nowhere.
+class lost_update final : public update_sink {
+  public:
+    void begin(const module_head &head) override {
+        sequence = head.sequence;
+        paths = 0;
+    }
+    added add(const module_path<unicast> & /*path*/) override { return one_more(); }
+    added add(const module_path<multicast> & /*path*/) override { return one_more(); }
+    added add(const module_path<label> & /*path*/) override { return one_more(); }
+
+    uint32_t sequence = 0;
+    uint32_t paths = 0;
+
+  private:
+    added one_more() {
+        constexpr uint32_t most = 100;
+        paths += paths < most ? 1 : 0;
+        return paths < most ? added::yes : added::no_room;
+    }
+};
+
+/// Tells a module what it has to be told, and hears that it has taken it.
+void bring(module_feed &feed) {
+    size_t idle = 0; // a table that has nothing to say when its turn comes leaves it to the others
+    while (feed.has_work() && idle < tables) {
+        lost_update update;
+        idle = feed.write(update) ? 0 : idle + 1;
+        if (idle == 0) {
+            feed.settle(update.sequence, {.accepted = update.paths});
+        }
+    }
+}
+
+struct followed_state {
+    explicit followed_state(uint32_t vsans)
+        : routes({.spaces = {vsans, vsans * share, vsans * share * unit_block}}, &follower) {}
+
+    modules follower{routes};
+    state routes;
+};
+
 struct counted_case {
     const char *name;
     uint32_t vsans;
     messages (*make)(uint32_t vsans, uint32_t &routes);
     const char *peer_and_bound;
+    bool is_followed = false; ///< by a module that is told each update
 };
 
 constexpr counted_case cases[] = {
@@ -71,15 +115,20 @@ constexpr counted_case cases[] = {
     {"route-one-takes-1000-segments", 1000, one_segment, " route-one-takes-10-segments 1.3"},
     {"route-42-vsans", 42, all_domains, ""},
     {"route-4094-vsans", 4094, all_domains, " route-42-vsans 1.3"},
+    {"route-42-vsans-and-module", 42, all_domains, " route-42-vsans 2", true},
+    {"route-4094-vsans-and-module", 4094, all_domains, " route-42-vsans-and-module 1.3", true},
 };
 
 } // namespace
 
 /// The function that is watched.
-extern "C" [[gnu::noinline]] uint32_t ribkit_bench_counted(state &rib, const messages &all) {
+extern "C" [[gnu::noinline]] uint32_t ribkit_bench_counted(state &rib, const messages &all, modules &followed) {
     uint32_t taken = 0;
     for (const auto &message : all) {
         taken += take_update<unicast>(rib, message).accepted;
+        for (auto &[number, feed] : followed.all()) {
+            bring(feed);
+        }
     }
     return taken;
 }
@@ -91,8 +140,11 @@ int main(int argc, char **argv) {
         } else if (std::strcmp(argv[1], c.name) == 0) {
             uint32_t routes = 0;
             const messages all = c.make(c.vsans, routes);
-            state rib({.spaces = {c.vsans, c.vsans * share, c.vsans * share * unit_block}});
-            const uint32_t taken = ribkit_bench_counted(rib, all);
+            followed_state rib(c.vsans);
+            if (c.is_followed) {
+                bring(rib.follower.enter(1, 0));
+            }
+            const uint32_t taken = ribkit_bench_counted(rib.routes, all, rib.follower);
             std::printf("%u\n", taken);
             return taken == routes ? 0 : 1;
         }
