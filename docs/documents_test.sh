@@ -15,7 +15,11 @@ printf '#!/bin/sh\n[ "$1" = lab ] && shift && RIBKIT_FABRIC=examples/fabrics/sma
 chmod +x "$scratch/tree/run"
 cd "$scratch/tree"
 temporary=$(mktemp -d)
-trap 'rm -rf "$temporary"' EXIT
+end() {
+    [[ ! -f $scratch/stays ]] || xargs kill <"$scratch/stays" 2>/dev/null || true
+    rm -rf "$temporary"
+}
+trap end EXIT
 
 # fail WHAT: with the place in the document.
 fail() {
@@ -33,17 +37,25 @@ need_prefix() {
 # mark KEY: what the comments in front of the block say of KEY.
 mark() { sed -n "s/^$1: //p" "$marks"; }
 
-# A block's commands, ended with all that they started; PREFIX and what is in /tmp are this test's own.
+# A block's commands, ended with all that they started unless that stays; PREFIX and what is in /tmp are this test's own.
 commands() {
     ! grep -q PREFIX "$1" || need_prefix
     {
-        echo 'trap "kill \$(jobs -p) 2>/dev/null || true" EXIT'
+        if [[ $(mark stays) ]]; then
+            echo "trap 'jobs -p >>\"$scratch/stays\"' EXIT"
+        else
+            echo 'trap "kill \$(jobs -p) 2>/dev/null || true" EXIT'
+        fi
         sed -e "s:/tmp/:$temporary/:g" -e "s:\bPREFIX\b:$prefix:g" "$1"
     } >"$scratch/commands"
     timeout 120 bash -eo pipefail "$scratch/commands" </dev/null
 }
 
-run_sh() { commands "$1" >"$scratch/output" 2>&1 || fail "ends with $?: $(cat "$scratch/output")"; }
+run_sh() {
+    local output=$scratch/output
+    [[ ! $(mark stays) ]] || output=$scratch/stays.$line # what stays goes on to write
+    commands "$1" >"$output" 2>&1 || fail "ends with $?: $(cat "$output")"
+}
 
 # Each "$ COMMAND" and what it prints, on standard error too, up to the next.
 run_console() {

@@ -148,8 +148,9 @@ constexpr command commands[] = {
      "Writes network bytes from JSON, as ribkit decode prints it",
      declare_encode,
      false,
-     "Counts are those of the lists, and what is left out is zero. A mistake is told with its place, and nothing is "
-     "written.",
+     "Every field has to be there, but for counts, which are those of the lists: --template prints all of a message. "
+     "A\n"
+     "mistake is told with its place, and nothing is written.",
      {{{"encode --template rib_fcurt_update", "JSON to start from"},
        {"encode --hex update.json -o update.hex", "The bytes of a file's messages, as text"}}},
      output_lost},
