@@ -92,7 +92,8 @@ class plain_rib {
         if (qip_opcode_get(&asked) == RIBKIT_OPCODE_FCURT_UPDATE) {
             take(asked, testing::literal_contents(message));
         } else if (qip_opcode_get(&asked) == RIBKIT_OPCODE_FCURT_QUERY) {
-            tell(asked, {testing::word_at(message, 12), testing::word_at(message, 16), testing::word_at(message, 20)});
+            tell(asked,
+                 {testing::word_at(message, 12), {testing::word_at(message, 16), testing::word_at(message, 20)}});
         } else {
             rib_wrap_qip_rsp(handle_.number(), &asked, nullptr, 0);
         }

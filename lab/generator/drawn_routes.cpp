@@ -50,7 +50,7 @@ void drawn_routes::add_groups(std::string &text) {
         }
         text += base::joined("fcid = ", first_group + i, "\nmembers = [", one.members[0]);
         for (size_t member = 1; member < one.members.size(); member++) {
-            text += ", " + one.members[member];
+            text += base::joined(", ", one.members[member]);
         }
         text += "]\n";
         groups_.push_back(std::move(one));
@@ -138,7 +138,7 @@ std::string drawn_routes::happening(uint32_t turn) {
     const event kind = kinds.size() == 1 ? nullptr : chance_.one_of(kinds);
     const uint32_t first = 2 * turn + 1;
     if (kind == nullptr) {
-        const std::string failing = "link = " + links_.text(chance_.one_of(links_.all()).a) + '\n';
+        const std::string failing = base::joined("link = ", links_.text(chance_.one_of(links_.all()).a), '\n');
         return base::joined(at(first), failing, state(false), at(first + 1), failing, state(true));
     }
     std::string one = (this->*kind)();
