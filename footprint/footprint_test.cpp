@@ -1,7 +1,7 @@
 // What the switch can rely on: the room that the library takes, loaded whole or linked in parts, the stack below its
 // calls, and which of them ask for memory. Compiler and linker say so of the library as it is built for size.
 #include "codec/checks/checked_messages.h"
-#include "footprint/measured.h"
+#include "footprint/parts.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -55,10 +55,7 @@ TEST(footprint, the_library_is_loaded_into_less_than_128_kib) {
 }
 
 TEST(footprint, a_client_of_unicast_routes_links_less_than_12_kib) {
-    uint32_t ours = 0;
-    for (const piece &part : map_of(measured, "unicast_client").pieces) {
-        ours += part.object.find("libcore_for_size_static.a(") != std::string::npos ? part.size : 0;
-    }
+    const uint32_t ours = client_bytes(measured);
     EXPECT_GT(ours, 1024u);
     EXPECT_LT(ours, client_limit);
 }
@@ -106,6 +103,60 @@ TEST_F(calls, ask_for_memory_only_where_they_manage_it) {
         }
     }
     EXPECT_GT(asking, 10u);
+}
+
+/// The numbers of a line of a document, up to a text that ends them.
+std::vector<uint32_t> numbers_in(const std::string &line, size_t at) {
+    std::vector<uint32_t> numbers;
+    while (at < line.size()) {
+        at = line.find_first_of("0123456789", at);
+        size_t length = 0;
+        if (at != std::string::npos) {
+            numbers.push_back(static_cast<uint32_t>(std::stoul(line.substr(at), &length)));
+            at += length;
+        }
+    }
+    return numbers;
+}
+
+/// The numbers behind the beginning of the document's line that begins so.
+std::vector<uint32_t> documented(const std::string &beginning) {
+    std::ifstream in = opened(sources / "docs/size.md");
+    for (std::string line; std::getline(in, line);) {
+        if (line.starts_with(beginning)) {
+            return numbers_in(line, beginning.size());
+        }
+    }
+    return {};
+}
+
+/// Compilers of a distribution's life differ by some bytes.
+void expect_near(uint32_t said, uint32_t is, const std::string &what) {
+    EXPECT_LE(said, is + is / 100 + 32) << what << ": docs/size.md says too much; ./run size writes it anew";
+    EXPECT_LE(is, said + said / 100 + 32) << what << ": docs/size.md says too little; ./run size writes it anew";
+}
+
+TEST(footprint, is_what_the_document_says) {
+    const build now(measured, sources, "core_for_size");
+    for (const char *const part : parts) {
+        const figures is = now.of(part);
+        const auto said = documented("| `" + std::string(part) + "/` |");
+        ASSERT_EQ(said.size(), 8U) << part;
+        for (size_t use = 0; use < is.bytes.size(); use++) {
+            expect_near(said[use], is.bytes[use], part);
+        }
+        expect_near(said[3], is.stack, std::string(part) + ", stack");
+    }
+    const auto all = documented("| **loaded, in all** |");
+    ASSERT_EQ(all.size(), 2U);
+    expect_near(all[0], now.loaded(), "all");
+    const auto client =
+        documented("A client that sends unicast routes (`footprint/unicast_client.c`), linked statically:");
+    ASSERT_EQ(client.size(), 1U);
+    expect_near(client[0], client_bytes(measured), "client");
+    const auto deepest = documented("The deepest call with `-Os`,");
+    ASSERT_EQ(deepest.size(), 1U);
+    expect_near(deepest[0], now.deepest().bytes, "deepest call");
 }
 
 } // namespace
