@@ -39,12 +39,13 @@ make_earlier() {
     done
 }
 
-# Every file with its owner, mode and content; not what dpkg and apt note of their own work.
+# Every file with its owner and mode, and what is in it; not what dpkg and apt note of their own work.
 everything() {
-    find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /tmp -o -path /root -o -path /var/log -o -path /var/cache \
-        -o -path /var/lib/apt -o -path '/var/lib/dpkg/*-old' -o -path /var/lib/dpkg/status -o -path /var/lib/dpkg/lock\* \
-        -o -path /var/lib/dpkg/triggers -o -path /etc/ld.so.cache \) -prune -o -type f -printf '%M %u %g %p ' \
-        -exec sha256sum -z {} \; -printf '\n' -o -printf '%M %u %g %p %l\n' | tr -d '\0' | LC_ALL=C sort
+    local elsewhere=(-path /proc -o -path /sys -o -path /dev -o -path /tmp -o -path /root -o -path /var/log -o -path /var/cache
+        -o -path /var/lib/apt -o -path '/var/lib/dpkg/*-old' -o -path /var/lib/dpkg/status -o -path '/var/lib/dpkg/lock*'
+        -o -path /var/lib/dpkg/triggers -o -path /etc/ld.so.cache)
+    find / -xdev \( "${elsewhere[@]}" \) -prune -o -printf '%M %u %g %p %l\n' | LC_ALL=C sort
+    find / -xdev \( "${elsewhere[@]}" \) -prune -o -type f -print0 | xargs -0 sha256sum | LC_ALL=C sort
 }
 
 # client_has_all TIMES: a RIB has got all of the client's routes so often.
