@@ -64,9 +64,9 @@ upgrade_while_a_rib_runs() {
     sed '/^\[\[event/,$d' /usr/share/doc/ribkit/examples/fabrics/small.toml >"$fabric"
     make_runtime_directory
     start_unit ribkit-rib.service >"$AUTOPKGTEST_TMP/rib.txt"
-    rib=$unit_pid
-    as_service ribkit client --stay --vsan 1 --bus unix:/run/ribkit "$fabric" >"$AUTOPKGTEST_TMP/client.txt" &
-    client=$!
+    rib=$service_pid
+    start_service ribkit client --stay --vsan 1 --bus unix:/run/ribkit "$fabric" >"$AUTOPKGTEST_TMP/client.txt"
+    client=$service_pid
     client_has_all 1
     routes >"$AUTOPKGTEST_TMP/before.txt"
     # shellcheck disable=SC2046
@@ -78,7 +78,7 @@ upgrade_while_a_rib_runs() {
     kill -TERM "$rib"
     wait "$rib" || fail "the earlier RIB ends with $?"
     start_unit ribkit-rib.service >"$AUTOPKGTEST_TMP/rib.txt"
-    rib=$unit_pid
+    rib=$service_pid
     client_has_all 2
     routes >"$AUTOPKGTEST_TMP/again.txt"
     diff "$AUTOPKGTEST_TMP"/before.txt "$AUTOPKGTEST_TMP"/again.txt || fail "the client has not brought its routes again"
