@@ -39,11 +39,12 @@ make_earlier() {
     done
 }
 
-# Every file with its owner and mode, and what is in it; not what dpkg and apt note of their own work.
+# Every file with its owner and mode, and what is in it; not what dpkg, apt and systemd note of their own
+# work.
 everything() {
-    local elsewhere=(-path /proc -o -path /sys -o -path /dev -o -path /tmp -o -path /root -o -path /var/log -o -path /var/cache
-        -o -path /var/lib/apt -o -path '/var/lib/dpkg/*-old' -o -path /var/lib/dpkg/status -o -path '/var/lib/dpkg/lock*'
-        -o -path /var/lib/dpkg/triggers -o -path /etc/ld.so.cache)
+    local elsewhere=(-path /proc -o -path /sys -o -path /dev -o -path /run/systemd -o -path /tmp -o -path /root
+        -o -path /var/log -o -path /var/cache -o -path /var/lib/apt -o -path '/var/lib/dpkg/*-old' -o -path /var/lib/dpkg/status
+        -o -path '/var/lib/dpkg/lock*' -o -path /var/lib/dpkg/triggers -o -path /etc/ld.so.cache)
     find / -xdev \( "${elsewhere[@]}" \) -prune -o -printf '%M %u %g %p %l\n' | LC_ALL=C sort
     find / -xdev \( "${elsewhere[@]}" \) -prune -o -type f -print0 | xargs -0 sha256sum | LC_ALL=C sort
 }
