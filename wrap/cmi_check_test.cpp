@@ -4,6 +4,7 @@
 #include "rib_wrap.h"
 #include "testing/guarded.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -41,6 +42,15 @@ TEST(cmi_check, tells_what_is_wrong) {
     EXPECT_EQ(said(rib_check_cmi_request, 120, 9), "bad cmi request: length at offset 4 is 9, at most 8 allowed");
     EXPECT_EQ(said(rib_check_cmi_answer, 120, 7), "excess cmi answer: ends at 119, but the bytes end at 120");
     EXPECT_EQ(said(rib_check_cmi_request, 116, 0), "excess cmi request: ends at 112, but the bytes end at 116");
+}
+
+TEST(cmi_check, an_excess_is_reported_where_it_begins) {
+    const guarded bytes{120};
+    std::memset(bytes.data(), 0, 120);
+    bytes.data()[7] = 5;
+    rib_check_report report{};
+    EXPECT_EQ(rib_check_cmi_request(bytes.data(), 120, &report), RIB_EXCESS_DATA);
+    EXPECT_EQ(report.offset, 117U);
 }
 
 std::string model(uint32_t size, uint32_t length, uint32_t smallest) {
