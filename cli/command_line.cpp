@@ -168,10 +168,11 @@ std::string help_asked(const CLI::App &app) {
 } // namespace
 
 std::vector<described_command> described_commands() {
+    const words nothing_given;
     std::vector<described_command> all;
     for (const command &c : commands()) {
         CLI::App app(c.description, c.name);
-        declare(c, app, {});
+        declare(c, app, nothing_given);
         all.push_back(described(c, app));
     }
     return all;
