@@ -97,6 +97,7 @@ make_tarball() {
     umask "${umask_of-0022}"
     unpack_source "$source" || return
     cd "$source" || return
+    export SOURCE_DATE_EPOCH=$epoch
     CFLAGS=-ffile-prefix-map=$PWD=. CXXFLAGS=-ffile-prefix-map=$PWD=. cmake -G Ninja -B build/tarball \
         -DCMAKE_BUILD_TYPE=$build_type -DCMAKE_INSTALL_LIBDIR=lib -DRIBKIT_SELF_CONTAINED=ON -DRIBKIT_TESTS=OFF &&
         cmake --build build/tarball &&
