@@ -22,10 +22,10 @@ make_packages() {
     epoch=$(git log -1 --format=%ct)
     mkdir -p "$folder" build
     scratch=$(mktemp -d "${TMPDIR:-/tmp}/ribkit-package.XXXXXX")
+    # A cache would show nothing, or its own way to name a file.
+    [[ ! $twice ]] || unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER
     make_one first
     if [[ $twice ]]; then
-        # A build that took what the first has compiled would show nothing.
-        unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER
         second=second/in-a/deeper-folder
         TZ=Asia/Kathmandu LC_ALL=C.UTF-8 umask_of=0027 make_one "$second"
         compare_packages "$scratch/first/made" "$scratch/$second/made" || exit 1
@@ -68,14 +68,14 @@ run_packaging() {
     exit 1
 }
 
-# The committed files below PLACE, with the changelog that belongs to them.
+# The committed files in the folder SOURCE, with the changelog that belongs to them; their modes are nobody's umask.
 unpack_source() {
     local source=$1
     mkdir -p "$source"
     git archive HEAD | tar -x -C "$source" || return
     LC_ALL=C awk -v version="$version" -v date="$(LC_ALL=C date -u -R -d "@$epoch")" \
         -v maintainer="$(sed -n 's/^Maintainer: //p' debian/control)" \
-        -f scripts/changelog.awk "$source/CHANGELOG.md" >"$source/debian/changelog"
+        -f scripts/changelog.awk "$source/CHANGELOG.md" >"$source/debian/changelog" && chmod -R u=rwX,go=rX "$source"
 }
 
 # Both run under attend, where no failure ends them by itself.
@@ -156,5 +156,6 @@ differences() {
         esac
         side=other
     done
-    (cd "$inside" && { diff -rq one other || true; })
+    (cd "$inside" && { diff -rq --no-dereference one other || true; })
+    (cd "$inside" && diff <(cd one && find . -printf '%M %p\n' | sort) <(cd other && find . -printf '%M %p\n' | sort)) || true
 }
