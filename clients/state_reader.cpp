@@ -147,8 +147,9 @@ uint32_t read_refusals(bus::rib_link &link, uint32_t uuid, uint32_t result, uint
     return codec::view<wire::in_info>(answer.data()).get<protocol::use<wire::in_info, "count">>();
 }
 
-std::optional<bytes> read_verification(bus::rib_link &link, uint32_t uuid, uint32_t type) {
-    auto query = protocol::encode(protocol::verify_query{uuid, show, type, as_many_as_fit});
+std::optional<bytes> read_verification(bus::rib_link &link, uint32_t uuid, uint32_t type,
+                                       const model::label_key &from) {
+    auto query = protocol::encode(protocol::verify_query{uuid, show, type, as_many_as_fit, from});
     try {
         return ask_checked(link, RIBKIT_OPCODE_VERF_QUERY, query, rib_check_verf_info);
     } catch (const refused_question &why) {

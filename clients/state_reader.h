@@ -45,7 +45,9 @@ uint32_t read_refusals(bus::rib_link &link, uint32_t uuid, uint32_t result, uint
 
 /// A rib_verf_info; none where nothing was compared.
 /// @param type as rib_verf_to_str has it
-std::optional<bytes> read_verification(bus::rib_link &link, uint32_t uuid, uint32_t type);
+/// @param from the first key that is wanted
+std::optional<bytes> read_verification(bus::rib_link &link, uint32_t uuid, uint32_t type,
+                                       const model::label_key &from = {});
 
 /// The logs of changes by their numbers, as rib_sync_to_str has them.
 inline constexpr uint32_t label_log = 0;

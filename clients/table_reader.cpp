@@ -118,7 +118,7 @@ template <> class walk<label_table> {
     }
     bool pass(uint32_t /*owner*/, const model::label_key &key) {
         const bool in_order = !(key < from_);
-        from_ = protocol::key_after(key);
+        from_ = model::key_after(key);
         return in_order;
     }
     [[nodiscard]] const model::label_key &next() const { return from_; }

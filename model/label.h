@@ -34,6 +34,30 @@ struct label_key {
     }
 };
 
+/// The next key that a label route can have: the last digit goes on, or the one in front of it does, and it begins
+/// anew.
+constexpr label_key key_after(const label_key &last) {
+    label_key next = last;
+    for (uint32_t i = next.match_count; i-- > 0;) {
+        if (++next.match[i] != 0) {
+            return next;
+        }
+    }
+    if (next.match_count < most_match_labels) {
+        next.match_count++;
+        return next;
+    }
+    next.match_count = 0;
+    if (next.type == RIB_ROUTE_SRC_LABEL && ++next.source != 0) {
+        return next;
+    }
+    if (next.type == RIB_ROUTE_FC_LABEL && (++next.to.mask != 0 || ++next.to.fcid != 0)) {
+        return next;
+    }
+    next.to = {0, 0};
+    return ++next.type > RIB_ROUTE_FC_LABEL ? label_key{last.vsan + 1} : next;
+}
+
 /// How many labels a control word pushes.
 constexpr uint32_t pushed_labels(uint32_t ctrl) { return ctrl >> 16 & 0xff; }
 

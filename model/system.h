@@ -2,11 +2,13 @@
 // routes, which domains are reached, what was changed last.
 #pragma once
 
+#include "model/label.h"
 #include "rib_codes.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 
 namespace ribkit::model {
@@ -127,11 +129,12 @@ struct flow {
     bool operator==(const flow &) const = default;
 };
 
-/// When a table was compared, and what for.
+/// When a table was compared, and what was different.
 struct verification {
-    uint32_t type = 0;      ///< as rib_verf_to_str has it; 0: never, or the report was cleared
-    uint32_t generated = 0; ///< seconds since 1970
-    uint32_t completed = 0; ///< ... and 0 until then
+    uint32_t type = 0;                     ///< as rib_verf_to_str has it; 0: never, or the report was cleared
+    uint32_t generated = 0;                ///< seconds since 1970
+    uint32_t completed = 0;                ///< ... and 0 until then, or where a module has not said all
+    std::map<label_key, uint32_t> found{}; ///< FIB_VERF_... by key; of a destination VSAN and FC ID with its mask
 
     bool operator==(const verification &) const = default;
 };

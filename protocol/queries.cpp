@@ -126,29 +126,6 @@ unicast_place place_after(const unicast_place &last) {
                                            : unicast_place{model::key_after(last.key), 0};
 }
 
-// As numbers are counted: the last digit goes on, or the one in front of it does, and it begins anew.
-model::label_key key_after(const model::label_key &last) {
-    model::label_key next = last;
-    for (uint32_t i = next.match_count; i-- > 0;) {
-        if (++next.match[i] != 0) {
-            return next;
-        }
-    }
-    if (next.match_count < model::most_match_labels) {
-        next.match_count++;
-        return next;
-    }
-    next.match_count = 0;
-    if (next.type == RIB_ROUTE_SRC_LABEL && ++next.source != 0) {
-        return next;
-    }
-    if (next.type == RIB_ROUTE_FC_LABEL && (++next.to.mask != 0 || ++next.to.fcid != 0)) {
-        return next;
-    }
-    next.to = {0, 0};
-    return ++next.type > RIB_ROUTE_FC_LABEL ? model::label_key{last.vsan + 1} : next;
-}
-
 template <const codec::layout &L> bytes_of<L> encode(const list_query &query) {
     bytes_of<L> bytes;
     const writer<L> to(bytes);
@@ -228,18 +205,63 @@ bytes_of<wire::verify> encode_verify(const simple_request &request) {
 
 simple_request read(view<wire::verify> request) { return {request.get<"uuid">(), request.get<"type">()}; }
 
+namespace {
+
+using key_room = std::array<uint8_t, wire::verf_fcl.size>;
+
+key_room encode_key(uint32_t type, const model::label_key &key) {
+    key_room room{};
+    if (const codec::layout &form = wire::key_of(type); is_same(form, wire::verf_fcu)) {
+        writer<wire::verf_fcu>(room).set<"vsan">(key.vsan).set<"fcid">(key.to.fcid).set<"mask">(key.to.mask);
+    } else if (is_same(form, wire::verf_fcm)) {
+        writer<wire::verf_fcm>(room).set<"vsan">(key.vsan).set<"fcid">(key.to.fcid);
+    } else {
+        writer<wire::verf_fcl_query> to(room);
+        to.set<"vsan">(key.vsan).set<"cursor">(key.type).set<"n_label">(key.match_count);
+        to.set<use<wire::verf_fcl_query, "fcid_or_source">>(key.type == RIB_ROUTE_SRC_LABEL ? key.source : key.to.fcid);
+        to.set<use<wire::verf_fcl_query, "mask">>(key.to.mask);
+        to.set<"label_0">(key.match[0]).set<"label_1">(key.match[1]);
+    }
+    return room;
+}
+
+model::label_key read_key(uint32_t type, const uint8_t *key) {
+    if (const codec::layout &form = wire::key_of(type); is_same(form, wire::verf_fcu)) {
+        const view<wire::verf_fcu> from(key);
+        return {.vsan = from.get<"vsan">(), .to = {from.get<"fcid">(), from.get<"mask">()}};
+    } else if (is_same(form, wire::verf_fcm)) {
+        const view<wire::verf_fcm> from(key);
+        return {.vsan = from.get<"vsan">(), .to = {from.get<"fcid">(), 0}};
+    }
+    const view<wire::verf_fcl_query> from(key);
+    const uint32_t first = from.get<use<wire::verf_fcl_query, "fcid_or_source">>();
+    const bool by_source = from.get<"cursor">() == RIB_ROUTE_SRC_LABEL;
+    return {.vsan = from.get<"vsan">(),
+            .type = from.get<"cursor">(),
+            .source = by_source ? first : 0,
+            .to = by_source ? model::destination{0, 0}
+                            : model::destination{first, from.get<use<wire::verf_fcl_query, "mask">>()},
+            .match_count = from.get<"n_label">(),
+            .match = {from.get<"label_0">(), from.get<"label_1">()}};
+}
+
+} // namespace
+
 bytes_of<wire::verf_query> encode(const verify_query &query) {
     bytes_of<wire::verf_query> bytes;
     writer<wire::verf_query>(bytes)
         .set<"uuid">(query.uuid)
         .set<"query">(query.query)
         .set<"type">(query.type)
-        .set<"requested">(query.requested);
+        .set<"requested">(query.requested)
+        .set_bytes<"key">(encode_key(query.type, query.from));
     return bytes;
 }
 
 verify_query read(view<wire::verf_query> query) {
-    return {query.get<"uuid">(), query.get<"query">(), query.get<"type">(), query.get<"requested">()};
+    const uint32_t type = query.get<"type">();
+    return {query.get<"uuid">(), query.get<"query">(), type, query.get<"requested">(),
+            read_key(type, query.area<"key">().data())};
 }
 
 bytes_of<wire::sync_query> encode(const log_query &query) {

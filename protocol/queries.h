@@ -68,8 +68,6 @@ struct unicast_place {
     bool operator<(const unicast_place &other) const { return std::tie(key, owner) < std::tie(other.key, other.owner); }
 };
 unicast_place place_after(const unicast_place &last);
-/// The next key that a label route can have and a query can start at.
-model::label_key key_after(const model::label_key &last);
 
 /// Asks for entries of a list of the RIB's state: VSANs, domains, modules, clients.
 struct list_query {
@@ -122,12 +120,19 @@ simple_request read(codec::view<wire::test_query> request);
 bytes_of<wire::verify> encode_verify(const simple_request &request);
 simple_request read(codec::view<wire::verify> request);
 
-/// Asks what a comparison has found.
+// Comparisons of each table with the modules, as rib_verf_to_str has them.
+inline constexpr uint32_t compared_labels = 0x100;
+inline constexpr uint32_t compared_multicast = 0x200;
+inline constexpr uint32_t compared_unicast = 0x400;
+
+/// Asks what a comparison has found, from a key on. Keys of the unicast and the multicast table are a VSAN and a
+/// destination; of the latter masks do not travel.
 struct verify_query {
     uint32_t uuid;
     uint32_t query;
     uint32_t type; ///< as rib_verf_to_str has it
     uint32_t requested;
+    model::label_key from{};
 
     bool operator==(const verify_query &) const = default;
 };

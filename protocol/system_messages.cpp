@@ -198,15 +198,6 @@ bytes test_info(uint32_t type, bool enabled) {
     return message;
 }
 
-bytes verification_info(const model::verification &report) {
-    bytes message(wire::verf_info.size);
-    codec::writable_view<wire::verf_info>(message.data())
-        .set<"type">(report.type)
-        .set<"generated">(report.generated)
-        .set<"completed">(report.completed);
-    return message;
-}
-
 bytes flow_info(uint32_t result, uint32_t if_index) {
     bytes message(wire::fcu_lb_rsp.size);
     writer<wire::fcu_lb_rsp>(message).set<use<wire::fcu_lb_rsp, "result">>(result).set<use<wire::fcu_lb_rsp, "intf">>(

@@ -37,8 +37,8 @@ model::availability availability_of(codec::view<wire::in_info> info);
 std::array<model::memory_pool, model::memory_pools> pools_of(codec::view<wire::in_info> info);
 
 bytes test_info(uint32_t type, bool enabled);
-/// Without keys: of what a comparison found nothing.
-bytes verification_info(const model::verification &report);
+/// With keys that differ, from one on, so many at most.
+bytes verification_info(const model::verification &report, const model::label_key &from, size_t most);
 bytes flow_info(uint32_t result, uint32_t if_index);
 
 /// How far a log goes, for whoever is further behind than it reaches or misses nothing.

@@ -86,8 +86,8 @@ TEST(system_messages, structures_of_the_rib_s_own) {
 TEST(system_messages, a_few_words) {
     expect_sound(rib_check_test_info, test_info(2, true));
     EXPECT_EQ(word_at(test_info(2, true), 4), 1U);
-    expect_sound(rib_check_verf_info, verification_info({0x400, 5, 6}));
-    EXPECT_EQ(word_at(verification_info({0x400, 5, 6}), 12), 6U);
+    expect_sound(rib_check_verf_info, verification_info({0x400, 5, 6}, {}, 10));
+    EXPECT_EQ(word_at(verification_info({0x400, 5, 6}, {}, 10), 12), 6U);
     expect_sound(rib_fib_check_fcu_lb_rsp, flow_info(0, 0x01010001));
     expect_sound(rib_check_sync_info, log_position(9, 3));
     EXPECT_EQ(word_at(log_position(9, 3), 0), 9U);

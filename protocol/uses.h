@@ -103,6 +103,8 @@ inline constexpr word_use word_uses[] = {
     {&wire::verf_fcl, "word_8", "type", "fib_route_type"},
     {&wire::verf_fcl, "word_12", "fcid_or_source", "", true},
     {&wire::verf_fcl, "word_16", "mask", "", true},
+    {&wire::verf_fcl_query, "word_12", "fcid_or_source", "", true},
+    {&wire::verf_fcl_query, "word_16", "mask", "", true},
     // A path's first word is a control word, whose count of labels is that of its hops; of a unicast path it has the
     // next domain, too.
     {&wire::path_slot, "word_4", "intf"},

@@ -44,6 +44,8 @@ class effects {
     virtual void told(const route_event<label> &) {}
     /// A VSAN was suspended, or resumed: its routes leave the modules or come back to them.
     virtual void vsan_changed(uint32_t /*vsan*/, bool /*suspended*/) {}
+    /// What modules have of a table is to be compared with it, of a VSAN, or of all where that is 0.
+    virtual void compare(table_id /*table*/, uint32_t /*vsan*/) {}
     /// A destination's place in the hardware is another one now.
     virtual void moved(uint32_t /*vsan*/, const model::destination &, uint32_t /*from*/, uint32_t /*to*/) {}
     /// Hardware positions belong to another segment now.

@@ -155,7 +155,10 @@ template <class Kind> uint32_t update_work<Kind>::finish() {
     case task::resume:
         return on_.set_suspended(head_.vsan, task_ == task::suspend);
     case task::verify:
-        return RIB_MISSING_DEVICE; // there is no module to compare with
+        if (on_.out_ != nullptr) {
+            on_.out_->compare(Kind::id, head_.vsan);
+        }
+        return RIB_OK;
     default:
         return RIB_OK;
     }

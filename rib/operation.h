@@ -31,7 +31,7 @@ task task_of(uint32_t oper);
 /// Whether the answer to an operation waits for the modules.
 constexpr bool waits_for_modules(uint32_t oper) {
     return oper == RIB_OPER_UPDATE_RSP || oper == RIB_OPER_REMOVE_RSP || oper == RIB_OPER_REMOVE_ALL_RSP ||
-           oper == RIB_OPER_MERGE_RSP;
+           oper == RIB_OPER_MERGE_RSP || oper == RIB_OPER_VERIFY;
 }
 
 /// An update while it is taken: judge() for each record, then, if it begins, take() for each, then end().

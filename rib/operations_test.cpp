@@ -163,8 +163,9 @@ TYPED_TEST(operations, vsans_are_suspended_and_resumed_by_their_manager) {
     EXPECT_TRUE(this->rib.suspended().empty());
 }
 
-TYPED_TEST(operations, there_is_no_module_to_verify_with) {
-    EXPECT_EQ(this->take(mine, RIB_OPER_VERIFY).result, RIB_MISSING_DEVICE);
+TYPED_TEST(operations, verify_is_told_to_those_who_know_the_modules) {
+    EXPECT_EQ(this->take(mine, RIB_OPER_VERIFY).result, RIB_OK);
+    EXPECT_EQ(this->told.take(), (lines{"vsan 1 compared"}));
 }
 
 TYPED_TEST(operations, those_that_are_of_all_routes_name_none) {

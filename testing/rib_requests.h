@@ -71,6 +71,9 @@ class told_lines final : public rib::effects {
     void vsan_changed(uint32_t vsan, bool suspended) override {
         lines.push_back("vsan " + std::to_string(vsan) + (suspended ? " suspended" : " resumed"));
     }
+    void compare(rib::table_id /*table*/, uint32_t vsan) override {
+        lines.push_back("vsan " + std::to_string(vsan) + " compared");
+    }
 
     /// What was told since the last time.
     std::vector<std::string> take() { return std::exchange(lines, {}); }

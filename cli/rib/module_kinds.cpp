@@ -68,7 +68,7 @@ void read_entries(Key from, const Ask &ask, const Take &take) {
             at += path.size();
         }
         if constexpr (std::is_same_v<Key, model::label_key>) {
-            from = protocol::key_after(from);
+            from = model::key_after(from);
         } else {
             from = model::key_after(from);
         }
@@ -203,10 +203,9 @@ record_list read_found(module_link &link, const record_filter &wanted) {
     return all;
 }
 
-// Comparisons of each table with the modules.
-constexpr uint32_t compared_labels = 0x100;
-constexpr uint32_t compared_multicast = 0x200;
-constexpr uint32_t compared_unicast = 0x400;
+using protocol::compared_labels;
+using protocol::compared_multicast;
+using protocol::compared_unicast;
 
 constexpr module_kind rows[] = {
     {"fcu", filters_of<diag::shown_ucast_route>(), read_unicast},

@@ -204,10 +204,9 @@ record_list read_log_states(rib_link &link, const record_filter & /*wanted*/) {
     return all;
 }
 
-// Comparisons of each table with the modules.
-constexpr uint32_t compared_labels = 0x100;
-constexpr uint32_t compared_multicast = 0x200;
-constexpr uint32_t compared_unicast = 0x400;
+using protocol::compared_labels;
+using protocol::compared_multicast;
+using protocol::compared_unicast;
 
 record_list read_reports(rib_link &link, const record_filter & /*wanted*/) {
     record_list all;

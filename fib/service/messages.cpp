@@ -175,14 +175,18 @@ bytes answer_flow(module &of, std::span<const uint8_t> message) {
     return way.empty() ? protocol::flow_info(RIB_NO_ENTRY, 0) : protocol::flow_info(RIB_OK, way[1]);
 }
 
-template <class Kind> bytes differences(const module &of, uint32_t wanted) {
+/// Where a query of differences begins.
+model::route_key first_of(const unicast & /*kind*/, const model::label_key &from) { return {from.vsan, from.to}; }
+model::multicast_key first_of(const multicast & /*kind*/, const model::label_key &from) { return {from.vsan, from.to}; }
+model::label_key first_of(const label & /*kind*/, const model::label_key &from) { return from; }
+
+template <class Kind> bytes differences(const module &of, const protocol::verify_query &asked) {
     table_answer<Kind> found;
     found.said.sequence = of.fib.sequence();
-    for (const auto &[key, status] : of.fib.differences<Kind>()) {
-        if (found.faults.size() == std::min<size_t>(wanted, most_named<Kind>())) {
-            break;
-        }
-        found.faults.push_back({status, key});
+    const size_t most = std::min<size_t>(asked.requested, most_named<Kind>());
+    const auto &all = of.fib.differences<Kind>();
+    for (auto at = all.lower_bound(first_of(Kind(), asked.from)); at != all.end() && found.faults.size() < most; ++at) {
+        found.faults.push_back({at->second, at->first});
     }
     bytes message = answer_of<Kind>(found);
     if (found.faults.empty()) {
@@ -195,9 +199,9 @@ template <class Kind> bytes differences(const module &of, uint32_t wanted) {
 bytes answer_differences(module &of, std::span<const uint8_t> message) {
     const auto asked = protocol::read(view<wire::verf_query>(message.data()));
     const codec::layout &key = wire::key_of(asked.type);
-    return protocol::is_same(key, wire::verf_fcl)   ? differences<label>(of, asked.requested)
-           : protocol::is_same(key, wire::verf_fcm) ? differences<multicast>(of, asked.requested)
-                                                    : differences<unicast>(of, asked.requested);
+    return protocol::is_same(key, wire::verf_fcl)   ? differences<label>(of, asked)
+           : protocol::is_same(key, wire::verf_fcm) ? differences<multicast>(of, asked)
+                                                    : differences<unicast>(of, asked);
 }
 
 /// The check of a message of the catalogue.

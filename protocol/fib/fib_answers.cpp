@@ -1,6 +1,8 @@
-// How a module answers: the keys that did not take effect, and behind them the response.
+// How a module answers: the keys that did not take effect, and behind them the response. The RIB names keys the same
+// way where it tells what a comparison has found.
 #include "protocol/fib/fib_messages.h"
 
+#include "protocol/system_messages.h"
 #include "rib_codes.h"
 
 #include <algorithm>
@@ -18,6 +20,18 @@ void write_answer(std::span<uint8_t> room, const model::fib_answer &answer) {
     said.set<use<wire::fib_rsp, "vsan">>(answer.vsan).set<use<wire::fib_rsp, "accepted">>(answer.accepted);
     said.set<use<wire::fib_rsp, "sequence">>(answer.sequence);
 }
+
+constexpr auto write_unicast = [](const auto &entry, const auto &key) {
+    entry.template set<"fcid">(key.to.fcid).template set<"mask">(key.to.mask);
+};
+constexpr auto write_multicast = [](const auto &entry, const auto &key) { entry.template set<"fcid">(key.to.fcid); };
+constexpr auto write_label = [](const auto &entry, const model::label_key &key) {
+    const uint32_t at = key.type == RIB_ROUTE_SRC_LABEL ? key.source : key.to.fcid;
+    entry.template set<use<wire::verf_fcl, "type">>(fib_type_of(key));
+    entry.template set<use<wire::verf_fcl, "fcid_or_source">>(at);
+    entry.template set<use<wire::verf_fcl, "mask">>(key.to.mask).template set<"n_label">(key.match_count);
+    entry.template set<"label_0">(key.match[0]).template set<"label_1">(key.match[1]);
+};
 
 /// `write` fills in a key.
 template <const codec::layout &Report, class Key, class Write>
@@ -41,26 +55,50 @@ bytes answer_message(const model::fib_answer &answer, std::span<const model::fib
 } // namespace
 
 bytes fib_answer(const model::fib_answer &answer, std::span<const model::fib_fault<model::route_key>> faults) {
-    return answer_message<wire::fcu_rsp_path>(answer, faults, [](const auto &entry, const model::route_key &key) {
-        entry.template set<"fcid">(key.to.fcid).template set<"mask">(key.to.mask);
-    });
+    return answer_message<wire::fcu_rsp_path>(answer, faults, write_unicast);
 }
 
 bytes fib_multicast_answer(const model::fib_answer &answer,
                            std::span<const model::fib_fault<model::multicast_key>> faults) {
-    return answer_message<wire::fcm_rsp_path>(answer, faults, [](const auto &entry, const model::multicast_key &key) {
-        entry.template set<"fcid">(key.to.fcid);
-    });
+    return answer_message<wire::fcm_rsp_path>(answer, faults, write_multicast);
 }
 
 bytes fib_label_answer(const model::fib_answer &answer, std::span<const model::fib_fault<model::label_key>> faults) {
-    return answer_message<wire::fcl_rsp_path>(answer, faults, [](const auto &entry, const model::label_key &key) {
-        const uint32_t at = key.type == RIB_ROUTE_SRC_LABEL ? key.source : key.to.fcid;
-        entry.template set<use<wire::verf_fcl, "type">>(fib_type_of(key));
-        entry.template set<use<wire::verf_fcl, "fcid_or_source">>(at);
-        entry.template set<use<wire::verf_fcl, "mask">>(key.to.mask).template set<"n_label">(key.match_count);
-        entry.template set<"label_0">(key.match[0]).template set<"label_1">(key.match[1]);
-    });
+    return answer_message<wire::fcl_rsp_path>(answer, faults, write_label);
+}
+
+namespace {
+
+template <const codec::layout &Key, class At, class Write>
+void write_found(bytes &message, At at, size_t count, Write write) {
+    message.resize(wire::verf_info.size + count * Key.size);
+    for (size_t place = wire::verf_info.size; place < message.size(); place += Key.size, ++at) {
+        const std::span<uint8_t> room(message.data() + place, Key.size);
+        const writer<Key> entry(room);
+        entry.template set<"status">(at->second).template set<"vsan">(at->first.vsan);
+        write(entry, at->first);
+    }
+}
+
+} // namespace
+
+bytes verification_info(const model::verification &report, const model::label_key &from, size_t most) {
+    const auto first = report.found.lower_bound(from);
+    const size_t count = std::min(most, static_cast<size_t>(std::distance(first, report.found.end())));
+    bytes message(wire::verf_info.size);
+    if (const codec::layout &key = wire::key_of(report.type); is_same(key, wire::verf_fcu)) {
+        write_found<wire::verf_fcu>(message, first, count, write_unicast);
+    } else if (is_same(key, wire::verf_fcm)) {
+        write_found<wire::verf_fcm>(message, first, count, write_multicast);
+    } else {
+        write_found<wire::verf_fcl>(message, first, count, write_label);
+    }
+    codec::writable_view<wire::verf_info>(message.data())
+        .set<"n_key">(static_cast<uint32_t>(count))
+        .set<"type">(report.type)
+        .set<"generated">(report.generated)
+        .set<"completed">(report.completed);
+    return message;
 }
 
 model::fib_answer answer_of(view<wire::fib_rsp> answer) {

@@ -50,8 +50,11 @@ inline constexpr request_row fib_requests[] = {
      "\"no entry\" where no entry leads there; else what the RIB would say", ""},
     {RIBKIT_OPCODE_FIB_VERF_QUERY, "FIB_VERF_QUERY", "rib_verf_query",
      "fib_fcu_rsp_path fib_fcm_rsp_path fib_fcl_rsp_path", destination_of::module, "anybody",
-     "Asks which keys of a table, which the type names, the last comparisons have found different.",
-     "the keys, with what is the matter with them: the first, as many as are wanted and an answer holds", ""},
+     "Asks which keys of a table, which the type names, the last comparisons have found different, from a key on. Of a "
+     "label key the third word is the type of the RIB's routes.",
+     "the keys, with what is the matter with them, as many as are wanted and an answer holds; none where there are no "
+     "more",
+     ""},
     {RIBKIT_OPCODE_FIB_NODE, "FIB_NODE", "fib_node+fib_sync+fib_port", "rib_fcurt_rsp", destination_of::rib, "module",
      "A module tells of itself, when it starts, when its state changes and when it has found the RIB again: its "
      "record, its instance with the last sequence number that it took, and as many ports as the record says.",

@@ -17,6 +17,17 @@ void module_feed::vsan_changed(uint32_t vsan, bool suspended) noexcept {
     each_lane([&](auto &lane) { suspended ? lane.withdraw(vsan) : lane.send_whole(vsan); });
 }
 
+void module_feed::compare(table_id table, uint32_t vsan, waiting::id asker) noexcept {
+    if (const uint32_t code = code_of(condition_); code != RIB_OK) {
+        requests_.tell(asker, code);
+        return;
+    }
+    const auto compare = [&](auto &lane) { lane.compare(vsan, asker); };
+    table == table_id::label       ? compare(std::get<0>(lanes_))
+    : table == table_id::multicast ? compare(std::get<1>(lanes_))
+                                   : compare(std::get<2>(lanes_));
+}
+
 void module_feed::restart(uint32_t sequence) noexcept {
     sequence_ = model::is_later(sequence_ + 1, sequence) ? sequence_ : sequence;
     each_lane([](auto &lane) { lane.restart(); });
@@ -73,8 +84,12 @@ void module_feed::settle(uint32_t sequence, const verdict &said) noexcept {
     each_lane([&](auto &lane) { lane.settle(sequence, said); });
 }
 
-void module_feed::tell_owed(waiting::id asker) const noexcept {
-    std::apply([&](const auto &...lane) { (lane.tell_owed(asker), ...); }, lanes_);
+void module_feed::give_up(waiting::id asker) noexcept {
+    each_lane([&](auto &lane) { lane.give_up(asker); });
+}
+
+void module_feed::set_held(bool held) noexcept {
+    each_lane([&](auto &lane) { lane.set_held(held); });
 }
 
 size_t module_feed::in_flight() const {

@@ -49,6 +49,8 @@ class module_feed {
 
     template <class Kind> void change(const typename Kind::key &where, waiting::id asker) noexcept;
     void vsan_changed(uint32_t vsan, bool suspended) noexcept;
+    /// What it has of a table and a VSAN, or of all VSANs where that is 0, is compared.
+    void compare(table_id table, uint32_t vsan, waiting::id asker) noexcept;
 
     /// It is another one than before, with empty tables or older ones.
     void restart(uint32_t sequence) noexcept;
@@ -72,7 +74,9 @@ class module_feed {
     std::optional<uint32_t> write(update_sink &to);
     void settle(uint32_t sequence, const verdict &said) noexcept;
     /// A request waits no longer: what was not answered of it was not in time.
-    void tell_owed(waiting::id asker) const noexcept;
+    void give_up(waiting::id asker) noexcept;
+    /// Whole tables wait, or do not any more.
+    void set_held(bool held) noexcept;
 
     /// The lane of a table.
     template <class Kind> [[nodiscard]] const module_lane<Kind> &lane() const {

@@ -1,27 +1,21 @@
 // What a module shall have of one table: destinations that changed, in the order in which they did, VSANs that it is
-// given whole or that leave it, what is on its way, and what it had no room for.
-//
-// A merge gives a module everything of a VSAN, or of all (VSAN 0): it begins, names the routes in the order of their
-// keys, and ends once all of them were answered; what the module has beside them is gone then. A destination that
-// changes while a merge will still come to it is no news.
+// given whole or that leave it, what is on its way, and what it had no room for; and whether it has all that.
 #pragma once
 
+#include "rib/modules/comparison_course.h"
+#include "rib/modules/merge_course.h"
 #include "rib/modules/module_update.h"
 #include "rib/modules/pending_keys.h"
+#include "rib/modules/refused_keys.h"
 #include "rib/state.h"
 
-#include <bitset>
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace ribkit::rib {
-
-/// So many destinations at most are remembered as changed, and so many as failed, of a table. Where there are more, the
-/// whole VSAN is sent.
-inline constexpr size_t most_remembered = 65536;
 
 template <class Kind> class module_lane {
   public:
@@ -37,10 +31,15 @@ template <class Kind> class module_lane {
     void send_whole(uint32_t vsan) noexcept;
     /// All routes of a VSAN go.
     void withdraw(uint32_t vsan) noexcept;
+    /// What the module has is compared, of a VSAN or of all.
+    /// @param asker the request that is told what is different
+    void compare(uint32_t vsan, waiting::id asker) noexcept;
     /// The module is another one than before: nothing is on its way, and nothing is known of what it has.
     void restart() noexcept;
     /// What failed is tried again.
     void retry() noexcept;
+    /// Whole tables wait, or do not any more.
+    void set_held(bool held) noexcept { merges_.set_held(held); }
 
     /// Whether there is something to send.
     [[nodiscard]] bool has_work() const;
@@ -53,41 +52,34 @@ template <class Kind> class module_lane {
     /// The module will not answer for now: whoever waits is told why, and nothing waits any more.
     void disappoint(uint32_t code) noexcept;
     /// A request waits no longer: for its routes that were not answered the module has not answered in time.
-    void tell_owed(waiting::id asker) const noexcept;
+    void give_up(waiting::id asker) noexcept;
 
     /// Updates on their way.
     [[nodiscard]] size_t in_flight() const { return flights_.size(); }
-    /// What the module did not take, and why.
-    [[nodiscard]] const std::map<key, uint32_t> &failed() const { return failed_; }
     /// Whether the module has everything that it takes.
-    [[nodiscard]] bool is_done() const { return !has_work() && flights_.empty() && !merge_; }
+    [[nodiscard]] bool is_done() const { return !has_work() && flights_.empty() && !merges_.goes_on(); }
 
   private:
     using entry = owed_key<Kind>;
+    using route_record = typename table<Kind>::record;
 
     struct flight {
         uint32_t sequence;
         uint32_t oper;
         uint32_t vsan;
-        uint32_t merge = 0; ///< the number of the merge that begins or ends
+        uint32_t merge = 0;      ///< the number of the merge that begins or ends
+        uint32_t comparison = 0; ///< ... of the comparison that it is part of
+        bool is_question = false;
+        std::vector<key> names{}; ///< that are compared
         std::vector<entry> keys{};
         std::vector<std::pair<key, waiting::id>> more{}; ///< further requests that wait for keys
     };
-    enum class stage : uint8_t { begin, beginning, routes, end, ending };
-    struct merge {
-        uint32_t vsan; ///< 0: all
-        uint32_t number;
-        stage now = stage::begin;
-        key next;        ///< the first that has not been sent
-        size_t owed = 0; ///< routes that were not answered
-    };
-    using vsan_set = std::bitset<RIB_LAST_VSAN + 1>;
+    enum class turn : uint8_t { changes, merge, comparison };
 
-    [[nodiscard]] const typename table<Kind>::record *wanted(const key &where) const;
-    [[nodiscard]] bool comes_anyway(const key &where) const;
-    [[nodiscard]] bool is_behind_merge(const key &where) const;
-    [[nodiscard]] bool may_merge() const;
+    [[nodiscard]] const route_record *wanted(const key &where) const;
     [[nodiscard]] bool may_tell_changes() const;
+    [[nodiscard]] bool may_compare() const;
+    [[nodiscard]] turn next_turn() const;
 
     void remember(const entry &one) noexcept;
     void remember_askers(const flight &lost) noexcept;
@@ -95,28 +87,33 @@ template <class Kind> class module_lane {
     void take(const flight &of, const verdict &said) noexcept;
     void tell(const flight &of, const entry &one, uint32_t code) noexcept;
     void fail(const entry &one, uint32_t sequence, uint32_t code) noexcept;
-    void end_in_merge(const entry &one) noexcept;
     void found_room(uint32_t vsan, size_t count) noexcept;
 
-    void open_merge();
+    void settle_comparison(const flight &of, const verdict &said) noexcept;
+    void repeat_names(const flight &lost) noexcept;
+    void take_findings(const verdict &said) noexcept;
+
+    // What is written.
     void write_merge(update_sink &to, flight &made);
     void write_routes(update_sink &to, flight &made);
     void write_withdrawal(update_sink &to, flight &made);
     void write_changes(update_sink &to, flight &made);
-    added put(update_sink &to, flight &made, uint32_t oper, const entry &one,
-              const typename table<Kind>::record *route);
-    added add(update_sink &to, const key &where, const typename table<Kind>::record *route) const;
+    void write_comparison(update_sink &to, flight &made);
+    void write_names(update_sink &to, flight &made);
+    void write_lost_names(update_sink &to, flight &made);
+    added put_name(update_sink &to, flight &made, const key &where, const route_record *route);
+    template <class Take> std::optional<key> each_route(uint32_t vsan, const key &from, Take take) const;
+    bool touch_all() noexcept;
+    added put(update_sink &to, flight &made, uint32_t oper, const entry &one, const route_record *route);
 
     const state &routes_;
     waiting &requests_;
     pending_keys<Kind> pending_;
-    std::map<key, uint32_t> failed_; ///< code by destination
-    vsan_set crowded_;               ///< VSANs of which more failed than is remembered
+    refused_keys<Kind> refused_;
     vsan_set withdrawn_;
-    vsan_set whole_; ///< VSANs to be merged; 0: all of them
-    std::optional<merge> merge_;
-    uint32_t merges_ = 0;
-    bool merges_next_ = false; ///< changes and merges take turns
+    merge_course<Kind> merges_;
+    comparison_course<Kind> comparisons_;
+    turn last_turn_ = turn::changes;
     std::vector<flight> flights_;
 };
 

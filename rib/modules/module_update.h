@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <set>
 #include <span>
+#include <utility>
+#include <vector>
 
 namespace ribkit::rib {
 
@@ -43,6 +45,9 @@ class update_sink {
     virtual added add(const module_path<unicast> &path) = 0;
     virtual added add(const module_path<multicast> &path) = 0;
     virtual added add(const module_path<label> &path) = 0;
+    /// Asks for keys that the module has found different, from one on, which has no mask in the multicast table.
+    /// Nothing is added to that.
+    virtual void ask(const any_key &from, uint32_t sequence) = 0;
 
   protected:
     ~update_sink() = default;
@@ -60,6 +65,8 @@ struct verdict {
     uint32_t accepted = 0;
     /// Those that took no effect; none: with a result that is not RIB_OK, nothing has.
     std::set<any_key> named{};
+    /// To a question: keys that differ, and FIB_VERF_..., in the order of the keys.
+    std::vector<std::pair<any_key, uint32_t>> found{};
 };
 
 /// A destination as an answer names it. Answers do not tell masks of multicast destinations.
@@ -70,6 +77,17 @@ inline any_key named(const multicast & /*kind*/, const model::multicast_key &key
     return {multicast::id, {.vsan = key.vsan, .to = {key.to.fcid, 0}}};
 }
 inline any_key named(const label & /*kind*/, const model::label_key &key) { return {label::id, key}; }
+
+/// The next destination behind one that an answer names.
+inline model::route_key key_behind(const unicast & /*kind*/, const any_key &last) {
+    return model::key_after({last.second.vsan, last.second.to});
+}
+inline model::multicast_key key_behind(const multicast & /*kind*/, const any_key &last) {
+    return model::key_after({last.second.vsan, {last.second.to.fcid, UINT32_MAX}});
+}
+inline model::label_key key_behind(const label & /*kind*/, const any_key &last) {
+    return model::key_after(last.second);
+}
 
 /// A destination as a request counts it.
 inline any_key counted(const unicast &kind, const model::route_key &key) { return named(kind, key); }

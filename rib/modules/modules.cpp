@@ -14,8 +14,8 @@ module_feed &modules::enter(uint32_t number, uint32_t sequence) {
 void modules::end(const update_answer &answer) noexcept { requests_.seal(std::exchange(asker_, 0), answer); }
 
 void modules::give_up(waiting::id request) noexcept {
-    for (const auto &[number, feed] : all_) {
-        feed.tell_owed(request);
+    for (auto &[number, feed] : all_) {
+        feed.give_up(request);
     }
     requests_.give_up(request);
 }
@@ -40,6 +40,17 @@ void modules::told(const route_event<label> &change) {
 void modules::vsan_changed(uint32_t vsan, bool suspended) {
     for (auto &[number, feed] : all_) {
         feed.vsan_changed(vsan, suspended);
+    }
+}
+
+void modules::compare(table_id table, uint32_t vsan) {
+    if (asker_ == 0) {
+        return;
+    }
+    requests_.compare(asker_);
+    requests_.tell(asker_, all_.empty() ? RIB_MISSING_DEVICE : RIB_OK);
+    for (auto &[number, feed] : all_) {
+        feed.compare(table, vsan, asker_);
     }
 }
 

@@ -39,6 +39,8 @@ class modules final : public effects {
     void told(const route_event<multicast> &change) override;
     void told(const route_event<label> &change) override;
     void vsan_changed(uint32_t vsan, bool suspended) override;
+    /// The request that goes on is told what is different.
+    void compare(table_id table, uint32_t vsan) override;
 
   private:
     template <class Kind> void tell(cause why, const typename Kind::key &where) noexcept;

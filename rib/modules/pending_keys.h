@@ -62,7 +62,7 @@ template <class Kind> class pending_keys {
             others_.emplace(one.where, one.asker);
         }
         known.asker = known.asker == 0 ? one.asker : known.asker;
-        known.merge = one.merge != 0 ? one.merge : known.merge;
+        known.merge = std::max(known.merge, one.merge); // the later one: what was lost may be of a merge that is over
     }
 
     [[nodiscard]] bool contains(const key &where) const { return size() != 0 && places_[find(where)] != none; }
@@ -102,6 +102,12 @@ template <class Kind> class pending_keys {
         others_.clear();
         for (entry &one : queue_) {
             one.asker = 0;
+        }
+    }
+
+    template <class Told> void each(Told told) const {
+        for (size_t at = gone_; at < queue_.size(); at++) {
+            told(queue_[at].where);
         }
     }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <utility>
 
 namespace ribkit::rib {
 
@@ -34,26 +35,67 @@ waiting::id waiting::open() {
 
 void waiting::owe(id request) { open_.at(request).owed++; }
 
-void waiting::settle(id request, const any_key &route, uint32_t code) noexcept {
+/// Null where nobody waits any more.
+waiting::one *waiting::find_open(id request) noexcept {
     const auto found = open_.find(request);
-    if (found != open_.end() && !found->second.over) {
-        tell(request, route, code);
-        found->second.owed--;
-        finish_if_done(found->second);
+    return found == open_.end() || found->second.over ? nullptr : &found->second;
+}
+
+void waiting::settle(id request, const any_key &route, uint32_t code) noexcept {
+    tell(request, route, code);
+    settle(request, RIB_OK);
+}
+
+void waiting::settle(id request, uint32_t code) noexcept {
+    if (one *open = find_open(request); open != nullptr) {
+        tell(request, code);
+        open->owed--;
+        finish_if_done(*open);
+    }
+}
+
+void waiting::tell(id request, uint32_t code) noexcept {
+    if (one *open = find_open(request); open != nullptr) {
+        open->worst = worse_of(open->worst, code);
     }
 }
 
 // Where there is no memory to remember the route it may be counted twice, and the answer says that memory failed.
 void waiting::tell(id request, const any_key &route, uint32_t code) noexcept {
-    const auto found = open_.find(request);
-    if (code == RIB_OK || found == open_.end() || found->second.over) {
+    one *open = find_open(request);
+    if (code == RIB_OK || open == nullptr) {
         return;
     }
-    found->second.worst = worse_of(found->second.worst, code);
+    tell(request, code);
     try {
-        found->second.missed.insert(route);
+        open->missed.insert(route);
     } catch (const std::bad_alloc &) {
-        found->second.worst = worse_of(found->second.worst, RIB_OUT_OF_MEMORY);
+        tell(request, RIB_OUT_OF_MEMORY);
+    }
+}
+
+void waiting::compare(id request) noexcept { open_.at(request).found.emplace(); }
+
+bool waiting::find(id request, const any_key &route, uint32_t status) noexcept {
+    one *open = find_open(request);
+    if (open == nullptr || open->found->keys.size() >= most_found) {
+        return false;
+    }
+    try {
+        open->found->keys.emplace(route, status);
+        if (status != FIB_VERF_NOT_IN_RIB) {
+            open->missed.insert(route);
+        }
+        tell(request, RIB_FAILED);
+    } catch (const std::bad_alloc &) {
+        tell(request, RIB_OUT_OF_MEMORY);
+    }
+    return true;
+}
+
+void waiting::count_named(id request, uint32_t named) noexcept {
+    if (one *open = find_open(request); open != nullptr) {
+        open->found->named = std::max(open->found->named, named);
     }
 }
 
@@ -65,10 +107,9 @@ void waiting::seal(id request, const update_answer &answer) noexcept {
 }
 
 void waiting::give_up(id request) noexcept {
-    const auto found = open_.find(request);
-    if (found != open_.end() && !found->second.over) {
-        found->second.worst = RIB_TIMEOUT;
-        finish(found->second);
+    if (one *open = find_open(request); open != nullptr) {
+        open->worst = RIB_TIMEOUT;
+        finish(*open);
     }
 }
 
@@ -81,6 +122,10 @@ void waiting::finish_if_done(one &request) noexcept {
 void waiting::finish(one &request) noexcept {
     update_answer &answer = request.answer;
     answer.result = answer.result != RIB_OK ? answer.result : request.worst;
+    if (request.found) { // of what a module has not said nothing is known
+        request.found->complete = answer.result == RIB_OK || answer.result == RIB_FAILED;
+        answer.accepted = request.found->complete ? request.found->named : 0;
+    }
     answer.accepted -= std::min(answer.accepted, static_cast<uint32_t>(request.missed.size()));
     request.over = true;
     finished_++;
@@ -92,8 +137,8 @@ std::optional<waiting::done> waiting::take_done() {
     if (first_done_ == nullptr) {
         return {};
     }
-    const one &request = *first_done_;
-    const done result{request.number, request.answer};
+    one &request = *first_done_;
+    done result{request.number, request.answer, std::move(request.found)};
     first_done_ = request.next_done;
     last_done_ = first_done_ == nullptr ? nullptr : last_done_;
     finished_--;

@@ -1,5 +1,5 @@
-// Requests whose answers wait for the modules: how many answers each still waits for, what the worst of them said, and
-// which of its routes a module did not take.
+// Requests whose answers wait for the modules: how many answers each still waits for, what the worst of them said,
+// which of its routes a module did not take, and what a comparison has found.
 #pragma once
 
 #include "model/label.h"
@@ -26,9 +26,21 @@ class waiting {
     /// 0 is no request.
     using id = uint32_t;
 
+    /// What a comparison with the modules has found.
+    struct findings {
+        std::map<any_key, uint32_t> keys{}; ///< FIB_VERF_... of those that differ; of several modules the first's
+        uint32_t named = 0;                 ///< routes that modules shall have
+        bool complete = true;               ///< every module has said all
+
+        bool operator==(const findings &) const = default;
+    };
+    /// So many keys of a comparison are kept.
+    static constexpr size_t most_found = 65536;
+
     struct done {
         id request;
         update_answer answer;
+        std::optional<findings> found{}; ///< of a request that compares
     };
 
     /// A request begins: what changes until it is sealed is its doing. Throws std::bad_alloc.
@@ -39,6 +51,17 @@ class waiting {
     void settle(id request, const any_key &route, uint32_t code) noexcept;
     /// Something is known of a route of the request without asking.
     void tell(id request, const any_key &route, uint32_t code) noexcept;
+    /// As settle and tell, of no route.
+    void settle(id request, uint32_t code) noexcept;
+    void tell(id request, uint32_t code) noexcept;
+
+    /// The request compares; its result will be RIB_FAILED where something differs.
+    void compare(id request) noexcept;
+    /// A module has something else than it shall have. @return whether more of it is of use
+    bool find(id request, const any_key &route, uint32_t status) noexcept;
+    /// So many routes were named to a module.
+    void count_named(id request, uint32_t named) noexcept;
+
     /// All that the request changes has been told. It is done once nothing is owed.
     void seal(id request, const update_answer &answer) noexcept;
     /// The request will not wait any more. It is done with RIB_TIMEOUT where anything is owed.
@@ -57,10 +80,12 @@ class waiting {
         uint32_t worst = RIB_OK;
         update_answer answer{};
         std::set<any_key> missed{};
+        std::optional<findings> found{};
         one *next_done = nullptr;
         id number = 0;
     };
 
+    [[nodiscard]] one *find_open(id request) noexcept;
     void finish_if_done(one &request) noexcept;
     void finish(one &request) noexcept;
 

@@ -30,16 +30,72 @@ words words_of(const module_path<label> &path) {
     return all;
 }
 
+namespace {
+
+constexpr size_t most_told = 3; ///< keys in an answer
+
+bool is_of(const any_key &one, const module_head &head) {
+    return one.first == head.table && (head.vsan == 0 || one.second.vsan == head.vsan);
+}
+
+any_key name_of(any_key where) {
+    where.second.to.mask = where.first == table_id::multicast ? 0 : where.second.to.mask;
+    return where;
+}
+
+} // namespace
+
 void played_module::restart() {
     last_ = 0;
     all_.clear();
     named_.clear();
     merging_.clear();
+    compared_.clear();
+    comparing_.clear();
+    differences_.clear();
 }
 
-bool played_module::is_in_merge(const module_head &head) const {
-    const auto found = merging_.find(head.table);
-    return found != merging_.end() && (found->second == 0 || found->second == head.vsan);
+bool played_module::is_in(const vsan_by_table &those, const module_head &head) {
+    const auto found = those.find(head.table);
+    return found != those.end() && (found->second == 0 || found->second == head.vsan);
+}
+
+void played_module::compare(const played_update &update, verdict &said) {
+    const module_head &head = update.head;
+    if (head.oper == FIB_OPER_BEGIN_VERIFY) {
+        comparing_[head.table] = head.vsan;
+        std::erase_if(compared_, [&](const any_key &one) { return one.first == head.table; });
+        std::erase_if(differences_, [&](const auto &one) { return is_of(one.first, head); });
+    } else if (!is_in(comparing_, head)) {
+        said.result = RIB_NO_ENTRY;
+    } else if (head.oper == FIB_OPER_END_VERIFY) {
+        comparing_.erase(head.table);
+        find_extra(head);
+    }
+    for (const auto &[where, what] : update.paths) {
+        const auto held = all_.find(where);
+        compared_.insert(where);
+        if (held == all_.end() || held->second != what) {
+            differences_[name_of(where)] = held == all_.end() ? FIB_VERF_NOT_IN_FIB : FIB_VERF_BAD_IN_FIB;
+        }
+    }
+}
+
+void played_module::find_extra(const module_head &head) {
+    for (const auto &[where, what] : all_) {
+        if (is_of(where, head) && !compared_.contains(where)) {
+            differences_[name_of(where)] = FIB_VERF_NOT_IN_RIB;
+        }
+    }
+}
+
+verdict played_module::tell_differences(const any_key &from) const {
+    verdict said;
+    for (auto at = differences_.lower_bound(from);
+         at != differences_.end() && at->first.first == from.first && said.found.size() < most_told; ++at) {
+        said.found.emplace_back(*at);
+    }
+    return said;
 }
 
 uint32_t played_module::remove(table_id table, uint32_t vsan, bool unnamed_only) {
@@ -53,7 +109,7 @@ void played_module::merge(const module_head &head, verdict &said) {
     if (head.oper == FIB_OPER_BEGIN_MERGE) {
         merging_[head.table] = head.vsan;
         std::erase_if(named_, [&](const any_key &one) { return one.first == head.table; });
-    } else if (!is_in_merge(head)) {
+    } else if (!is_in(merging_, head)) {
         said.result = RIB_NO_ENTRY;
     } else if (head.oper == FIB_OPER_END_MERGE) {
         merging_.erase(head.table);
@@ -64,11 +120,18 @@ void played_module::merge(const module_head &head, verdict &said) {
 verdict played_module::take(const played_update &update) {
     verdict said;
     const module_head &head = update.head;
+    if (update.asks) {
+        return tell_differences(*update.asks);
+    }
     if (last_ != 0 && !model::is_later(head.sequence, last_)) {
         said.result = RIB_INDEX_USED;
         return said;
     }
     last_ = head.sequence;
+    if (head.oper >= FIB_OPER_BEGIN_VERIFY) {
+        compare(update, said);
+        return said;
+    }
     if (head.oper == FIB_OPER_REMOVE_ALL) {
         said.accepted = remove(head.table, head.vsan, false);
     } else if (head.oper != FIB_OPER_UPDATE && head.oper != FIB_OPER_REMOVE) {
@@ -84,11 +147,10 @@ verdict played_module::take(const played_update &update) {
             all_.erase(where);
         } else if (is_new && static_cast<size_t>(std::count_if(all_.begin(), all_.end(), held)) >= room_) {
             said.result = RIB_HW_FULL;
-            any_key name = where;
-            name.second.to.mask = head.table == table_id::multicast ? 0 : name.second.to.mask;
-            said.named.insert(name);
+            said.named.insert(name_of(where));
         } else {
             all_[where] = what;
+            compared_.insert(where);
             if (head.oper == FIB_OPER_MERGE) {
                 named_.insert(where);
             }

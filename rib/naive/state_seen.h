@@ -24,6 +24,10 @@ class listener final : public effects {
 
     void vsan_changed(uint32_t vsan, bool suspended) override { told_since.push_back({vsan, suspended ? 1U : 0U}); }
 
+    void compare(table_id table, uint32_t vsan) override {
+        told_since.push_back({vsan, 2 + static_cast<uint32_t>(table)});
+    }
+
     std::vector<words> told_since;
 
   private:

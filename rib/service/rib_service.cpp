@@ -37,9 +37,6 @@ constexpr bool lacks_memory(uint32_t result) {
     return result == RIB_OUT_OF_MEMORY || result == (RIB_PLATFORM_FAILURE | ENOMEM);
 }
 
-/// Since 1970.
-uint32_t seconds_now() { return static_cast<uint32_t>(std::time(nullptr)); }
-
 std::string sender_of(const qip_ref &ref) {
     const std::string name = qip_sender_name(&ref);
     return name.empty() ? base::joined("sender ", qip_sender_get(&ref)) : name;
@@ -296,6 +293,9 @@ bytes rib_service::tell_formats(const request &asked) {
     return asked.payload.empty() ? protocol::own_wire_digests() : refuse(asked, RIB_EXCESS_DATA, "it has no payload");
 }
 
+/// Since 1970.
+uint32_t rib_service::seconds_now() { return static_cast<uint32_t>(std::time(nullptr)); }
+
 arrival rib_service::arrival_of(const request &asked) {
     return {seconds_now(), qip_now() / microseconds, asked.in_envelope};
 }
@@ -320,12 +320,16 @@ bytes rib_service::ask(const request &asked) {
     rib_.waiting = static_cast<uint32_t>(held_.size());
     reply answer = row->answer(rib_, asked.payload.data(), arrival_of(asked));
     notices_.listen(rib_.clients.size() != 0);
+    if (answer.compares) {
+        return compare_and_wait(asked, *answer.compares);
+    }
     return answer.result == RIB_OK ? std::move(answer.message) : refuse(asked, answer.result, "", client);
 }
 
 // The answer has its room before anything is changed: what was done is never answered as if it had failed.
 template <class Kind> bytes rib_service::update(const request &asked) {
-    if (waits_for_modules(operation_of<Kind>(asked.payload)) && !followed_.all().empty()) {
+    const uint32_t oper = operation_of<Kind>(asked.payload);
+    if (waits_for_modules(oper) && (oper == RIB_OPER_VERIFY || !followed_.all().empty())) {
         return update_and_wait<Kind>(asked);
     }
     bytes answer(wire::route_rsp.size);

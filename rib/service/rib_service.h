@@ -94,16 +94,22 @@ class rib_service {
     bytes hear_probe(const request &asked);
     bytes tell_formats(const request &asked);
     [[nodiscard]] static arrival arrival_of(const request &asked);
+    [[nodiscard]] static uint32_t seconds_now();
     bytes refuse(const request &asked, uint32_t result, const std::string &why, uint32_t client = 0);
     void complain(const qip_ref &ref, uint32_t opcode, uint32_t result, const std::string &why, uint32_t client = 0);
     [[nodiscard]] bool may_speak(const request &asked, uint32_t client) const;
 
     template <class Kind> bytes update_and_wait(const request &asked);
+    bytes compare_and_wait(const request &asked, table_id table);
+    template <class Take>
+    bytes hold_for_modules(const request &asked, const update_answer &failed, std::optional<table_id> compares,
+                           Take take);
     bytes hear_module(const request &asked);
     bool hear_module_answer(const qip_ref &ref);
     void look_after_modules();
     [[nodiscard]] bool have_modules_all() const;
     void answer_held();
+    void report(table_id table, waiting::findings found);
     void drop_held();
 
     bool stand_by();

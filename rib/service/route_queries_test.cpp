@@ -422,8 +422,8 @@ TEST(route_queries, label_types) {
     EXPECT_EQ(ask(0x1002, {1}), (expected{keys[1], keys[5]}));
     EXPECT_EQ(ask(0x100f, {0}), keys);
     EXPECT_EQ(ask(0x1f, {0}), expected(keys.begin(), keys.end() - 1));
-    EXPECT_EQ(ask(0x1f, protocol::key_after(keys[4])), (expected{keys[5]}));
-    EXPECT_EQ(ask(0x2f, protocol::key_after(keys[2])), (expected{keys[3], keys[4]}));
+    EXPECT_EQ(ask(0x1f, model::key_after(keys[4])), (expected{keys[5]}));
+    EXPECT_EQ(ask(0x2f, model::key_after(keys[2])), (expected{keys[3], keys[4]}));
     EXPECT_TRUE(ask(0x42, {1, 2, 0, {0, 0}, 1, {0x5141, 0}}).empty());
     EXPECT_EQ(answer_routes(rib, protocol::label_query{13, 0x101, most, {1}}, false).result, RIB_NO_DATABASE);
     EXPECT_EQ(answer_routes(rib, protocol::label_query{13, 0x4f, most, {1}}, false).result, RIB_NOT_SUPPORTED);
@@ -448,7 +448,7 @@ TEST(route_queries, label_routes_that_stay_are_met_once) {
         for (const auto &key : part) {
             met[key]++;
         }
-        query.from = protocol::key_after(part.back());
+        query.from = model::key_after(part.back());
         if (const auto key = any_key(); !staying.contains(key)) {
             change_label(rib, random.coin() ? RIB_ACTION_ADD : RIB_ACTION_DELETE, key);
         }

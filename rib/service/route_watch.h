@@ -25,6 +25,7 @@ class route_watch final : public effects {
     void told(const route_event<multicast> &change) override { tell(change); }
     void told(const route_event<label> &change) override { tell(change); }
     void vsan_changed(uint32_t vsan, bool suspended) override;
+    void compare(table_id table, uint32_t vsan) override { followed_.compare(table, vsan); }
     void moved(uint32_t vsan, const model::destination &what, uint32_t from, uint32_t to) override;
     void owned(uint32_t segment, uint32_t first, uint32_t count) override;
 

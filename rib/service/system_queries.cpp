@@ -8,6 +8,7 @@
 #include "protocol/system_messages.h"
 #include "rib/domains.h"
 #include "rib/flows.h"
+#include "rib/service/modules/module_messages.h"
 #include "ribkit_rib.h"
 
 #include <algorithm>
@@ -54,6 +55,10 @@ struct comparison {
     table_id table{};
 };
 
+constexpr const char *name_of(table_id table) {
+    return table == table_id::label ? "label" : table == table_id::multicast ? "multicast" : "unicast";
+}
+
 comparison comparison_of(uint32_t type) {
     switch (type) {
     case 0x10:
@@ -62,11 +67,11 @@ comparison comparison_of(uint32_t type) {
         return {comparison::what::with_vault, table_id::multicast};
     case 0x40:
         return {comparison::what::with_vault, table_id::unicast};
-    case 0x100:
+    case protocol::compared_labels:
         return {comparison::what::with_modules, table_id::label};
-    case 0x200:
+    case protocol::compared_multicast:
         return {comparison::what::with_modules, table_id::multicast};
-    case 0x400:
+    case protocol::compared_unicast:
         return {comparison::what::with_modules, table_id::unicast};
     case 0x1000:
         return {comparison::what::forget, table_id::label};
@@ -199,7 +204,8 @@ reply answer_verification(const instance &rib, const protocol::verify_query &ask
     if (wanted != comparison::what::with_modules || report.type != asked.type) {
         return reply::refusal(wanted == comparison::what::with_modules ? RIB_NO_ENTRY : RIB_NOT_SUPPORTED);
     }
-    return reply::of(protocol::verification_info(report));
+    const size_t room = (RIBKIT_ANSWER_LIMIT - wire::verf_info.size) / wire::size_of_key(report.type);
+    return reply::of(protocol::verification_info(report, asked.from, std::min<size_t>(room, asked.requested)));
 }
 
 reply test(instance &rib, const protocol::simple_request &asked) {
@@ -217,15 +223,14 @@ reply test(instance &rib, const protocol::simple_request &asked) {
     return answer;
 }
 
-reply verify(instance &rib, const protocol::simple_request &asked, const arrival &came) {
+reply verify(instance &rib, const protocol::simple_request &asked) {
     const auto &[wanted, table] = comparison_of(asked.type);
     model::verification &report = rib.reports[static_cast<size_t>(table)];
     switch (wanted) {
     case comparison::what::with_vault:
         return reply::refusal(RIB_NO_DATABASE);
-    case comparison::what::with_modules: // of which there are none
-        report = {asked.type, came.now, came.now};
-        return result_of(RIB_OK);
+    case comparison::what::with_modules:
+        return {RIB_OK, {}, table};
     case comparison::what::forget: {
         const bool was_there = report.type != 0;
         report = {};
@@ -233,6 +238,24 @@ reply verify(instance &rib, const protocol::simple_request &asked, const arrival
     }
     default:
         return reply::refusal(RIB_NOT_SUPPORTED);
+    }
+}
+
+void begin_report(instance &rib, table_id table, uint32_t now) {
+    rib.reports[static_cast<size_t>(table)] = {compared(table), now, 0, {}};
+}
+
+void finish_report(instance &rib, table_id table, waiting::findings found, uint32_t now) {
+    model::verification &report = rib.reports[static_cast<size_t>(table)];
+    bus::note_in_history("rib: the ", name_of(table), " table was compared with the modules, ", found.keys.size(),
+                         " keys differ", found.complete ? "" : ", not all is known");
+    if (report.type == 0) { // forgotten meanwhile
+        return;
+    }
+    report.completed = found.complete ? now : 0;
+    report.found.clear();
+    for (const auto &[key, status] : found.keys) {
+        report.found.emplace_hint(report.found.end(), key.second, status);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "protocol/queries.h"
 #include "rib/instance.h"
+#include "rib/modules/waiting.h"
 #include "rib/service/reply.h"
 
 #include <cstdint>
@@ -28,9 +29,14 @@ reply answer_flow(const instance &rib, const protocol::flow_query &asked);
 reply answer_log(const instance &rib, const protocol::log_query &asked);
 reply answer_verification(const instance &rib, const protocol::verify_query &asked, const arrival &came);
 
+/// A table is compared with the modules from now on, which a report tells...
+void begin_report(instance &rib, table_id table, uint32_t now);
+/// ... and so much was found. Throws std::bad_alloc.
+void finish_report(instance &rib, table_id table, waiting::findings found, uint32_t now);
+
 /// What changes something: the answer is its result.
 reply test(instance &rib, const protocol::simple_request &asked);
-reply verify(instance &rib, const protocol::simple_request &asked, const arrival &came);
+reply verify(instance &rib, const protocol::simple_request &asked);
 reply enter(instance &rib, const registration &said, const arrival &came);
 
 } // namespace ribkit::rib

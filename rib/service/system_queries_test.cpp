@@ -206,18 +206,24 @@ TEST_F(system_queries, a_comparison_leaves_a_report) {
     const auto report = [&](uint32_t type) { return answer_verification(rib, {fspf, 0x1, type, 10}, came); };
     for (const auto &[type, forget] : {std::pair(0x100U, 0x1000U), {0x200, 0x2000}, {0x400, 0x4000}}) {
         EXPECT_EQ(report(type).result, RIB_NO_ENTRY);
-        EXPECT_EQ(verify(rib, {fspf, type}, came).result, RIB_OK);
+        const auto compares = verify(rib, {fspf, type}).compares;
+        ASSERT_TRUE(compares);
+        begin_report(rib, *compares, 1000);
+        EXPECT_EQ(seen<wire::verf_info>(report(type)).get<"completed">(), 0U);
+        finish_report(rib, *compares, {.keys = {{{*compares, {.vsan = 1}}, FIB_VERF_NOT_IN_FIB}}}, 1001);
+        EXPECT_EQ(seen<wire::verf_info>(report(type)).get<"completed">(), 1001U);
+        EXPECT_EQ(seen<wire::verf_info>(report(type)).get<"n_key">(), 1U);
         EXPECT_EQ(rib_check_verf_info(report(type).message.data(), report(type).message.size(), nullptr), RIB_OK);
         EXPECT_EQ(seen<wire::verf_info>(report(type)).get<"generated">(), 1000U);
-        EXPECT_EQ(verify(rib, {fspf, forget}, came).result, RIB_OK);
-        EXPECT_EQ(verify(rib, {fspf, forget}, came).result, RIB_NO_ENTRY);
+        EXPECT_EQ(verify(rib, {fspf, forget}).result, RIB_OK);
+        EXPECT_EQ(verify(rib, {fspf, forget}).result, RIB_NO_ENTRY);
         EXPECT_EQ(report(type).result, RIB_NO_ENTRY);
     }
     for (const uint32_t type : {0x10U, 0x20U, 0x40U}) {
-        EXPECT_EQ(verify(rib, {fspf, type}, came).result, RIB_NO_DATABASE);
+        EXPECT_EQ(verify(rib, {fspf, type}).result, RIB_NO_DATABASE);
         EXPECT_EQ(report(type).result, RIB_NO_DATABASE);
     }
-    EXPECT_EQ(verify(rib, {fspf, 0x30}, came).result, RIB_NOT_SUPPORTED);
+    EXPECT_EQ(verify(rib, {fspf, 0x30}).result, RIB_NOT_SUPPORTED);
     EXPECT_EQ(report(0x1000).result, RIB_NOT_SUPPORTED);
 }
 

@@ -222,8 +222,11 @@ TEST(wire_random, the_service_answers_and_tells_what_the_model_does) {
             client.set_distance(uuid, i % 3);
             expected.set_distance(uuid, i % 3, 0);
         } else if (can_travel(asked)) {
-            EXPECT_EQ(client.ask(opcode_of(asked.table), bytes_of(asked), asked.in_envelope), expected.update(asked))
-                << i;
+            words answer = expected.update(asked);
+            if (asked.oper == RIB_OPER_VERIFY && answer[0] == RIB_OK) { // there are no modules
+                answer[0] = RIB_MISSING_DEVICE;
+            }
+            EXPECT_EQ(client.ask(opcode_of(asked.table), bytes_of(asked), asked.in_envelope), answer) << i;
         }
     }
     service.stop();

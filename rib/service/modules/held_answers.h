@@ -18,7 +18,8 @@ struct held_answer {
     bool in_envelope;
     uint32_t opcode;
     uint32_t sender;
-    uint64_t due; ///< in microseconds: it is answered then in any case
+    uint64_t due;                       ///< in microseconds: it is answered then in any case
+    std::optional<table_id> compares{}; ///< what is to be reported when it is answered
 };
 
 class held_answers {

@@ -137,6 +137,7 @@ void module_exchange::send_some() {
             sent about;
             about.sequence = *sequence;
             about.table = writer_.table();
+            about.is_question = writer_.is_question();
             send(to, feed, std::move(about), writer_.opcode(), writer_.message());
         }
     }
@@ -213,7 +214,9 @@ bool module_exchange::take_answer(uint32_t token, std::span<const uint8_t> paylo
         const auto found = std::find_if(from.in_flight.begin(), from.in_flight.end(),
                                         [&](const sent &one) { return one.token == token; });
         const bool is_late = found == from.in_flight.end();
-        verdict said = is_late ? verdict{} : verdict_of(found->table, found->sequence, payload);
+        const verdict said = is_late              ? verdict{}
+                             : found->is_question ? findings_of(found->table, payload)
+                                                  : verdict_of(found->table, found->sequence, payload);
         rib_token_remove(&from.owed, token);
         if (feed.condition() == module_condition::silent) {
             feed.set_condition(module_condition::serving);

@@ -56,6 +56,7 @@ class module_exchange {
         uint32_t token = 0;
         uint32_t sequence = 0;
         table_id table = table_id::unicast;
+        bool is_question = false;
         uint64_t due = 0;
         std::vector<uint32_t> vsans{}; ///< that it tells of, where it is about VSANs
     };

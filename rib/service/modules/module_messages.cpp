@@ -31,6 +31,20 @@ verdict read_verdict(const Kind &kind, protocol::whole_check *check, uint32_t se
     return said;
 }
 
+template <const codec::layout &Report, auto Check, class Kind>
+verdict read_findings(const Kind &kind, std::span<const uint8_t> answer) {
+    verdict said{.what = verdict::fate::damaged};
+    if (Check(answer.data(), static_cast<uint32_t>(answer.size()), nullptr) != RIB_OK) {
+        return said;
+    }
+    const codec::view<Report> report(answer.data());
+    said = {.what = verdict::fate::answered, .result = report.template get<protocol::use<Report, "result">>()};
+    for (const auto &[status, key] : protocol::faults_of(report)) {
+        said.found.emplace_back(named(kind, key), status);
+    }
+    return said;
+}
+
 } // namespace
 
 module_message::module_message() : room_(RIBKIT_ANSWER_LIMIT) {}
@@ -73,23 +87,25 @@ added module_message::add(const module_path<label> &path) {
                                              : protocol::add_path(update, path.where, *path.what));
 }
 
+void module_message::ask(const any_key &from, uint32_t /*sequence*/) {
+    constexpr uint32_t query = 1;
+    table_ = from.first;
+    now_.emplace<module_question>().bytes =
+        protocol::encode(protocol::verify_query{RIB_CLIENT_RIB, query, compared(table_), UINT32_MAX, from.second});
+}
+
 uint32_t module_message::opcode() const {
-    return table_ == table_id::label       ? RIBKIT_OPCODE_FIB_FCL_UPDATE
+    return is_question()                   ? RIBKIT_OPCODE_FIB_VERF_QUERY
+           : table_ == table_id::label     ? RIBKIT_OPCODE_FIB_FCL_UPDATE
            : table_ == table_id::multicast ? RIBKIT_OPCODE_FIB_FCM_UPDATE
                                            : RIBKIT_OPCODE_FIB_FCU_UPDATE;
 }
 
 std::span<const uint8_t> module_message::message() const {
-    const auto size = std::visit(
-        [](const auto &update) -> uint32_t {
-            if constexpr (std::is_same_v<decltype(update), const std::monostate &>) {
-                return 0;
-            } else {
-                return update.size();
-            }
-        },
-        now_);
-    return std::span(room_).first(size);
+    if (is_question()) {
+        return std::get<module_question>(now_).bytes;
+    }
+    return std::span(room_).first(std::visit([](const auto &said) { return said.size(); }, now_));
 }
 
 verdict verdict_of(table_id table, uint32_t sequence, std::span<const uint8_t> answer) {
@@ -100,6 +116,17 @@ verdict verdict_of(table_id table, uint32_t sequence, std::span<const uint8_t> a
         return read_verdict<wire::fcm_rsp_path>(multicast(), protocol::check_multicast_fib_answer, sequence, answer);
     default:
         return read_verdict<wire::fcu_rsp_path>(unicast(), protocol::check_unicast_fib_answer, sequence, answer);
+    }
+}
+
+verdict findings_of(table_id table, std::span<const uint8_t> answer) {
+    switch (table) {
+    case table_id::label:
+        return read_findings<wire::fcl_rsp_path, fib_check_fcl_rsp_path>(label(), answer);
+    case table_id::multicast:
+        return read_findings<wire::fcm_rsp_path, fib_check_fcm_rsp_path>(multicast(), answer);
+    default:
+        return read_findings<wire::fcu_rsp_path, fib_check_fcu_rsp_path>(unicast(), answer);
     }
 }
 

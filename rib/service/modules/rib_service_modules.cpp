@@ -3,12 +3,14 @@
 #include "protocol/fib/fib_checks.h"
 #include "protocol/fib/fib_records.h"
 #include "rib/service/rib_service.h"
+#include "rib/service/system_queries.h"
 #include "rib/service/updates.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace ribkit::rib {
 
@@ -23,18 +25,20 @@ protocol::fcurt_response response_of(const update_answer &answer) {
 } // namespace
 
 // All that can fail is done before anything is changed.
-template <class Kind> bytes rib_service::update_and_wait(const request &asked) {
+/// @param take what is done, and whose doing that which happens meanwhile is; it returns the RIB's own answer
+template <class Take>
+bytes rib_service::hold_for_modules(const request &asked, const update_answer &failed, std::optional<table_id> compares,
+                                    Take take) {
     const uint32_t sender = qip_sender_get(&asked.ref);
     if (!held_.has_room(sender)) {
         return refuse(asked, RIB_OUT_OF_MEMORY, "too many of its requests wait for modules");
     }
     const waiting::id id = followed_.begin();
-    update_answer answer{RIB_OUT_OF_MEMORY, operation_of<Kind>(asked.payload), 0};
+    update_answer answer = failed;
     try {
-        held_.hold(id, {asked.ref, asked.in_envelope, asked.opcode, sender, qip_now() + patience});
+        held_.hold(id, {asked.ref, asked.in_envelope, asked.opcode, sender, qip_now() + patience, compares});
         keeps_request_ = true;
-        const protocol::fcurt_response response = take_routes<Kind>(asked);
-        answer = {response.result, response.oper, response.vsan, response.accepted, response.held};
+        answer = take();
     } catch (const std::bad_alloc &) {
         followed_.end(answer);
         if (keeps_request_) {
@@ -44,6 +48,31 @@ template <class Kind> bytes rib_service::update_and_wait(const request &asked) {
     }
     followed_.end(answer);
     return {};
+}
+
+template <class Kind> bytes rib_service::update_and_wait(const request &asked) {
+    const uint32_t oper = operation_of<Kind>(asked.payload);
+    const bool compares = oper == RIB_OPER_VERIFY;
+    return hold_for_modules(
+        asked, {RIB_OUT_OF_MEMORY, oper, 0}, compares ? std::optional(Kind::id) : std::nullopt, [&]() -> update_answer {
+            const protocol::fcurt_response response = take_routes<Kind>(asked);
+            if (compares && response.result == RIB_OK) {
+                begin_report(rib_, Kind::id, seconds_now());
+            }
+            return {response.result, response.oper, response.vsan, response.accepted, response.held};
+        });
+}
+
+/// A whole table, of all VSANs.
+bytes rib_service::compare_and_wait(const request &asked, table_id table) {
+    return hold_for_modules(asked, {RIB_OUT_OF_MEMORY, RIB_OPER_VERIFY, 0}, table, [&]() -> update_answer {
+        begin_report(rib_, table, seconds_now());
+        followed_.compare(table, 0);
+        const size_t held = table == table_id::label       ? rib_.routes.routes<label>().count()
+                            : table == table_id::multicast ? rib_.routes.routes<multicast>().count()
+                                                           : rib_.routes.routes<unicast>().count();
+        return {RIB_OK, RIB_OPER_VERIFY, 0, 0, static_cast<uint32_t>(held)};
+    });
 }
 
 template bytes rib_service::update_and_wait<unicast>(const request &);
@@ -99,11 +128,23 @@ void rib_service::look_after_modules() {
 
 /// Answers the requests for which all modules have answered.
 void rib_service::answer_held() {
-    while (const auto done = followed_.take_done()) {
+    while (auto done = followed_.take_done()) {
         if (auto one = held_.take(done->request)) {
+            if (one->compares && done->found) {
+                report(*one->compares, std::move(*done->found));
+            }
             answer(one->ref, one->in_envelope, encode(response_of(done->answer)));
             rib_wrap_qip_drop(RIB_CLIENT_RIB, handle_.number(), &one->ref);
         }
+    }
+}
+
+/// Where there is no memory for it, the report stays one that is not complete.
+void rib_service::report(table_id table, waiting::findings found) {
+    try {
+        finish_report(rib_, table, std::move(found), seconds_now());
+    } catch (const std::bad_alloc &) {
+        return;
     }
 }
 
