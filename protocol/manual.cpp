@@ -245,12 +245,22 @@ memory" and not done. Its result is that of the RIB where it is not "ok", else t
 | --- | --- |
 | timeout | a module has not answered in time, or has not for some time: then nobody waits for it until it does |
 | missing device | a module that was there is not there any more, or has said that it leaves |
-| missing response | a module's answer was damaged |
+| missing response | a module's answer was damaged; after eight in a row it is sent nothing until it tells of itself again |
 | lc upgrading | a module is upgrading |
 | any other | the module's own: it has no room |
 
 Accepted are the routes that every module took. The others stay in the RIB, and are tried again when the module has room
 again, answers again or returns. A route that is changed again before it was sent to a module is sent once, as it is then.
+
+A comparison is answered like that, too, and is "failed" where something differs: a module has not what it shall have, has
+something else, or has more. Accepted are the routes that every module has as they are; none, where a module has not said
+all. What changes meanwhile is no difference. The report of a table is that of its last comparison; of several modules
+that differ in a route it tells the first one's state, and of more than 65536 routes the first. Without any module a
+comparison is answered with "missing device".
+
+A RIB that starts has no routes. A module that has entries then keeps them until the clients have brought theirs back:
+until no update of routes has come for 500 ms, but 3 s at most (`ribkit rib --hold`). Then what nobody has brought back is
+removed. A route that changes meanwhile and whose answer waits for modules is sent at once.
 )";
     print_requests(text, "Messages", requests);
     print_meanings(text, "Operations of updates", rib_oper_to_str, operations);

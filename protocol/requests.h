@@ -82,10 +82,13 @@ inline constexpr request_row requests[] = {
      "the type that was asked for; 1 where it is on now, else 0", "lines of history while it is on"},
     {RIBKIT_OPCODE_VERF_QUERY, "VERF_QUERY", "rib_verf_query", "rib_verf_info", destination_of::rib, "client",
      "Asks what the last comparison of a table has found.",
-     "when it was made, and the routes that differ; \"no entry\" where there was none", ""},
+     "when it was begun and completed (0: not every module has said all), and the routes that differ, from a key on, "
+     "with "
+     "what is the matter with them; \"no entry\" where there was none",
+     ""},
     {RIBKIT_OPCODE_VERIFY, "VERIFY", "rib_verify", "rib_fcurt_rsp", destination_of::rib, "client",
-     "Compares a table with every module, or forgets what was found. With the vault: \"no database\".", "result",
-     "a report"},
+     "Compares a table with every module, or forgets what was found. With the vault: \"no database\".",
+     "result, operation, 0, how many routes every module has as they are, how many there are", "a report"},
     {RIBKIT_OPCODE_REGISTER, "REGISTER", "rib_register", "rib_fcurt_rsp", destination_of::rib, "client",
      "Registers a client with its route distance and its name. It is repeated every 10 s; a client that is not heard "
      "of "
@@ -161,7 +164,8 @@ inline constexpr meaning_row operations[] = {
      "history"},
     {0x8000, "The sender's own routes of the VSAN's table come back to it as notifications with this operation.",
      "at once, with how many there are", "notification"},
-    {0x10000, "The VSAN's table is compared with the modules.", "at once", ""},
+    {0x10000, "The VSAN's table is compared with the modules.",
+     "when the modules have answered, with how many routes every module has as they are", "a report"},
 };
 
 /// Actions of records.
@@ -187,9 +191,9 @@ inline constexpr meaning_row verifications[] = {
     {0x10, "Of the label table with the vault.", "\"no database\""},
     {0x20, "Of the multicast table with the vault.", "\"no database\""},
     {0x40, "Of the unicast table with the vault.", "\"no database\""},
-    {0x100, "Of the label table with every module.", "at once", "a report"},
-    {0x200, "Of the multicast table with every module.", "at once", "a report"},
-    {0x400, "Of the unicast table with every module.", "at once", "a report"},
+    {0x100, "Of the label table with every module.", "when the modules have answered", "a report"},
+    {0x200, "Of the multicast table with every module.", "when the modules have answered", "a report"},
+    {0x400, "Of the unicast table with every module.", "when the modules have answered", "a report"},
     {0x1000, "The report about the label table is forgotten.", "\"no entry\" where there is none"},
     {0x2000, "The report about the multicast table is forgotten.", "\"no entry\" where there is none"},
     {0x4000, "The report about the unicast table is forgotten.", "\"no entry\" where there is none"},

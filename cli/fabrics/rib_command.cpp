@@ -24,6 +24,7 @@ constexpr uint32_t usual_vsans = 64;
 rib::rib_options service_options(const rib_command_options &options) {
     rib::rib_options service{rib::rib_spaces::for_vsans(usual_vsans), options.output.traces, options.bus.patience(),
                              options.memory};
+    service.hold = std::chrono::milliseconds(options.hold);
     if (!options.fabric_file.empty()) {
         const lab::fabric f = lab::read_fabric_file(options.fabric_file);
         service.spaces = f.spaces();

@@ -4,6 +4,7 @@
 #include "cli/command_output.h"
 #include "cli/fabrics/bus_options.h"
 
+#include <cstdint>
 #include <string>
 
 namespace ribkit::cli {
@@ -14,7 +15,8 @@ struct rib_command_options {
     std::string tables{"auto"}; ///< as table_choice
     std::string who_file;       ///< takes the place of what the fabric file says of clients; empty: none
     output_options output;
-    bool memory = false; ///< display what the tables are made of, at the end
+    uint32_t hold = 3000; ///< milliseconds: so long modules keep at most what they have when it starts
+    bool memory = false;  ///< display what the tables are made of, at the end
 };
 
 /// Answers until SIGINT or SIGTERM, then displays its tables. @return the command's exit code. Throws an input_error

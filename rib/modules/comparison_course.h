@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <new>
 #include <optional>
 #include <set>
@@ -88,7 +87,7 @@ template <class Kind> class comparison_course {
     step next_step() {
         if (!now_) {
             now_ = course{wanted_.front(), ++last_, Kind::first_of(wanted_.front().vsan)};
-            wanted_.pop_front();
+            wanted_.erase(wanted_.begin());
         }
         return now_->at == stage::begin ? step::begin
                : has_names()            ? step::names
@@ -176,7 +175,7 @@ template <class Kind> class comparison_course {
         return now_->at == stage::names || (now_->at == stage::end && !now_->lost.empty());
     }
 
-    std::deque<order> wanted_;
+    std::vector<order> wanted_; ///< in their order
     std::optional<course> now_;
     uint32_t last_ = 0; ///< the number of the last one
 };

@@ -39,6 +39,7 @@ void module_feed::set_condition(module_condition now) noexcept {
         return;
     }
     if (now == module_condition::serving) {
+        damaged_ = 0;
         each_lane([](auto &lane) { lane.retry(); });
     } else {
         each_lane([&](auto &lane) { lane.disappoint(code_of(now)); });
@@ -82,6 +83,10 @@ std::optional<uint32_t> module_feed::write(update_sink &to) {
 
 void module_feed::settle(uint32_t sequence, const verdict &said) noexcept {
     each_lane([&](auto &lane) { lane.settle(sequence, said); });
+    damaged_ = said.what == verdict::fate::damaged ? damaged_ + 1 : 0;
+    if (damaged_ >= most_damaged) {
+        set_condition(module_condition::garbled);
+    }
 }
 
 void module_feed::give_up(waiting::id asker) noexcept {

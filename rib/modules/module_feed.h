@@ -19,6 +19,7 @@ enum class module_condition : uint8_t {
     serving,
     upgrading, ///< it takes nothing for now
     silent,    ///< it has not answered in time, and since then not at all
+    garbled,   ///< its answers make no sense: it is sent nothing until it tells of itself again
     gone       ///< nobody is there
 };
 
@@ -29,6 +30,8 @@ constexpr uint32_t code_of(module_condition how) {
         return RIB_LC_UPGRADING;
     case module_condition::silent:
         return RIB_TIMEOUT;
+    case module_condition::garbled:
+        return RIB_MISSING_RESPONSE;
     case module_condition::gone:
         return RIB_MISSING_DEVICE;
     default:
@@ -38,6 +41,9 @@ constexpr uint32_t code_of(module_condition how) {
 
 class module_feed {
   public:
+    /// So many damaged answers in a row are too many.
+    static constexpr uint32_t most_damaged = 8;
+
     /// A module that has been heard of, and is to be given everything. What is referred to must last.
     /// @param sequence of the last message that it has taken
     module_feed(const state &routes, waiting &requests, uint32_t sequence)
@@ -77,6 +83,7 @@ class module_feed {
     void give_up(waiting::id asker) noexcept;
     /// Whole tables wait, or do not any more.
     void set_held(bool held) noexcept;
+    [[nodiscard]] bool is_held() const { return std::get<0>(lanes_).is_held(); }
 
     /// The lane of a table.
     template <class Kind> [[nodiscard]] const module_lane<Kind> &lane() const {
@@ -102,8 +109,9 @@ class module_feed {
     std::tuple<module_lane<label>, module_lane<multicast>, module_lane<unicast>> lanes_; ///< by table_id
     module_condition condition_ = module_condition::serving;
     std::bitset<RIB_LAST_VSAN + 1> vsans_;
-    uint32_t sequence_; ///< the last one used
-    size_t turn_ = 0;   ///< the lane that comes first next time
+    uint32_t sequence_;    ///< the last one used
+    uint32_t damaged_ = 0; ///< answers, since one made sense
+    size_t turn_ = 0;      ///< the lane that comes first next time
 };
 
 } // namespace ribkit::rib

@@ -40,6 +40,7 @@ template <class Kind> class module_lane {
     void retry() noexcept;
     /// Whole tables wait, or do not any more.
     void set_held(bool held) noexcept { merges_.set_held(held); }
+    [[nodiscard]] bool is_held() const { return merges_.is_held(); }
 
     /// Whether there is something to send.
     [[nodiscard]] bool has_work() const;
@@ -57,7 +58,7 @@ template <class Kind> class module_lane {
     /// Updates on their way.
     [[nodiscard]] size_t in_flight() const { return flights_.size(); }
     /// Whether the module has everything that it takes.
-    [[nodiscard]] bool is_done() const { return !has_work() && flights_.empty() && !merges_.goes_on(); }
+    [[nodiscard]] bool is_done() const { return !has_work() && flights_.empty() && !merges_.is_wanted(); }
 
   private:
     using entry = owed_key<Kind>;

@@ -5,6 +5,7 @@
 #include "rib/modules/module_lane.h"
 #include "rib_codes.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -41,7 +42,9 @@ template <class Kind> bool module_lane<Kind>::may_tell_changes() const {
 
 /// Not while the module is given what it has not been given yet: that is no difference.
 template <class Kind> bool module_lane<Kind>::may_compare() const {
+    const auto withdraws = [](const flight &one) { return one.oper == FIB_OPER_REMOVE_ALL; };
     return comparisons_.may_write() && !merges_.is_wanted() && withdrawn_.none() &&
+           std::none_of(flights_.begin(), flights_.end(), withdraws) &&
            (comparisons_.goes_on() || pending_.size() < most_remembered / 2);
 }
 

@@ -11,6 +11,12 @@ module_feed &modules::enter(uint32_t number, uint32_t sequence) {
     return all_.try_emplace(number, routes_, requests_, sequence).first->second;
 }
 
+void modules::release() noexcept {
+    for (auto &[number, feed] : all_) {
+        feed.set_held(false);
+    }
+}
+
 void modules::end(const update_answer &answer) noexcept { requests_.seal(std::exchange(asker_, 0), answer); }
 
 void modules::give_up(waiting::id request) noexcept {

@@ -23,6 +23,9 @@ class modules final : public effects {
     [[nodiscard]] std::map<uint32_t, module_feed> &all() { return all_; }
     [[nodiscard]] const std::map<uint32_t, module_feed> &all() const { return all_; }
 
+    /// Whole tables that waited may go now.
+    void release() noexcept;
+
     /// What the state tells until end() is the doing of a request that wants to know what becomes of it. Throws
     /// std::bad_alloc.
     waiting::id begin() { return asker_ = requests_.open(); }

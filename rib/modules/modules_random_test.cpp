@@ -216,7 +216,11 @@ class fabric_of_modules {
     };
 
     void ask() {
-        const naive_request asked = asking_.request();
+        naive_request asked = asking_.request();
+        if (asking_.once_in(20)) {
+            asked.oper = RIB_OPER_VERIFY;
+            asked.records.clear();
+        }
         keys_.keys.clear();
         keys_.compares = false;
         const waiting::id id = follower_.begin();
@@ -271,7 +275,7 @@ class fabric_of_modules {
             ways_[number].clear();
         } else if (asking_.once_in(8)) {
             const auto how =
-                asking_.once_in(3) ? static_cast<module_condition>(asking_.below(4)) : module_condition::serving;
+                asking_.once_in(3) ? static_cast<module_condition>(asking_.below(5)) : module_condition::serving;
             for (auto &[id, one] : waiting_) {
                 if (how != module_condition::serving) {
                     met(id, code_of(how), one.changed);

@@ -50,7 +50,8 @@ rib_service::rib_service(const std::string &url, const rib_options &options)
       notices_([this](uint32_t opcode, std::span<const uint8_t> message) { return send_notice(opcode, message); }),
       watch_(rib_.logs, notices_, followed_, options.trace),
       rib_({options.spaces, options.policy.quotas, options.trace || options.memory}, &watch_, seconds_now()),
-      exchange_(handle_.number(), followed_, rib_), complaints_(options.complaints_to, !options.counts_at_end) {
+      exchange_(handle_.number(), followed_, rib_), hold_(qip_now(), options.hold),
+      complaints_(options.complaints_to, !options.counts_at_end) {
     describe(options.vsans);
     listen(url);
     if (bus::names_server(url)) {
@@ -139,7 +140,7 @@ qip_recv_opts rib_service::next_wait() const {
     const bool hears_answers = !claims_open_.empty() || exchange_.awaits();
     qip_recv_opts opts{{hears_answers ? QIP_RECV_ANYTHING : QIP_RECV_INCOMING, exchange_.can_send() ? 1U : 0U}};
     uint64_t limit = notices_.waits() ? soon : rib_.clients.size() != 0 ? 1000 : 0;
-    for (const auto due : {exchange_.next_due(), held_.next_due()}) {
+    for (const auto due : {exchange_.next_due(), held_.next_due(), holds_ ? hold_.due() : std::nullopt}) {
         if (due) {
             const uint64_t left = (*due - std::min(*due, qip_now())) / 1000 + 1;
             limit = limit == 0 ? left : std::min(limit, left);
@@ -328,6 +329,7 @@ bytes rib_service::ask(const request &asked) {
 
 // The answer has its room before anything is changed: what was done is never answered as if it had failed.
 template <class Kind> bytes rib_service::update(const request &asked) {
+    hold_.hear_update(qip_now());
     const uint32_t oper = operation_of<Kind>(asked.payload);
     if (waits_for_modules(oper) && (oper == RIB_OPER_VERIFY || !followed_.all().empty())) {
         return update_and_wait<Kind>(asked);

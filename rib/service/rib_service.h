@@ -4,6 +4,7 @@
 #include "bus/complaints.h"
 #include "bus/service_handle.h"
 #include "bus/service_thread.h"
+#include "rib/modules/start_hold.h"
 #include "rib/service/modules/held_answers.h"
 #include "rib/service/modules/module_exchange.h"
 #include "rib/service/notices.h"
@@ -36,6 +37,7 @@ struct rib_options {
     bool counts_at_end = false;        ///< complaints are counted until the end, so that runs print the same
     int complaints_to = STDERR_FILENO; ///< a descriptor
     described_vsans vsans{};           ///< that are known though they may have no routes
+    std::chrono::milliseconds hold{0}; ///< at the start, modules keep what they have so long at most
 };
 
 class rib_service {
@@ -130,6 +132,8 @@ class rib_service {
     instance rib_;
     module_exchange exchange_;
     held_answers held_;
+    start_hold hold_;
+    bool holds_ = true;          ///< modules that have entries keep them, until hold_ says otherwise
     bool keeps_request_ = false; ///< that which is taken now: it is answered later
     uint64_t looked_ = 0;        ///< for clients that were not heard of, in seconds
     bus::complaints complaints_;

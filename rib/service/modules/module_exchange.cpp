@@ -58,7 +58,7 @@ module_exchange::contact &module_exchange::enter(const model::module_node &told)
     }
 }
 
-void module_exchange::hear(const model::module_node &told) {
+void module_exchange::hear(const model::module_node &told, bool holds) {
     const bool is_new = !contacts_.contains(told.number);
     rib_.nodes[told.number] = told;
     contact &from = enter(told);
@@ -73,6 +73,7 @@ void module_exchange::hear(const model::module_node &told) {
             feed.tell_vsan(vsan);
         }
     }
+    feed.set_held(holds && ((is_new && told.entries != 0) || feed.is_held()));
     from.instance = told.instance;
     from.rests_until = 0;
     feed.set_condition(condition_of(told.state));

@@ -33,7 +33,8 @@ class module_exchange {
     ~module_exchange();
 
     /// A module tells of itself. Throws std::bad_alloc.
-    void hear(const model::module_node &told);
+    /// @param holds whether a new one that has entries keeps them for now: clients are still bringing their routes back
+    void hear(const model::module_node &told, bool holds = false);
 
     /// Sends the next update to each module that can take one. Throws std::bad_alloc, and nothing is lost then.
     void send_some();

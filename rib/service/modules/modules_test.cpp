@@ -1,4 +1,5 @@
 // Client, RIB and modules over the bus: who is told what, and when.
+#include "protocol/queries.h"
 #include "protocol/route_messages.h"
 #include "rib/service/modules/scripted_module.h"
 #include "rib/service/rib_service.h"
@@ -8,6 +9,8 @@
 #include "testing/literal_updates.h"
 
 #include <gtest/gtest.h>
+#include <map>
+#include <utility>
 
 namespace ribkit::rib {
 namespace {
@@ -254,6 +257,178 @@ TEST_F(modules_on_the_bus, too_many_requests_of_one_sender_may_not_wait) {
     for (const uint32_t token : tokens) {
         EXPECT_EQ(client.answer(token), answered(RIB_OK, 1, 1));
     }
+}
+
+/// A module with two routes, which are compared until it is asked what differs.
+class compared_module : public modules_on_the_bus {
+  protected:
+    void SetUp() override {
+        module.take_all();
+        const uint32_t adding = client.send({first, second});
+        answer_next(FIB_OPER_UPDATE);
+        EXPECT_EQ(client.answer(adding), answered(RIB_OK, 2, 2));
+        token = client.send({}, RIB_OPER_VERIFY);
+    }
+
+    void answer_next(uint32_t oper) {
+        auto update = module.next();
+        ASSERT_TRUE(update);
+        EXPECT_EQ(update->head.oper, oper);
+        EXPECT_TRUE(update->keys.empty() || update->keys == (std::vector{first, second}));
+        module.answer(*update);
+    }
+    void answer_comparison() {
+        for (const uint32_t oper : {FIB_OPER_BEGIN_VERIFY, FIB_OPER_VERIFY, FIB_OPER_END_VERIFY}) {
+            answer_next(oper);
+        }
+    }
+
+    static constexpr protocol::fcurt_response verified(uint32_t result, uint32_t accepted) {
+        return {result, RIB_OPER_VERIFY, 1, accepted, 2};
+    }
+
+    std::pair<uint32_t, std::map<uint32_t, uint32_t>> report() {
+        const bus::service_handle asking(bus_url);
+        auto query = protocol::encode(protocol::verify_query{RIB_CLIENT_OPERATOR, 1, protocol::compared_unicast, 9});
+        rib_wrap_msg request{};
+        rib_wrap_msg said{};
+        request.opcode = RIBKIT_OPCODE_VERF_QUERY;
+        request.payload = query.data();
+        request.payload_size = static_cast<uint32_t>(query.size());
+        EXPECT_EQ(rib_wrap_qip_req_rsp(asking.number(), &request, &said), RIB_OK);
+        const codec::view<wire::verf_info> info(said.payload);
+        std::map<uint32_t, uint32_t> found;
+        for (uint32_t i = 0; i < info.get<"n_key">(); i++) {
+            const codec::view<wire::verf_fcu> key(said.payload + wire::verf_info.size + i * wire::verf_fcu.size);
+            found[key.get<"fcid">()] = key.get<"status">();
+        }
+        const uint32_t completed = info.get<"completed">();
+        rib_wrap_qip_drop(RIB_CLIENT_OPERATOR, asking.number(), &said.ref);
+        return {completed, found};
+    }
+
+    scripted_module module{bus_url, 1};
+    uint32_t token = 0;
+};
+
+TEST_F(compared_module, that_has_all_as_it_shall_be_is_found_so) {
+    answer_comparison();
+    auto question = module.next();
+    ASSERT_TRUE(question);
+    EXPECT_FALSE(client.answer(token, 0));
+    module.tell_differences(*question, {});
+    EXPECT_EQ(client.answer(token), verified(RIB_OK, 2));
+    EXPECT_NE(report().first, 0U);
+    EXPECT_TRUE(report().second.empty());
+}
+
+TEST_F(compared_module, is_asked_again_until_it_names_nothing_more) {
+    constexpr model::route_key extra{1, {0x040000, RIB_MASK_DOMAIN}};
+    answer_comparison();
+    for (const auto &[key, status] : {std::pair(second, FIB_VERF_NOT_IN_FIB), {extra, FIB_VERF_NOT_IN_RIB}}) {
+        auto question = module.next();
+        ASSERT_TRUE(question);
+        EXPECT_LE(question->from.to.fcid, key.to.fcid);
+        module.tell_differences(*question, {{status, key}});
+    }
+    auto last = module.next();
+    ASSERT_TRUE(last);
+    const model::label_key behind{.vsan = 1, .to = {0x040000, RIB_MASK_DOMAIN + 1}};
+    EXPECT_EQ(last->from, behind);
+    module.tell_differences(*last, {{FIB_VERF_NOT_IN_RIB, {2, extra.to}}}); // another VSAN's
+    EXPECT_EQ(client.answer(token), verified(RIB_FAILED, 1));
+    EXPECT_EQ(report().second,
+              (std::map<uint32_t, uint32_t>{{0x030000, FIB_VERF_NOT_IN_FIB}, {0x040000, FIB_VERF_NOT_IN_RIB}}));
+}
+
+TEST_F(compared_module, has_no_difference_in_what_changes_meanwhile) {
+    answer_next(FIB_OPER_BEGIN_VERIFY);
+    answer_next(FIB_OPER_VERIFY);
+    answer_next(FIB_OPER_END_VERIFY);
+    auto question = module.next();
+    ASSERT_TRUE(question);
+    const uint32_t changing = client.send({first});
+    auto update = module.next();
+    ASSERT_TRUE(update);
+    EXPECT_EQ(update->keys, (std::vector{first}));
+    module.answer(*update);
+    module.tell_differences(*question, {{FIB_VERF_BAD_IN_FIB, first}});
+    question = module.next();
+    ASSERT_TRUE(question);
+    module.tell_differences(*question, {});
+    EXPECT_EQ(client.answer(changing).value_or(protocol::fcurt_response{}).result, RIB_OK);
+    EXPECT_EQ(client.answer(token), verified(RIB_OK, 2));
+}
+
+TEST_F(compared_module, that_answers_nonsense_is_a_missing_response) {
+    answer_comparison();
+    auto question = module.next();
+    ASSERT_TRUE(question);
+    module.answer_with(*question, bytes(21));
+    EXPECT_EQ(client.answer(token), verified(RIB_MISSING_RESPONSE, 0));
+    EXPECT_EQ(report().first, 0U); // not all was said
+}
+
+TEST_F(compared_module, that_names_the_same_again_and_again_is_not_asked_for_ever) {
+    answer_comparison();
+    for (int twice = 0; twice < 2; twice++) {
+        auto question = module.next();
+        ASSERT_TRUE(question);
+        module.tell_differences(*question, {{FIB_VERF_BAD_IN_FIB, first}});
+    }
+    EXPECT_EQ(client.answer(token), verified(RIB_MISSING_RESPONSE, 0));
+}
+
+TEST_F(modules_on_the_bus, without_modules_there_is_nothing_to_compare_with) {
+    EXPECT_EQ(client.answer(client.send({}, RIB_OPER_VERIFY)).value_or(protocol::fcurt_response{}).result,
+              RIB_MISSING_DEVICE);
+}
+
+TEST_F(modules_on_the_bus, a_module_that_answers_nonsense_is_sent_nothing_until_it_tells_of_itself_again) {
+    scripted_module module(bus_url, 1);
+    size_t asked = 0;
+    while (auto update = module.next(asked < module_feed::most_damaged ? 20'000 : 50)) {
+        module.answer_with(*update, bytes(3));
+        asked++;
+    }
+    EXPECT_GE(asked, size_t{module_feed::most_damaged});
+    EXPECT_LE(asked, module_feed::most_damaged + module_exchange::most_in_flight);
+    EXPECT_EQ(client.ask({first}), answered(RIB_MISSING_RESPONSE, 0, 1));
+    module.announce();
+    module.take_all();
+    const uint32_t token = client.send({first});
+    auto update = module.next();
+    ASSERT_TRUE(update);
+    module.answer(*update);
+    EXPECT_EQ(client.answer(token), answered(RIB_OK, 1, 1));
+}
+
+TEST(modules_in_time, a_module_keeps_what_it_has_until_clients_have_brought_their_routes_back) {
+    const testing::fault_script script("clock virtual\n");
+    asking_client client; // whom the clock waits for
+    const uint64_t start = qip_now();
+    rib_service rib(bus_url, {.hold = std::chrono::seconds(3)});
+    scripted_module module(bus_url, 1, 1, 2);
+    EXPECT_EQ(client.ask({first}, RIB_OPER_UPDATE).result, RIB_OK);
+    EXPECT_EQ(client.ask({second}, RIB_OPER_UPDATE).result, RIB_OK);
+    std::set<uint32_t> given;
+    bool has_begun = false;
+    for (int left = 20; left > 0 && given.size() < 2; left--) {
+        auto update = module.next();
+        ASSERT_TRUE(update);
+        if (update->head.oper == FIB_OPER_BEGIN_MERGE && !std::exchange(has_begun, true)) {
+            EXPECT_GE(qip_now() - start, 500'000U);
+            EXPECT_LE(qip_now() - start, 3'100'000U);
+        }
+        EXPECT_NE(update->head.oper, FIB_OPER_REMOVE);
+        for (const model::route_key &key : update->keys) {
+            given.insert(key.to.fcid);
+        }
+        module.answer(*update);
+    }
+    EXPECT_TRUE(has_begun);
+    EXPECT_EQ(given.size(), 2U);
+    rib.stop();
 }
 
 TEST(modules_in_time, who_is_not_answered_is_told_so_and_a_late_answer_changes_nothing) {

@@ -91,14 +91,15 @@ bytes rib_service::hear_module(const request &asked) {
     }
     const auto said = encode(protocol::fcurt_response{RIB_OK, 0, 0, 0, 0});
     bytes answer(said.begin(), said.end());
-    exchange_.hear(told);
+    exchange_.hear(told, holds_ && !hold_.is_over(qip_now()));
     return answer;
 }
 
 bool rib_service::have_modules_all() const {
     const auto &all = followed_.all();
     return std::all_of(all.begin(), all.end(), [](const auto &one) {
-        return one.second.condition() == module_condition::gone || one.second.is_done();
+        const module_condition how = one.second.condition();
+        return how == module_condition::gone || how == module_condition::garbled || one.second.is_done();
     });
 }
 
@@ -117,6 +118,10 @@ bool rib_service::hear_module_answer(const qip_ref &ref) {
 }
 
 void rib_service::look_after_modules() {
+    if (holds_ && hold_.is_over(qip_now())) {
+        holds_ = false;
+        followed_.release();
+    }
     exchange_.give_up_late(qip_now());
     while (const auto late = held_.overdue(qip_now())) {
         followed_.give_up(*late);

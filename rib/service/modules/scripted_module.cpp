@@ -4,6 +4,7 @@
 #include "protocol/fib/fib_checks.h"
 #include "protocol/fib/fib_records.h"
 #include "protocol/fib/fib_requests.h"
+#include "protocol/queries.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
 
@@ -32,8 +33,8 @@ template <const codec::layout &Path> std::vector<model::route_key> keys_of(const
 
 } // namespace
 
-scripted_module::scripted_module(const std::string &url, uint32_t number, uint32_t instance)
-    : handle_(url), number_(number), instance_(instance) {
+scripted_module::scripted_module(const std::string &url, uint32_t number, uint32_t instance, uint32_t entries)
+    : handle_(url), number_(number), instance_(instance), entries_(entries) {
     const qip_addr address = protocol::module_address(number);
     EXPECT_EQ(qip_listen(handle_.number(), &address, 64), 0);
     announce();
@@ -48,8 +49,8 @@ scripted_module::~scripted_module() {
 }
 
 void scripted_module::announce(model::fib_state state, uint32_t sequence) {
-    bytes told =
-        protocol::module_message({.number = number_, .state = state, .instance = instance_, .sequence = sequence});
+    bytes told = protocol::module_message(
+        {.number = number_, .state = state, .instance = instance_, .sequence = sequence, .entries = entries_});
     rib_wrap_msg request{};
     rib_wrap_msg answer{};
     request.opcode = RIBKIT_OPCODE_FIB_NODE;
@@ -70,6 +71,11 @@ std::optional<received_update> scripted_module::next(uint32_t milliseconds) {
     update.opcode = qip_opcode_get(&update.ref);
     const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&update.ref));
     const bytes message(payload, payload + qip_payload_size(&update.ref));
+    if (update.opcode == RIBKIT_OPCODE_FIB_VERF_QUERY) {
+        EXPECT_EQ(rib_check_verf_query(message.data(), static_cast<uint32_t>(message.size()), nullptr), RIB_OK);
+        update.from = protocol::read(codec::view<wire::verf_query>(message.data())).from;
+        return update;
+    }
     if (update.opcode == RIBKIT_OPCODE_FIB_VSAN_UPDATE) {
         const codec::view<wire::vsan_update> told(message.data());
         update.head.sequence = told.get<protocol::use<wire::vsan_update, "sequence">>();
@@ -103,6 +109,13 @@ void scripted_module::answer_with(received_update &update, const bytes &payload)
     EXPECT_EQ(rib_wrap_qip_rsp(handle_.number(), &update.ref, payload.data(), static_cast<uint32_t>(payload.size())),
               RIB_OK);
     drop(update);
+}
+
+void scripted_module::tell_differences(received_update &question,
+                                       const std::vector<model::fib_fault<model::route_key>> &found) {
+    bytes told = protocol::fib_answer({}, found);
+    told.resize(found.empty() ? wire::fcu_rsp_path.size : told.size() - wire::fib_rsp.size);
+    answer_with(question, told);
 }
 
 void scripted_module::drop(received_update &update) { qip_drop(0, &update.ref); }

@@ -21,12 +21,13 @@ struct received_update {
     uint32_t opcode = 0;
     model::fib_head head{};
     std::vector<model::route_key> keys{}; ///< of unicast and multicast updates
+    model::label_key from{};              ///< of questions about differences
 };
 
 class scripted_module {
   public:
     /// Listens as module `number`, and tells of itself.
-    scripted_module(const std::string &url, uint32_t number, uint32_t instance = 1);
+    scripted_module(const std::string &url, uint32_t number, uint32_t instance = 1, uint32_t entries = 0);
     scripted_module(const scripted_module &) = delete;
     scripted_module &operator=(const scripted_module &) = delete;
     ~scripted_module();
@@ -39,6 +40,8 @@ class scripted_module {
     /// Answers an update, and drops it. @param missed keys that took no effect
     void answer(received_update &update, uint32_t result = RIB_OK, const std::vector<model::route_key> &missed = {});
     void answer_with(received_update &update, const bytes &payload);
+    /// Answers a question about differences of the unicast table.
+    void tell_differences(received_update &question, const std::vector<model::fib_fault<model::route_key>> &found);
     static void drop(received_update &update);
 
     /// Answers everything with success until an update names no more routes of a merge, so that the module has what
@@ -53,6 +56,7 @@ class scripted_module {
     bus::service_handle handle_;
     uint32_t number_;
     uint32_t instance_;
+    uint32_t entries_; ///< that it says it has
     std::thread taking_;
 };
 
