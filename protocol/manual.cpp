@@ -245,7 +245,7 @@ memory" and not done. Its result is that of the RIB where it is not "ok", else t
 | --- | --- |
 | timeout | a module has not answered in time, or has not for some time: then nobody waits for it until it does |
 | missing device | a module that was there is not there any more, or has said that it leaves |
-| missing response | a module's answer was damaged; after eight in a row it is sent nothing until it tells of itself again |
+| missing response | a module's answer was damaged; where eight such answers were to the begin or the end of a merge or the like, it is sent nothing more until it tells of itself again |
 | lc upgrading | a module is upgrading |
 | any other | the module's own: it has no room |
 

@@ -6,6 +6,7 @@
 #include "cli/rib/route_records.h"
 #include "diag/display_layouts.h"
 #include "protocol/fib/fib_checks.h"
+#include "protocol/fib/fib_messages.h"
 #include "protocol/fib/fib_records.h"
 #include "protocol/queries.h"
 #include "rib_codes.h"
@@ -191,16 +192,23 @@ record_list read_vsans(module_link &link, const record_filter &wanted) {
     }
 }
 
-/// What comparisons have found, key by key.
+/// What comparisons have found, key by key. An answer that does not go on is the last.
 template <const codec::layout &Report, const codec::layout &Entry, auto Check, uint32_t Type>
 record_list read_found(module_link &link, const record_filter &wanted) {
-    const protocol::verify_query query{self, 1, Type, any_number};
-    const bytes said = ask_checked(link, RIBKIT_OPCODE_FIB_VERF_QUERY, protocol::encode(query), alone<Check>);
     record_list all;
-    for (const auto entry : view<Report>(said.data()).template list<"entry">()) {
-        add_wanted<Entry>(all, {entry.data(), Entry.size}, wanted);
+    for (model::label_key from{.vsan = wanted.vsan.value_or(0)};;) {
+        const protocol::verify_query query{self, 1, Type, any_number, from};
+        const bytes said = ask_checked(link, RIBKIT_OPCODE_FIB_VERF_QUERY, protocol::encode(query), alone<Check>);
+        model::label_key next = from;
+        for (const auto entry : view<Report>(said.data()).template list<"entry">()) {
+            add_wanted<Entry>(all, {entry.data(), Entry.size}, wanted);
+            next = protocol::key_behind(entry);
+        }
+        if (!(from < next)) {
+            return all;
+        }
+        from = next;
     }
-    return all;
 }
 
 using protocol::compared_labels;

@@ -7,6 +7,8 @@
 #include "codec/messages/forms.h"
 #include "diag/display_layouts.h"
 #include "model/system.h"
+#include "protocol/fib/fib_messages.h"
+#include "protocol/queries.h"
 #include "protocol/uses.h"
 #include "rib_codes.h"
 #include "rib_mem.h"
@@ -218,17 +220,24 @@ record_list read_reports(rib_link &link, const record_filter & /*wanted*/) {
     return all;
 }
 
-/// What a comparison has found, route by route.
+/// What a comparison has found, route by route. An answer that does not go on is the last.
 template <const codec::layout &L, uint32_t Type> record_list read_found(rib_link &link, const record_filter &wanted) {
-    const auto report = clients::read_verification(link, self, Type);
     record_list all;
-    if (report) {
-        const std::span<const uint8_t> keys = std::span(*report).subspan(wire::verf_info.size);
-        for (size_t at = 0; at + L.size <= keys.size(); at += L.size) {
-            add_wanted<L>(all, keys.subspan(at, L.size), wanted);
+    for (model::label_key from{.vsan = wanted.vsan.value_or(0)};;) {
+        const auto report = clients::read_verification(link, self, Type, from);
+        const size_t size = report ? report->size() : 0;
+        for (size_t at = wire::verf_info.size; at + L.size <= size; at += L.size) {
+            add_wanted<L>(all, std::span(*report).subspan(at, L.size), wanted);
         }
+        if (size < wire::verf_info.size + L.size) {
+            return all;
+        }
+        const auto next = protocol::key_behind(codec::view<L>(report->data() + size - L.size));
+        if (!(from < next)) {
+            return all;
+        }
+        from = next;
     }
-    return all;
 }
 
 constexpr filter_bits none{};

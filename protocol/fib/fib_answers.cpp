@@ -123,22 +123,45 @@ std::vector<model::fib_fault<model::multicast_key>> faults_of(view<wire::fcm_rsp
     return faults;
 }
 
+namespace {
+
+model::label_key key_of(view<wire::verf_fcl> entry) {
+    const uint32_t at = entry.get<use<wire::verf_fcl, "fcid_or_source">>();
+    model::label_key key{.vsan = entry.get<"vsan">(),
+                         .type = route_type_of(entry.get<use<wire::verf_fcl, "type">>()),
+                         .match_count = std::min<uint32_t>(entry.get<"n_label">(), model::most_match_labels),
+                         .match = {entry.get<"label_0">(), entry.get<"label_1">()}};
+    if (key.type == RIB_ROUTE_SRC_LABEL) {
+        key.source = at;
+    } else {
+        key.to = {at, entry.get<use<wire::verf_fcl, "mask">>()};
+    }
+    return key;
+}
+
+model::label_key behind(const model::route_key &last) {
+    const model::route_key next = model::key_after(last);
+    return {.vsan = next.vsan, .to = next.to};
+}
+
+} // namespace
+
 std::vector<model::fib_fault<model::label_key>> faults_of(view<wire::fcl_rsp_path> report) {
     std::vector<model::fib_fault<model::label_key>> faults;
     for (const auto entry : report.list<"entry">()) {
-        const uint32_t at = entry.get<use<wire::verf_fcl, "fcid_or_source">>();
-        model::label_key key{.vsan = entry.get<"vsan">(),
-                             .type = route_type_of(entry.get<use<wire::verf_fcl, "type">>()),
-                             .match_count = std::min<uint32_t>(entry.get<"n_label">(), model::most_match_labels),
-                             .match = {entry.get<"label_0">(), entry.get<"label_1">()}};
-        if (key.type == RIB_ROUTE_SRC_LABEL) {
-            key.source = at;
-        } else {
-            key.to = {at, entry.get<use<wire::verf_fcl, "mask">>()};
-        }
-        faults.push_back({entry.get<"status">(), key});
+        faults.push_back({entry.get<"status">(), key_of(entry)});
     }
     return faults;
 }
+
+model::label_key key_behind(view<wire::verf_fcu> entry) {
+    return behind({entry.get<"vsan">(), {entry.get<"fcid">(), entry.get<"mask">()}});
+}
+
+model::label_key key_behind(view<wire::verf_fcm> entry) {
+    return behind({entry.get<"vsan">(), {entry.get<"fcid">(), UINT32_MAX}});
+}
+
+model::label_key key_behind(view<wire::verf_fcl> entry) { return model::key_after(key_of(entry)); }
 
 } // namespace ribkit::protocol

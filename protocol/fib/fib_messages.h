@@ -118,6 +118,11 @@ bytes fib_multicast_answer(const model::fib_answer &answer,
                            std::span<const model::fib_fault<model::multicast_key>> faults);
 bytes fib_label_answer(const model::fib_answer &answer, std::span<const model::fib_fault<model::label_key>> faults);
 
+/// From where on the next query of differences goes on behind an entry.
+model::label_key key_behind(codec::view<wire::verf_fcu> entry);
+model::label_key key_behind(codec::view<wire::verf_fcm> entry);
+model::label_key key_behind(codec::view<wire::verf_fcl> entry);
+
 model::fib_answer answer_of(codec::view<wire::fib_rsp> answer);
 std::vector<model::fib_fault<model::route_key>> faults_of(codec::view<wire::fcu_rsp_path> report);
 /// Masks are 0: a key stands for all of its FC ID.

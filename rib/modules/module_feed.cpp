@@ -39,7 +39,6 @@ void module_feed::set_condition(module_condition now) noexcept {
         return;
     }
     if (now == module_condition::serving) {
-        damaged_ = 0;
         each_lane([](auto &lane) { lane.retry(); });
     } else {
         each_lane([&](auto &lane) { lane.disappoint(code_of(now)); });
@@ -82,9 +81,17 @@ std::optional<uint32_t> module_feed::write(update_sink &to) {
 }
 
 void module_feed::settle(uint32_t sequence, const verdict &said) noexcept {
-    each_lane([&](auto &lane) { lane.settle(sequence, said); });
-    damaged_ = said.what == verdict::fate::damaged ? damaged_ + 1 : 0;
+    bool repeats = false;
+    each_lane([&](auto &lane) { repeats = lane.settle(sequence, said) || repeats; });
+    if (repeats) {
+        count_damaged();
+    }
+}
+
+void module_feed::count_damaged() noexcept {
+    damaged_++;
     if (damaged_ >= most_damaged) {
+        damaged_ = 0;
         set_condition(module_condition::garbled);
     }
 }

@@ -41,7 +41,7 @@ constexpr uint32_t code_of(module_condition how) {
 
 class module_feed {
   public:
-    /// So many damaged answers in a row are too many.
+    /// What has a damaged answer and has to be sent again is sent so often.
     static constexpr uint32_t most_damaged = 8;
 
     /// A module that has been heard of, and is to be given everything. What is referred to must last.
@@ -79,6 +79,8 @@ class module_feed {
     /// @return its sequence; none where there was nothing to say
     std::optional<uint32_t> write(update_sink &to);
     void settle(uint32_t sequence, const verdict &said) noexcept;
+    /// Something is sent again because its answer was damaged.
+    void count_damaged() noexcept;
     /// A request waits no longer: what was not answered of it was not in time.
     void give_up(waiting::id asker) noexcept;
     /// Whole tables wait, or do not any more.
@@ -110,7 +112,7 @@ class module_feed {
     module_condition condition_ = module_condition::serving;
     std::bitset<RIB_LAST_VSAN + 1> vsans_;
     uint32_t sequence_;    ///< the last one used
-    uint32_t damaged_ = 0; ///< answers, since one made sense
+    uint32_t damaged_ = 0; ///< answers for which something was sent again, since it told of itself
     size_t turn_ = 0;      ///< the lane that comes first next time
 };
 

@@ -72,8 +72,9 @@ template <class Kind> bool module_lane<Kind>::settle(uint32_t sequence, const ve
     const bool has_no_merge = said.result == RIB_NO_ENTRY && over.oper == FIB_OPER_MERGE;
     if (over.comparison != 0) {
         settle_comparison(over, said);
-        return true;
+        return false;
     }
+    const bool repeats = said.what == verdict::fate::damaged && !names_routes(over.oper);
     if (has_no_merge) {
         merges_.begin_again(over.vsan);
     }
@@ -81,13 +82,12 @@ template <class Kind> bool module_lane<Kind>::settle(uint32_t sequence, const ve
         send_again(over, RIB_TIMEOUT);
     } else if (said.result == RIB_LC_UPGRADING) {
         send_again(over, RIB_LC_UPGRADING);
-    } else if (said.result == RIB_INDEX_USED || has_no_merge ||
-               (said.what == verdict::fate::damaged && !names_routes(over.oper))) {
+    } else if (said.result == RIB_INDEX_USED || has_no_merge || repeats) {
         send_again(over, RIB_OK);
     } else {
         take(over, said);
     }
-    return true;
+    return repeats;
 }
 
 template <class Kind> void module_lane<Kind>::disappoint(uint32_t code) noexcept {

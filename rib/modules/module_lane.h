@@ -47,7 +47,7 @@ template <class Kind> class module_lane {
     /// Writes the next update. Throws std::bad_alloc, and nothing has changed then.
     /// @return whether there was something to say; what cannot be said has failed
     bool write(update_sink &to, uint32_t sequence);
-    /// What has become of an update. @return whether it was one of this table
+    /// What has become of an update. @return whether it is sent again because its answer was damaged
     bool settle(uint32_t sequence, const verdict &said) noexcept;
 
     /// The module will not answer for now: whoever waits is told why, and nothing waits any more.

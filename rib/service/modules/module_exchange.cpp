@@ -203,6 +203,9 @@ void module_exchange::settle(module_feed &feed, const sent &about, const verdict
         for (const uint32_t vsan : about.vsans) {
             feed.tell_vsan(vsan);
         }
+        if (said.what == verdict::fate::damaged) {
+            feed.count_damaged();
+        }
     }
 }
 
