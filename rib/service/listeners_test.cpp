@@ -80,7 +80,7 @@ TEST(requests, of_no_kind_are_refused) {
     const nowhere silent;
     rib_service rib(url, {.complaints_to = silent.descriptor()});
     const asker client;
-    for (const uint32_t opcode : {1U, 0x104U, 0x13eU, 0x201U, 0x211U, UINT32_MAX}) {
+    for (const uint32_t opcode : {1U, 0x105U, 0x13eU, 0x201U, 0x211U, UINT32_MAX}) {
         EXPECT_EQ(result_in(client.ask(opcode, bytes(20))), RIB_NOT_SUPPORTED) << opcode;
     }
     const auto beyond = protocol::encode<wire::db_query>({RIBKIT_LAST_CLIENT + 1, 1, 1, 0});
