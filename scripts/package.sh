@@ -31,6 +31,7 @@ make_packages() {
         compare_packages "$scratch/first/made" "$scratch/$second/made" || exit 1
     fi
     check_packages "$scratch/first/made"
+    rm -f "$folder"/libribkit*_*.deb "$folder"/ribkit*_*.{deb,dsc,changes,buildinfo,tar.xz} "$folder"/ribkit-*-linux.tar.xz # earlier ones
     cp "$scratch"/first/made/* "$folder/"
     rm -rf "$scratch"
     echo "$folder:"
