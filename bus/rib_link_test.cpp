@@ -118,11 +118,11 @@ TEST(rib_link, awaits_a_rib_with_one_word_on_standard_error) {
         EXPECT_TRUE(link.heard_of_start());
         EXPECT_FALSE(link.heard_of_start());
         link.find();
+        EXPECT_EQ(qip_now(), 60'000'000U); // in vain; then the first pause ends with the news that the RIB has started
     });
     EXPECT_EQ(::testing::internal::GetCapturedStderr(),
               "ribkit: waiting for a RIB at local:rib_link_test, for 60s at most\n");
     EXPECT_EQ(printed, "");
-    EXPECT_EQ(qip_now(), 60'000'000U); // in vain; then the first pause ends with the news that the RIB has started
     EXPECT_EQ(qip_refs_held(), 0U);
 }
 

@@ -174,7 +174,10 @@ void ask_for_the_rest() {
     requester rib(url);
     for (const auto &[opcode, bytes] : sound_requests()) {
         if (std::find(std::begin(of_the_rib), std::end(of_the_rib), opcode) != std::end(of_the_rib)) {
-            EXPECT_FALSE(is_refusal(rib.ask(opcode, bytes)));
+            const byte_vector answer = rib.ask(opcode, bytes);
+            // A comparison finds that the full module lacks something.
+            const uint32_t found = opcode == RIBKIT_OPCODE_VERIFY ? RIB_FAILED : RIB_OK;
+            EXPECT_EQ(is_refusal(answer) ? codec::view<wire::route_rsp>(answer.data()).get<"word_0">() : RIB_OK, found);
         }
     }
     module_requester module(url, 1);
