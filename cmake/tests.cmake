@@ -1,7 +1,7 @@
-# ribkit_tests(NAME files... [SERVICES library] [LIBRARIES ...]): one test binary a folder. Natively every test is a ctest
-# entry of its own; under emulation and sanitizers, where a process is dear, the binary is one entry. The services that
-# the core calls are recording fakes unless SERVICES names a library that really offers them. What all tests include is
-# compiled once.
+# ribkit_tests(NAME files... [WAITS] [SERVICES library] [LIBRARIES ...]): one test binary a folder. Natively every test is
+# a ctest entry of its own; under emulation and sanitizers, where a process is dear, the binary is one entry. The services
+# that the core calls are recording fakes unless SERVICES names a library that really offers them. What all tests include
+# is compiled once. WAITS says that the tests wait more than they work: they begin first, beside the others.
 if(RIBKIT_TESTS)
     set(RIBKIT_TEST_OPTIONS $<$<CONFIG:Release>:-O1>) # compiling them takes longer than running them
     enable_testing()
@@ -26,7 +26,7 @@ function(ribkit_tests name)
     if(NOT RIBKIT_TESTS)
         return()
     endif()
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "SERVICES" "LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "WAITS" "SERVICES" "LIBRARIES")
     if(NOT arg_SERVICES)
         set(arg_SERVICES ribkit_fakes)
     endif()
@@ -41,6 +41,10 @@ function(ribkit_tests name)
     if(CMAKE_CROSSCOMPILING OR RIBKIT_SANITIZE)
         add_test(NAME ${name} COMMAND ${name})
     else()
-        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+        set(cost 0)
+        if(arg_WAITS)
+            set(cost 100)
+        endif()
+        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES COST ${cost})
     endif()
 endfunction()
