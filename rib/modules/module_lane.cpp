@@ -174,6 +174,9 @@ template <class Kind> void module_lane<Kind>::send_again(const flight &lost, uin
     } else {
         merges_.repeat_mark(lost.merge, lost.oper == FIB_OPER_BEGIN_MERGE);
     }
+    if (removes_unnamed(lost.oper)) { // if it has arrived, nobody will tell how much room it has made
+        retry();
+    }
 }
 
 template <class Kind> void module_lane<Kind>::take(const flight &of, const verdict &said) noexcept {
@@ -194,7 +197,7 @@ template <class Kind> void module_lane<Kind>::take(const flight &of, const verdi
     merges_.settle_mark(of.merge, of.oper == FIB_OPER_BEGIN_MERGE);
     if (of.oper == FIB_OPER_REMOVE) {
         found_room(of.vsan, taken);
-    } else if (!names_routes(of.oper)) {
+    } else if (removes_unnamed(of.oper)) {
         found_room(of.vsan, said.accepted);
     }
 }

@@ -36,6 +36,9 @@ constexpr bool names_routes(uint32_t oper) {
     return oper == FIB_OPER_UPDATE || oper == FIB_OPER_MERGE || oper == FIB_OPER_REMOVE;
 }
 
+/// Whether an update removes routes that it does not name.
+constexpr bool removes_unnamed(uint32_t oper) { return oper == FIB_OPER_END_MERGE || oper == FIB_OPER_REMOVE_ALL; }
+
 template <class Kind> bool module_lane<Kind>::may_tell_changes() const {
     return !pending_.empty() && merges_.allows_changes();
 }
@@ -129,11 +132,14 @@ std::optional<typename Kind::key> module_lane<Kind>::each_route(uint32_t vsan, c
     return {};
 }
 
-/// The next routes of a merge, of one VSAN.
+/// The next routes of a merge, of one VSAN. Those that failed before are tried again with it.
 template <class Kind> void module_lane<Kind>::write_routes(update_sink &to, flight &made) {
     const auto next = each_route(merges_.vsan(), merges_.next(), [&](const key &where, const route_record *route) {
         const entry one{where, 0, merges_.number()};
         const added result = put(to, made, FIB_OPER_MERGE, one, route);
+        if (result != added::no_room) {
+            refused_.forget(where);
+        }
         if (result == added::never) {
             fail(one, made.sequence, RIB_HW_FULL);
         }
@@ -142,7 +148,8 @@ template <class Kind> void module_lane<Kind>::write_routes(update_sink &to, flig
     merges_.sent_routes(made.keys.size(), next);
 }
 
-/// Changes of one VSAN that are said the same way.
+/// Changes of one VSAN that are said the same way. What is not said, since its VSAN has left, leaves the room that it
+/// was to have, or has made by a removal whose answer was lost, to others.
 template <class Kind> void module_lane<Kind>::write_changes(update_sink &to, flight &made) {
     while (!pending_.empty()) {
         const entry one = pending_.front();
@@ -150,6 +157,7 @@ template <class Kind> void module_lane<Kind>::write_changes(update_sink &to, fli
             flight none{};
             tell(none, pending_.pop(none.more), RIB_OK);
             merges_.settle_one(one.merge);
+            found_room(one.where.vsan, 1);
             continue;
         }
         const auto *route = wanted(one.where);
