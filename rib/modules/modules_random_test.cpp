@@ -438,7 +438,9 @@ std::set<uint32_t> run(uint32_t seed, size_t room) {
         results.merge(all.results);
         EXPECT_FALSE(::testing::Test::HasFailure()) << "RIBKIT_SEED=" << seed + part;
     }
-    EXPECT_TRUE(compared != 0 || room != SIZE_MAX); // while all changes
+    if (std::getenv("RIBKIT_SEED") == nullptr) { // with others it is chance whether one ends while all changes
+        EXPECT_TRUE(compared != 0 || room != SIZE_MAX);
+    }
     return results;
 }
 
