@@ -58,7 +58,26 @@ module_exchange::contact &module_exchange::enter(const model::module_node &told)
     }
 }
 
+/// A record that was late on its way may say that a module cannot be sent anything which has come back since. A module
+/// is offline before it is anything else, and the number of the last message that it took never falls. What another
+/// state says is taken as it comes: the next record puts it right.
+bool module_exchange::is_over(const model::module_node &told) const {
+    const auto found = contacts_.find(told.number);
+    if (found == contacts_.end() || condition_of(told.state) == module_condition::serving) {
+        return false;
+    }
+    const model::module_node &known = rib_.nodes.at(told.number);
+    return told.instance == found->second.instance
+               ? (told.state == model::fib_state::offline && known.state != model::fib_state::offline) ||
+                     model::is_later(known.sequence, told.sequence)
+               : told.instance == found->second.former;
+}
+
 void module_exchange::hear(const model::module_node &told, bool holds) {
+    if (is_over(told)) {
+        bus::note_in_history("rib: module ", told.number, " says late that it was not ready");
+        return;
+    }
     const bool is_new = !contacts_.contains(told.number);
     rib_.nodes[told.number] = told;
     contact &from = enter(told);
@@ -74,6 +93,7 @@ void module_exchange::hear(const model::module_node &told, bool holds) {
         }
     }
     feed.set_held(holds && ((is_new && told.entries != 0) || feed.is_held()));
+    from.former = from.instance != told.instance ? from.instance : from.former;
     from.instance = told.instance;
     from.rests_until = 0;
     feed.set_condition(condition_of(told.state));

@@ -69,6 +69,7 @@ class module_exchange {
     struct contact {
         qip_addr address;
         uint32_t instance;
+        std::optional<uint32_t> former{}; ///< the instance before it
         rib_token owed{};
         std::vector<sent> in_flight{};
         std::optional<ready> unsent{}; ///< for which there was no room
@@ -85,6 +86,7 @@ class module_exchange {
     void forget_tokens(contact &of) const;
     void forget_given_up(contact &of) const;
     contact &enter(const model::module_node &told);
+    bool is_over(const model::module_node &told) const;
 
     uint32_t handle_;
     modules &followed_;

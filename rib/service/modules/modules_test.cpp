@@ -176,6 +176,41 @@ TEST_F(modules_on_the_bus, an_upgrading_module_says_so_and_is_given_the_changes_
     module.answer(*update);
 }
 
+TEST_F(modules_on_the_bus, what_a_module_was_before_is_no_news_when_it_comes_late) {
+    scripted_module module(bus_url, 1);
+    module.take_all();
+    const auto expect_served = [&] {
+        const uint32_t token = client.send({first});
+        auto update = module.next();
+        ASSERT_TRUE(update);
+        module.answer(*update);
+        EXPECT_EQ(client.answer(token), answered(RIB_OK, 1, 1));
+    };
+    module.announce(model::fib_state::offline); // it was active already
+    expect_served();
+    module.announce(model::fib_state::active, 9);
+    module.announce(model::fib_state::upgrading, 8);
+    expect_served();
+    module.start_again(2);
+    module.announce();
+    module.take_all();
+    module.start_again(1);
+    module.announce(model::fib_state::exited, 9);
+    expect_served();
+}
+
+TEST_F(modules_on_the_bus, a_module_that_says_that_it_leaves_is_missing) {
+    scripted_module module(bus_url, 1);
+    module.take_all();
+    module.announce(model::fib_state::exited);
+    EXPECT_EQ(client.ask({first}), answered(RIB_MISSING_DEVICE, 0, 1));
+    module.start_again(2);
+    module.announce(model::fib_state::offline); // it has just begun
+    EXPECT_EQ(client.ask({second}), answered(RIB_MISSING_DEVICE, 0, 2));
+    module.announce();
+    EXPECT_FALSE(module.take_all().empty());
+}
+
 TEST_F(modules_on_the_bus, a_module_that_upgrades_before_it_says_so_is_sent_everything_again) {
     scripted_module module(bus_url, 1);
     module.take_all();
