@@ -204,6 +204,8 @@ that did not take effect, where there are any. What it cannot use it answers wit
 The RIB numbers what it sends to a module. A module takes a number only where it is later than the last one that it took
 (numbers go on at 0 behind the largest); what comes late, or twice, is answered with "index used", changes nothing and
 names all of its keys. The module tells the last number with its record, and the RIB goes on from there.
+A record that says that the module is upgrading or offline, or has ended, is answered and changes nothing where it comes
+late: it is of the instance before, its last number is below the one that was told, or the module was not offline any more.
 
 A path's control word is that of a label route's way: it says how many labels are taken off and pushed, three at most,
 and on a unicast path which domain is next. A route with more labels at one way is in no module; of more than 16 ways a
