@@ -69,7 +69,7 @@ action declare_rib(CLI::App &app, const words &given) {
     app.add_flag("--trace", options->output.traces, "print every route that moves in the hardware");
     add_number(app, "--hold", options->hold, 0, 3'600'000,
                "how long modules keep what they have at the start, until clients have brought their routes back")
-        ->type_name("MS")
+        ->type_name("MILLISECONDS")
         ->capture_default_str();
     add_bus(app, options->bus, server_here)->check(shared_bus);
     add_tables(app, options->tables);

@@ -74,7 +74,7 @@ void waiting::tell(id request, const any_key &route, uint32_t code) noexcept {
     }
 }
 
-void waiting::compare(id request) noexcept { open_.at(request).found.emplace(); }
+void waiting::compare(id request) noexcept { open_.at(request).found.emplace(findings{}); }
 
 bool waiting::find(id request, const any_key &route, uint32_t status) noexcept {
     one *open = find_open(request);
