@@ -1,4 +1,4 @@
-// A route client by itself: FSPF of a fabric, for a RIB elsewhere on the bus.
+// The route clients of a fabric by themselves, for a RIB elsewhere on the bus.
 #pragma once
 
 #include "cli/fabrics/run_options.h"

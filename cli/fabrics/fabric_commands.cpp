@@ -196,7 +196,7 @@ constexpr command commands[] = {
         "One that is soon full, with every message that it takes"}}},
      "the bus cannot be opened, or the output cannot be written"},
     {"client",
-     "Runs a route client by itself: FSPF computes routes and keeps a RIB elsewhere up to date",
+     "Runs the route clients of a fabric by themselves: they keep the routes of a RIB elsewhere up to date",
      declare_client,
      true,
      "Reads what the RIB has, sends what is different, follows the fabric through its events, and ends; with --stay "
