@@ -1,5 +1,5 @@
 // All that changes in the RIB's tables, as it changes: what the RIB tells, and where that may be incomplete, what is
-// different from before.
+// different from before. No change is told twice, and nothing that changes nothing.
 #pragma once
 
 #include "clients/table_reader.h"
@@ -8,10 +8,12 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace ribkit::clients {
 
@@ -43,21 +45,25 @@ class change_reader {
 
   private:
     template <class Table> using held_table = std::map<std::pair<typename Table::key, uint32_t>, typename Table::route>;
+    using held_tables = std::tuple<held_table<unicast_table>, held_table<multicast_table>, held_table<label_table>>;
 
+    void listen(std::chrono::milliseconds limit);
     void hear(uint32_t opcode, std::span<const uint8_t> message);
     template <class Table> void take(std::span<const uint8_t> message);
     void miss(const std::string &why);
     void say_alive();
     void read_again();
     template <class Table> held_table<Table> read() const;
-    template <class Table> void tell_differences(held_table<Table> now, bool silently);
+    template <class Table, class View> std::vector<bool> keep(View update);
+    template <class Table> void tell_differences(const held_tables &before) const;
 
     bus::rib_link &link_;
     uint32_t uuid_;
     change_listener listener_;
-    std::tuple<held_table<unicast_table>, held_table<multicast_table>, held_table<label_table>> held_;
-    std::chrono::steady_clock::time_point said_{}; ///< when it registered last
+    held_tables held_;
+    std::optional<std::chrono::steady_clock::time_point> said_; ///< when it registered last, with this RIB
     bool misses_ = false;
+    bool reads_ = false; ///< what is heard is part of what is being read
     bool knows_ = false; ///< the tables have been read once
 };
 
