@@ -160,7 +160,7 @@ action declare_fabric(CLI::App &app, const words & /*given*/) {
 
 constexpr command commands[] = {
     {"lab",
-     "Runs a whole fabric in this process: FSPF computes routes and keeps the RIB up to date",
+     "Runs a whole fabric in this process: its route clients, the RIB and its modules",
      declare_lab,
      true,
      "Reads a fabric file, starts the RIB, the modules and the route clients of its local switch, and lets links fail "

@@ -1,4 +1,4 @@
-// The lab: a fabric in one process. FSPF computes the routes of the local switch and keeps the RIB up to date over the
+// The lab: a fabric in one process. The route clients of the local switch keep the RIB up to date over the
 // message bus while links go down and come up.
 #pragma once
 
