@@ -4,7 +4,7 @@
 //   RIBKIT_FAIL_ONWARDS=1    and every one after it
 //   RIBKIT_FAIL_REPORT=FILE  says at the end how many allocations there were, and from where each failing one was asked
 //                            for, as far as the first few
-// What the system does before main, three places in other people's libraries that end the process when memory fails,
+// What the system does before main, four places in other people's libraries that end the process when memory fails,
 // and OpenSSL, which does not survive it while it prepares itself, are spared.
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -37,9 +37,11 @@ static bool onwards;
 static int report = -1;
 static __thread bool looking; // the search for the place allocates itself
 
-// libnats gives up a connection whose lock it has not made yet, and a JSON object whose fields have no room yet; glibc
-// ends the process where it cannot note that a thread has something to destroy.
-static const char *const spared[] = {"natsConn_create", "nats_JSONParse", "__cxa_thread_atexit_impl"};
+// libnats gives up a connection whose lock it has not made yet, a JSON object whose fields have no room yet, and
+// asserts that there was room for what a thread notes of errors; glibc ends the process where it cannot note that a
+// thread has something to destroy.
+static const char *const spared[] = {"natsConn_create", "nats_JSONParse", "nats_doNotUpdateErrStack",
+                                     "__cxa_thread_atexit_impl"};
 
 static bool is_spared(void *const *frames, int count) {
     for (int i = 0; i < count; i++) {
