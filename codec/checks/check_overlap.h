@@ -30,6 +30,22 @@ template <class Steps> template <const layout &Info> uint32_t checker<Steps>::ch
     return RIB_OK;
 }
 
+/// As walk, of a message that is a table of unicast routes.
+template <class Steps> uint32_t checker<Steps>::walk_table(uint8_t number, size_t &end) {
+    constexpr const layout &table = wire::fcurt_info;
+    static_assert(is_open(table.last()));
+    const check_plan &plan = tables_.plans[number];
+    steps.step();
+    if (size_ < table.size) {
+        return refuse_short(plan, 0);
+    }
+    end = table.size;
+    const check_list &list = tables_.lists[plan.first_list];
+    const uint32_t count = count_at(list.count, 0);
+    const uint32_t refused = walk_overlapping_routes(list.entry, list.offset, count, end);
+    return refused != 0 ? refused : walk_odd(plan.odd, 0, end);
+}
+
 /// As walk_entries. Routes apart from one another are walked one by one; from the first that overlaps on, a message is
 /// refused in any case, and all that is left to find is the first route whose hops do not hold.
 template <class Steps>

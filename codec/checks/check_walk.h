@@ -26,7 +26,8 @@ template <class Steps> class checker {
     /// Whether the bytes are one message of that plan, and nothing behind it.
     uint32_t check(uint8_t plan) {
         size_t end = 0;
-        if (const uint32_t refused = walk(plan, 0, end); refused != 0) {
+        const bool may_overlap = tables_.plans[plan].odd == odd_check::fcurt_info;
+        if (const uint32_t refused = may_overlap ? walk_table(plan, end) : walk(plan, 0, end); refused != 0) {
             return refused;
         }
         return end == size_ ? RIB_OK : refuse(RIB_CHECK_EXCESS, "size", end, size_, end);
@@ -41,7 +42,7 @@ template <class Steps> class checker {
         }
         end = std::max(end, at + plan.size);
         for (unsigned i = 0; i < plan.n_lists; ++i) {
-            if (const uint32_t refused = walk_list(plan, tables_.lists[plan.first_list + i], at, end); refused != 0) {
+            if (const uint32_t refused = walk_list(tables_.lists[plan.first_list + i], at, end); refused != 0) {
                 return refused;
             }
         }
@@ -84,7 +85,7 @@ template <class Steps> class checker {
         return refuse(RIB_CHECK_COUNT, tables_.names + list.counted_by, at + list.count.at, count, allowed);
     }
 
-    uint32_t walk_list(const check_plan &plan, const check_list &list, size_t at, size_t &end) {
+    uint32_t walk_list(const check_list &list, size_t at, size_t &end) {
         const uint32_t count = count_at(list.count, at);
         const size_t first = at + list.offset;
         if (list.bound != 0 && count > list.bound) {
@@ -100,8 +101,7 @@ template <class Steps> class checker {
             end = std::max(end, first + size_t{count} * list.stride);
             return RIB_OK;
         }
-        return plan.odd == odd_check::fcurt_info ? walk_overlapping_routes(list.entry, first, count, end)
-                                                 : walk_entries(list.entry, first, list.stride, count, end);
+        return walk_entries(list.entry, first, list.stride, count, end);
     }
 
     uint32_t walk_entries(uint8_t entry, size_t first, size_t stride, uint32_t count, size_t &end) {
@@ -135,7 +135,7 @@ template <class Steps> class checker {
     void skip_records(size_t fixed, const check_list &list, size_t &at, uint32_t &count) {
         while (count != 0 && left(at) >= fixed) {
             const uint32_t entries = count_at(list.count, at);
-            if (entries > (left(at) - fixed) / list.stride) {
+            if (uint64_t{list.stride} * entries > left(at) - fixed) {
                 return;
             }
             const size_t size = fixed + size_t{list.stride} * entries;
@@ -155,8 +155,9 @@ template <class Steps> class checker {
     uint32_t check_verf_info(size_t at, size_t &end);
 
     // Entries that stand closer than they are long (check_overlap.h). One looks back over a kilobyte on the stack,
-    // which no other walk shall carry.
+    // which no other walk shall carry: only a whole message is walked so, never what the walk comes back to.
     template <const layout &Info> uint32_t check_overlap();
+    [[gnu::noinline]] uint32_t walk_table(uint8_t number, size_t &end);
     uint32_t walk_overlapping_routes(uint8_t route, size_t first, uint32_t count, size_t &end);
     size_t routes_apart(size_t first, size_t count);
     size_t first_with_bad_hop(size_t first, size_t from, size_t count);
