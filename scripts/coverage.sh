@@ -7,17 +7,12 @@ coverage() {
     for folder in "${folders[@]}"; do
         [[ -f $folder/CMakeLists.txt ]] || refuse "coverage: there is no folder '$folder'"
     done
-    need "coverage" "${test_packages[@]}" gcovr python3
+    need "coverage" "${test_packages[@]}" python3
     build coverage -DRIBKIT_TESTS=ON -- ${folders[@]:+$(tests_beside "${folders[@]}")}
     find build/coverage -name '*.gcda' -delete
     echo "run: running the tests, log $log" >&2
     attend "testing coverage" "$log" run_for_coverage "${folders[@]}" || { tail -n 40 "$log" >&2; return 1; }
-    finish gcovr --root . --object-directory build/coverage --exclude '.*_(test|bench|twin|rig|peer)\.(cpp|h)' \
-        --exclude '(.*/)?(naive|witness|golden|expected|render)[^/]*(/.*)?' \
-        --exclude '(testing|bench|fuzz|footprint|examples|build)/.*' \
-        --exclude-throw-branches --exclude-unreachable-branches \
-        --gcov-ignore-parse-errors --json build/coverage/coverage.json
-    finish scripts/coverage.py build/coverage/coverage.json scripts/uncovered.txt "${folders[@]}"
+    finish scripts/coverage.py build/coverage scripts/uncovered.txt "${folders[@]}"
 }
 
 # tests_beside FOLDER...: the test programs that their CMakeLists.txt build.
