@@ -17,8 +17,6 @@ namespace ribkit::diag {
 
 namespace {
 
-constexpr size_t upper_case_limit = 40;
-
 /// The value that stands for a mask of port modes in the table: its first bit that has a row, or the mask itself.
 uint32_t shown_mode(uint32_t mode) {
     if (mode != all_modes) {
@@ -40,13 +38,8 @@ using namespace ribkit::diag;
 
 void rib_uuid_to_uc_str(uint32_t uuid, char *str) {
     rib_uuid_to_str(uuid, str);
-    size_t length = std::strlen(str);
-    if (length > upper_case_limit) {
-        rib_str_len_set(str, upper_case_limit);
-        length = upper_case_limit;
-    }
-    for (size_t i = 0; i < length; ++i) {
-        str[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(str[i])));
+    for (; *str != '\0'; ++str) {
+        *str = static_cast<char>(std::toupper(static_cast<unsigned char>(*str)));
     }
 }
 
