@@ -191,6 +191,8 @@ TEST(view, writes_numbers_parts_and_areas_and_nothing_else) {
     }
     reg.set_text<"name">(std::string(100, 'y'));
     EXPECT_EQ(reg.text<"name">(), std::string(80, 'y'));
+    reg.set_bytes<"name">({});
+    EXPECT_EQ(bytes(record.begin() + 8, record.end()), bytes(80, 0));
 
     bytes ctrl(8, 0xff);
     writable_view<wire::fclrt_intf>(ctrl.data()).set<"ctrl", "push">(0x102).set<"ctrl", "dec_ttl">(0);

@@ -112,9 +112,21 @@ TEST(writer, without_room_for_the_fixed_part_nothing_is_written) {
     EXPECT_FALSE(update.is_whole());
     update.set<"uuid">(1U).set<"oper">(2U);
     EXPECT_FALSE(update.add<"route">());
+    update.add<"route">().set<"flag", "volatile">(1);
     update.take_back<"route">(update.add<"route">());
     EXPECT_EQ(update.size(), 0U);
+    const writer<wire::registration> reg(buffer.data(), 87);
+    reg.set_text<"name">("fspf").set_bytes<"name">(bytes{1, 2});
+    EXPECT_FALSE(reg);
     EXPECT_EQ(buffer, bytes(979, 0xee));
+}
+
+// A message's size has 32 bits, the room that a caller has may have more.
+TEST(writer, more_room_than_a_message_can_fill_is_room) {
+    bytes buffer(wire::fcurt_update.size + wire::fcurt.size);
+    const writer<wire::fcurt_update> update(buffer.data(), std::max(buffer.size(), size_t{UINT32_MAX} + buffer.size()));
+    EXPECT_TRUE(update.add<"route">());
+    EXPECT_EQ(update.size(), buffer.size());
 }
 
 TEST(writer, a_count_is_true_after_every_step) {
@@ -180,6 +192,14 @@ TEST(writer, the_byte_that_counts_stays_when_its_word_is_set) {
     out.add<"push">();
     out.set<"ctrl">(0x02ffe000U).set<"ctrl", "use_ttl">(0).set<"intf">(5U);
     EXPECT_EQ(out.read().get<"ctrl">(), 0x0201a000U);
+}
+
+TEST(writer, a_count_that_was_written_over_leads_to_no_place_behind_the_buffer) {
+    bytes buffer(100);
+    const writer<wire::fclrt_intf> out(buffer);
+    out.set_bytes<"ctrl">(bytes{0, 200, 0, 0});
+    EXPECT_FALSE(out.add<"push">());
+    EXPECT_EQ(out.size(), 8U);
 }
 
 TEST(writer, only_what_was_added_last_can_grow) {

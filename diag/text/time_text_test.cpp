@@ -151,6 +151,7 @@ TEST(TimeText, YearsOfTwoAndThreeAndFiveDigits) {
             ASSERT_EQ(calendar(wide) + "\n", ctime(&wide)) << when;
         }
         EXPECT_EQ(calendar(static_cast<time_t>(60000000000000000)), "Sat May 29 10:40:00 19013") << "cut";
+        EXPECT_EQ(calendar(static_cast<time_t>(67768036191676799)), "") << "a year that asctime does not write";
         EXPECT_EQ(calendar(static_cast<time_t>(67768036191676800)), "") << "no calendar year";
     }
 }
