@@ -12,6 +12,18 @@
 
 namespace ribkit::lab {
 
+namespace {
+
+/// The order of lists. On big-endian machines `<` of gcc 12 compares too few of their bytes, and so takes lists for one
+/// that differ.
+struct by_number {
+    bool operator()(const std::vector<size_t> &a, const std::vector<size_t> &b) const {
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
+    }
+};
+
+} // namespace
+
 // An end that is not reached is farther away than any sum.
 static bool is_on_shortest_path(uint64_t to_one_end, uint64_t to_the_other, uint64_t cost) {
     return to_one_end + cost <= to_the_other || to_the_other + cost <= to_one_end;
@@ -44,7 +56,7 @@ size_t fabric_routes::size() const {
 }
 
 void fabric_routes::find_topologies(const fabric &f) {
-    std::map<std::vector<size_t>, size_t> known;
+    std::map<std::vector<size_t>, size_t, by_number> known;
     for (const fabric_vsan &vsan : f.vsans()) {
         const auto links = links_of(f, vsan.id);
         const auto [place, is_new] = known.try_emplace(links, topologies_.size());
