@@ -25,6 +25,6 @@ mutate_folder() {
     mkdir -p build/mutate
     echo "run: mutants of $folder, log $log" >&2
     attend "mutants of $folder" "$log" "${program[@]}" "$@" && return
-    grep '^SURVIVED: ' "$log" || tail -n 5 "$log"
+    sed -nE 's:^\[[0-9/]+\] (SURVIVED\: ):\1:p' "$log" | grep . || tail -n 5 "$log"
     return 1
 }
