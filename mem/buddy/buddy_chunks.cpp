@@ -77,7 +77,6 @@ bud_chunks obtain_chunks(uint32_t capacity) {
 void give_back(bud_chunks &chunks) {
     std::free(chunks.sets);
     chunks.sets = nullptr;
-    chunks.capacity = 0;
 }
 
 bool enter_block(bud_chunks &chunks, block_kind kind, uint32_t size, uint32_t index) {
@@ -112,7 +111,6 @@ bool adopt_chunks(struct bud &bud, bud_chunks &chunks, const uint32_t count[bloc
     bud.chunks = chunks;
     bud.walked = false;
     std::memcpy(bud.count, count, sizeof bud.count);
-    bud.free_sizes = 0;
     for (uint32_t size = 1; size <= bud_sizes; size++) {
         count_block(bud, free_block, size, 0);
     }
@@ -125,7 +123,7 @@ bool reserve_chunk(struct bud &bud) {
         return true;
     }
     const uint32_t most = chunks_below(bud.total);
-    const uint32_t wanted = std::min(most, std::max(first_capacity, carved > most / 2 ? most : 2 * carved));
+    const uint32_t wanted = std::min(most, std::max(first_capacity, 2 * carved));
     if (!reserve_nodes(bud.lists, uint64_t{wanted} * chunk_units)) {
         return false;
     }

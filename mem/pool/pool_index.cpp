@@ -70,12 +70,13 @@ void file_all(struct pool &pool) {
     }
 }
 
-bool grow(struct pool &pool) {
+// To twice as many slots, where there is memory; who calls it numbers the chunks anew.
+void grow(struct pool &pool) {
     pool_index &index = pool.index;
     const size_t capacity = size_t{2} * index.capacity;
     void *block = std::calloc(5 * capacity + tree_shape(static_cast<uint32_t>(capacity)).words, sizeof(void *));
     if (block == nullptr) {
-        return false;
+        return;
     }
     std::free(index.block);
     set_capacity(index, static_cast<uint32_t>(capacity));
@@ -83,9 +84,7 @@ bool grow(struct pool &pool) {
     index.buckets = static_cast<pool_bucket *>(block);
     index.slots = reinterpret_cast<pool_chunk **>(index.buckets + 2 * capacity);
     index.room = reinterpret_cast<tree_word *>(index.slots + capacity);
-    close_gaps(pool);
     file_all(pool);
-    return true;
 }
 
 bool holds(const struct pool &pool, const uint8_t *data, const void *item) {
@@ -115,14 +114,14 @@ void index_start(struct pool &pool) {
 
 void index_end(struct pool &pool) { std::free(pool.index.block); }
 
-// Chunks are numbered anew once half of the slots are gaps, or where memory fails, once there is a gap at all.
+// Where less than half of the slots are gaps, there will be more slots; where memory fails, a gap at all is enough.
 bool index_reserve(struct pool &pool) {
     const pool_index &index = pool.index;
     if (index.next_slot < index.capacity) {
         return true;
     }
-    if (index.chunks > index.capacity / 2 && grow(pool)) {
-        return true;
+    if (index.chunks > index.capacity / 2) {
+        grow(pool);
     }
     close_gaps(pool);
     return index.next_slot < index.capacity;
