@@ -4,6 +4,7 @@
 #include "testing/alloc_failure.h"
 #include "testing/capture.h"
 #include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace ribkit::mem;
@@ -128,6 +129,26 @@ void expect_no_memory_for_a_table(size_t nth) {
 TEST(buddy, no_memory_for_a_table) {
     expect_no_memory_for_a_table(1);
     expect_no_memory_for_a_table(2);
+}
+
+TEST(buddy, gives_back_all_memory) {
+    const size_t before = blocks_kept();
+    const failing_allocation none_fails(SIZE_MAX);
+    struct bud *bud = bud_create(1024);
+    for (uint32_t i = 0; i < 40; i++) {
+        alloc(bud, 16);
+    }
+    uint8_t *image = nullptr;
+    uint32_t length = 0;
+    EXPECT_EQ(bud_serialize(bud, &image, &length), RIB_OK);
+    EXPECT_EQ(bud_deserialize(bud, image), RIB_OK);
+    EXPECT_EQ(alloc(bud, 3), 640U);
+    EXPECT_NE(bud_free(bud, 2, 641), RIB_OK); // within a block: from now on lists are walked
+    EXPECT_TRUE(bud->walked);
+    EXPECT_EQ(bud_deserialize(bud, image), RIB_OK);
+    std::free(image);
+    bud_destroy(bud);
+    EXPECT_EQ(blocks_kept(), before);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "testing/alloc_failure.h"
 #include "testing/capture.h"
 #include <array>
+#include <cstdlib>
 
 using namespace ribkit::mem;
 using namespace ribkit::testing;
@@ -43,6 +44,15 @@ TEST(contiguous, configurations_that_do_not_hold_together) {
                                             cont_config{8, 8, 9}, cont_config{8, 0, 1}, cont_config{0, 0, 1}}) {
         EXPECT_EQ(cont_create(&config, sizes, move, mask, 1), nullptr) << config.total << " " << config.block_size;
     }
+}
+
+TEST(contiguous, as_many_segments_as_positions_hold_together) {
+    const struct cont_config config = {2, 1, 2};
+    const uint32_t sizes[] = {1, 1};
+    struct cont *cont = cont_create(&config, sizes, move, mask, 0);
+    ASSERT_NE(cont, nullptr);
+    EXPECT_EQ(image_of(cont), (words{2, 1, 2, 1, 0, 0, 1, 1, 1}));
+    cont_destroy(cont);
 }
 
 TEST(contiguous, sizes_that_do_not_fit_give_a_descriptor_that_refuses_all_work) {
@@ -314,6 +324,19 @@ TEST(contiguous, a_refused_image_leaves_the_segments_that_it_names) {
     EXPECT_EQ(cont_count(cont, 0, &count), RIB_OK);
     EXPECT_EQ(cont_count(cont, 1, &count), RIB_BAD_PARAMETERS);
     cont_destroy(cont);
+}
+
+TEST(contiguous, gives_back_all_memory) {
+    const size_t before = blocks_kept();
+    const failing_allocation none_fails(SIZE_MAX);
+    struct cont *cont = two_segments(0);
+    uint8_t *image = nullptr;
+    uint32_t length = 0;
+    EXPECT_EQ(cont_serialize(cont, &image, &length), RIB_OK);
+    EXPECT_EQ(cont_deserialize(cont, image, length), RIB_OK);
+    std::free(image);
+    cont_destroy(cont);
+    EXPECT_EQ(blocks_kept(), before);
 }
 
 } // namespace

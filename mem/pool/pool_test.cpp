@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <vector>
 
 using namespace ribkit::mem;
 using namespace ribkit::testing;
@@ -218,6 +219,19 @@ TEST(pool, no_memory_for_a_chunk_leaves_the_pieces_and_the_pool) {
         EXPECT_NE(pool_alloc(pool), nullptr);
     }
     pool_destroy(pool);
+}
+
+TEST(pool, gives_back_all_memory) {
+    const size_t before = blocks_kept();
+    const failing_allocation none_fails(SIZE_MAX);
+    struct pool *pool = pool_create(1, 24);
+    std::vector<void *> items(100);
+    std::generate(items.begin(), items.end(), [&] { return pool_alloc(pool); });
+    for (size_t i = 0; i < items.size(); i += 2) {
+        EXPECT_EQ(pool_free(pool, items[i]), RIB_OK);
+    }
+    pool_destroy(pool);
+    EXPECT_EQ(blocks_kept(), before);
 }
 
 } // namespace
