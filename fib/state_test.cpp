@@ -155,6 +155,65 @@ TEST_F(fib_state, rewrites_are_added_and_removed) {
     EXPECT_TRUE(fib.all_rewrites().all().empty());
 }
 
+constexpr rewrite into_8(uint32_t from, uint32_t if_index) {
+    return {{from, if_index, {0x0a0000, RIB_MASK_DOMAIN}, {0, 0}}, {8, 0x0b0001, 0}};
+}
+
+TEST(fib_rewrites, lead_from_a_vsan_to_a_vsan) {
+    rewrites few(1);
+    for (const uint32_t none : {0U, RIB_LAST_VSAN + 1}) {
+        rewrite to_none = into_8(vsan, 1);
+        to_none.what.vsan = none;
+        EXPECT_EQ(few.put(into_8(none, 1)), RIB_BAD_PARAMETERS);
+        EXPECT_EQ(few.put(to_none), RIB_BAD_PARAMETERS);
+    }
+    EXPECT_TRUE(few.all().empty());
+    rewrite last = into_8(RIB_LAST_VSAN, 1);
+    EXPECT_EQ(few.put(last), RIB_OK);
+    last.what.vsan = RIB_LAST_VSAN;
+    EXPECT_EQ(few.put(last), RIB_OK) << "no more than before";
+    EXPECT_EQ(few.put(into_8(vsan, 1)), RIB_HW_FULL);
+    EXPECT_EQ(few.all(), (rewrites::entries{{last.key, last.what}}));
+}
+
+TEST(fib_rewrites, are_of_one_vsan_and_what_is_wrong_first_is_said) {
+    state fib{{.unicast = 1, .multicast = 1, .label = 1, .rewrite = 2, .per_vsan = 0}};
+    const auto take = [&](uint32_t oper, uint32_t in, uint32_t sequence, std::vector<rewrite> paths) {
+        const auto answer = fib.take_rewrites({oper, in, sequence}, paths);
+        return std::pair(answer.result, answer.accepted);
+    };
+    for (const uint32_t none : {0U, RIB_LAST_VSAN + 1}) {
+        EXPECT_EQ(take(FIB_OPER_UPDATE, none, 1, {}), std::pair(RIB_BAD_PARAMETERS, 0U));
+    }
+    EXPECT_EQ(take(FIB_OPER_REMOVE_ALL, vsan, 1, {into_8(vsan, 1)}), std::pair(RIB_BAD_PARAMETERS, 0U));
+    EXPECT_EQ(take(FIB_OPER_UPDATE, vsan, 1, {into_8(9, 1), into_8(vsan, 1), into_8(vsan, 2), into_8(vsan, 3)}),
+              std::pair(RIB_BAD_PARAMETERS, 2U));
+    EXPECT_EQ(take(FIB_OPER_REMOVE, vsan, 2, {into_8(vsan, 2)}), std::pair(RIB_OK, 1U));
+    EXPECT_EQ(take(FIB_OPER_UPDATE, 9, 3, {into_8(9, 1)}), std::pair(RIB_OK, 1U));
+    EXPECT_EQ(take(FIB_OPER_REMOVE_ALL, vsan, 4, {}), std::pair(RIB_OK, 1U));
+    EXPECT_EQ(fib.all_rewrites().all(), (rewrites::entries{{into_8(9, 1).key, into_8(9, 1).what}}));
+}
+
+TEST(fib_kinds, ways_are_whole_and_push_no_more_labels_than_a_path_has_room_for) {
+    using words = std::vector<uint32_t>;
+    const auto is_sound = [](const words &ways) { return unicast::is_sound({}, {.ways = ways}); };
+    const auto pushing = [](uint32_t labels) { return labels << 16; };
+    EXPECT_TRUE(is_sound({}));
+    EXPECT_TRUE(is_sound({0, 1}));
+    EXPECT_FALSE(is_sound({0}));
+    EXPECT_FALSE(is_sound({0, 1, 0}));
+    EXPECT_TRUE(is_sound({pushing(2), 1, 5, 6}));
+    EXPECT_FALSE(is_sound({pushing(2), 1, 5}));
+    words ways{pushing(model::most_path_labels), 1};
+    ways.resize(2 + model::most_path_labels);
+    EXPECT_TRUE(is_sound(ways));
+    ways[0] = pushing(model::most_path_labels + 1);
+    ways.push_back(7);
+    EXPECT_FALSE(is_sound(ways));
+    EXPECT_TRUE(is_sound(words(size_t{2} * model::most_paths)));
+    EXPECT_FALSE(is_sound(words(size_t{2} * (model::most_paths + 1))));
+}
+
 /// Bytes that the program has from the allocator; 0 where another one stands in.
 size_t allocated() {
     const struct mallinfo2 now = mallinfo2();

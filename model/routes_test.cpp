@@ -53,5 +53,11 @@ TEST(routes, random_tables_become_one_another) {
     }
 }
 
+TEST(routes, behind_the_last_key_of_a_vsan_the_next_one_begins) {
+    EXPECT_EQ(key_after({7, {0x020000, 1}}), (route_key{7, {0x020000, 2}}));
+    EXPECT_EQ(key_after({7, {0x020000, UINT32_MAX}}), (route_key{7, {0x020001, 0}}));
+    EXPECT_EQ(key_after({7, {UINT32_MAX, UINT32_MAX}}), (route_key{8, {0, 0}}));
+}
+
 } // namespace
 } // namespace ribkit::model

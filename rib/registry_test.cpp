@@ -63,6 +63,7 @@ TEST(registry, one_too_many_is_refused_and_the_others_may_repeat) {
 
 TEST(registry, history_says_who_came_and_who_went) {
     EXPECT_EQ(line_of_registration({12, 7, "fspf"}), "rib: client 12 (fspf) registered, distance 7");
+    EXPECT_EQ(line_of_registration({12, 7, ""}), "rib: client 12 registered, distance 7");
     EXPECT_EQ(line_of_loss({12, 7, ""}),
               "rib: client 12 was not heard of for 30 s: it is forgotten, with the distance that it registered");
 }

@@ -22,6 +22,12 @@ void add_multicast(state &to, uint32_t vsan, const model::destination &where, st
     EXPECT_EQ(to.update<multicast>({RIB_CLIENT_MCAST, vsan, RIB_OPER_UPDATE, {}, false, 1001}, changes).result, RIB_OK);
 }
 
+void add_labels(state &to, const model::label_key &key) {
+    const std::vector<model::label_change> changes{{RIB_ACTION_ADD, key, {}}};
+    EXPECT_EQ(to.update<label>({RIB_CLIENT_FCMPLS, key.vsan, RIB_OPER_UPDATE, {}, false, 1002}, changes).result,
+              RIB_OK);
+}
+
 void suspend(state &where, uint32_t vsan) {
     const std::vector<model::unicast_change> none;
     EXPECT_EQ(where.update<unicast>({RIB_CLIENT_VSAN_MANAGER, vsan, RIB_OPER_SUSPEND, {}, false, 1000}, none).result,
@@ -158,21 +164,43 @@ TEST(instance, a_registered_distance_makes_routes_active) {
     EXPECT_EQ(way(), 1U);
 }
 
+TEST(instance, a_registration_that_is_refused_changes_no_distance) {
+    instance rib({}, nullptr, 0);
+    for (uint32_t client = 0; client < most_registrations; client++) {
+        ASSERT_EQ(rib.enter({client, 1, "x"}, 0, 0), RIB_OK);
+    }
+    const uint32_t before = rib.routes.clients().distance(most_registrations);
+    EXPECT_EQ(rib.enter({most_registrations, before + 1, "x"}, 0, 0), RIB_HW_FULL);
+    EXPECT_EQ(rib.routes.clients().distance(most_registrations), before);
+}
+
+TEST(instance, holds_nothing_in_what_it_has_not) {
+    const instance rib({}, nullptr, 0);
+    for (const uint32_t structure : {0U, 2U, 9U}) {
+        EXPECT_EQ(rib.held_in(structure), 0U);
+    }
+}
+
 TEST(instance, counts_routes_by_vsan_and_memory_by_kind) {
     instance rib({}, nullptr, 77);
     add_unicast(rib.routes, fspf, 7, {0x020000, 0xff0000}, 0, {{1, 0}});
     add_unicast(rib.routes, 99, 7, {0x020000, 0xff0000}, 0, {{1, 0}});
     add_multicast(rib.routes, 9, {0, 0xffffff}, {4});
     add_multicast(rib.routes, 9, {0x010203, 0xffffff}, {4});
-    EXPECT_EQ(rib.summaries(0, 9), (std::vector<model::vsan_summary>{{7, 1000, 2, 0, 0}, {9, 1001, 0, 2, 0}}));
+    add_labels(rib.routes, {9, RIB_ROUTE_FC_LABEL, 0, {0x030000, 0xff0000}, 0, {}});
+    add_labels(rib.routes, {9, RIB_ROUTE_FC_LABEL, 0, {0x030000, 0xff0000}, 1, {7}});
+    add_labels(rib.routes, {9, RIB_ROUTE_LABEL, 0, {0, 0}, 1, {7}});
+    EXPECT_EQ(rib.summaries(0, 9), (std::vector<model::vsan_summary>{{7, 1000, 2, 0, 0}, {9, 1002, 0, 2, 3}}));
     EXPECT_EQ(rib.summaries(8, 9).size(), 1U);
     EXPECT_EQ(rib.summaries(0, 1).size(), 1U);
     const auto pools = rib.memory();
     const auto count = [&](uint32_t pool) { return pools[pool - 1].n_data; };
     EXPECT_EQ(count(2), 2U);
     EXPECT_EQ(count(3), 1U);
+    EXPECT_EQ(count(4), 3U);
     EXPECT_EQ(count(5), 2U);
     EXPECT_EQ(count(6), 1U);
+    EXPECT_EQ(count(8), 1U) << "labels for a unicast route";
     EXPECT_EQ(count(9), 2U);
     EXPECT_GT(pools[8].data_size, 0U);
     for (uint32_t i = 0; i < pools.size(); i++) {

@@ -2,6 +2,7 @@
 #include "rib/state.h"
 
 #include "rib_codes.h"
+#include "testing/capture.h"
 #include "testing/random_routes.h"
 #include "testing/rib_requests.h"
 
@@ -187,6 +188,19 @@ TEST(label_table, hops_and_sources_are_ports_in_use) {
     std::vector<uint32_t> many(2 * 17);
     EXPECT_EQ(take_labels(rib, mine, {{RIB_ACTION_ADD, by_source(5, 1), {{5}, many}}}).result, RIB_BAD_PARAMETERS);
     EXPECT_EQ(rib.memory().path_units, 1U);
+}
+
+TEST(tables, those_that_have_routes_are_displayed) {
+    state rib;
+    const auto shows = [&](const char *line) {
+        return testing::printed_by([&] { rib.show(); }).find(line) != std::string::npos;
+    };
+    EXPECT_FALSE(shows("Multicast routes: pool"));
+    take_groups(rib, mine, {{RIB_ACTION_ADD, group, {ports(1)}}});
+    EXPECT_TRUE(shows("\nMulticast routes: pool\n"));
+    EXPECT_FALSE(shows("Label routes: pool"));
+    take_labels(rib, mine, {{RIB_ACTION_ADD, by_labels(7), pushes}});
+    EXPECT_TRUE(shows("\nLabel routes: pool\n"));
 }
 
 TEST(tables, share_the_positions_of_a_vsan_and_the_quota_of_a_client) {
