@@ -47,10 +47,8 @@ position_space::position_space(const rib_spaces &spaces, bool shows_segments, ef
 uint32_t position_space::take_segment(uint32_t &segment) {
     const auto last_byte = static_cast<uint32_t>(taken_.size() - 1);
     const auto length = static_cast<uint32_t>(taken_.size());
-    if (bmap_next_clr(taken_.data(), length, 0, &segment) != RIB_OK) {
-        return RIB_VSAN_TCAM_FULL;
-    }
-    if (segment >= vsans_) { // the last byte has room for more
+    bmap_next_clr(taken_.data(), length, 0, &segment); // the last byte has room for more than there are
+    if (segment >= vsans_) {
         bmap_clr(taken_.data(), last_byte, segment);
         return RIB_VSAN_TCAM_FULL;
     }
