@@ -17,9 +17,10 @@ bound = 95.0
 no_subject = re.compile(r"""(testing|bench|fuzz|footprint|examples|build)/
                             |(.*/)?(naive|witness|golden|expected|render)[^/]*(/|$)
                             |.*_(test|bench|twin|rig|peer|fixture)\.(cpp|h)$""", re.X)
-# Lines whose branches are the compiler's own: destructors at the end of a block, the search for who catches an exception,
-# comparisons that it writes.
-without_decision = re.compile(r"[{}();\s]*(//.*)?|} catch \(.*|.*= default;.*")
+# Lines that say nothing: what the compiler puts at the end of a block are destructors.
+without_code = re.compile(r"[{}();\s]*(//.*)?")
+# Lines whose branches are the compiler's own: the search for who catches an exception, comparisons that it writes.
+without_decision = re.compile(r"} catch \(.*|.*= default;.*")
 
 
 def read_list(path):
@@ -78,6 +79,8 @@ class source:
 
     def add(self, line, function):
         number = line["line_number"]
+        if without_code.fullmatch(self.code(number)):
+            return
         self.runs[number] += line["count"]
         ways = [] if without_decision.fullmatch(self.code(number)) else decisions(line["branches"])
         if ways:
