@@ -1,6 +1,7 @@
 // The texts that a table cannot say: upper case, bits, and whole records.
 #include "codec/messages/fib.h"
 #include "diag/compose.h"
+#include "diag/text/client_rows.h"
 #include "diag/text/fib_rows.h"
 #include "diag/text/packed_texts.h"
 #include "diag/text/state_rows.h"
@@ -16,6 +17,10 @@
 namespace ribkit::diag {
 
 namespace {
+
+// In upper case a client's text has at most 40 characters; none is longer, so nothing is cut.
+static_assert(std::all_of(client_texts.begin(), client_texts.end(),
+                          [](const text_row &row) { return row.size <= 41; }));
 
 /// The value that stands for a mask of port modes in the table: its first bit that has a row, or the mask itself.
 uint32_t shown_mode(uint32_t mode) {
