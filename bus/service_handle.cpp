@@ -84,7 +84,7 @@ void service_handle::open(const std::string &url, patience &waiting) {
 }
 
 void service_handle::close() {
-    if (open_.exchange(false)) {
+    if (open_.exchange(0) != 0) {
         qip_close(number_);
     }
 }

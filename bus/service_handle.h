@@ -36,7 +36,7 @@ class service_handle {
     void open(const std::string &url, patience &waiting);
 
     uint32_t number_ = 0;
-    std::atomic<bool> open_{true};
+    std::atomic<uint32_t> open_{1}; // a word: riscv64 exchanges bytes with libatomic only
 };
 
 } // namespace ribkit::bus
