@@ -48,3 +48,16 @@ function(ribkit_tests name)
         gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES COST ${cost})
     endif()
 endfunction()
+
+# ribkit_starter(TARGET VARIABLE): what tests start to run a program. A program of another processor is started by a script:
+# its emulator goes in front of it.
+function(ribkit_starter target variable)
+    set(starter $<TARGET_FILE:${target}>)
+    if(CMAKE_CROSSCOMPILING)
+        list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+        set(starter ${CMAKE_CURRENT_BINARY_DIR}/emulated_${target})
+        file(GENERATE OUTPUT ${starter} CONTENT "#!/bin/sh\nexec ${emulator} $<TARGET_FILE:${target}> \"$@\"\n"
+            FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+    endif()
+    set(${variable} ${starter} PARENT_SCOPE)
+endfunction()

@@ -235,8 +235,8 @@ TEST(lab, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(testing::complaint("rib --tables some"),
               "--tables some: \"auto\", \"all\", \"none\" or the number of a VSAN\n");
     EXPECT_EQ(testing::complaint("client"), "ribkit client: FABRIC is required (see ribkit client --help)\n");
-    EXPECT_EQ(testing::complaint("routes --bus nats:"),
-              "nats:: malformed URL; local:[NAME], unix:DIRECTORY, nats://HOST[:PORT][/FABRIC] or tls://...\n");
+    EXPECT_EQ(testing::complaint("routes --bus unix:"),
+              "unix:: malformed URL; local:[NAME], unix:DIRECTORY, nats://HOST[:PORT][/FABRIC] or tls://...\n");
     EXPECT_EQ(testing::complaint("lab nowhere.toml"), "nowhere.toml: cannot be read: No such file or directory\n");
     EXPECT_EQ(testing::complaint("lab - < CMakeLists.txt").substr(0, 17), "standard input:1:");
     EXPECT_EQ(testing::complaint(std::string("lab --tables 7 ") + small), "--tables 7: the fabric has no VSAN 7\n");

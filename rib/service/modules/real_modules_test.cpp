@@ -170,7 +170,8 @@ delay one-in 40 300
 )";
 
 TEST(real_modules, have_the_active_routes_in_the_end_whatever_has_happened) {
-    for (uint32_t seed = 1; seed <= 8 && !::testing::Test::HasFailure(); seed++) {
+    constexpr uint32_t seeds = RIBKIT_EMULATED ? 2 : 8;
+    for (uint32_t seed = 1; seed <= seeds && !::testing::Test::HasFailure(); seed++) {
         const testing::fault_script script(base::joined("seed ", seed, rough));
         small_switch all;
         asker chance(seed);
