@@ -151,4 +151,14 @@ TEST(buddy, gives_back_all_memory) {
     EXPECT_EQ(blocks_kept(), before);
 }
 
+// What is carved ends within the second chunk: that is no reason to walk lists from then on.
+TEST(buddy, an_image_that_ends_within_a_chunk_is_restored_into_chunks) {
+    const words image = image_of(24, 0, 24, {{6, 10}}, {{10, 0}, {8, 16}});
+    struct bud *bud = bud_create(64);
+    EXPECT_EQ(bud_deserialize(bud, reinterpret_cast<const uint8_t *>(image.data())), RIB_OK);
+    EXPECT_FALSE(bud->walked);
+    EXPECT_EQ(saved_by(bud), image);
+    bud_destroy(bud);
+}
+
 } // namespace
