@@ -135,6 +135,8 @@ def attempt_some(folder, mutants, wanted, tests, outcome):
         free.put(work / f"{folder}{n}")
 
     def attempt(m):
+        if (str(m.file), m.what) in known:
+            return "equivalent"
         place = free.get()
         try:
             return outcome(tests, place, m)
@@ -146,7 +148,6 @@ def attempt_some(folder, mutants, wanted, tests, outcome):
         for n, done in enumerate(concurrent.futures.as_completed(tries), 1):
             m = tries[done]
             result = done.result()
-            result = "equivalent" if result == "SURVIVED" and (str(m.file), m.what) in known else result
             results[result].append(name_of(m))
             print(f"[{n}/{len(mutants)}] {result}: {name_of(m)}", file=sys.stderr, flush=True)
     for result, names in results.items():

@@ -26,5 +26,6 @@ mutate_folder() {
     echo "run: mutants of $folder, log $log" >&2
     attend "mutants of $folder" "$log" "${program[@]}" "$@" && return
     sed -nE 's:^\[[0-9/]+\] (SURVIVED\: ):\1:p' "$log" | grep . || tail -n 5 "$log"
+    echo "again: ${program[*]} $*" >&2
     return 1
 }
