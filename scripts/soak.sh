@@ -7,7 +7,7 @@ soak_tests='(^|/)(state_random|fib_random|modules_random|chaos|killed_processes|
 # build/soak/totals, and build/soak/report.txt says what was done, in this run and in all, and what was found.
 soak() {
     [[ ${1-} =~ ^[0-9]*\.?[0-9]+$ && ! $1 =~ ^0*\.?0*$ ]] || refuse "soak takes a number of hours, not '${1-}'"
-    local end round=0 failed=0
+    local end round=0 failed=0 third
     end=$(awk -v now="$SECONDS" -v hours="$1" 'BEGIN { printf "%d", now + hours * 3600 }')
     need "the test suite" "${test_packages[@]}" python3
     build release -DRIBKIT_TESTS=ON -- "${soak_programs[@]}"
@@ -16,9 +16,10 @@ soak() {
     : >build/soak/run
     until ((round && SECONDS >= end)); do
         round=$((round + 1))
-        soak_fuzzers $(((end - SECONDS) / 3)) || failed=1
+        third=$(((end - SECONDS) / 3))
+        soak_fuzzers "$third" || failed=1
         soak_random_tests || failed=1
-        soak_mutants || failed=1
+        soak_mutants "$third" || failed=1
     done
     soak_report "$round" "$failed" | tee build/soak/report.txt
     ((failed == 0))
@@ -69,16 +70,17 @@ soak_random_tests() {
     return 1
 }
 
-# The next 20 of each folder: after enough rounds all were tried, and it begins again.
+# soak_mutants SECONDS: the next ones of each folder, up to 20. After enough rounds all were tried, and it begins again.
 soak_mutants() {
-    local folder from status=0
+    local folder from status=0 count=$(($1 / ${#core_folders[@]} / 10)) # which take some 10 s each
+    count=$((count < 1 ? 1 : count > 20 ? 20 : count))
     for folder in "${core_folders[@]}"; do
         from=$(soak_done "mutants_$folder")
-        mutate_folder "$folder" --count 20 --from "$from" || {
+        mutate_folder "$folder" --count "$count" --from "$from" || {
             cp "build/mutate/$folder.log" "build/soak/survived-$folder-$from.log"
             status=1
         }
-        soak_add "mutants_$folder" 20
+        soak_add "mutants_$folder" "$count"
     done
     return "$status"
 }
