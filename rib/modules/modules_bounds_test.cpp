@@ -2,6 +2,8 @@
 // beyond comes with its VSAN's merge. RIBKIT_ALL=1 tries the routes of a whole switch.
 #include "rib/hardware/path_space.h"
 #include "rib/modules/modules.h"
+#include "rib/modules/refused_keys.h"
+#include "rib/modules/waiting.h"
 #include "rib/naive/played_module.h"
 #include "testing/rib_requests.h"
 
@@ -136,6 +138,68 @@ TEST(modules_bounds, what_was_told_takes_nothing_more_however_often) {
     }
     EXPECT_LE(bytes_now(), before + 4096);
     EXPECT_TRUE(all.has_all(1006));
+}
+
+TEST(refused_keys, beyond_those_that_are_remembered_a_whole_vsan_is_tried_again) {
+    refused_keys<unicast> refused;
+    constexpr model::route_key more{9, {1, 0}};
+    for (uint32_t i = 0; i < most_remembered; i++) {
+        refused.add({7, {i, 0}}, i % 2 == 0 ? RIB_HW_FULL : RIB_VSAN_TCAM_FULL);
+    }
+    refused.add(more, RIB_HW_FULL);
+    std::vector<model::route_key> again;
+    const auto take_some = [&](uint32_t vsan, size_t count) {
+        again.clear();
+        return refused.take_some(vsan, count, [&](const auto &key) { again.push_back(key); });
+    };
+    EXPECT_TRUE(take_some(7, 1).none());
+    EXPECT_EQ(again, (std::vector<model::route_key>{{7, {0, 0}}}));
+    EXPECT_TRUE(take_some(8, 1).none());
+    EXPECT_EQ(again, (std::vector<model::route_key>{{7, {2, 0}}})) << "the first that any room helps";
+    EXPECT_EQ(take_some(9, most_remembered), vsan_set().set(9)) << "there was room for more than are remembered";
+    EXPECT_EQ(again.size(), most_remembered / 2 - 2);
+    EXPECT_TRUE(take_some(9, 1).none());
+    EXPECT_TRUE(again.empty());
+}
+
+TEST(waiting, a_comparison_keeps_no_more_than_so_many_differences) {
+    waiting requests;
+    const waiting::id request = requests.open();
+    requests.owe(request);
+    requests.compare(request);
+    const auto find = [&](uint32_t number) {
+        return requests.find(request, {table_id::unicast, {.vsan = number}}, FIB_VERF_NOT_IN_RIB);
+    };
+    for (uint32_t i = 0; i < waiting::most_found; i++) {
+        ASSERT_TRUE(find(i));
+    }
+    EXPECT_FALSE(find(waiting::most_found));
+    requests.seal(request, {});
+    requests.settle(request, RIB_OK);
+    const auto done = requests.take_done();
+    ASSERT_TRUE(done && done->found);
+    EXPECT_EQ(done->found->keys.size(), waiting::most_found);
+    EXPECT_EQ(done->answer.result, RIB_FAILED);
+}
+
+TEST(waiting, of_a_request_that_is_over_nothing_is_kept) {
+    waiting requests;
+    const waiting::id request = requests.open();
+    requests.owe(request);
+    requests.compare(request);
+    requests.seal(request, {});
+    requests.give_up(request);
+    const any_key route{table_id::unicast, {.vsan = 7}};
+    EXPECT_FALSE(requests.find(request, route, FIB_VERF_NOT_IN_RIB));
+    requests.count_named(request, 5);
+    requests.settle(request, route, RIB_HW_FULL);
+    requests.give_up(request);
+    const auto done = requests.take_done();
+    ASSERT_TRUE(done && done->found);
+    EXPECT_EQ(*done->found, (waiting::findings{{}, 0, false}));
+    EXPECT_EQ(done->answer.result, RIB_TIMEOUT);
+    EXPECT_FALSE(requests.take_done());
+    EXPECT_EQ(requests.size(), 0U);
 }
 
 } // namespace
