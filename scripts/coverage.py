@@ -44,13 +44,18 @@ def counts_of(notes):
 
 
 def decisions(branches):
-    """How often each way was taken, without the two that a call has: back, and out by an exception."""
+    """How often each way was taken, of an if both in one tuple, without the two that a call has: back, and out by an
+    exception."""
     ways, at = [], 0
     while at < len(branches):
-        if any(branch["throw"] for branch in branches[at:at + 2]):
+        two = branches[at:at + 2]
+        if any(branch["throw"] for branch in two):
+            at += 2
+        elif len(two) == 2 and two[0]["fallthrough"] != two[1]["fallthrough"]:
+            ways.append((two[0]["count"], two[1]["count"]))
             at += 2
         else:
-            ways.append(branches[at]["count"])
+            ways.append((two[0]["count"],))
             at += 1
     return ways
 
@@ -72,7 +77,7 @@ class source:
     def __init__(self, name):
         self.text = pathlib.Path(name).read_text().splitlines()
         self.runs = collections.Counter()  # of each line
-        self.ways = collections.defaultdict(dict)  # line -> function and number of ways -> how often each
+        self.ways = collections.defaultdict(dict)  # line -> function and kinds of decisions -> how often each way
 
     def code(self, number):
         return self.text[number - 1].strip() if number <= len(self.text) else ""
@@ -84,12 +89,16 @@ class source:
         self.runs[number] += line["count"]
         ways = [] if without_decision.fullmatch(self.code(number)) else decisions(line["branches"])
         if ways:
-            so_far = self.ways[number].get((function, len(ways)), [0] * len(ways))
-            self.ways[number][function, len(ways)] = [a + b for a, b in zip(so_far, ways)]
+            shape = function, tuple(map(len, ways))
+            so_far = self.ways[number].get(shape, [(0,) * len(way) for way in ways])
+            self.ways[number][shape] = [tuple(map(sum, zip(*both))) for both in zip(so_far, ways)]
 
     def taken(self, number):
-        ways = [count for copy in self.ways[number].values() for count in copy]
-        return sum(count > 0 for count in ways), len(ways)
+        """Branches that were taken, and all. Where a line was run, a decision that was never come to does not count: the
+        one that leads there does, or an exception."""
+        never_run = self.runs[number] == 0
+        ways = [way for copy in self.ways[number].values() for way in copy if any(way) or len(way) == 1 or never_run]
+        return sum(count > 0 for way in ways for count in way), sum(map(len, ways))
 
 
 def concerns(notes, folders):
