@@ -21,6 +21,7 @@ FNR == 1 {
     if (/^\.so /) { leads_to[page] = substr($2, 6); next }
 }
 /^\.SH / { part = $2; next }
+part == "NAME" && /\\- [a-z][A-Z]/ { wrong(page ": an abbreviation has lost its capital: " $0) }
 {
     gsub(/\\f[BR]/, "")
     gsub(/\\-/, "-")

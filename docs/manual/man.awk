@@ -1,7 +1,7 @@
 # Manual pages from Markdown: of the commands (`ribkit manual`), of the headers (headers.awk) and of documents. A line
 # "# NAME, NAME(SECTION): SUMMARY" begins a page; the names behind the first are files that lead to it.
-# usage: awk -v folder=FOLDER -v date=DATE -v version=VERSION [-v page="NAME(SECTION)"] -f man.awk FILE...
-# With page, the title of each document is its summary.
+# usage: awk -v folder=FOLDER -v date=DATE -v version=VERSION [-v page="NAME(SECTION)" -v see=PAGES] -f man.awk FILE...
+# With page, the title of the document is its summary, and it ends with the pages to see.
 BEGIN {
     title[1] = "ribkit commands"
     title[3] = "ribkit library"
@@ -163,7 +163,8 @@ function begin_page(line,    names, i, n, section, summary) {
     put(".ad l")
     put(".SH NAME")
     sub(/\.$/, "", summary)
-    fill_styled(substr(line, 3, RSTART - 3) " \\- " styled(tolower(substr(summary, 1, 1)) substr(summary, 2)))
+    if (summary !~ /^[A-Z][A-Z]/) summary = tolower(substr(summary, 1, 1)) substr(summary, 2) # but for FIB, VSAN
+    fill_styled(substr(line, 3, RSTART - 3) " \\- " styled(summary))
     is_new = 1
 }
 
@@ -241,4 +242,9 @@ in_code {
     sub(/^ +/, "")
     held = held (held == "" ? "" : " ") $0
 }
-END { flush() }
+END {
+    flush()
+    if (see == "") exit
+    put(".SH SEE ALSO")
+    fill(see)
+}
