@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# What a shell completes when somebody types, in each shell that is there. usage: completion_test.sh RIBKIT SOURCE
+# What a shell completes when somebody types, in each shell that is there. usage: completion_test.sh RIBKIT EXAMPLES
+# Without RIBKIT, '', it is the installed one, and each shell has to find what it needs by itself.
 set -euo pipefail
-ribkit=$1 source=$2
+ribkit=$1 examples=$2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 export PATH=$scratch/bin:$PATH HOME=$scratch TERM=dumb
 mkdir -p "$scratch/bin" "$scratch/home/fabrics"
-ln -s "$ribkit" "$scratch/bin/ribkit"
-cp "$source/examples/fabrics/small.toml" "$scratch/home"
-cp "$source/examples/faults/rough.faults" "$source/examples/messages/fcu.hex" "$scratch/home"
+[[ ! $ribkit ]] || ln -s "$ribkit" "$scratch/bin/ribkit"
+cp "$examples/fabrics/small.toml" "$examples/faults/rough.faults" "$examples/messages/fcu.hex" "$scratch/home"
 cd "$scratch/home"
 failures=0
 
@@ -25,22 +25,27 @@ expect() {
 }
 
 # As bash calls a function: the line, and its words, which it parts at = and : too.
+in_bash='eval "$(ribkit completion bash)"'
+[[ $ribkit ]] || in_bash='. /usr/share/bash-completion/bash_completion; _completion_loader ribkit || (($? == 124))'
 complete_in_bash() {
-    bash --norc -c '
-        eval "$(ribkit completion bash)"
+    bash --norc -c "$in_bash"'
         COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDBREAKS=$'"' \\t\\n\"\\'><=;|&(:'"'
         _ribkit ribkit "" ""
         printf "%s\n" "${COMPREPLY[@]}"' bash "$1"
 }
 
 # A terminal in which keys are pressed; words are noted where the shell takes them.
+in_zsh='eval "$(ribkit completion zsh)"'
+[[ $ribkit ]] || in_zsh=
 complete_in_zsh() {
     : >"$scratch/answers"
-    cat >"$scratch/begin.zsh" <<'END'
+    cat >"$scratch/begin.zsh" <<END
 PROMPT=is-ready # the editor says it
 autoload -Uz compinit
 compinit -u -D
-eval "$(ribkit completion zsh)"
+$in_zsh
+END
+    cat >>"$scratch/begin.zsh" <<'END'
 compadd() {
     local -a taken
     if [[ ${@[1,(i)(-|--)]} != *-(O|A|D)\ * ]]; then
@@ -64,7 +69,9 @@ END
     sed '/^$/d' "$scratch/answers"
 }
 
-complete_in_fish() { fish --no-config -c 'ribkit completion fish | source; complete -C $argv[1]' "$1" | cut -f1; }
+in_fish=(fish --no-config -c 'ribkit completion fish | source; complete -C $argv[1]')
+[[ $ribkit ]] || in_fish=(fish -c 'complete -C $argv[1]')
+complete_in_fish() { "${in_fish[@]}" "$1" | cut -f1; }
 
 shells=(bash)
 for shell in zsh fish; do
@@ -86,5 +93,6 @@ for shell in "${shells[@]}"; do
     expect "$shell" "ribkit show fcu fc" fcu.hex
     expect "$shell" "ribkit status --json=s" small.toml
 done
+[[ $ribkit || ${#shells[@]} == 3 ]] || failures=$((failures + 1))
 echo "${shells[*]}: $failures wrong"
 ((failures == 0))
