@@ -68,12 +68,23 @@ check_unit() {
         "$build/cli/ribkit" "$command" --help | grep -qE "^ *$option[ =]" || fail "$unit: there is no ribkit $command $option"
     done
     [[ $(locked_up "$unit") == "$(locked_up debian/ribkit.ribkit-rib.service)" ]] || fail "$unit is locked up otherwise than the RIB's"
+}
+
+# What systemd says of all units, with the command that is built.
+check_with_systemd() {
+    local unit file
     command -v systemd-analyze >/dev/null || return 0
-    sed -e "s:/usr/bin/ribkit:$build/cli/ribkit:" -e '/^Documentation/d' "$unit" >"$scratch/${1/@/@1}"
-    systemd-analyze verify --man=no "$scratch/${1/@/@1}" 2>"$scratch/said" && ! grep -F "ribkit" "$scratch/said" ||
-        fail "$unit: $(cat "$scratch/said")"
-    systemd-analyze security --offline=yes --threshold=20 "$scratch/${1/@/@1}" >"$scratch/said" 2>&1 ||
-        fail "$unit is too open: $(tail -n 3 "$scratch/said")"
+    mkdir "$scratch/units"
+    for unit in debian/*.service; do
+        file=${unit#debian/ribkit.}
+        sed -e "s:/usr/bin/ribkit:$build/cli/ribkit:" -e '/^Documentation/d' "$unit" >"$scratch/units/${file/@/@1}"
+    done
+    systemd-analyze verify --man=no "$scratch"/units/* 2>"$scratch/said" && ! grep -F "ribkit" "$scratch/said" ||
+        fail "the units: $(cat "$scratch/said")"
+    for unit in "$scratch"/units/ribkit-{rib,module@1}.service; do
+        systemd-analyze security --offline=yes --threshold=20 "$unit" >"$scratch/said" 2>&1 ||
+            fail "$unit is too open: $(tail -n 3 "$scratch/said")"
+    done
 }
 
 check_files
@@ -81,4 +92,5 @@ check_changelog
 check_needs
 check_unit ribkit-rib.service rib
 check_unit ribkit-module@.service module
+check_with_systemd
 ((failures == 0))
