@@ -22,6 +22,8 @@ refused "test fresh takes 'all' or nothing, not 'release'" test fresh release
 refused "fresh takes * too much" test fresh all all
 refused "packages takes * too much" test packages a b
 refused "there are no packages in *" test packages "$scratch_folder"
+refused "there are no packages in *" test packages --made "$scratch_folder"
+refused "packages takes * too much" test packages --made "$scratch_folder" a b
 refused "package takes a folder, --tarball and --twice, not '--nosuch'" package --nosuch
 refused "package takes one folder, so 'b' is too much" package a b
 refused "there is no benchmark 'nosuch': codec decode diag mem modules platform rib" bench codec nosuch
