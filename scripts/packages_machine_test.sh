@@ -37,6 +37,7 @@ make_earlier() {
         rm -rf "$AUTOPKGTEST_TMP/deb"
         dpkg-deb -R "$deb" "$AUTOPKGTEST_TMP/deb"
         sed -i "s/$version/${version%%~*}~0.earlier/g" "$AUTOPKGTEST_TMP/deb/DEBIAN/control"
+        find "$AUTOPKGTEST_TMP/deb" -name '*.service' -exec touch -d @0 {} +
         dpkg-deb -b "$AUTOPKGTEST_TMP/deb" "$1" >/dev/null
     done
 }
@@ -76,6 +77,7 @@ upgrade_while_a_rib_runs() {
     apt install $(ours "$packages") >/dev/null
     dpkg -s ribkit | grep -x "Version: $version" || fail "there is no newer version now"
     [[ "$(process ribkit-rib) $(process ribkit-module@1)" == "$rib $module" ]] || fail "the upgrade has not left alone what runs"
+    [[ $(systemctl show --property NeedDaemonReload --value ribkit-rib) == no ]] || fail "systemd does not know the later unit"
     [[ $(readlink "/proc/$rib/exe") == *" (deleted)" ]] || fail "the RIB that runs is not the earlier one"
     routes >"$AUTOPKGTEST_TMP/after.txt"
     diff "$AUTOPKGTEST_TMP"/before.txt "$AUTOPKGTEST_TMP"/after.txt || fail "the RIB that runs has lost routes"
