@@ -205,6 +205,42 @@ TEST(encoder, refuses_what_is_no_json) {
     EXPECT_EQ(refusal_of(std::string(100000, '[')), "[0]: is no JSON: '{' should stand where an array stands");
 }
 
+TEST(json_reader, escaped_characters_are_what_they_stand_for) {
+    json_reader in(R"("\u0041\u00E9\u20ac\ud83d\ude00\n\"" "plain")");
+    EXPECT_EQ(in.string(), "A\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80\n\"");
+    EXPECT_EQ(in.string(), "plain");
+}
+
+TEST(json_reader, says_what_is_wrong_with_a_string) {
+    const auto refusal = [](std::string_view json) -> std::string {
+        try {
+            json_reader in(json);
+            return std::string(in.string());
+        } catch (const json_error &error) {
+            return error.what();
+        }
+    };
+    for (const char *half :
+         {R"("\ud83d")", R"("\ud83dx")", R"("\ud83d\n")", R"("\ud83d\u0041")", R"("\ud83d\uf000")", R"("\ude00")"}) {
+        EXPECT_EQ(refusal(half), "is no JSON: half a character is escaped") << half;
+    }
+    EXPECT_EQ(refusal(R"("\u00g1")"), "is no JSON: four hexadecimal digits are missing");
+    EXPECT_EQ(refusal({"\0\"\"", 3}), "a byte of 0 is no JSON");
+    constexpr size_t longest = size_t{1} << 20;
+    EXPECT_EQ(refusal("\"\\n" + std::string(longest - 1, 'x') + '"').size(), longest);
+    EXPECT_EQ(refusal("\"\\n" + std::string(longest, 'x') + '"'), "is too long a string");
+}
+
+TEST(json_reader, keeps_values_as_they_stand) {
+    json_reader in(R"({"a\"b": [1, -2.5e3, true, null]} "x")");
+    EXPECT_EQ(in.value(), R"({"a\"b":[1,-2.5e3,true,null]})");
+    EXPECT_EQ(in.value(), R"("x")");
+    for (const char *missing : {"", "]", ",", ":", "[1, "}) {
+        json_reader none{std::string_view(missing)};
+        EXPECT_THROW(none.value(), json_error) << missing;
+    }
+}
+
 TEST(encoder, reads_json_that_comes_in_single_characters) {
     const std::string json = decode::template_of(*find_kind("rib_fcurt_update"));
     size_t next = 0;
