@@ -11,6 +11,11 @@ namespace ribkit::testing {
 /// What runs over a bus of its own, in a directory.
 class running_rib : public ::testing::Test {
   protected:
+    /// Whoever asks from now on has not to wait, and says nothing of waiting.
+    running_rib() {
+        EXPECT_TRUE(in_time([this] { return rib.so_far().find("the RIB answers at ") != std::string::npos; }));
+    }
+
     /// `ribkit NAME --bus URL ARGUMENTS`
     [[nodiscard]] std::string command(const std::string &name, const std::string &arguments = "") const {
         return name + " --bus " + url + " " + arguments;
