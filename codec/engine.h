@@ -121,12 +121,34 @@ template <direction D, std::endian Host, class Isa> struct engine {
             Isa::template bounded<r.bound, swaps>(src + r.offset, dst + r.offset, count);
             return 0;
         } else {
-            entries<L, Row>(src + r.offset, dst + r.offset, count);
-            if (count < r.bound) {
-                std::memset(dst + r.offset + size_t{count} * r.stride, 0, size_t{r.bound - count} * r.stride);
+            const uint8_t *from = src + r.offset;
+            uint8_t *to = dst + r.offset;
+            if constexpr (Isa::template has_grid<L, Row>()) {
+                const uint32_t done =
+                    count <= r.bound ? Isa::template grid_of<L, Row, order, swaps>(from, to, count) : 0;
+                if (done != r.bound) [[unlikely]] {
+                    rest_apart<L, Row>(from + done * r.stride, to + done * r.stride, count, done);
+                }
+            } else {
+                rest<L, Row>(from, to, count, 0);
             }
             return 0;
         }
+    }
+
+    /// Converts a bounded list from the entry `done` on, where `src` and `dst` are.
+    template <const layout &L, size_t Row>
+    [[gnu::always_inline]] static void rest(const uint8_t *src, uint8_t *dst, uint32_t count, uint32_t done) {
+        constexpr const row &r = L[Row];
+        entries<L, Row>(src, dst, count - done);
+        if (count < r.bound) {
+            std::memset(dst + size_t{count - done} * r.stride, 0, size_t{r.bound - count} * r.stride);
+        }
+    }
+
+    template <const layout &L, size_t Row>
+    [[gnu::noinline]] static void rest_apart(const uint8_t *src, uint8_t *dst, uint32_t count, uint32_t done) {
+        rest<L, Row>(src, dst, count, done);
     }
 
     /// Converts the entries of a list one after another; returns how far they step.
@@ -135,7 +157,7 @@ template <direction D, std::endian Host, class Isa> struct engine {
         constexpr const row &r = L[Row];
         constexpr const layout &entry = *r.entry;
         if constexpr (is_words_only(entry) && r.stride == 0) {
-            const size_t size = self_sized<entry>(src, count);
+            const size_t size = wire_size_of_run<entry, order>(src, count);
             Isa::template run<swaps>(src, dst, size / 4);
             return static_cast<uint32_t>(size);
         } else if constexpr (is_words_only(entry) && is_fixed(entry) && r.stride == entry.size) {
@@ -147,27 +169,11 @@ template <direction D, std::endian Host, class Isa> struct engine {
                 const uint32_t size = convert<entry>(src + at, dst + at);
                 at += r.stride != 0 ? r.stride : size;
             };
-            if constexpr (Isa::template has_shortcut<merged<entry>>() && r.bound != 0) {
-                for (; count >= 2; count -= 2) { // little but the loop itself is left to save
-                    one();
-                    one();
-                }
-            }
             for (; count != 0; --count) {
                 one();
             }
             return static_cast<uint32_t>(at);
         }
-    }
-
-    /// The bytes of `count` entries that each end in a list of words and say its length.
-    template <const layout &Entry> [[gnu::always_inline]] static size_t self_sized(const uint8_t *src, uint32_t count) {
-        constexpr const row &labels = Entry.last();
-        size_t at = 0;
-        for (; count != 0; --count) {
-            at += Entry.size + size_t{4} * read_count<order>(labels.count, src + at);
-        }
-        return at;
     }
 };
 

@@ -41,8 +41,19 @@ template <> struct lane<32> {
     [[gnu::always_inline]] static vector shuffle(vector v, vector indices) { return _mm256_shuffle_epi8(v, indices); }
     [[gnu::always_inline]] static vector and_(vector a, vector b) { return _mm256_and_si256(a, b); }
     [[gnu::always_inline]] static vector or_(vector a, vector b) { return _mm256_or_si256(a, b); }
+
+    // As eight signed words.
+    [[gnu::always_inline]] static vector every_word(int32_t word) { return _mm256_set1_epi32(word); }
+    [[gnu::always_inline]] static vector pick_words(vector v, vector which) {
+        return _mm256_permutevar8x32_epi32(v, which);
+    }
+    [[gnu::always_inline]] static vector words_above(vector a, vector b) { return _mm256_cmpgt_epi32(a, b); }
+    [[gnu::always_inline]] static vector larger_words(vector a, vector b) { return _mm256_max_epi32(a, b); }
+    [[gnu::always_inline]] static bool any_word(vector v) { return _mm256_testz_si256(v, v) == 0; }
 };
 
-struct avx2 : byte_shuffles<avx2> {};
+struct avx2 : byte_shuffles<avx2> {
+    static constexpr bool compares_words = true;
+};
 
 } // namespace ribkit::codec

@@ -42,6 +42,8 @@ template <> struct lane<32> {
     }
 };
 
-struct neon : byte_shuffles<neon> {};
+struct neon : byte_shuffles<neon> {
+    static constexpr bool compares_words = false;
+};
 
 } // namespace ribkit::codec

@@ -7,6 +7,7 @@ namespace ribkit::codec {
 
 struct scalar {
     template <const layout &> static constexpr bool has_shortcut() { return false; }
+    template <const layout &, size_t> static constexpr bool has_grid() { return false; }
 
     /// Converts a run of words.
     template <bool Swaps> [[gnu::always_inline]] static void run(const uint8_t *src, uint8_t *dst, size_t n) {

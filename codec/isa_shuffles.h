@@ -2,8 +2,8 @@
 // of the set, so that none can be linked into a path that runs on a processor without it.
 #pragma once
 
+#include "codec/grid.h"
 #include "codec/isa_scalar.h"
-#include "codec/window.h"
 
 #include <algorithm>
 
@@ -37,6 +37,21 @@ template <class Set> struct byte_shuffles {
             capped_image<L, Swaps>::convert(src, dst, count);
             return L.size;
         }
+    }
+
+    /// A bounded list that is converted in blocks, where the set has lanes that compare words.
+    template <const layout &L, size_t Row> static constexpr bool has_grid() {
+        constexpr const row &r = L[Row];
+        if constexpr (Set::compares_words && r.bound != 0 && r.bound % 8 == 0 && is_gridded(r)) {
+            return grid_plan<merged<*r.entry>>().possible;
+        } else {
+            return false;
+        }
+    }
+    template <const layout &L, size_t Row, std::endian Order, bool Swaps>
+    [[gnu::always_inline]] static uint32_t grid_of(const uint8_t *src, uint8_t *dst, uint32_t count) {
+        constexpr const row &r = L[Row];
+        return grid<merged<*r.entry>, Order, Swaps>::template convert<r.bound>(src, dst, count);
     }
 
     template <bool Swaps> [[gnu::always_inline]] static void run(const uint8_t *src, uint8_t *dst, size_t n) {
@@ -82,8 +97,6 @@ template <class Set> struct byte_shuffles {
     }
 
   private:
-    static constexpr layout all_words{"words", 0, {}};
-
     static constexpr bool is_word_list(const row &r) {
         return r.kind == row_kind::list && is_words_only(*r.entry) && is_fixed(*r.entry) && r.stride == r.entry->size;
     }
@@ -104,6 +117,16 @@ template <class Set> struct byte_shuffles {
         const row &last = l.last();
         return count_lists(l) == 1 && is_word_list(last) && last.stride == 4 && last.bound != 0 &&
                last.count.where != count_in::constant && l.size >= 16 && l.size <= 128;
+    }
+    /// Of entries that are nothing but words, each of which ends in a list that one of its bytes counts.
+    static constexpr bool is_gridded(const row &r) {
+        const layout &entry = *r.entry;
+        for (const row &before : entry) {
+            if (before.kind != row_kind::words && !is_list(before)) {
+                return false;
+            }
+        }
+        return is_capped(entry) && entry.last().count.where == count_in::second_byte && r.stride == entry.size;
     }
     static constexpr bool is_windowed(const layout &l, segment s) {
         for (size_t i = s.first; i < s.last; ++i) {

@@ -42,8 +42,10 @@ template <const layout &Entry, std::endian Order>
             const size_t size = Entry.size + size_t{last.stride} * entries;
             do {
                 at += size;
-                --count;
-            } while (count != 0 && read_count<Order>(last.count, first + at) == entries);
+                if (--count == 0) [[unlikely]] {
+                    return at;
+                }
+            } while (read_count<Order>(last.count, first + at) == entries);
         }
         return at;
     }

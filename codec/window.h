@@ -48,6 +48,9 @@ constexpr byte_plan plan_of(const layout &l, uint32_t at, bool swaps) {
     return {swaps ? at ^ 3 : at, 0xff, false};
 }
 
+/// A layout of no rows: what is not described is words.
+inline constexpr layout all_words{"words", 0, {}};
+
 template <const layout &L, uint32_t At, size_t Width, bool Swaps> struct window {
     static_assert(At % 4 == 0);
     static constexpr size_t constant = Width < 16 ? 16 : Width;
