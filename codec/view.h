@@ -235,7 +235,6 @@ template <const layout &Entry, uint16_t Stride, std::endian Order, class Byte> c
         [[nodiscard]] Byte *at() const { return at_; }
 
         friend bool operator==(const iterator &a, const iterator &b) { return a.left_ == b.left_; }
-        friend bool operator!=(const iterator &a, const iterator &b) { return a.left_ != b.left_; }
 
       private:
         Byte *at_;
