@@ -116,8 +116,8 @@ def options_of(about):
     return arguments
 
 
-def attempt_some(folder, mutants, wanted, tests, outcome):
-    """@param mutants all there are, in the order of the seed
+def attempt_some(folder, mutants, wanted, tests, outcome, unchanged):
+    """@param mutants all there are, in the order of the seed @param unchanged files which, compiled so, have to pass
     @param tests makes the tests @param outcome of (the tests, a folder of the mutant's own, the mutant)
     @return how many survived"""
     total = len(mutants)
@@ -128,6 +128,9 @@ def attempt_some(folder, mutants, wanted, tests, outcome):
         print(*map(name_of, mutants), sep="\n")
         return 0
     tests = tests()
+    for file in unchanged:
+        if outcome(tests, work / f"{folder}0", mutant(file, None, "", (root / file).read_text())) != "SURVIVED":
+            sys.exit(f"{pathlib.Path(sys.argv[0]).name}: the tests fail with {file} as it is, see {work}/{folder}0/test")
     known = set(explained())
     results = {"killed": [], "did not compile": [], "equivalent": [], "SURVIVED": []}
     free = queue.Queue()
