@@ -4,7 +4,7 @@ packaging_packages=(dpkg-dev debhelper lintian git xz-utils)
 
 # make_packages [DIR] [--tarball] [--twice]
 make_packages() {
-    local argument folder='' tarball='' twice='' version epoch second
+    local argument folder='' tarball='' twice='' commit version epoch second
     for argument; do
         case $argument in
             --tarball) tarball=yes ;;
@@ -14,12 +14,13 @@ make_packages() {
         esac
     done
     folder=$(absolute "${folder:-$PWD/build/package}")
-    git rev-parse -q --verify HEAD >/dev/null 2>&1 || refuse "packages are made from what git has committed, and git knows nothing here"
+    # What is committed while this builds is not packaged.
+    commit=$(git rev-parse -q --verify HEAD 2>/dev/null) || refuse "packages are made from what git has committed, and git knows nothing here"
     need "packaging" "${packaging_packages[@]}"
     need "what is packaged" $(unmet_build_dependencies)
     [[ ! $(git status --porcelain --untracked-files=no) ]] || echo "run: what is not committed is not packaged" >&2
-    version=$(version_of_head)
-    epoch=$(git log -1 --format=%ct)
+    version=$(version_of "$commit")
+    epoch=$(git log -1 --format=%ct "$commit")
     mkdir -p "$folder" build
     scratch=$(mktemp -d "${TMPDIR:-/tmp}/ribkit-package.XXXXXX")
     # A cache would show nothing, or its own way to name a file.
@@ -43,12 +44,13 @@ unmet_build_dependencies() {
     dpkg-checkbuilddeps debian/control 2>&1 | sed -n 's/.*Unmet build dependencies: //p' | sed 's/ *([^)]*)//g'
 }
 
-# As CHANGELOG.md says it; what is not yet released comes before the release, and later commits after earlier ones.
-version_of_head() {
+# version_of COMMIT: as CHANGELOG.md says it; what is not yet released comes before the release, and later commits after
+# earlier ones.
+version_of() {
     local heading
-    heading=$(git show HEAD:CHANGELOG.md | sed -n 's/^## //p' | head -n 1)
+    heading=$(git show "$1:CHANGELOG.md" | sed -n 's/^## //p' | head -n 1)
     echo -n "${heading%%,*}"
-    [[ $heading != *"not yet released" ]] || echo -n "~$(git rev-list --count HEAD).$(git rev-parse --short=8 HEAD)"
+    [[ $heading != *"not yet released" ]] || echo -n "~$(git rev-list --count "$1").$(git rev-parse --short=8 "$1")"
 }
 
 # make_one NAME: packages, and the tarball where it is wanted, below NAME; what is to be kept in NAME/made.
@@ -73,10 +75,10 @@ run_packaging() {
 unpack_source() {
     local source=$1
     mkdir -p "$source"
-    git archive HEAD | tar -x -C "$source" || return
+    git archive "$commit" | tar -x -C "$source" || return
     LC_ALL=C awk -v version="$version" -v date="$(LC_ALL=C date -u -R -d "@$epoch")" \
-        -v maintainer="$(sed -n 's/^Maintainer: //p' debian/control)" \
-        -f scripts/changelog.awk "$source/CHANGELOG.md" >"$source/debian/changelog" && chmod -R u=rwX,go=rX "$source"
+        -v maintainer="$(sed -n 's/^Maintainer: //p' "$source/debian/control")" \
+        -f "$source/scripts/changelog.awk" "$source/CHANGELOG.md" >"$source/debian/changelog" && chmod -R u=rwX,go=rX "$source"
 }
 
 # Both run under attend, where no failure ends them by itself.
