@@ -101,7 +101,8 @@ def explained():
     """Lines FILE | MUTATION | REASON of mutants that change nothing that anybody could notice."""
     for line in (root / "fuzz/equivalent.txt").read_text().splitlines():
         if line.strip() and not line.startswith("#"):
-            yield tuple(part.strip() for part in line.split(" | ")[:2])
+            file, rest = line.split(" | ", 1)
+            yield file, rest.rsplit(" | ", 1)[0].strip()  # code has bars, too
 
 
 def options_of(about):
