@@ -17,13 +17,17 @@ static std::string text_of(const std::vector<std::string_view> &messages) {
     return text;
 }
 
+other_formats difference(const std::string &shown_url, const std::vector<std::string_view> &messages) {
+    return other_formats(base::joined("the RIB at ", shown_url, " has another format of ", text_of(messages),
+                                      ": it is of another version, and nothing is sent to it"));
+}
+
 /// @param theirs has passed its check
 static void refuse_difference(const std::string &shown_url, std::span<const uint8_t> theirs,
                               std::string_view beginning) {
     const auto different = protocol::different_messages(theirs, beginning);
     if (!different.empty()) {
-        throw other_formats(base::joined("the RIB at ", shown_url, " has another format of ", text_of(different),
-                                         ": it is of another version, and nothing is sent to it"));
+        throw difference(shown_url, different);
     }
 }
 

@@ -5,6 +5,9 @@
 #include "bus/rib_link.h"
 
 #include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace ribkit::clients {
 
@@ -18,8 +21,11 @@ struct other_formats : std::runtime_error {
 /// client's. Throws other_formats, no_answer, link_closed.
 void find_rib(bus::rib_link &link);
 
-/// The same for a module, with the messages that RIB and modules exchange. Where no RIB answers within a second there
-/// is nothing to compare: a module waits for its RIB. Throws other_formats, and as service_handle does.
+/// Says that the RIB has other formats of these messages, one at least.
+other_formats difference(const std::string &shown_url, const std::vector<std::string_view> &messages);
+
+/// The same as find_rib for who talks to modules, with the messages that RIB and modules exchange. Where no RIB answers
+/// within a second there is nothing to compare. Throws other_formats, and as service_handle does.
 void compare_formats_of_modules(const std::string &url, std::chrono::milliseconds patience);
 
 } // namespace ribkit::clients

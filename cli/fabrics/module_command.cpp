@@ -9,7 +9,9 @@
 #include "fib/service/fib_service.h"
 
 #include <optional>
+#include <string_view>
 #include <unistd.h>
+#include <vector>
 
 namespace ribkit::cli {
 
@@ -52,19 +54,26 @@ int run_module(const module_command_options &options) {
     load_faults(options.bus);
     const base::stop_signals signals;
     command_output out(options.output, {options.bus.faults_file});
-    clients::compare_formats_of_modules(options.bus.url, options.bus.patience());
+    std::vector<std::string_view> different;
     std::optional<base::patient_output> printing(STDOUT_FILENO);
     fib::fib_service service(options.bus.url, {.number = options.number,
                                                .sizes = options.sizes,
                                                .ports = fib::usual_ports(options.number, options.ports),
                                                .slow = std::chrono::milliseconds(options.slow),
                                                .patience = options.bus.patience(),
-                                               .trace = options.output.traces});
+                                               .trace = options.output.traces,
+                                               .differs = [&](const auto &messages) {
+                                                   different = messages;
+                                                   signals.end_wait();
+                                               }});
     out.print_line(
         base::joined("module ", options.number, ", ", options.name, ", answers at ", bus::shown_url(options.bus.url)));
     signals.wait();
     service.stop();
     printing.reset();
+    if (!different.empty()) {
+        throw clients::difference(bus::shown_url(options.bus.url), different);
+    }
     const module_summary has = summary_of(service);
     out.print_line(base::joined(options.name, " had ", has.unicast, " unicast, ", has.multicast, " multicast and ",
                                 has.label, " label entries; it answered ", has.answered, " messages"));

@@ -67,6 +67,7 @@ record_list ask_module(const module_kind *row, const show_running_options &optio
     refuse_useless(*row, options.filter);
     const record_filter wanted = filter_of(options.filter);
     load_faults(options.bus);
+    clients::compare_formats_of_modules(options.bus.url, options.bus.patience());
     bus::module_link link(options.bus.url, options.module, options.bus.patience());
     return row->read(link, wanted);
 }

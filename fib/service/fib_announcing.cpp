@@ -1,8 +1,10 @@
 // How the RIB comes to know of a module. One message is on its way at a time; what changes meanwhile is told after it.
+// Whoever wants to know of other formats has every RIB asked for its own first, each time that one is found.
 #include "bus/history.h"
 #include "fib/service/fib_service.h"
 #include "protocol/fib/fib_records.h"
 #include "protocol/route_messages.h"
+#include "protocol/wire_digests.h"
 #include "rib_check.h"
 #include "rib_codes.h"
 #include "ribkit_platform.h"
@@ -45,9 +47,15 @@ void fib_service::keep_in_touch() {
     }
 }
 
+static bool ask_formats(int32_t handle, qip_ref *ref) {
+    const qip_send_opts at_once{{0, 1}};
+    return qip_send(handle, &ribkit_rib_address, RIBKIT_OPCODE_WIRE_DIGESTS, nullptr, 0, ref, nullptr, &at_once) == 0;
+}
+
 void fib_service::announce(uint64_t now) {
     qip_ref sent{};
-    if (!send_node(&sent)) {
+    asks_formats_ = !may_tell();
+    if (!(asks_formats_ ? ask_formats(handle_.number(), &sent) : send_node(&sent))) {
         return lose_rib(now + tried_again);
     }
     awaited_ = qip_rr_token_get(&sent);
@@ -68,12 +76,38 @@ bool fib_service::send_node(qip_ref *ref) try {
     return false;
 }
 
+/// Whether it arrives or not.
+void fib_service::tell_rib() {
+    if (may_tell()) {
+        send_node(nullptr);
+    }
+}
+
+/// A RIB that refuses the question is of before it could be asked, and is taken as it is.
+void fib_service::hear_formats(const qip_ref &ref, uint64_t now) {
+    const std::span<const uint8_t> said(static_cast<const uint8_t *>(qip_payload_get(&ref)), qip_payload_size(&ref));
+    const auto size = static_cast<uint32_t>(said.size());
+    const bool tells = protocol::check_wire_digests(said.data(), size, nullptr) == RIB_OK;
+    if (!tells && rib_check_fcurt_rsp(said.data(), size, nullptr) != RIB_OK) {
+        return lose_rib(now + tried_again);
+    }
+    const auto different = tells ? protocol::different_messages(said, "fib_") : std::vector<std::string_view>{};
+    agrees_ = different.empty();
+    next_at_ = agrees_ ? now : now + told_again;
+    if (!agrees_) {
+        options_.differs(different);
+    }
+}
+
 void fib_service::hear_rib(const qip_ref &ref) {
     if (qip_rr_token_get(&ref) != awaited_) {
         return;
     }
     awaited_ = 0;
     const uint64_t now = qip_now();
+    if (asks_formats_) {
+        return hear_formats(ref, now);
+    }
     if (!is_taken(ref)) {
         bus::note_in_history("module ", options_.number, ": the RIB does not take its record");
         return lose_rib(now + tried_again);
@@ -98,6 +132,7 @@ void fib_service::lose_rib(uint64_t again) {
         bus::note_in_history("module ", options_.number, ": the RIB is gone, or has begun anew");
     }
     knows_rib_ = false;
+    agrees_ = false;
     next_at_ = again;
     const std::scoped_lock locked(lock_);
     module_.fib.lose();

@@ -93,7 +93,7 @@ void fib_service::stop() {
         const std::scoped_lock locked(lock_);
         module_.fib.exit();
     }
-    send_node(nullptr); // whether it arrives or not
+    tell_rib();
     handle_.close();
     thread_.join();
 }
@@ -103,7 +103,7 @@ void fib_service::set_upgrading(bool upgrading) {
         const std::scoped_lock locked(lock_);
         module_.fib.set_upgrading(upgrading);
     }
-    send_node(nullptr);
+    tell_rib();
 }
 
 size_t fib_service::answered() const {

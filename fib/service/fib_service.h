@@ -12,8 +12,10 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,6 +29,9 @@ struct fib_options {
     std::chrono::milliseconds slow{0};     ///< how long each answer takes
     std::chrono::milliseconds patience{0}; ///< how long a server of the bus is waited for
     bool trace = false;                    ///< print a line for every message taken
+    /// Told, on the service's thread, which messages between RIB and modules have another format in the RIB that was
+    /// found: that is sent nothing. Where this is empty, no RIB is asked for its formats.
+    std::function<void(const std::vector<std::string_view> &messages)> differs{};
 };
 
 /// Ports of a module, as many as wanted: fcN/1 and so on, up.
@@ -68,6 +73,9 @@ class fib_service {
     void keep_in_touch();
     void announce(uint64_t now);
     bool send_node(qip_ref *ref);
+    void tell_rib();
+    [[nodiscard]] bool may_tell() const { return !options_.differs || agrees_; }
+    void hear_formats(const qip_ref &ref, uint64_t now);
     void hear_rib(const qip_ref &ref);
     void lose_rib(uint64_t again);
 
@@ -77,10 +85,12 @@ class fib_service {
     module module_;
     size_t answered_ = 0;
     std::atomic<model::fib_state> announced_{model::fib_state::offline};
-    bool knows_rib_ = false; ///< the RIB has answered
-    uint32_t awaited_ = 0;   ///< token of its answer, 0 for none
-    uint64_t asked_at_ = 0;  ///< microseconds
-    uint64_t next_at_ = 0;   ///< ... when the RIB is told at the latest
+    std::atomic<bool> agrees_{false}; ///< the RIB, in the formats of messages
+    bool asks_formats_ = false;       ///< is what is awaited the answer to
+    bool knows_rib_ = false;          ///< the RIB has answered
+    uint32_t awaited_ = 0;            ///< token of its answer, 0 for none
+    uint64_t asked_at_ = 0;           ///< microseconds
+    uint64_t next_at_ = 0;            ///< ... when the RIB is told at the latest
     uint32_t reconnections_ = 0;
     uint32_t failures_ = 0; ///< of receiving, one after the other
     std::mutex stopping_lock_;

@@ -5,14 +5,18 @@
 #include "protocol/fib/fib_requests.h"
 #include "protocol/queries.h"
 #include "protocol/route_messages.h"
+#include "protocol/wire_digests.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
 #include "testing/fault_script.h"
 
+#include <algorithm>
+#include <future>
 #include <gtest/gtest.h>
 #include <optional>
+#include <string_view>
 
 namespace ribkit::fib {
 namespace {
@@ -241,6 +245,105 @@ TEST_F(a_module, knows_its_vsans_rewrites_and_ways) {
         rib->ask(RIBKIT_OPCODE_FIB_LB_QUERY, protocol::encode(protocol::flow_query{66, {vsan, 1, 0x010203, 4}}));
     ASSERT_EQ(way.size(), wire::fcu_lb_rsp.size);
     EXPECT_EQ((view<wire::fcu_lb_rsp>(way.data()).get<protocol::use<wire::fcu_lb_rsp, "intf">>()), one_way[1]);
+}
+
+/// A RIB of another version, or of before its formats could be asked for.
+class asked_rib {
+  public:
+    explicit asked_rib(const std::string &url) : handle_(url) {
+        EXPECT_EQ(qip_listen(handle_.number(), &ribkit_rib_address, 64), 0);
+    }
+    void say_that_it_started() { rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0); }
+    /// Answers the next message so. @return its opcode
+    uint32_t answer(std::span<const uint8_t> said) {
+        const qip_recv_opts opts{{QIP_RECV_INCOMING, 0, generous}};
+        qip_ref ref{};
+        EXPECT_EQ(qip_recv(handle_.number(), &ref, &opts), 0);
+        const uint32_t opcode = qip_opcode_get(&ref);
+        rib_wrap_qip_rsp(handle_.number(), &ref, said.data(), said.size());
+        qip_drop(handle_.number(), &ref);
+        return opcode;
+    }
+
+  private:
+    bus::service_handle handle_;
+};
+
+/// A module that compares, and what it was told.
+class comparing_module {
+  public:
+    explicit comparing_module(const std::string &url)
+        : service_(url, {.differs = [this](const auto &messages) { told_.set_value(messages); }}) {}
+    /// The messages that differ, once it has found that out.
+    std::vector<std::string_view> told() {
+        auto all = told_.get_future();
+        EXPECT_EQ(all.wait_for(std::chrono::seconds(generous)), std::future_status::ready);
+        return all.get();
+    }
+
+  private:
+    std::promise<std::vector<std::string_view>> told_;
+    fib_service service_;
+};
+
+bytes other_formats() {
+    bytes theirs = protocol::own_wire_digests();
+    const std::string from = "fib_fcu_path";
+    *std::search(theirs.begin(), theirs.end(), from.begin(), from.end()) = 'x';
+    return theirs;
+}
+
+bytes plain_answer(uint32_t result) {
+    const auto said = protocol::encode(protocol::fcurt_response{result, 0, 0, 0, 0});
+    return {said.begin(), said.end()};
+}
+
+TEST(fib_formats, of_a_rib_that_comes_later_are_compared_before_it_is_told) {
+    const std::string url = "local:fib_formats_later";
+    comparing_module module(url);
+    asked_rib rib(url);
+    EXPECT_EQ(rib.answer(other_formats()), RIBKIT_OPCODE_WIRE_DIGESTS);
+    EXPECT_EQ(module.told(), std::vector<std::string_view>{"fib_fcu_path"});
+}
+
+TEST(fib_formats, that_are_ours_let_the_module_tell_of_itself) {
+    const std::string url = "local:fib_formats_ours";
+    asked_rib rib(url);
+    comparing_module module(url);
+    EXPECT_EQ(rib.answer(protocol::own_wire_digests()), RIBKIT_OPCODE_WIRE_DIGESTS);
+    EXPECT_EQ(rib.answer(plain_answer(RIB_OK)), RIBKIT_OPCODE_FIB_NODE);
+}
+
+TEST(fib_formats, of_a_rib_that_does_not_know_the_question_are_taken_for_ours) {
+    const std::string url = "local:fib_formats_unknown";
+    asked_rib rib(url);
+    comparing_module module(url);
+    EXPECT_EQ(rib.answer(plain_answer(RIB_NOT_SUPPORTED)), RIBKIT_OPCODE_WIRE_DIGESTS);
+    EXPECT_EQ(rib.answer(plain_answer(RIB_OK)), RIBKIT_OPCODE_FIB_NODE);
+}
+
+TEST(fib_formats, are_asked_for_again_where_the_answer_is_damaged) {
+    const std::string url = "local:fib_formats_damaged";
+    asked_rib rib(url);
+    comparing_module module(url);
+    EXPECT_EQ(rib.answer(bytes(7)), RIBKIT_OPCODE_WIRE_DIGESTS);
+    EXPECT_EQ(rib.answer(protocol::own_wire_digests()), RIBKIT_OPCODE_WIRE_DIGESTS);
+    EXPECT_EQ(rib.answer(plain_answer(RIB_OK)), RIBKIT_OPCODE_FIB_NODE);
+}
+
+TEST(fib_formats, of_a_rib_that_starts_anew_are_compared_again) {
+    const std::string url = "local:fib_formats_anew";
+    comparing_module module(url);
+    {
+        asked_rib rib(url);
+        EXPECT_EQ(rib.answer(protocol::own_wire_digests()), RIBKIT_OPCODE_WIRE_DIGESTS);
+        EXPECT_EQ(rib.answer(plain_answer(RIB_OK)), RIBKIT_OPCODE_FIB_NODE);
+        EXPECT_EQ(rib.answer(plain_answer(RIB_OK)), RIBKIT_OPCODE_FIB_NODE); // of its state, now that there is a RIB
+    }
+    asked_rib rib(url);
+    rib.say_that_it_started();
+    EXPECT_EQ(rib.answer(other_formats()), RIBKIT_OPCODE_WIRE_DIGESTS);
+    EXPECT_EQ(module.told(), std::vector<std::string_view>{"fib_fcu_path"});
 }
 
 TEST(modules, listen_each_at_an_address_of_its_own) {
