@@ -158,6 +158,7 @@ TEST(view, a_list_of_a_constant_count_has_all_its_entries) {
     record[12 * 15 + 3] = 7;
     const auto pools = view<wire::in_mem>(record.data()).list<"pool">();
     EXPECT_EQ(pools.size(), 16U);
+    EXPECT_FALSE(pools.empty());
     EXPECT_EQ(pools[15].get<"pool">(), 7U);
 }
 
@@ -173,6 +174,7 @@ TEST(view, the_same_bytes_are_read_as_another_layout_has_them) {
 TEST(view, areas_and_texts_end_where_their_field_does) {
     bytes record(88 + 1, 'x');
     const view<wire::registration> reg(record.data());
+    EXPECT_EQ(reg.size(), 88U);
     EXPECT_EQ(reg.text<"name">().size(), 80U);
     record[8 + 4] = 0;
     EXPECT_EQ(reg.text<"name">(), "xxxx");
