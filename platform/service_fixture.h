@@ -87,14 +87,14 @@ inline std::string taken(uint32_t handle, const qip_recv_opts &opts) {
 inline std::string refused(int error) { return "errno " + std::to_string(error); }
 
 /// Closes while another thread waits, and expects how the wait ends. The thread may not have begun to wait when the
-/// handle is closed, and then finds no handle: it tries again.
+/// handle is closed, and then finds no handle: it tries again, and has longer.
 inline void closed_while(const std::function<int()> &waiting, const std::function<void()> &begin,
                          const std::function<void()> &close, int expected) {
     int error = EBADF;
     for (int attempt = 0; error == EBADF && attempt < 100; ++attempt) {
         begin();
         std::thread blocked{[&] { error = waiting(); }};
-        std::this_thread::sleep_for(std::chrono::milliseconds{5});
+        std::this_thread::sleep_for(std::chrono::milliseconds{5 * (attempt + 1)});
         close();
         blocked.join();
     }
