@@ -293,10 +293,12 @@ void nats_endpoint::shut() {
         unread = box_->close();
         ended.swap(subscriptions_);
     }
-    ended.clear();
+    // First the connection, whose end waits for the thread that reads: it hands a message to a subscription without
+    // keeping it, and a destroyed one would still be given what arrives just then.
     if (connection_ != nullptr) {
         natsConnection_Close(connection_.get());
     }
+    ended.clear();
     if (has_real_time_) {
         release_real_time();
     }

@@ -5,6 +5,7 @@
 #include "testing/capture.h"
 
 #include <arpa/inet.h>
+#include <atomic>
 #include <chrono>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -40,6 +41,25 @@ TEST_F(over_nats, what_is_held_back_too_long_is_lost_and_told) {
         ++more;
     }
     EXPECT_LT(more, 1000U);
+}
+
+// What arrives is handed over until the connection has ended, and no longer.
+TEST_F(over_nats, closing_amid_all_that_arrives) {
+    const qip_addr busy{2, 3};
+    std::atomic<bool> enough{false};
+    std::thread sending{[&] {
+        while (!enough) {
+            EXPECT_EQ(send_text(client, "more", nullptr, busy), 0);
+        }
+    }};
+    for (int count = 0; count < 100; ++count) {
+        const uint32_t closing = opened(server.url());
+        EXPECT_EQ(error_of(qip_listen(closing, &busy, 10)), 0);
+        EXPECT_EQ(taken(closing, within(60000)), "more");
+        EXPECT_EQ(qip_close(closing), 0);
+    }
+    enough = true;
+    sending.join();
 }
 
 // The first message to an address waits until the server has seen it; here it never does.
