@@ -2,6 +2,7 @@
 #include "platform/nats/nats_fixture.h"
 #include "rib_wrap.h"
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -165,6 +166,38 @@ TEST(nats_permissions, taken_away_end_the_wait_for_an_answer) {
     EXPECT_EQ(answer, refused(EACCES));
     EXPECT_EQ(send_text(client, "?"), EACCES);
     qip_close(client);
+}
+
+// What was heard before is heard no longer: all of the names or none.
+TEST(nats_permissions, one_name_that_may_not_be_heard_ends_listening_to_the_others) {
+    const nats_server server{
+        "authorization {timeout: 60, users: [{user: me, password: x, permissions: {publish: \">\", "
+        "subscribe: {allow: \">\", deny: \"rib.*.*.static\"}}}]}"};
+    const qip_addr other{2, 2};
+    const uint32_t fspf = opened(server.url("me:x") + "?name=fspf");
+    const uint32_t listening = opened(server.url("me:x"));
+    std::atomic<bool> enough{false};
+    std::thread sending{[&] {
+        while (!enough) {
+            EXPECT_EQ(send_text(fspf, "?", nullptr, other), 0);
+        }
+    }};
+    const char *const names[] = {"fspf", "static"};
+    for (int count = 0; count < 100; ++count) {
+        EXPECT_EQ(error_of(qip_listen_to(listening, &other, 10, names, 2)), EACCES);
+    }
+    enough = true;
+    sending.join();
+    EXPECT_EQ(answer_to(fspf, "?", other), refused(ENOTCONN));
+    EXPECT_EQ(error_of(qip_listen_to(listening, &other, 10, names, 1)), 0);
+    EXPECT_EQ(send_text(fspf, "last", nullptr, other), 0);
+    std::string text = "?"; // what came meanwhile is still there
+    while (text == "?") {
+        text = taken(listening, within(60000));
+    }
+    EXPECT_EQ(text, "last");
+    qip_close(fspf);
+    qip_close(listening);
 }
 
 TEST(nats_tokens, in_url_and_environment) {

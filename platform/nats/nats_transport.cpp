@@ -94,7 +94,7 @@ int nats_endpoint::subscribe(const std::string &subject, bool one_of_many, callb
     return settle(subject, nats_subscribing);
 }
 
-// All of them or none.
+// All of them or none. Those that end for want of another are kept for as long as the connection reads.
 int nats_endpoint::subscribe_to_names(const qip_addr &address, std::span<const char *const> names, door *way_in) {
     const std::string stem = subject_of(address) + ".";
     std::vector<subscription_ptr> made;
@@ -102,17 +102,20 @@ int nats_endpoint::subscribe_to_names(const qip_addr &address, std::span<const c
     if (each.empty()) {
         each.insert("*");
     }
-    for (const std::string_view name : each) {
+    int error = 0;
+    for (auto name = each.begin(); error == 0 && name != each.end(); ++name) {
         const callback_target wanted{{}, way_in, stem.size(), !names.empty()};
-        if (const int error = subscribe(stem + std::string{name}, !is_group(address), wanted, made.emplace_back());
-            error != 0) {
-            return error;
+        error = subscribe(stem + std::string{*name}, !is_group(address), wanted, made.emplace_back());
+    }
+    for (const subscription_ptr &one : made) {
+        if (error != 0 && one != nullptr) {
+            natsSubscription_Unsubscribe(one.get());
         }
     }
     const std::scoped_lock lock{office_->lock};
     subscriptions_.insert(subscriptions_.end(), std::make_move_iterator(made.begin()),
                           std::make_move_iterator(made.end()));
-    return 0;
+    return error;
 }
 
 // What the client library says of its last error lies where it writes the next one, from its own thread: a text that
