@@ -1,22 +1,21 @@
 # Work that takes its time: a signal ends it at once, all of it, and meanwhile somebody says how far it is.
 
-# What runs in the background, each piece as a process group of its own, and what is to be removed at the end.
-groups=()
+# What is to be removed at the end.
 scratch=
 
-# begin COMMAND...: starts it; its process group is then in `begun`.
+# begin COMMAND...: starts it in the background, as a job with a process group of its own, which is then in `begun`.
 begin() {
     set -m
     "$@" </dev/null &
     begun=$!
     set +m
-    groups+=("$begun")
 }
 
-# Ends all that was begun: at its request if it is quick, by force otherwise.
+# Ends all that was begun: at its request if it is quick, by force otherwise. The shell's own list of jobs has what was
+# begun the moment before a signal.
 end_work() {
     local group try
-    for group in "${groups[@]}"; do
+    for group in $(jobs -p); do
         kill -TERM -- "-$group" 2>/dev/null || continue
         for try in {1..10}; do
             kill -0 -- "-$group" 2>/dev/null || break
@@ -25,7 +24,6 @@ end_work() {
         kill -KILL -- "-$group" 2>/dev/null || true
         wait "$group" 2>/dev/null || true
     done
-    groups=()
     [[ ! $scratch ]] || rm -rf --one-file-system "$scratch"
 }
 
@@ -43,20 +41,8 @@ trap 'stop_by HUP' HUP
 
 # finish COMMAND...: runs it to its end, or to a signal.
 finish() {
-    local status=0 work
     begin "$@"
-    work=$begun
-    wait "$work" || status=$?
-    forget "$work"
-    return "$status"
-}
-
-forget() {
-    local kept=() group
-    for group in "${groups[@]}"; do
-        [[ $group == "$1" ]] || kept+=("$group")
-    done
-    groups=("${kept[@]}")
+    wait "$begun"
 }
 
 # attend WHAT LOG COMMAND...: the same for a long one, which writes into LOG; on a terminal a line says how far it is, and
@@ -69,7 +55,6 @@ attend() {
     finish "$@" >"$log" 2>&1 || status=$?
     kill -TERM -- "-$reporter" 2>/dev/null || true
     wait "$reporter" 2>/dev/null || true
-    forget "$reporter"
     ! on_terminal || printf '\r\033[K' >&2
     return "$status"
 }

@@ -25,6 +25,17 @@ mkdir "$scratch"
 stubborn() { trap '' TERM; sleep 1000 & echo "$BASHPID $!" >pids; echo ready >ready; wait; }
 attend "waiting" log stubborn
 END
+# The same when the signal comes while the script begins something.
+cat >early.sh <<'END'
+. "$1/scripts/work.sh"
+scratch=$PWD/removed
+mkdir "$scratch"
+stubborn() { trap '' TERM; echo "$BASHPID" >pids; echo ready >ready; exec sleep 1000; }
+signal=$2
+set() { builtin set "$@"; [[ $1 != +m ]] || { read -r _ <ready; kill "-$signal" $$; }; }
+begin stubborn
+wait
+END
 # gone PID: within a time that is long enough for any machine; what nobody has waited for yet is gone, too.
 gone() {
     local try
@@ -36,17 +47,26 @@ gone() {
 }
 
 mkfifo ready
+# expect_all_ended PID SIGNAL: the script is ended by the signal, and with it what it began.
+expect_all_ended() {
+    local status=0 pid
+    wait "$1" || status=$?
+    [[ $status == $((128 + $(kill -l "$2"))) ]] || fail "$2 ends ./run with $status"
+    for pid in $(cat pids); do
+        gone "$pid" || fail "$2 left $pid"
+    done
+    [[ ! -e removed ]] || fail "$2 left the scratch folder"
+}
+
 for signal in INT TERM HUP; do
     set -m # or INT would be ignored in the background
     bash work.sh "$tree" 2>/dev/null &
     set +m
     read -r _ <ready
     kill "-$signal" $!
-    status=0
-    wait $! || status=$?
-    [[ $status == $((128 + $(kill -l "$signal"))) ]] || fail "$signal ends ./run with $status"
-    for pid in $(cat pids); do
-        gone "$pid" || fail "$signal left $pid"
-    done
-    [[ ! -e removed ]] || fail "$signal left the scratch folder"
+    expect_all_ended $! "$signal"
+    set -m
+    bash early.sh "$tree" "$signal" 2>/dev/null &
+    set +m
+    expect_all_ended $! "$signal"
 done
