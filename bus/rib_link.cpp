@@ -329,23 +329,31 @@ void rib_link::look_around() {
     }
 }
 
+// As many as may wait at once, and no more: nobody stays here because another one tells all the time.
 void rib_link::take_notes(std::chrono::milliseconds limit) {
     qip_recv_opts opts = incoming_within(limit);
-    qip_ref note{};
-    while (qip_recv(handle_.number(), &note, &opts) == 0) {
-        const bool tells_start = is_start(note);
-        started_ = tells_start || started_;
-        const uint32_t opcode = qip_opcode_get(&note);
-        const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&note));
-        const std::vector<uint8_t> message(payload, payload + (take_note_ ? qip_payload_size(&note) : 0));
-        rib_wrap_qip_drop(uuid_, handle_.number(), &note);
-        if (take_note_ && !tells_start) {
-            take_note_(opcode, message);
+    for (uint32_t taken = 0; taken < notifications_bound; taken++) {
+        qip_ref note{};
+        if (qip_recv(handle_.number(), &note, &opts) != 0) {
+            if (is_closed(static_cast<uint32_t>(errno))) {
+                throw link_closed();
+            }
+            return;
         }
+        take_in(note);
         opts = incoming_within({}); // those that wait already
     }
-    if (is_closed(static_cast<uint32_t>(errno))) {
-        throw link_closed();
+}
+
+void rib_link::take_in(qip_ref &note) {
+    const bool tells_start = is_start(note);
+    started_ = tells_start || started_;
+    const uint32_t opcode = qip_opcode_get(&note);
+    const auto *payload = static_cast<const uint8_t *>(qip_payload_get(&note));
+    const std::vector<uint8_t> message(payload, payload + (take_note_ ? qip_payload_size(&note) : 0));
+    rib_wrap_qip_drop(uuid_, handle_.number(), &note);
+    if (take_note_ && !tells_start) {
+        take_note_(opcode, message);
     }
 }
 

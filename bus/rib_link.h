@@ -140,6 +140,7 @@ class rib_link {
   private:
     void listen(std::chrono::milliseconds limit);
     void take_notes(std::chrono::milliseconds limit);
+    void take_in(qip_ref &note);
     void look_around();
 
     uint32_t ask(rib_wrap_msg &asked, rib_wrap_msg &answer);

@@ -92,6 +92,21 @@ TEST(rib_link, other_news_do_not_matter) {
     EXPECT_EQ(qip_refs_held(), 0U);
 }
 
+TEST(rib_link, listens_no_longer_to_one_who_tells_all_the_time) {
+    rib_link link(bus, RIB_CLIENT_FSPF);
+    const service_handle other(bus);
+    const auto tell = [&] { ASSERT_EQ(rib_wrap_qip_note(other.number(), RIBKIT_OPCODE_STARTED + 1, "news", 4), 0); };
+    unsigned heard = 0;
+    link.hear_notes([&](uint32_t, std::span<const uint8_t>) {
+        heard++;
+        ASSERT_LT(heard, 1000U);
+        tell();
+    });
+    tell();
+    EXPECT_FALSE(link.heard_of_start(no_wait));
+    EXPECT_EQ(heard, 64U); // as many as may wait
+}
+
 TEST(rib_link, silence_has_a_reason) {
     rib_link link(bus, RIB_CLIENT_FSPF);
     EXPECT_EQ(failure_of(link), "no answer from the RIB: nobody listens");
