@@ -67,10 +67,20 @@ std::string take_printable(std::string_view &text, std::string_view kept) {
     return acts_on_terminal(next.code) ? escaped("\\u%04x", next.code) : std::string(bytes);
 }
 
+/// How much of the text, from its begin on, anybody can print.
+size_t plain_length(std::string_view text) {
+    return std::find_if(text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }) - text.begin();
+}
+
 std::string all_printable(std::string_view text, std::string_view kept) {
     std::string result;
     while (!text.empty()) {
-        result += take_printable(text, kept);
+        const size_t plain = plain_length(text);
+        result += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (!text.empty()) {
+            result += take_printable(text, kept);
+        }
     }
     return result;
 }
