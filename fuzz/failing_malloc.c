@@ -138,6 +138,14 @@ static uint64_t number_in(const char *name) {
     return text == NULL ? 0 : strtoull(text, NULL, 10);
 }
 
+// What runs after this has nothing left to lose, and counters of what was run do not survive that memory fails.
+static void end_failures(void) {
+    atomic_store(&armed, false);
+    if (report >= 0) {
+        dprintf(report, "%llu allocations\n", (unsigned long long)atomic_load(&allocations));
+    }
+}
+
 static int (*program)(int, char **, char **);
 
 static int armed_program(int argc, char **argv, char **environment) {
@@ -148,6 +156,7 @@ static int armed_program(int argc, char **argv, char **environment) {
     report = file == NULL ? -1 : open(file, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
     fail_at = number_in("RIBKIT_FAIL_AT");
     onwards = number_in("RIBKIT_FAIL_ONWARDS") != 0;
+    atexit(end_failures);
     atomic_store(&armed, true);
     return program(argc, argv, environment);
 }
@@ -160,11 +169,4 @@ int __libc_start_main(int (*main)(int, char **, char **), int argc, char **argv,
     *(void **)&start = dlsym(RTLD_NEXT, "__libc_start_main");
     program = main;
     return start(armed_program, argc, argv, init, fini, rtld_fini, stack_end);
-}
-
-__attribute__((destructor)) static void say_count(void) {
-    if (report >= 0) {
-        atomic_store(&armed, false);
-        dprintf(report, "%llu allocations\n", (unsigned long long)atomic_load(&allocations));
-    }
 }
