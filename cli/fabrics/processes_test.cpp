@@ -153,6 +153,33 @@ TEST_F(processes, a_client_that_stays_outlives_the_server_and_what_it_misses_mea
     EXPECT_EQ(client.stopped(SIGINT).exit_code, 0);
 }
 
+TEST_F(processes, a_monitor_that_has_lost_the_server_shows_each_change_once) {
+    testing::background rib(command("rib"));
+    testing::background monitor(command("monitor"));
+    const auto shows = [&](const std::string &what) {
+        return testing::in_time([&] { return monitor.so_far().find(what) != std::string::npos; });
+    };
+    const auto add = [&](const std::string &route) {
+        return testing::run_command(command("route add", "--vsan 1 " + route + " --via fc1/1 --wait 30")).exit_code ==
+               0;
+    };
+    ASSERT_TRUE(shows("the RIB holds 0 unicast"));
+    ASSERT_TRUE(add("0x650000/0xff0000"));
+    ASSERT_TRUE(shows("0x650000"));
+    server.stop();
+    server.start();
+    ASSERT_TRUE(add("0x660000/0xff0000")); // the monitor may not be there again
+    ASSERT_TRUE(shows("0x660000"));
+    ASSERT_TRUE(add("0x670000/0xff0000"));
+    ASSERT_TRUE(shows("0x670000"));
+    const testing::outcome run = monitor.stopped(SIGTERM);
+    EXPECT_EQ(run.exit_code, 0);
+    for (const char *route : {"0x650000", "0x660000", "0x670000"}) {
+        EXPECT_EQ(run.output.find(route), run.output.rfind(route)) << run.output;
+    }
+    EXPECT_EQ(run.output.find("delete"), std::string::npos) << run.output;
+}
+
 TEST_F(processes, a_client_without_a_rib_gives_up_or_is_stopped) {
     const testing::outcome tired = testing::run_command(command("client --wait 1", small) + " 2>&1");
     EXPECT_EQ(tired.exit_code, 1);
