@@ -121,7 +121,9 @@ patient_output::patient_output(int descriptor) : descriptor_(descriptor) {
     int ends[2] = {-1, -1};
     real_ = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (real_ < 0 || pipe2(ends, O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot print");
+        const int reason = errno;
+        close(real_);
+        throw std::system_error(reason, std::generic_category(), "cannot print");
     }
     from_ = ends[0];
     carrying_ = std::thread([this] { carry(); });

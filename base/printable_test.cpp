@@ -61,6 +61,7 @@ TEST(one_line, is_short_and_cuts_no_character) {
     }
     EXPECT_LT(one_line(words).size(), 1000U);
     EXPECT_EQ(one_line(std::string(10 << 20, '\n')).size(), (66 + 50) * 4 + 3U);
+    EXPECT_EQ(one_line(std::string(1000, '\x80')), "...") << "no character begins there";
 }
 
 } // namespace ribkit::base

@@ -67,7 +67,7 @@ struct stop_signals::events {
             return false;
         }
         came = true;
-        heard = heard || signal;
+        heard |= signal;
         changed.notify_all();
         return true;
     }

@@ -124,4 +124,13 @@ TEST(progress_line, is_drawn_where_a_terminal_can_clear_it) {
     EXPECT_EQ(drawn_on(nullptr, show_progress), "");
 }
 
+TEST(progress_line, is_not_drawn_of_short_work) {
+    EXPECT_EQ(drawn_on("xterm",
+                       [] {
+                           base::progress_line progress(std::chrono::hours(1));
+                           progress.show("routes sent", 1, 2);
+                       }),
+              "");
+}
+
 } // namespace ribkit::cli
