@@ -10,7 +10,7 @@
 #include "protocol/fib/fib_requests.h"
 #include "protocol/queries.h"
 #include "protocol/route_messages.h"
-#include "rib/service/modules/scripted_module.h"
+#include "rib/service/modules/scripted_module_rig.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
 #include "ribkit_platform.h"

@@ -1,7 +1,7 @@
 // Client, RIB and modules over the bus: who is told what, and when.
 #include "protocol/queries.h"
 #include "protocol/route_messages.h"
-#include "rib/service/modules/scripted_module.h"
+#include "rib/service/modules/scripted_module_rig.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"

@@ -1,5 +1,5 @@
 // What a module says is put together by the writers that modules use.
-#include "rib/service/modules/scripted_module.h"
+#include "rib/service/modules/scripted_module_rig.h"
 
 #include "protocol/fib/fib_checks.h"
 #include "protocol/fib/fib_records.h"
