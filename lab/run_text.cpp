@@ -87,31 +87,18 @@ std::string turn_text(const fabric &f, const fabric_event &event) {
                         room_text(event.room));
 }
 
-std::string declared_text(const fabric &f, const fabric_event &event) {
-    std::string text;
-    switch (event.subject) {
-    case event_subject::link:
-    case event_subject::module:
-        break;
-    case event_subject::static_route:
-        text = base::joined("static route ", base::printable(f.declared.statics()[event.index].name));
-        break;
-    case event_subject::group:
-        text = base::joined("group ", base::printable(f.declared.groups()[event.index].name));
-        break;
-    case event_subject::label:
-        text = base::joined("label route ", base::printable(f.declared.labels()[event.index].name));
-        break;
-    case event_subject::distance:
-        return base::joined(client_text(static_cast<uint32_t>(event.index)), " has the distance ",
-                            event.cost.value_or(0));
-    }
-    text += event.up ? (*event.up ? " is added" : " is withdrawn") : "";
+/// What else becomes of a link, or of what is declared.
+std::string changes_text(const fabric &f, const fabric_event &event, const char *comes, const char *goes) {
+    std::string text = event.up ? (*event.up ? comes : goes) : "";
     text += event.cost ? base::joined(event.up ? " and" : "", " costs ", *event.cost) : "";
     text += event.leaves ? base::joined(": ", f.port_text(*event.leaves), " leaves") : "";
     text += event.joins ? base::joined(event.leaves ? ", " : ": ", f.port_text(*event.joins), " joins") : "";
     text += event.to ? base::joined(event.up ? " and" : "", " ends at ", f.port_text(*event.to)) : "";
     return text;
+}
+
+std::string declared_text(const fabric &f, const fabric_event &event, const char *what, const std::string &name) {
+    return base::joined(what, ' ', base::printable(name), changes_text(f, event, " is added", " is withdrawn"));
 }
 
 } // namespace
@@ -123,16 +110,21 @@ std::string head_text(const fabric &f) {
 }
 
 std::string event_text(const fabric &f, const fabric_event &event) {
-    if (event.subject == event_subject::module) {
+    switch (event.subject) {
+    case event_subject::link:
+        return f.link_name(f.links()[event.index]) + changes_text(f, event, " comes up", " goes down");
+    case event_subject::static_route:
+        return declared_text(f, event, "static route", f.declared.statics()[event.index].name);
+    case event_subject::group:
+        return declared_text(f, event, "group", f.declared.groups()[event.index].name);
+    case event_subject::label:
+        return declared_text(f, event, "label route", f.declared.labels()[event.index].name);
+    case event_subject::module:
         return turn_text(f, event);
+    case event_subject::distance:
+        break;
     }
-    if (event.subject != event_subject::link) {
-        return declared_text(f, event);
-    }
-    std::string text = f.link_name(f.links()[event.index]);
-    text += event.up ? (*event.up ? " comes up" : " goes down") : "";
-    text += event.cost ? base::joined(event.up ? " and" : "", " costs ", *event.cost) : "";
-    return text;
+    return base::joined(client_text(static_cast<uint32_t>(event.index)), " has the distance ", event.cost.value_or(0));
 }
 
 std::string module_title(const fabric_module &module) {

@@ -203,6 +203,8 @@ TEST(fabric_file, switches_are_distinct_and_their_domains_in_range) {
     EXPECT_EQ(complaint("[[switch]]\nname = \"c\"\ndomain = 0\n"), "f.toml:16: domain 0 is outside 1 to 239");
     EXPECT_EQ(complaint("[[switch]]\nname = \"c d\"\ndomain = 3\n"),
               "f.toml:16: \"c d\" is no name for a switch: letters, digits, '-', '_' and '.' make one");
+    EXPECT_EQ(complaint("[[switch]]\nname = \"\"\ndomain = 3\n"),
+              "f.toml:16: \"\" is no name for a switch: letters, digits, '-', '_' and '.' make one");
     EXPECT_EQ(complaint("[[switch]]\nname = \"c\"\n"), "f.toml:16: [[switch]] needs a key \"domain\"");
 }
 
@@ -224,6 +226,7 @@ TEST(fabric_file, links_join_two_switches_by_interfaces_of_their_own) {
         return complaint("[[link]]\nends = [\"" + std::string(a) + "\", \"" + b + "\"]\n");
     };
     EXPECT_EQ(link("a fc1/2", "b fc1/2"), "nothing");
+    EXPECT_EQ(link("a fc1/2", "b fc-tunnel0"), "nothing");
     EXPECT_EQ(link("a fc1/2", "c fc1/1"), "f.toml:16: link to \"c\", but there is no such switch");
     EXPECT_EQ(link("a fc1/2", "a fc1/3"), "f.toml:16: link from \"a\" to itself");
     EXPECT_EQ(link("a fc1/1", "b fc1/2"), "f.toml:16: a fc1/1 has a link already, on line 14");
@@ -269,6 +272,7 @@ TEST(fabric_file, values_have_their_types) {
 
 TEST(fabric_file, a_fabric_needs_a_vsan_a_switch_and_a_local_one) {
     EXPECT_EQ(complaint_about(""), "f.toml:1: a fabric needs a [[vsan]] and a [[switch]] at least");
+    EXPECT_EQ(complaint_about("[[vsan]]\nid = 1\n"), complaint_about(""));
     EXPECT_EQ(complaint_about("[[vsan]]\nid = 1\n[[switch]]\nname = \"a\"\ndomain = 1\n"),
               "f.toml:1: the file needs a key \"local\"");
     EXPECT_EQ(complaint_about("local = \"b\"\n[[vsan]]\nid = 1\n[[switch]]\nname = \"a\"\ndomain = 1\n"),

@@ -63,6 +63,20 @@ TEST(module_file, events_name_a_module_by_name_or_number) {
     EXPECT_EQ(f.modules[0].sizes.per_vsan, 7U);
 }
 
+TEST(module_file, a_room_says_something_of_one_table_or_of_none) {
+    const auto of_room = [](const std::string &room) {
+        const fabric f =
+            parse_fabric(head + left + event + "module = 2\nstate = \"restarting\"\nroom = {" + room + "}\n", "f");
+        const fabric_event &only = f.events().at(0);
+        return event_text(f, only) + (only.room.says_something() ? "" : " with what it had");
+    };
+    const std::string again = "module 2 (left) starts again";
+    EXPECT_EQ(of_room(""), again + " with what it had");
+    EXPECT_EQ(of_room("multicast = 5"), again + ", with room for 5 multicast entries");
+    EXPECT_EQ(of_room("label = 6"), again + ", with room for 6 label entries");
+    EXPECT_EQ(of_room("per_vsan = 7"), again + ", 7 of a VSAN at most");
+}
+
 TEST(module_file, who_has_no_modules_forgets_their_events) {
     fabric f = parse_fabric(head + left + event + "module = 2\nstate = \"down\"\n", "f");
     f.forget_modules();
@@ -74,6 +88,7 @@ TEST(module_file, mistakes_are_named_with_their_lines) {
     const std::string of_left = left + event + "module = \"left\"\n";
     const std::pair<std::string, std::string> cases[] = {
         {"[[module]]\nnumber = 0\n", "f:8: module 0 is outside 1 to 256"},
+        {"[[module]]\nnumber = 257\n", "f:8: module 257 is outside 1 to 256"},
         {"[[module]]\nnumber = 1\n[[module]]\nnumber = 1\n", "f:10: module 1 is already there"},
         {left + "[[module]]\nnumber = 3\nname = \"left\"\n", "f:12: module 2 has the name \"left\" already"},
         {"[[module]]\nname = \"left\"\n", "f:7: [[module]] needs a key \"number\""},

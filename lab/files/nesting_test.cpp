@@ -43,6 +43,9 @@ TEST(nesting, behind_strings_and_comments_counts_on_its_line) {
     EXPECT_EQ(line_of_mistake("a = \"\"\"\n\n\"\"\"" + deep), 4U);
     EXPECT_EQ(line_of_mistake(R"(["""a"""",)" + std::string(64, '{')), 1U) << "a mark more ends the same string";
     EXPECT_EQ(line_of_mistake(std::string(64, '[') + std::string(70, ']') + std::string(64, '[')), 0U);
+    const std::string ends_in_escape = R"("\)";
+    EXPECT_EQ(line_of_mistake(deep + ends_in_escape), 2U);
+    EXPECT_EQ(line_of_mistake(deep.substr(0, deep.size() - 1) + ends_in_escape), 0U) << "a text may end there";
     EXPECT_EQ(line_of_mistake("a = [\n" + std::string(600, '.') + "\n" + std::string(600, '.')), 3U);
 }
 

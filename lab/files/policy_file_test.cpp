@@ -22,14 +22,14 @@ TEST(policy_file, clients_are_named_or_numbered) {
         parse_policy("[[quota]]\nclient = \"fspf\"\nroutes = 1000\n"
                      "[[quota]]\nclient = 0x1234\nroutes = 0\n"
                      "[[who]]\nname = \"fspf-1\"\nclients = [\"fspf\", \"Port Manager\", 66]\n"
-                     "[[who]]\nname = \"guest\"\nclients = []\n",
+                     "[[who]]\nname = \"a_guest\"\nclients = []\n",
                      "p.toml");
     EXPECT_EQ(policy.quotas, (std::map<uint32_t, uint32_t>{{RIB_CLIENT_FSPF, 1000}, {0x1234, 0}}));
     EXPECT_TRUE(policy.allows("fspf-1", RIB_CLIENT_FSPF));
     EXPECT_TRUE(policy.allows("fspf-1", RIB_CLIENT_PORT_MANAGER));
     EXPECT_TRUE(policy.allows("fspf-1", RIB_CLIENT_OPERATOR));
     EXPECT_FALSE(policy.allows("fspf-1", RIB_CLIENT_MCAST));
-    EXPECT_FALSE(policy.allows("guest", RIB_CLIENT_FSPF));
+    EXPECT_FALSE(policy.allows("a_guest", RIB_CLIENT_FSPF));
     EXPECT_FALSE(policy.allows("fspf-2", RIB_CLIENT_FSPF));
     EXPECT_FALSE(policy.allows("", RIB_CLIENT_FSPF));
 }
@@ -49,6 +49,8 @@ TEST(policy_file, mistakes_are_named_with_their_lines) {
               "p.toml:5: client 12 has a quota already");
     EXPECT_EQ(mistake("[[who]]\nname = \"a b\"\nclients = []\n"),
               "p.toml:2: \"a b\" is no NAME of a sender: letters, digits, '-' and '_' make one");
+    EXPECT_EQ(mistake("[[who]]\nname = \"\"\nclients = []\n"),
+              "p.toml:2: \"\" is no NAME of a sender: letters, digits, '-' and '_' make one");
     EXPECT_EQ(mistake("[[who]]\nname = \"a\"\nclients = []\n[[who]]\nname = \"a\"\nclients = []\n"),
               "p.toml:5: \"a\" is already there");
     EXPECT_EQ(mistake("[[who]]\nname = \"a\"\nclients = [\n\"fspf\",\n\"fcmp\"]\n"),

@@ -18,17 +18,13 @@ constexpr uint32_t core_cost = 250;
 
 drawn_links::drawn_links(const fabric_plan &plan, draw &chance)
     : plan_(plan), chance_(chance), ports_(plan.switches, 0) {
-    switch (plan_.shape) {
-    case fabric_shape::core_edge:
+    if (plan_.shape == fabric_shape::core_edge) {
         connect_cores_and_edges();
-        break;
-    case fabric_shape::ring:
+    } else {
         connect_ring();
-        break;
-    case fabric_shape::mesh:
-        connect_ring();
+    }
+    if (plan_.shape == fabric_shape::mesh) {
         connect_across();
-        break;
     }
 }
 

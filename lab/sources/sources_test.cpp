@@ -4,6 +4,7 @@
 #include "lab/sources/wanted.h"
 
 #include "fib/service/fib_service.h"
+#include "lab/files/fabric_file.h"
 #include "lab/modules.h"
 #include "lab/route_role.h"
 #include "rib/service/rib_service.h"
@@ -181,6 +182,29 @@ TEST(sources, rib_and_modules_have_what_is_demanded_whoever_restarts_meanwhile) 
         }
         all.expect_demanded(f);
     }
+}
+
+TEST(sources, what_is_declared_stands_while_its_interface_leads_out) {
+    const auto wanted_through = [](const std::string &via, const std::string &vsan, const std::string &owner = "a") {
+        const lab::fabric f =
+            parse_fabric(R"(
+local = "a"
+vsan = [{id = 1}, {id = 2}]
+switch = [{name = "a", domain = 1}, {name = "b", domain = 2}]
+link = [{ends = ["a fc1/1", "b fc1/1"], vsans = [1]}, {ends = ["a fc1/2", "b fc1/2"], state = "down"}]
+)" + ("[[static]]\nfcid = 0x020000\ndomain = 2\nvsan = " + vsan) +
+                             "\nvia = \"" + owner + ' ' + via + "\"\n[[label]]\nmatch = [16]\nvsan = " + vsan +
+                             "\nvia = \"" + owner + ' ' + via + "\"\n",
+                         "f");
+        const uint32_t number = vsan == "1" ? 1 : 2;
+        return std::pair(static_routes(f).at(number)->size(), label_routes(f).at(number)->size());
+    };
+    constexpr std::pair<size_t, size_t> both(1, 1), none(0, 0);
+    EXPECT_EQ(wanted_through("fc1/1", "1"), both);
+    EXPECT_EQ(wanted_through("fc1/1", "2"), none) << "the link does not carry it";
+    EXPECT_EQ(wanted_through("fc1/2", "1"), none) << "the link is down";
+    EXPECT_EQ(wanted_through("fc1/3", "2"), both) << "no link";
+    EXPECT_EQ(wanted_through("fc1/1", "1", "b"), none) << "another switch's";
 }
 
 TEST(sources, restarts_leave_routes_whole) {

@@ -8,14 +8,11 @@ namespace ribkit::lab {
 namespace {
 
 constexpr uint32_t first_controller = 0xfffc00; ///< and the domain
-constexpr uint32_t direct = 1;
-constexpr uint32_t permanent = 1;
 
+/// Rows are direct and permanent unless somebody says otherwise, which no file can.
 model::route route_of(const declared_static &one) {
     const fcRouteEntry &row = one.row;
-    const uint32_t flag = RIB_FLAG_ACTIVE | (row.route_type == direct ? RIB_FLAG_DIRECT : 0) |
-                          (row.permanence == permanent ? 0 : RIB_FLAG_VOLATILE);
-    return {row.cost, flag, {{row.if_index, row.domain}}};
+    return {row.cost, RIB_FLAG_ACTIVE | RIB_FLAG_DIRECT, {{row.if_index, row.domain}}};
 }
 
 model::shared_routes controllers(const model::route_table &domains) {
