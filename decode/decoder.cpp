@@ -134,7 +134,7 @@ void add_entry(std::vector<uint8_t> &bytes, size_t base, const field &list) {
         append_entry(bytes, *list.entry);
     } else if (list.kind == field_kind::entries) {
         for (const field &f : list.entry->fields) {
-            if (f.is_list() && f.size != 0) {
+            if (f.is_list()) {
                 add_entry(bytes, base + list.offset, f);
             }
         }

@@ -87,6 +87,43 @@ TEST(decoder, tells_which_message_of_a_run_is_refused_and_where_it_begins) {
     EXPECT_EQ(run.refused->report.offset, 4U);
 }
 
+TEST(decoder, tells_of_what_an_envelope_carries_where_it_is_refused) {
+    const kind &what = *find_kind("rib_cmi_answer");
+    const kind &carried = *find_kind("rib_mcast_route");
+    std::vector<uint8_t> bytes = empty_message(what);
+    bytes.resize(bytes.size() + 20);
+    bytes[7] = 20;
+    const size_t head = bytes.size() - 20;
+    bytes.back() = 1;
+    const shown counted = show(what, bytes, &carried);
+    ASSERT_TRUE(counted.refused);
+    EXPECT_EQ(counted.refused->report.offset, head + 16);
+    EXPECT_EQ(counted.refused->report.found, 1U) << "a count is no place";
+    bytes.resize(head + 19);
+    bytes[7] = 19;
+    const shown cut = show(what, bytes, &carried);
+    ASSERT_TRUE(cut.refused);
+    EXPECT_EQ(cut.refused->report.allowed, head + 19) << report_text(cut.refused->report);
+}
+
+TEST(decoder, waits_no_longer_than_a_message_can_be) {
+    std::vector<uint8_t> bytes(largest_message + 1);
+    std::fill_n(bytes.begin(), 4, uint8_t{0xff}); // entries without end
+    decoder messages(*find_kind("rib_dm_info"), nullptr, nullptr, nullptr);
+    EXPECT_EQ(messages.take(std::span(bytes).first(largest_message), true), 0U);
+    EXPECT_FALSE(messages.refused());
+    EXPECT_EQ(messages.take(bytes, true), 0U);
+    EXPECT_TRUE(messages.refused());
+}
+
+TEST(kinds, are_named_as_they_are_asked_for) {
+    const auto whole = kind_names("rib_fcurt");
+    EXPECT_EQ(std::count(whole.begin(), whole.end(), "rib_fcurt_update"), 1);
+    const auto short_ones = kind_names("fcurt");
+    EXPECT_EQ(std::count(short_ones.begin(), short_ones.end(), "fcurt_update"), 1);
+    EXPECT_EQ(std::count(short_ones.begin(), short_ones.end(), "rib_fcurt_update"), 0);
+}
+
 TEST(decoder, counts_that_say_everything_end_with_the_bytes) {
     const std::vector<uint8_t> bytes(2000, 0xff);
     for (const kind &what : kinds()) {

@@ -91,8 +91,8 @@ const kind &encoder::message_fields(bool carried) {
     bool read = false;
     std::string early;
     in_->expect('{');
-    while (in_->peek() != '}') {
-        if (what != nullptr || read || !early.empty()) {
+    for (bool first = true; in_->peek() != '}'; first = false) {
+        if (!first) {
             in_->expect(',');
         }
         unknown_ = in_->string();

@@ -112,18 +112,17 @@ void encoder::close_list(object &o, const field &f, uint32_t entries) {
 }
 
 void encoder::agree_on_count(object &o, codec::count_of count, uint32_t entries, std::string_view list) {
-    const field &f = *o.fields.field_at(count.at);
+    const field &f = o.fields.number_at(count.at);
     const bool is_word = count.where == count_in::word;
     const auto part = std::find_if(f.parts.begin(), f.parts.end(), [](const part_field &p) { return p.counts; });
-    const bool said =
-        o.seen[f.slot] || (f.text_key && o.seen[f.text_slot]) || (part != f.parts.end() && o.seen[part->slot]);
+    const bool said = o.seen[f.slot] || (!is_word && o.seen[part->slot]);
     const size_t at = o.at + count.at;
     if (!said && is_word) {
         store_word(bytes_.data() + at, entries);
     } else if (!said) {
         bytes_.data()[at + 1] = static_cast<uint8_t>(entries);
     } else if (const uint32_t number = is_word ? word_at(at) : bytes_.data()[at + 1]; number != entries) {
-        const std::string_view key = is_word || part == f.parts.end() ? f.name() : part->key.name();
+        const std::string_view key = is_word ? f.name() : part->key.name();
         const std::string what = list == "payload" ? " bytes" : " entries";
         fail_at(key, "is " + std::to_string(number) + ", but " + std::string(list) + " has " + std::to_string(entries) +
                          what);

@@ -33,10 +33,10 @@ bool encoder::waits(const object &o, const slot &s) {
     if (f.kind == field_kind::payload) {
         return false;
     }
-    const field *decider = f.kind == field_kind::blocks && f.offset == bud_image.at("n_used") ? &all[s.field - 1U]
-                           : f.kind == field_kind::blocks                                     ? &f
-                                                          : o.fields.field_at(decider_at(o.fields.odd));
-    return !o.seen[decider->slot];
+    const field &decider = f.kind == field_kind::blocks && f.offset == bud_image.at("n_used") ? all[s.field - 1U]
+                           : f.kind == field_kind::blocks                                     ? f
+                                                          : o.fields.number_at(decider_at(o.fields.odd));
+    return !o.seen[decider.slot];
 }
 
 void encoder::odd_value(object &o, const slot &s) {

@@ -10,6 +10,7 @@ namespace ribkit::decode {
 namespace {
 
 constexpr size_t longest_string = size_t{1} << 20;
+constexpr size_t longest_number = 80;
 constexpr size_t longest_kept = size_t{32} << 20;
 constexpr size_t deepest = 64;
 
@@ -171,7 +172,7 @@ void json_reader::append_code_point(uint32_t code) {
 
 std::string json_reader::token() {
     std::string found;
-    while (!at_end() && is_number_character(*next_) && found.size() < longest_string) {
+    while (!at_end() && is_number_character(*next_) && found.size() < longest_number) {
         found += *next_++;
     }
     return found;

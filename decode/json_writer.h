@@ -46,7 +46,6 @@ class json_writer {
         if (!offsets_) {
             return nullptr;
         }
-        static const json_key offsets_key("offsets");
         json_.close('}');
         json_.member(offsets_key);
         json_.open('{');
@@ -184,6 +183,9 @@ class json_writer {
   private:
     static inline const json_key message_key{"message"};
     static inline const json_key fields_key{"fields"};
+    static inline const json_key offsets_key{"offsets"};
+    static inline const json_key refused_key{"refused"}, field_key{"field"}, offset_key{"offset"}, found_key{"found"},
+        allowed_key{"allowed"};
 
     [[nodiscard]] bool bare() const { return form_ == json_form::bare; }
 
@@ -211,8 +213,6 @@ class json_writer {
     }
 
     void report(const rib_check_report &refused) {
-        static const json_key refused_key("refused"), field_key("field"), offset_key("offset"), found_key("found"),
-            allowed_key("allowed");
         json_.member(refused_key);
         json_.open('{');
         json_.member(field_key);

@@ -80,7 +80,7 @@ std::optional<uint32_t> in_vocabulary(const diag::vocabulary &words, std::string
 char *number_text::put(char *to, uint32_t number) const {
     switch (from) {
     case source::none:
-        return to;
+        break;
     case source::vocabulary:
         words->converter(number, to);
         return to + std::strlen(to);

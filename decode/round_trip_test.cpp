@@ -6,8 +6,10 @@
 #include "codec/witness/random_messages.h"
 #include "decode/decoder.h"
 #include "decode/encoder.h"
+#include "decode/numbers.h"
 #include "testing/guarded.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -19,10 +21,10 @@ namespace {
 
 using bytes = std::vector<uint8_t>;
 
-std::string decoded(const kind &what, std::span<const uint8_t> message, json_form form) {
+std::string decoded(const kind &what, std::span<const uint8_t> message, json_form form, bool offsets = false) {
     std::string text;
     output out([&](std::string_view piece) { text += piece; });
-    json_writer json(out, form);
+    json_writer json(out, form, offsets);
     decoder(what, nullptr, nullptr, &json).take(message, false);
     json.finish();
     out.flush();
@@ -171,6 +173,57 @@ bytes random_message(const kind &what, std::mt19937 &random) {
 
 } // namespace
 
+/// What stands at each path of a document.
+void find_places(json_reader &in, const std::string &path, std::map<std::string, std::string> &places) {
+    const char begin = in.peek();
+    if (begin != '{' && begin != '[') {
+        places[path] = in.value();
+        return;
+    }
+    const char end = begin == '{' ? '}' : ']';
+    in.expect(begin);
+    for (size_t i = 0; in.peek() != end; ++i) {
+        if (i != 0) {
+            in.expect(',');
+        }
+        std::string step = std::to_string(i);
+        if (begin == '{') {
+            step = in.string();
+            in.expect(':');
+        }
+        find_places(in, path + '/' + step, places);
+    }
+    in.expect(end);
+}
+
+uint32_t number_in(std::string_view digits, int base) {
+    uint32_t number = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), number, base);
+    return number;
+}
+
+/// Whether what is shown of a field is what stands at its offset; of a byte only some bits may be shown.
+bool stands_there(std::span<const uint8_t> message, size_t at, std::string_view shown) {
+    const auto left = message.subspan(std::min(at, message.size()));
+    const auto is = [&](size_t size, uint32_t number) {
+        return left.size() >= size &&
+               (size == 1 ? (left[0] & number) == number : load_number(left.data(), size) == number);
+    };
+    if (!shown.starts_with('"')) {
+        return is(4, number_in(shown, 10)) || is(2, number_in(shown, 10)) || is(1, number_in(shown, 10));
+    }
+    const std::string_view text = shown.substr(1, shown.size() - 2);
+    if (text.starts_with("0x")) {
+        return is(4, number_in(text.substr(2), 16));
+    }
+    bool all = left.size() >= text.size() / 2;
+    for (size_t i = 0; all && i < text.size() / 2; ++i) {
+        const uint32_t byte = number_in(text.substr(2 * i, 2), 16);
+        all = text.size() == 2 ? is(1, byte) : left[i] == byte;
+    }
+    return all;
+}
+
 TEST(round_trip, of_every_golden_message) {
     size_t back = 0;
     for (const witness::golden &vector : witness::load_goldens(RIBKIT_SOURCE_DIR "/codec/witness/golden")) {
@@ -232,6 +285,36 @@ TEST(round_trip, of_every_template) {
         EXPECT_EQ(back, message) << what.name << ": " << template_of(what);
         EXPECT_TRUE(comes_back(what, message)) << what.name;
     }
+}
+
+TEST(offsets, are_where_what_is_shown_stands) {
+    std::mt19937 random(9);
+    std::map<std::string, size_t> compared;
+    for (const kind &what : kinds()) {
+        for (int i = 0; i < 20; ++i) {
+            const bytes message = random_message(what, random);
+            if (message.empty()) {
+                continue;
+            }
+            const std::string json = decoded(what, message, json_form::lines, true);
+            std::map<std::string, std::string> all;
+            json_reader in{std::string_view(json)};
+            find_places(in, "", all);
+            for (const auto &[path, offset] : all) {
+                if (!path.starts_with("/offsets/")) {
+                    continue;
+                }
+                auto shown = all.find("/fields/" + path.substr(9));
+                if (shown == all.end() && path.starts_with("/offsets/payload/")) {
+                    shown = all.find("/fields/payload/fields/" + path.substr(17));
+                }
+                ASSERT_NE(shown, all.end()) << path << ": " << json;
+                ASSERT_TRUE(stands_there(message, number_in(offset, 10), shown->second)) << path << ": " << json;
+                compared[what.name]++;
+            }
+        }
+    }
+    EXPECT_EQ(compared.size(), kinds().size());
 }
 
 } // namespace ribkit::decode

@@ -2,6 +2,7 @@
 #include "decode/shape.h"
 
 #include "codec/messages/forms.h"
+#include "codec/view.h"
 #include "decode/images.h"
 
 #include <algorithm>
@@ -19,10 +20,7 @@ using codec::meaning;
 using codec::row;
 using codec::row_kind;
 
-bool is_single_word(const layout &l) {
-    const row &r = *l.begin();
-    return l.rows.size() == 1 && l.size == 4 && (r.kind == row_kind::words || r.kind == row_kind::bytes);
-}
+bool is_single_word(const layout &l) { return l.rows.size() == 1 && l.size == 4; }
 
 bool is_address(const row &r) { return r.size == 4 && (r.means == meaning::fc_id || r.means == meaning::fc_mask); }
 
@@ -107,7 +105,7 @@ class maker {
             part.text = text_of(p.vocabulary);
             part.text_key = part.text ? json_key(key_of(name, "_text")) : json_key();
             part.shift = p.shift;
-            part.mask = (p.bits == 32 ? 0 : uint32_t{1} << p.bits) - 1;
+            part.mask = codec::fields_of::mask_of(p);
             f.parts.push_back(std::move(part));
         }
     }
@@ -180,7 +178,7 @@ class maker {
                 }
                 f.counts |= count.where == codec::count_in::word;
                 for (part_field &p : f.parts) {
-                    p.counts |= count.where == codec::count_in::second_byte && p.shift == 16 && p.mask == 0xff;
+                    p.counts |= count.where == codec::count_in::second_byte && p.shift == 16;
                 }
             }
         }
@@ -224,11 +222,9 @@ size_t shape::find(std::string_view key, size_t expected) const {
     return none;
 }
 
-const field *shape::field_at(uint32_t offset) const {
-    const auto found = std::find_if(fields.begin(), fields.end(), [&](const field &f) {
-        return f.offset == offset && (f.kind == field_kind::number || f.kind == field_kind::address);
-    });
-    return found == fields.end() ? nullptr : &*found;
+const field &shape::number_at(uint32_t offset) const {
+    return *std::find_if(fields.begin(), fields.end(),
+                         [&](const field &f) { return f.offset == offset && f.kind == field_kind::number; });
 }
 
 uint32_t decider_at(oddity odd) {

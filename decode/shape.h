@@ -73,7 +73,7 @@ struct field {
 };
 
 /// Whether a bitmap has its second half in the gap behind it.
-inline bool is_split_map(const field &f) { return f.row != nullptr && f.row->means == codec::meaning::ports; }
+inline bool is_split_map(const field &f) { return f.row->means == codec::meaning::ports; }
 
 /// What a key stands for.
 struct slot {
@@ -95,7 +95,8 @@ struct shape {
     static constexpr size_t none = SIZE_MAX;
     /// The slot of a key; `expected` is looked at first.
     [[nodiscard]] size_t find(std::string_view key, size_t expected) const;
-    [[nodiscard]] const field *field_at(uint32_t offset) const;
+    /// The number there, which counts or decides.
+    [[nodiscard]] const field &number_at(uint32_t offset) const;
 };
 
 /// What an envelope carries, where that is known.

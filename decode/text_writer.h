@@ -131,7 +131,7 @@ class text_writer {
         if (offsets_) {
             char digits[20];
             const auto size = static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, at).ptr - digits);
-            to = put(std::fill_n(to, size < 8 ? 8 - size : 0, ' '), {digits, size});
+            to = put(std::fill_n(to, std::max(size, size_t{8}) - size, ' '), {digits, size});
             to = put(to, "  ");
         }
         to = std::fill_n(to, 2 * depth_, ' ');

@@ -68,9 +68,9 @@ template <class Out> class walk {
         case field_kind::entries:
             return entries(f, at, count_at(f.row->count, base), again);
         case field_kind::gap:
-            return there(at, f.size) && rest(base, at, at + f.size, again);
+            return there(at, f.size) && (rest(base, at, at + f.size, again), true);
         case field_kind::masked_off:
-            return masked_off(f, at);
+            return masked_off(f, at), true;
         case field_kind::unused:
             return unused(f, base, again);
         default:
@@ -133,28 +133,25 @@ template <class Out> class walk {
     }
 
     /// What is not carried is shown where it is not zero.
-    bool rest(size_t base, size_t from, size_t to, const shown_again *again) {
+    void rest(size_t base, size_t from, size_t to, const shown_again *again) {
         for (size_t at = from; at < to; ++at) {
             if (bytes_[at] != 0 && (again == nullptr || !again->holds(at))) {
-                out_.rest(from - base, from, {bytes_ + from, to - from});
-                return true;
+                return out_.rest(from - base, from, {bytes_ + from, to - from});
             }
         }
-        return true;
     }
 
-    bool masked_off(const field &f, size_t at) {
+    void masked_off(const field &f, size_t at) {
         if (const auto bits = static_cast<uint8_t>(bytes_[at] & f.mask); bits != 0) {
             out_.rest(f.offset, at, {&bits, 1});
         }
-        return true;
     }
 
     bool unused(const field &f, size_t base, const shown_again *again) {
         const codec::row &list = *f.row;
-        const size_t used = size_t{list.stride} * count_at(list.count, base);
+        const size_t used = std::min<size_t>(size_t{list.stride} * count_at(list.count, base), list.size);
         const size_t to = base + list.end();
-        return there(base, list.end()) && (used >= list.size || rest(base, base + list.offset + used, to, again));
+        return there(base, list.end()) && (rest(base, base + list.offset + used, to, again), true);
     }
 
     bool odd(const shape &s, const field &f, size_t base) {
@@ -163,7 +160,7 @@ template <class Out> class walk {
         case field_kind::key:
             return there(at, f.size) && object(f, at, shape_of(key_of(s, base)));
         case field_kind::key_rest:
-            return there(at, f.size) && rest(base, at + key_of(s, base).size, at + f.size, nullptr);
+            return there(at, f.size) && (rest(base, at + key_of(s, base).size, at + f.size, nullptr), true);
         case field_kind::keys:
             return keys(f, at, word_at(base), shape_of(key_of(s, base)));
         case field_kind::body:
@@ -172,10 +169,8 @@ template <class Out> class walk {
             return payload(f, at, base);
         case field_kind::blocks:
             return there(base, bud_image.size) && blocks(f, base);
-        case field_kind::tail:
-            return tail(base);
         default:
-            return true;
+            return tail(base), true;
         }
     }
 
@@ -241,11 +236,10 @@ template <class Out> class walk {
     }
 
     /// A display steps from hop to hop by the labels that each has, which may take it further than all hops reach.
-    bool tail(size_t base) {
+    void tail(size_t base) {
         if (reached_ < end_) {
             out_.rest(reached_ - base, reached_, {bytes_ + reached_, end_ - reached_});
         }
-        return true;
     }
 
     Out &out_;
