@@ -2,6 +2,7 @@
 #include "bus/complaints.h"
 
 #include "base/patient_output.h"
+#include "testing/alloc_failure.h"
 #include "testing/pipe.h"
 
 #include <algorithm>
@@ -83,6 +84,32 @@ TEST(complaints, are_said_later_where_the_output_is_ready_later) {
     all.end();
     const std::string text = output.read_all();
     EXPECT_NE(text.find("kind"), std::string::npos) << text;
+}
+
+TEST(complaints, behind_the_end_are_said_at_once_or_not_at_all) {
+    const filled_pipe output(false);
+    complaints all(output.way_in());
+    all.end();
+    all.add("kind", "detail");
+    all.add("kind", "detail");
+    all.end();
+    EXPECT_EQ(output.read_all(), "ribkit: kind: detail\n");
+}
+
+TEST(complaints, for_which_there_is_no_memory_are_left_out) {
+    const filled_pipe output(false);
+    const std::string kind = "a kind whose text does not fit into a string's own room";
+    const std::string other = "another " + kind;
+    complaints all(output.way_in());
+    all.add(kind, "");
+    EXPECT_EQ(output.read_some(), "ribkit: " + kind + "\n");
+    all.add(kind, "");
+    {
+        const testing::failing_allocation none(1, testing::failing_allocation::how::onwards);
+        all.add(other, "");
+        all.end();
+    }
+    EXPECT_EQ(output.read_all(), "");
 }
 
 TEST(complaints, outlive_their_reader) {

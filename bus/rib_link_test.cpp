@@ -2,6 +2,8 @@
 #include "bus/rib_link.h"
 
 #include "base/input_error.h"
+#include "bus/history.h"
+#include "bus/module_link.h"
 #include "protocol/route_messages.h"
 #include "rib/service/rib_service.h"
 #include "rib_codes.h"
@@ -10,6 +12,7 @@
 #include "testing/capture.h"
 #include "testing/fault_script.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
 
 namespace ribkit::bus {
@@ -48,6 +51,7 @@ TEST(service_handle, a_url_is_shown_without_its_secrets) {
     EXPECT_EQ(shown_url("nats://me:p@ss@host"), "nats://host");
     EXPECT_EQ(shown_url("nats://host/blue"), "nats://host/blue");
     EXPECT_EQ(shown_url("local:a@b"), "local:a@b");
+    EXPECT_EQ(shown_url("a@b://host"), "a@b://host");
 }
 
 TEST(service_handle, a_mistaken_url_is_the_users) {
@@ -66,6 +70,60 @@ TEST(service_handle, a_server_is_waited_for_with_patience) {
     EXPECT_THROW(service_handle(bus, no_wait), std::runtime_error); // the fourth
     EXPECT_THROW(service_handle(bus, 1s), std::runtime_error);      // not permitted, which no patience helps
     EXPECT_NO_THROW(service_handle(bus, no_wait));
+}
+
+TEST(service_handle, says_what_is_wrong_with_a_server) {
+    const auto failure = [](const std::string &script, const std::string &url, std::chrono::milliseconds patience) {
+        const testing::fault_script faults(script);
+        try {
+            service_handle handle(url, patience);
+        } catch (const std::runtime_error &error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    for (const std::string url : {"nats://host", "tls://host"}) {
+        EXPECT_EQ(failure("fail open 1 " + std::to_string(EPROTONOSUPPORT) + "\n", url, 1s),
+                  "cannot open " + url + ": Protocol not supported");
+        EXPECT_EQ(failure("fail open 1 EHOSTUNREACH\n", url, no_wait),
+                  "cannot open " + url + ": the name of the host has no address");
+    }
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(failure("fail open 1 EHOSTUNREACH\n", bus, 1s), "");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "ribkit: waiting for a server at local:rib_link_test, for 1s "
+                                                        "at most: the name of the host has no address\n");
+}
+
+TEST(history, takes_no_lines_where_they_are_switched_off) {
+    yelk_hist_clear();
+    yelk_hist_subtype_set(0x740000, 1, 0);
+    note_in_history(std::string("ignored"));
+    yelk_hist_subtype_set(0x740000, 1, 1);
+    note_in_history(std::string("kept"));
+    const std::string said = printed_by(yelk_hist_print);
+    EXPECT_EQ(said.find("ignored"), std::string::npos);
+    EXPECT_NE(said.find(": kept\n"), std::string::npos);
+    yelk_hist_clear();
+}
+
+TEST(module_link, says_why_there_is_no_answer) {
+    const auto failure = [](const std::string &faults) {
+        const testing::fault_script script("clock virtual\n" + faults);
+        module_link module(bus, 3, 1s);
+        try {
+            module.ask(1, {});
+        } catch (const std::runtime_error &error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    const std::string none = "no answer from module 3 at local:rib_link_test: ";
+    EXPECT_EQ(failure(""), none + "nobody listens there");
+    const service_handle silent(bus);
+    const qip_addr there{RIBKIT_NODE_MODULE, 3};
+    ASSERT_EQ(qip_listen(silent.number(), &there, 4), 0);
+    EXPECT_EQ(failure("fail send 1 EACCES\n"), none + "Permission denied");
+    EXPECT_EQ(failure("fail send 1 EAGAIN\n"), none + "Connection timed out") << "it is asked again";
 }
 
 TEST(rib_link, hears_that_the_rib_has_started) {
@@ -115,6 +173,18 @@ TEST(rib_link, silence_has_a_reason) {
     EXPECT_EQ(failure_of(link), "no answer from the RIB: Connection timed out");
     EXPECT_EQ(result_text(RIB_FAILED), "failed");
     EXPECT_EQ(result_text(RIB_PLATFORM_FAILURE | EACCES), "Permission denied");
+}
+
+TEST(rib_link, a_rib_that_is_too_busy_to_be_asked_is_another_one) {
+    const testing::fault_script script("fail send 1 EAGAIN\n");
+    patience waiting(1s);
+    std::string said;
+    try {
+        refuse_second_rib(bus, waiting);
+    } catch (const std::runtime_error &error) {
+        said = error.what();
+    }
+    EXPECT_EQ(said, "another RIB listens, but does not answer, at local:rib_link_test");
 }
 
 TEST(rib_link, awaits_a_rib_with_one_word_on_standard_error) {
