@@ -16,7 +16,7 @@ bound = 95.0
 # What tests consist of, and programs that are no part of what is delivered.
 no_subject = re.compile(r"""(testing|bench|fuzz|footprint|examples|build)/
                             |(.*/)?(naive|witness|golden|expected|render)[^/]*(/|$)
-                            |.*_(test|bench|twin|rig|peer|fixture)\.(cpp|h)$""", re.X)
+                            |.*_(test|bench|twin|rig|peer|fixture)\.(c|cpp|h)$""", re.X)
 # Lines that say nothing: what the compiler puts at the end of a block are destructors.
 without_code = re.compile(r"(} else {|[{}();\s]*)(//.*)?")
 # Lines whose branches are the compiler's own: the search for who catches an exception, comparisons that it writes.
