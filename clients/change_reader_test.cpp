@@ -120,6 +120,46 @@ TEST_F(change_reader_test, of_a_notification_only_the_news_are_told) {
     EXPECT_EQ(told, (lines{"read 0", "cost 800", "cost 900", "delete 900"}));
 }
 
+TEST_F(change_reader_test, a_change_that_was_lost_is_found_where_the_rest_stayed_as_it_was) {
+    const bytes other = testing::literal_update(
+        {RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {{RIB_ACTION_ADD, {0x660000, RIB_MASK_DOMAIN}, {300, 0, {}}}}});
+    ask(update_of(500));
+    ask(other);
+    reader.start();
+    const testing::fault_script lost("clock virtual\ndrop 3\ndrop 4\n");
+    ask(update_of(700));
+    notify(RIBKIT_OPCODE_FCURT_NOTE, testing::literal_update({RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {}}));
+    follow_until("read 2", 1);
+    EXPECT_EQ(told, (lines{"read 2", "missed: the RIB had more to tell than it could keep", "cost 700", "read 2"}));
+}
+
+TEST_F(change_reader_test, what_arrives_while_it_is_read_is_told_once) {
+    reader.start();
+    const testing::fault_script late("clock virtual\ndelay 3 500\ndelay 4 500\ndelay 8 1000\n");
+    ask(update_of(500)); // and a notification for each link
+    notify(RIBKIT_OPCODE_FCURT_NOTE, {});
+    follow_until("read 1");
+    const std::string missed = "missed: a notification of unicast routes came damaged";
+    EXPECT_EQ(told, (lines{"read 0", missed, "cost 500", "read 1"}));
+}
+
+TEST_F(change_reader_test, whoever_registers_in_time_misses_nothing) {
+    reader.start();
+    const testing::fault_script late("clock virtual\ndelay 3 15000\ndelay 4 15000\n");
+    ask(update_of(500));
+    notify(RIBKIT_OPCODE_STARTED - 1, bytes(7)); // nobody knows what that is
+    follow_until("cost 500");
+    EXPECT_EQ(told, (lines{"read 0", "cost 500"}));
+}
+
+TEST_F(change_reader_test, a_rib_that_is_gone_is_told_of) {
+    reader.start();
+    rib.stop();
+    const std::string missed = "missed: no answer from the RIB: nobody listens";
+    follow_until(missed);
+    EXPECT_EQ(told, (lines{"read 0", missed}));
+}
+
 TEST_F(change_reader_test, each_damaged_notification_leaves_a_line_in_the_history) {
     reader.start();
     yelk_hist_clear();

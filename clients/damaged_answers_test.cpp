@@ -1,4 +1,7 @@
 // A RIB whose answers and notifications arrive damaged: clients drop them, and each leaves one line in the history.
+#include "clients/change_reader.h"
+#include "clients/question.h"
+#include "clients/registration.h"
 #include "clients/route_client.h"
 #include "clients/state_reader.h"
 #include "clients/table_reader.h"
@@ -192,6 +195,67 @@ TEST_F(damaged_answers, to_any_question_are_dropped) {
     }
 }
 
+bytes response_of(uint32_t result) { return words({result, 0, 0, 0, 0}); }
+
+TEST_F(damaged_answers, about_other_vsans_are_dropped) {
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    const auto read_vsan = [&] { read_databases(link, {.uuid = RIB_CLIENT_FSPF, .vsan = 5}); };
+    for (const uint32_t vsan : {4U, 6U}) {
+        expect_dropped(words({1, 0, vsan, 0, 0, 0, 0}), read_vsan);
+    }
+    rib.answer_with(words({1, 0, 5, 0, 0, 0, 0}));
+    EXPECT_NO_THROW(read_vsan());
+}
+
+TEST_F(damaged_answers, about_another_structure_are_dropped) {
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    expect_dropped(words({0, 3}), [&] { read_structure(link, RIB_CLIENT_FSPF, 4); });
+}
+
+TEST_F(damaged_answers, with_more_routes_than_were_asked_for_are_dropped) {
+    testing::fcurt_update update{RIB_CLIENT_FSPF, 1, RIB_OPER_UPDATE, {}};
+    for (uint32_t i = 0; i <= 1000; i++) {
+        update.changes.push_back({RIB_ACTION_ADD, {i << 8, 0xffff00}, {}});
+    }
+    expect_dropped(testing::literal_update(update), [] { read(); });
+}
+
+TEST_F(damaged_answers, to_registrations_are_dropped_and_refusals_are_said) {
+    bus::rib_link link(url, RIB_CLIENT_OPERATOR);
+    change_reader reader(link, RIB_CLIENT_OPERATOR, {});
+    expect_dropped(bytes(19), [&] { reader.start(); });
+    rib.answer_with(response_of(RIB_NOT_SUPPORTED));
+    EXPECT_THROW(reader.start(), refused_question);
+    registration named(link, RIB_CLIENT_FSPF, "name", {});
+    const auto said = [&] { return testing::all_printed_by([&] { named.keep(); }); };
+    EXPECT_EQ(said(), "ribkit: the RIB does not register client 12: " + bus::result_text(RIB_NOT_SUPPORTED) + "\n");
+    EXPECT_EQ(said(), "") << "it is not time yet";
+}
+
+TEST_F(damaged_answers, to_registrations_are_not_needed_by_who_waits) {
+    bus::rib_link link("local:nobody", RIB_CLIENT_FSPF);
+    registration named(link, RIB_CLIENT_FSPF, "name", {});
+    const auto said = [&] { return testing::printed_by([&] { named.stay(); }); };
+    EXPECT_NE(said(), "");
+    EXPECT_EQ(said(), "") << "it is not time yet";
+}
+
+TEST_F(damaged_answers, that_are_refusals_say_why) {
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    rib.answer_with(response_of(RIB_NO_ENTRY));
+    EXPECT_EQ(read_verification(link, RIB_CLIENT_FSPF, 0x100), std::nullopt);
+    rib.answer_with(response_of(RIB_NOT_SUPPORTED));
+    EXPECT_THROW(read_verification(link, RIB_CLIENT_FSPF, 0x100), refused_question);
+}
+
+TEST_F(damaged_answers, about_a_log_that_goes_on_too_fast_are_left) {
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    rib.answer_with(words({7, 0}));
+    EXPECT_EQ(read_log(link, RIB_CLIENT_FSPF, unicast_log), bytes()) << "it holds nothing";
+    rib.answer_with(words({7, 3}));
+    EXPECT_THROW(read_log(link, RIB_CLIENT_FSPF, unicast_log), bus::no_answer);
+}
+
 TEST_F(damaged_answers, that_never_end_are_not_waited_for) {
     constexpr size_t domain_at = 981; // of the first route's FC ID
     rib.answer_with(routes());
@@ -210,6 +274,18 @@ TEST_F(damaged_answers, lists_of_versions_without_end_are_left) {
     rib.count_on_at(7); // the VSAN
     bus::rib_link link(url, RIB_CLIENT_FSPF);
     EXPECT_THROW(read_versions(link, {.uuid = RIB_CLIENT_FSPF, .most_lists = 100}), bus::no_answer);
+}
+
+TEST_F(damaged_answers, lists_of_versions_end_with_the_last_client_and_go_forward) {
+    bus::rib_link link(url, RIB_CLIENT_FSPF);
+    const auto lists = [&](std::optional<uint32_t> vsan) {
+        return read_versions(link, {.uuid = RIB_CLIENT_FSPF, .vsan = vsan}).size();
+    };
+    rib.answer_with(protocol::topology_versions(RIBKIT_LAST_CLIENT, RIB_LAST_VSAN, {}));
+    EXPECT_EQ(lists({}), 1U);
+    EXPECT_EQ(lists(RIB_LAST_VSAN), 1U);
+    EXPECT_EQ(lists(5), 0U);
+    expect_dropped(protocol::topology_versions(0, 5, {}), [&] { lists({}); });
 }
 
 TEST_F(damaged_answers, a_start_with_a_payload_is_dropped) {

@@ -20,9 +20,10 @@ namespace ribkit::clients {
 template <class Table> using own_table = std::map<typename Table::key_in_vsan, typename Table::route>;
 template <class Table> using shared_table = std::shared_ptr<const own_table<Table>>;
 
+template <class Routes> inline const Routes no_routes{};
+
 template <class Routes> const Routes &table_of(const std::shared_ptr<const Routes> &routes) {
-    static const Routes empty;
-    return routes == nullptr ? empty : *routes;
+    return routes == nullptr ? no_routes<Routes> : *routes;
 }
 
 /// What makes one table of another.

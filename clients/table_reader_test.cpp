@@ -1,6 +1,7 @@
 // The RIB's routes as a client reads them, compared with what the RIB holds.
 #include "clients/table_reader.h"
 
+#include "clients/route_update.h"
 #include "protocol/queries.h"
 #include "protocol/route_messages.h"
 #include "rib/service/answers.h"
@@ -170,6 +171,41 @@ TEST(table_reader, a_rib_that_always_has_one_more_route_is_left) {
     add(link, RIB_CLIENT_FSPF, 2, table_of(3, 1));
     EXPECT_EQ(read_routes(link, {.uuid = RIB_CLIENT_TEST, .vsan = {}, .most_routes = 6}).size(), 6U);
     EXPECT_THROW(read_routes(link, {.uuid = RIB_CLIENT_TEST, .vsan = {}, .most_routes = 5}), bus::no_answer);
+}
+
+TEST(table_reader, a_key_is_found_alone) {
+    const rib::rib_service rib(bus);
+    bus::rib_link link(bus, RIB_CLIENT_TEST);
+    const model::destination last{UINT32_MAX, UINT32_MAX};
+    add(link, RIB_CLIENT_FSPF, 1, {{{0, 0}, {}}, {last, {}}});
+    add(link, RIB_CLIENT_FSPF, 2, table_of(3, 1));
+    for (const auto &key : {model::route_key{1, {0, 0}}, {1, last}, {2, {0x100, 0xffff00}}}) {
+        const auto found = read_routes(link, {.uuid = RIB_CLIENT_TEST, .key = key});
+        ASSERT_EQ(found.size(), 1U);
+        EXPECT_EQ(found.begin()->first, key);
+    }
+    EXPECT_TRUE(read_routes(link, {.uuid = RIB_CLIENT_TEST, .key = model::route_key{1, {5, 0}}}).empty());
+}
+
+TEST(table_reader, a_label_route_of_each_type_is_found_by_its_key) {
+    const rib::rib_service rib(bus);
+    bus::rib_link link(bus, RIB_CLIENT_TEST);
+    const std::vector<model::label_key> keys{{1, RIB_ROUTE_SRC_LABEL, 0x01010005, {0, 0}, 1, {0x5000, 0}},
+                                             {1, RIB_ROUTE_SRC_LABEL + 1, 0, {0, 0}, 1, {0x5000, 0}},
+                                             {1, RIB_ROUTE_SRC_LABEL + 1, 0, {0, 0}, 2, {0x5000, 0x6000}},
+                                             {1, RIB_ROUTE_FC_LABEL, 0, {0x020000, RIB_MASK_DOMAIN}, 0, {}}};
+    for (const model::label_key &key : keys) {
+        const std::span<const uint32_t> sources(&key.source, key.type == RIB_ROUTE_SRC_LABEL ? 1 : 0);
+        auto update = update_with(RIB_CLIENT_FSPF, RIB_ACTION_ADD, key, model::label_values(sources, {}));
+        link.ask(RIBKIT_OPCODE_FCLRT_UPDATE, update);
+    }
+    for (const model::label_key &key : keys) {
+        std::vector<model::label_key> found;
+        read_table<label_table>(link, {.uuid = RIB_CLIENT_TEST, .key = key},
+                                [&](uint32_t, const auto &one, const auto &) { found.push_back(one); });
+        ASSERT_EQ(found.size(), 1U) << key.type << ' ' << key.match_count;
+        EXPECT_EQ(found.front(), key);
+    }
 }
 
 TEST(table_reader, queries_are_traced_on_request) {

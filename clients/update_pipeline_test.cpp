@@ -187,6 +187,31 @@ TEST(update_pipeline, eight_updates_are_on_their_way_and_are_answered_in_any_ord
               })));
 }
 
+TEST(update_pipeline, a_rib_that_has_no_room_gets_the_others_once_it_has) {
+    const testing::fault_script script("clock virtual\nfail send 5 EAGAIN\n"); // of the updates the fourth
+    std::mt19937 random(86);
+    const auto wanted = drawn(random);
+    plain_rib rib(1, {});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {});
+    const client_traffic traffic = brought(client, wanted);
+    rib.stop();
+    EXPECT_EQ(differing(rib, wanted), 0U);
+    for (const auto &[vsan, messages] : rib.updates) {
+        EXPECT_EQ(messages, 1U);
+    }
+    EXPECT_EQ(traffic.refused, 0U);
+}
+
+TEST(update_pipeline, merges_are_traced_on_request) {
+    const testing::fault_script script("clock virtual\n");
+    plain_rib rib(1, {});
+    unicast_client client(bus, RIB_CLIENT_FSPF, {.trace = true});
+    client.start_over(takeover::merges);
+    std::string said;
+    brought(client, {{7, std::make_shared<const model::route_table>()}}, &said);
+    EXPECT_NE(said.find(" FSPF sent RIB merge with response vsan 7 for 0 ucast "), std::string::npos) << said;
+}
+
 // A message more than one for each VSAN is one that was sent again because the one before it did not go well.
 TEST(update_pipeline, what_is_lost_or_refused_leaves_the_others_alone) {
     std::mt19937 random(82);

@@ -4,6 +4,7 @@
 #include "clients/question.h"
 #include "rib/service/rib_service.h"
 #include "testing/capture.h"
+#include "testing/fault_script.h"
 #include "testing/other_rib.h"
 
 #include <gtest/gtest.h>
@@ -48,6 +49,24 @@ TEST(wire_agreement, counts_what_else_differs) {
     const testing::other_rib rib(url, theirs);
     bus::rib_link link(url, RIB_CLIENT_TEST);
     EXPECT_NE(said_of(link).find("rib_fcurt_update and 1 other:"), std::string::npos);
+}
+
+TEST(wire_agreement, counts_all_that_differ) {
+    bytes theirs = testing::formats_but("rib_fcurt_update");
+    for (const size_t message : {3, 4}) {
+        theirs[protocol::wire_digests.size + message * protocol::wire_digest.size] = 'x';
+    }
+    const testing::other_rib rib(url, theirs);
+    bus::rib_link link(url, RIB_CLIENT_TEST);
+    EXPECT_NE(said_of(link).find("rib_fcurt_update and 2 others:"), std::string::npos) << said_of(link);
+}
+
+TEST(wire_agreement, of_a_module_is_not_waited_for_where_the_rib_is_silent) {
+    const testing::fault_script script("clock virtual\n");
+    const bus::service_handle silent(url);
+    ASSERT_EQ(qip_listen(silent.number(), &ribkit_rib_address, 4), 0);
+    EXPECT_NO_THROW(compare_formats_of_modules(url, {}));
+    EXPECT_EQ(qip_now(), 1'000'000U);
 }
 
 TEST(wire_agreement, is_not_needed_of_what_only_modules_use) {
