@@ -6,7 +6,7 @@
 #include "rib/service/rib_service.h"
 #include "testing/temporary_directory.h"
 #ifdef RIBKIT_NATS_SERVER
-#include "platform/nats/nats_server.h"
+#include "platform/nats/nats_server_fixture.h"
 #endif
 
 #include <csignal>

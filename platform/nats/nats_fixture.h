@@ -1,7 +1,7 @@
 // Handles on a server, and a party that answers, for the tests over a server.
 #pragma once
 
-#include "platform/nats/nats_server.h"
+#include "platform/nats/nats_server_fixture.h"
 #include "platform/service_fixture.h"
 #include <cstdlib>
 #include <fstream>

@@ -1,6 +1,6 @@
 // Senders over a server: the NAME at the end of a subject, whose messages are heard, and turns between them.
 #include "platform/nats/nats_fixture.h"
-#include "platform/nats/nats_stranger.h"
+#include "platform/nats/nats_stranger_peer.h"
 #include "testing/capture.h"
 
 #include <chrono>

@@ -1,6 +1,6 @@
 // TLS to a server: whose certificates are believed, on both sides, and what is said where none comes about.
+#include "platform/nats/certificates_fixture.h"
 #include "platform/nats/nats_fixture.h"
-#include "platform/nats/test_certificates.h"
 
 #include <string>
 

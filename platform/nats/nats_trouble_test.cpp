@@ -1,7 +1,7 @@
 // Servers that are lost, not there or something else; strangers on the bus; too much of everything.
 #include "platform/faults/fault_fixture.h"
 #include "platform/nats/nats_fixture.h"
-#include "platform/nats/nats_stranger.h"
+#include "platform/nats/nats_stranger_peer.h"
 #include "testing/capture.h"
 
 #include <arpa/inet.h>

@@ -1,5 +1,5 @@
 // The openssl command makes them, an authority first that signs the others.
-#include "platform/nats/test_certificates.h"
+#include "platform/nats/certificates_fixture.h"
 
 #include <cstdio>
 #include <cstdlib>

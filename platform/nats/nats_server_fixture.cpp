@@ -1,6 +1,6 @@
 // The server writes the port that it got into a file once it accepts connections: there is no gap in which another
 // process could take a port that looked free.
-#include "platform/nats/nats_server.h"
+#include "platform/nats/nats_server_fixture.h"
 
 #include <chrono>
 #include <csignal>
