@@ -2,6 +2,8 @@
 // threads on different handles do not meet.
 #include "platform/handles.h"
 
+#include "platform/lasting.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -22,11 +24,9 @@ struct alignas(64) handle_list {
     }
 };
 
-// Never destroyed: threads may still be in a call when the process ends.
-handle_list &list_of(uint32_t handle) {
-    static auto &lists = *new std::array<handle_list, 64>;
-    return lists[handle % lists.size()];
-}
+constinit lasting<std::array<handle_list, 64>> lists;
+
+handle_list &list_of(uint32_t handle) { return lists.it[handle % lists.it.size()]; }
 
 std::atomic<uint32_t> last_handle{0};
 
@@ -34,10 +34,10 @@ std::atomic<uint32_t> last_handle{0};
 
 uint32_t add_handle(endpoint_ptr opened) {
     for (;;) {
-        const uint32_t handle = ++last_handle;
+        const uint32_t handle = std::max(++last_handle, 1U); // never 0
         handle_list &list = list_of(handle);
         const std::scoped_lock lock{list.lock};
-        if (handle != 0 && list.find(handle) == list.open.end()) {
+        if (list.find(handle) == list.open.end()) {
             list.open.emplace_back(handle, std::move(opened));
             return handle;
         }

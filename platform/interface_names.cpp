@@ -75,8 +75,8 @@ int if_index_parse(const char *name, uint32_t *if_index) {
     for (const interface_kind &kind : kinds) {
         const uint32_t index = scan(name, kind);
         char printed[longest_name];
-        if (index != 0 && kind_of(index) == &kind && print_name(printed, sizeof printed, index) > 0 &&
-            std::strcmp(printed, name) == 0) {
+        print_name(printed, sizeof printed, index);
+        if (kind_of(index) == &kind && std::strcmp(printed, name) == 0) {
             *if_index = index;
             return 0;
         }

@@ -95,14 +95,14 @@ int send_new(endpoint &from, const qip_addr &to, message letter, const qip_send_
     return error;
 }
 
-int send_answer(endpoint &from, const qip_ref *req_ref, message letter, qip_ref *ref_out) {
+int send_answer(const qip_ref *req_ref, message letter, qip_ref *ref_out) {
     const message *request = held(req_ref);
     if (request == nullptr || !request->received) {
         return EINVAL;
     }
     letter.opcode = 0;
     sent_reference sent{ref_out, letter.size};
-    const int error = from.answer(*request, std::move(letter));
+    const int error = request->reply == nullptr ? 0 : request->reply->answer(std::move(letter));
     if (error == 0) {
         sent.hold(request->token);
     }
@@ -176,7 +176,7 @@ int qip_send(uint32_t handle, const struct qip_addr *addr, uint32_t opcode, cons
     return called_at(handle, service_call::send, [&](endpoint &end) {
         message letter = new_message(opcode, {static_cast<const uint8_t *>(payload), payload_size});
         return req_ref == nullptr ? send_new(end, *addr, std::move(letter), opts, ref_out)
-                                  : send_answer(end, req_ref, std::move(letter), ref_out);
+                                  : send_answer(req_ref, std::move(letter), ref_out);
     });
 }
 

@@ -1,6 +1,8 @@
 // Slots live in blocks that never move and are never freed, so that reading a held message needs no lock.
 #include "platform/references.h"
 
+#include "platform/lasting.h"
+
 #include <array>
 #include <atomic>
 #include <mutex>
@@ -109,33 +111,29 @@ class slot_table {
     std::atomic<uint32_t> held_{0};
 };
 
-// Never destroyed: threads may still hold references when the process ends.
-slot_table &slots() {
-    static auto &table = *new slot_table;
-    return table;
-}
+constinit lasting<slot_table> slots;
 
 } // namespace
 
-reserved_reference::reserved_reference() : index_(slots().reserve()) {}
+reserved_reference::reserved_reference() : index_(slots.it.reserve()) {}
 
 reserved_reference::~reserved_reference() {
     if (index_ != none) {
-        slots().give_back(index_);
+        slots.it.give_back(index_);
     }
 }
 
 void reserved_reference::hold(message letter, qip_ref &ref) noexcept {
-    slots().fill(std::exchange(index_, none), std::move(letter), ref);
+    slots.it.fill(std::exchange(index_, none), std::move(letter), ref);
 }
 
 message *held(const qip_ref *ref) {
-    slot *found = ref == nullptr ? nullptr : slots().find(*ref);
+    slot *found = ref == nullptr ? nullptr : slots.it.find(*ref);
     return found == nullptr ? nullptr : &found->letter;
 }
 
-bool release(const qip_ref *ref) { return ref != nullptr && slots().drop(*ref); }
+bool release(const qip_ref *ref) { return ref != nullptr && slots.it.drop(*ref); }
 
-uint32_t references_held() { return slots().held(); }
+uint32_t references_held() { return slots.it.held(); }
 
 } // namespace ribkit::platform

@@ -6,9 +6,13 @@
 
 namespace ribkit::platform {
 
+unsigned spin_habit::processors_here() {
+    static const unsigned known = std::thread::hardware_concurrency();
+    return known;
+}
+
 uint32_t spin_habit::turns() {
-    static const bool alone = std::thread::hardware_concurrency() < 2;
-    if (alone) {
+    if (alone_) {
         return 0;
     }
     const uint32_t wait = waits_.fetch_add(1, std::memory_order_relaxed);
@@ -18,7 +22,7 @@ uint32_t spin_habit::turns() {
 void spin_habit::learn(uint32_t turns, bool helped) {
     if (helped) {
         turns_.store(most, std::memory_order_relaxed);
-    } else if (turns != 0) {
+    } else {
         turns_.store(std::min(turns, most) / 4, std::memory_order_relaxed);
     }
 }

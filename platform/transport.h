@@ -34,8 +34,6 @@ class endpoint {
     /// A token is asked for by whoever will await the answer.
     virtual int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) = 0;
 
-    virtual int answer(const message &request, message letter) = 0;
-
     virtual int receive(const selector &selected, message &letter) = 0;
 
     /// What disturbs its calls and what arrives here.

@@ -1,6 +1,10 @@
 // Under the virtual clock one thread runs at a time. When all wait, the time moves on to the first that is due.
 #include "platform/virtual_clock.h"
 
+#include "platform/descriptor.h"
+#include "platform/lasting.h"
+
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <fcntl.h>
@@ -9,11 +13,9 @@
 
 namespace ribkit::platform {
 
-// Never destroyed: threads may still wait when the process ends.
-virtual_clock &virtual_time() {
-    static auto &clock = *new virtual_clock;
-    return clock;
-}
+static constinit lasting<virtual_clock> only_clock;
+
+virtual_clock &virtual_time() { return only_clock.it; }
 
 thread_turn::~thread_turn() { virtual_time().leave(*this); }
 
@@ -23,16 +25,11 @@ namespace {
 bool sleeps(pid_t thread) {
     std::array<char, 64> path{};
     std::snprintf(path.data(), path.size(), "/proc/self/task/%d/stat", thread);
-    const int file = open(path.data(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        return true;
-    }
+    const descriptor file{open(path.data(), O_RDONLY | O_CLOEXEC)};
     std::array<char, 512> text{};
-    const ssize_t size = read(file, text.data(), text.size());
-    close(file);
-    const std::string_view line{text.data(), size < 0 ? 0 : static_cast<size_t>(size)};
-    const size_t name_end = line.rfind(')');
-    return name_end == std::string_view::npos || line.substr(name_end, 3) == ") S";
+    const ssize_t size = read(file.get(), text.data(), text.size());
+    const std::string_view line{text.data(), static_cast<size_t>(std::max<ssize_t>(size, 0))};
+    return line.empty() || line.substr(line.rfind(')'), 3) == ") S";
 }
 
 } // namespace

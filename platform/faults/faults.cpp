@@ -2,6 +2,7 @@
 #include "platform/faults/faults.h"
 
 #include "platform/clock.h"
+#include "platform/lasting.h"
 
 #include <array>
 #include <cerrno>
@@ -17,11 +18,7 @@ namespace {
 
 constexpr size_t largest_script = size_t{1} << 20;
 
-// Never destroyed: threads may still be in a call when the process ends.
-fault_slot &common() {
-    static auto &only = *new fault_slot;
-    return only;
-}
+constinit lasting<fault_slot> common;
 
 /// Why it cannot be read, or an empty text.
 std::string read(const char *file, std::string &text) {
@@ -79,17 +76,17 @@ std::string load_faults(const char *file) {
         wrong = std::to_string(line) + ": no virtual clock while a handle is open that other processes reach";
     }
     if (wrong.empty()) {
-        common().put(std::move(script));
+        common.it.put(std::move(script));
     }
     return wrong;
 }
 
 void end_faults() {
     set_virtual_clock(false);
-    common().put(nullptr);
+    common.it.put(nullptr);
 }
 
-fault_script_ptr common_faults() { return common().get(); }
+fault_script_ptr common_faults() { return common.it.get(); }
 
 std::string load_faults(const char *file, handle_faults &handle) {
     auto script = std::make_shared<fault_script>();

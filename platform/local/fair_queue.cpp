@@ -21,9 +21,6 @@ template <typename Node> void get_one(std::list<Node> &spare, std::list<Node> &w
 }
 
 template <typename Node> void give_one(std::list<Node> &done, std::list<Node> &spare, size_t most) {
-    if (done.empty()) {
-        return;
-    }
     if (spare.size() < most) {
         move_first(done, spare);
     } else {

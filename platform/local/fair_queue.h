@@ -38,7 +38,7 @@ struct packet {
     [[nodiscard]] bool empty() const { return parcels.empty(); }
 };
 
-inline uint32_t sender_of(const message &letter) { return letter.from == nullptr ? 0 : letter.from->number; }
+inline uint32_t sender_of(const message &letter) { return letter.from->number; }
 
 class fair_queue {
   public:

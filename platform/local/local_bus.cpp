@@ -1,6 +1,7 @@
 // The in-process transport: one lock a bus, held for moving a message from one queue to another and no longer.
 #include "platform/transports.h"
 
+#include "platform/lasting.h"
 #include "platform/local/mailbox.h"
 #include "platform/tokens.h"
 #include <algorithm>
@@ -103,10 +104,6 @@ class local_endpoint final : public endpoint, public std::enable_shared_from_thi
         return awaited.error();
     }
 
-    int answer(const message &request, message letter) override {
-        return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
-    }
-
     int receive(const selector &selected, message &letter) override { return box_->receive(selected, letter); }
 
     void close() override { shut(); }
@@ -179,18 +176,30 @@ int way_home::answer(message letter) {
     return 0;
 }
 
+struct named_bus {
+    std::string name;
+    std::weak_ptr<bus> there;
+};
+
+struct bus_list {
+    std::mutex lock;
+    std::vector<named_bus> known;
+};
+
+constinit lasting<bus_list> buses;
+
 std::shared_ptr<bus> bus_named(std::string_view name) {
-    static auto &lock = *new std::mutex;
-    static auto &buses = *new std::map<std::string, std::weak_ptr<bus>, std::less<>>;
-    const std::scoped_lock locked{lock};
-    std::erase_if(buses, [](const auto &one) { return one.second.expired(); });
-    std::weak_ptr<bus> &known = buses[std::string{name}];
-    std::shared_ptr<bus> found = known.lock();
-    if (found == nullptr) {
-        found = std::make_shared<bus>();
-        known = found;
+    std::vector<named_bus> &known = buses.it.known;
+    const std::scoped_lock locked{buses.it.lock};
+    std::erase_if(known, [](const named_bus &one) { return one.there.expired(); });
+    for (const named_bus &one : known) {
+        if (auto found = one.there.lock(); found != nullptr && one.name == name) {
+            return found;
+        }
     }
-    return found;
+    auto made = std::make_shared<bus>();
+    known.push_back({std::string{name}, made});
+    return made;
 }
 
 } // namespace

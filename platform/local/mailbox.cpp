@@ -100,6 +100,13 @@ int mailbox::expect(uint32_t token) {
     return 0;
 }
 
+uint32_t mailbox::new_token() {
+    do {
+        ++last_token_;
+    } while (last_token_ == 0 || awaits(last_token_));
+    return last_token_;
+}
+
 bool mailbox::awaits(uint32_t token) const {
     return std::find(awaited_.rbegin(), awaited_.rend(), token) != awaited_.rend();
 }

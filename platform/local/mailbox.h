@@ -59,6 +59,13 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
 
     /// From now on the answer with this token is awaited; 0, or ENOBUFS. There is room for it then.
     int expect(uint32_t token);
+
+    /// One that nothing here awaits; never 0.
+    uint32_t new_token();
+
+    /// The next token follows this one.
+    void continue_after(uint32_t token) { last_token_ = token; }
+
     void expect_no_more(uint32_t token);
 
     /// An answer that nobody awaits is thrown away.
@@ -103,6 +110,7 @@ class mailbox : public std::enable_shared_from_this<mailbox> {
     packet behind_the_next_;
     std::vector<message> answers_;  // in the order of arrival; room for as many as are awaited
     std::vector<uint32_t> awaited_; // few: searched from one end
+    uint32_t last_token_ = 0;
     ring<waiter> waiters_;
     spin_habit habit_;
     bool closed_ = false;

@@ -53,7 +53,7 @@ template <typename Action> void at(void *target, const Action &action) noexcept 
 
 namespace nats_callbacks {
 
-void forget(void *target) { delete static_cast<callback_target *>(target); }
+void forget(void *target) { const std::unique_ptr<callback_target> ended{static_cast<callback_target *>(target)}; }
 
 void on_message(natsConnection * /*connection*/, natsSubscription * /*subscription*/, natsMsg *arrived, void *target) {
     const message_handle owned{arrived};
@@ -97,7 +97,7 @@ void nats_endpoint::take_request(natsMsg &arrived, const callback_target &target
         record_event("nats: a message of nobody who has a name was thrown away");
         return;
     }
-    if (const char *reply = natsMsg_GetReply(&arrived); reply != nullptr && *reply != '\0') {
+    if (const char *reply = natsMsg_GetReply(&arrived); reply != nullptr) {
         letter.reply = std::make_shared<way_home>(weak_from_this(), reply);
         letter.token = token_of(reply);
     }

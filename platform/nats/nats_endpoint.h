@@ -50,9 +50,6 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     int connect();
     int listen(const qip_addr &address, uint32_t bound, std::span<const char *const> names) override;
     int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) override;
-    int answer(const message &request, message letter) override {
-        return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
-    }
     int receive(const selector &selected, message &letter) override { return box_->receive(selected, letter); }
     [[nodiscard]] uint32_t reconnections() const override { return reconnections_; }
     void close() override { shut(); }
@@ -105,7 +102,6 @@ class nats_endpoint final : public endpoint, public std::enable_shared_from_this
     size_t most_asked_ = 64;                                 // then those that are awaited no more are forgotten
     std::map<std::string, sender_ptr, std::less<>> senders_; // by NAME
     size_t most_senders_ = 1024;                             // then those who have nothing here are forgotten
-    uint32_t last_token_ = 0;
 };
 
 /// The client library's callbacks; each is given a callback_target.

@@ -46,19 +46,22 @@ int64_t pause_before(natsConnection * /*connection*/, int attempts, void * /*clo
     return std::min<int64_t>(int64_t{50} << std::min(attempts, 7), 5000);
 }
 
+natsStatus first_failure(std::initializer_list<natsStatus> results) {
+    const auto *const failed =
+        std::find_if(results.begin(), results.end(), [](natsStatus one) { return one != NATS_OK; });
+    return failed == results.end() ? NATS_OK : *failed;
+}
+
 natsStatus set_identity(natsOptions *options) {
-    natsStatus status = NATS_OK;
-    if (const char *user = setting("RIBKIT_NATS_USER")) {
-        const char *password = setting("RIBKIT_NATS_PASSWORD");
-        status = natsOptions_SetUserInfo(options, user, password == nullptr ? "" : password);
-    }
-    if (const char *token = setting("RIBKIT_NATS_TOKEN"); token != nullptr && status == NATS_OK) {
-        status = natsOptions_SetToken(options, token);
-    }
-    if (const char *file = setting("RIBKIT_NATS_CREDENTIALS"); file != nullptr && status == NATS_OK) {
-        status = natsOptions_SetUserCredentialsFromFiles(options, file, nullptr);
-    }
-    return status;
+    const char *user = setting("RIBKIT_NATS_USER");
+    const char *password = setting("RIBKIT_NATS_PASSWORD");
+    const char *token = setting("RIBKIT_NATS_TOKEN");
+    const char *file = setting("RIBKIT_NATS_CREDENTIALS");
+    return first_failure({
+        user == nullptr ? NATS_OK : natsOptions_SetUserInfo(options, user, password == nullptr ? "" : password),
+        token == nullptr ? NATS_OK : natsOptions_SetToken(options, token),
+        file == nullptr ? NATS_OK : natsOptions_SetUserCredentialsFromFiles(options, file, nullptr),
+    });
 }
 
 // The client library checks that the server's certificate names the host.
@@ -72,20 +75,12 @@ natsStatus set_tls(natsOptions *options, const nats_place &place) {
     if (!place.server.starts_with("tls") && authority == nullptr && certificate == nullptr) {
         return NATS_OK;
     }
-    natsStatus status = natsOptions_SetSecure(options, true);
-    if (authority != nullptr && status == NATS_OK) {
-        status = natsOptions_LoadCATrustedCertificates(options, authority);
-    }
-    if (certificate != nullptr && status == NATS_OK) {
-        status = natsOptions_LoadCertificatesChain(options, certificate, key == nullptr ? certificate : key);
-    }
-    return status;
-}
-
-natsStatus first_failure(std::initializer_list<natsStatus> results) {
-    const auto *const failed =
-        std::find_if(results.begin(), results.end(), [](natsStatus one) { return one != NATS_OK; });
-    return failed == results.end() ? NATS_OK : *failed;
+    const char *signing = key == nullptr ? certificate : key;
+    return first_failure({
+        natsOptions_SetSecure(options, true),
+        authority == nullptr ? NATS_OK : natsOptions_LoadCATrustedCertificates(options, authority),
+        certificate == nullptr ? NATS_OK : natsOptions_LoadCertificatesChain(options, certificate, signing),
+    });
 }
 
 bool is_port(std::string_view text) {
@@ -153,7 +148,7 @@ std::string made_up_name() {
 std::string name_of_user(std::string_view server) {
     const size_t start = server.find("://") + 3;
     const size_t at = server.rfind('@');
-    const bool has_identity = at != std::string_view::npos && at >= start;
+    const bool has_identity = at != std::string_view::npos;
     const std::string_view identity = has_identity ? server.substr(start, at - start) : std::string_view{};
     const size_t colon = identity.find(':');
     const char *variable = setting("RIBKIT_NATS_USER");
@@ -208,13 +203,14 @@ int set_nats_options(natsOptions *options, const nats_place &place) {
 }
 
 bool is_resolved(const nats_place &place) {
-    const auto parts = server_parts(place.server);
+    const std::string host{server_parts(place.server).value_or(host_and_port{}).host};
     addrinfo *found = nullptr;
-    const int failure = parts ? getaddrinfo(std::string{parts->host}.c_str(), nullptr, nullptr, &found) : EAI_NONAME;
+    const int failure = getaddrinfo(host.c_str(), nullptr, nullptr, &found);
     if (failure == 0) {
         freeaddrinfo(found);
     }
-    return failure != EAI_NONAME && failure != EAI_AGAIN && failure != EAI_NODATA;
+    constexpr std::array unknown{EAI_NONAME, EAI_AGAIN, EAI_NODATA};
+    return std::find(unknown.begin(), unknown.end(), failure) == unknown.end();
 }
 
 bool is_identity_signed() { return setting("RIBKIT_NATS_CREDENTIALS") != nullptr; }

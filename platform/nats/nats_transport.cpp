@@ -126,8 +126,7 @@ std::string nats_endpoint::last_refusal() {
     do {
         const char *text = nullptr;
         before.swap(now);
-        now =
-            natsConnection_GetLastError(connection_.get(), &text) == NATS_NOT_PERMITTED && text != nullptr ? text : "";
+        now = natsConnection_GetLastError(connection_.get(), &text) == NATS_NOT_PERMITTED ? text : "";
     } while (now != before);
     return now;
 }
@@ -222,10 +221,7 @@ int nats_endpoint::publish(const std::string &subject, const std::string &reply,
 
 int nats_endpoint::expect(const std::string &subject, uint32_t &token) {
     const std::scoped_lock lock{office_->lock};
-    do {
-        ++last_token_;
-    } while (last_token_ == 0 || box_->awaits(last_token_));
-    token = last_token_;
+    token = box_->new_token();
     if (asked_.size() >= most_asked_) {
         std::erase_if(asked_, [this](const auto &one) { return !box_->awaits(one.first); });
         most_asked_ = 2 * asked_.size() + 64;
@@ -277,7 +273,10 @@ int nats_endpoint::send(const qip_addr &address, message letter, bool /*may_wait
         return error;
     }
     request_mark mark{*this, token};
-    const std::string reply = token == nullptr ? "" : inbox_ + std::to_string(*token);
+    std::string reply;
+    if (token != nullptr) {
+        reply = inbox_ + std::to_string(*token);
+    }
     const int error = is_settled(subject) ? publish(subject, reply, letter) : publish_first(subject, reply, letter);
     if (error == 0) {
         mark.stay();

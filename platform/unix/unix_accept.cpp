@@ -29,8 +29,9 @@ constexpr auto shortage_said_every = 1s;
 /// Connections that an endpoint serves: half the descriptors that the process may have at most.
 size_t most_senders() {
     constexpr size_t most = 1024;
-    rlimit limit{};
-    return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min<size_t>(most, limit.rlim_cur / 2) : most;
+    rlimit limit{2 * most, 2 * most}; // what it stays where it cannot be known
+    getrlimit(RLIMIT_NOFILE, &limit);
+    return std::min<size_t>(most, limit.rlim_cur / 2);
 }
 
 constexpr bool is_shortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }

@@ -59,9 +59,6 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     int start();
     int listen(const qip_addr &address, uint32_t bound, std::span<const char *const> names) override;
     int send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) override;
-    int answer(const message &request, message letter) override {
-        return request.reply == nullptr ? 0 : request.reply->answer(std::move(letter));
-    }
     int receive(const selector &selected, message &letter) override;
     [[nodiscard]] uint32_t reconnections() const override { return reconnections_; }
     void close() override { shut(); }
@@ -69,7 +66,6 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     int send_answer(const connection_ptr &to, message letter);
 
   private:
-    int expect(uint32_t &token);
     int send_to_one(const std::string &name, message letter, bool may_wait, uint32_t token, locked &lock);
     int send_to_group(const qip_addr &group, message letter, bool may_wait, uint32_t token, locked &lock);
     int find(const std::string &name, connection_ptr &found);
@@ -124,10 +120,9 @@ class unix_endpoint final : public endpoint, public std::enable_shared_from_this
     std::set<std::string> lost_;               // names that there was a connection to
     std::vector<connection_ptr> owing_;        // whose messages were read, which they may not know
     std::map<uid_t, std::string> user_names_;
-    size_t senders_ = 0;       // connections of others to us
-    uint64_t pieces_ = 0;      // that have arrived
-    uint64_t held_pieces_ = 0; // bytes of messages that are not whole
-    uint32_t last_token_ = 0;
+    size_t senders_ = 0;                                  // connections of others to us
+    uint64_t pieces_ = 0;                                 // that have arrived
+    uint64_t held_pieces_ = 0;                            // bytes of messages that are not whole
     std::chrono::steady_clock::time_point shortage_said_; // of descriptors, the last time
 };
 

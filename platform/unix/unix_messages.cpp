@@ -83,8 +83,12 @@ bool unix_endpoint::take_piece(const connection_ptr &from, const packet_head &he
         make_room_for_pieces();
     } else {
         held_pieces_ -= incoming.arrived();
-        incoming.kind() == packet_kind::message ? take_message(from, incoming.take())
-                                                : take_answer(*from, incoming.take());
+        message whole = incoming.take();
+        if (from->listener != nullptr) {
+            take_message(from, std::move(whole));
+        } else {
+            take_answer(*from, std::move(whole));
+        }
     }
     return true;
 }

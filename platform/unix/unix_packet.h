@@ -48,7 +48,7 @@ class message_builder {
     bool add(const packet_head &head, std::span<const uint8_t> piece);
 
     [[nodiscard]] bool is_begun() const { return begun_; }
-    [[nodiscard]] bool is_whole() const { return begun_ && arrived_ == first_.size; }
+    [[nodiscard]] bool is_whole() const { return arrived_ == first_.size; } ///< once it is begun
     [[nodiscard]] uint32_t arrived() const { return arrived_; }
     [[nodiscard]] packet_kind kind() const { return first_.kind; }
 

@@ -24,21 +24,14 @@ bool is_gone(int error) { return error == EPIPE || error == ECONNRESET || error 
 
 } // namespace
 
-int unix_endpoint::expect(uint32_t &token) {
-    do {
-        ++last_token_;
-    } while (last_token_ == 0 || box_->awaits(last_token_));
-    token = last_token_;
-    return box_->expect(token);
-}
-
 int unix_endpoint::send(const qip_addr &address, message letter, bool may_wait, uint32_t *token) {
     if (letter.size > largest_message) {
         return EMSGSIZE;
     }
     locked lock{office_->lock};
     if (token != nullptr) {
-        if (const int error = expect(*token); error != 0) {
+        *token = box_->new_token();
+        if (const int error = box_->expect(*token); error != 0) {
             return error;
         }
         letter.token = *token;
@@ -46,9 +39,11 @@ int unix_endpoint::send(const qip_addr &address, message letter, bool may_wait, 
     const uint32_t awaited = letter.token;
     int error = 0;
     try {
-        error = is_group(address)
-                    ? send_to_group(address, std::move(letter), may_wait, awaited, lock)
-                    : send_to_one(unix_place::name_of(address), std::move(letter), may_wait, awaited, lock);
+        if (is_group(address)) {
+            error = send_to_group(address, std::move(letter), may_wait, awaited, lock);
+        } else {
+            error = send_to_one(unix_place::name_of(address), std::move(letter), may_wait, awaited, lock);
+        }
     } catch (const std::bad_alloc &) {
         error = ENOMEM;
     }

@@ -2,7 +2,6 @@
 #include "platform/transports.h"
 
 #include "platform/clock.h"
-#include "platform/names.h"
 #include "platform/unix/unix_endpoint.h"
 
 #include <algorithm>
@@ -63,9 +62,6 @@ int unix_endpoint::start() {
 }
 
 int unix_endpoint::listen(const qip_addr &address, uint32_t bound, std::span<const char *const> names) {
-    if (!std::all_of(names.begin(), names.end(), [](const char *one) { return is_name(one); })) {
-        return EINVAL;
-    }
     const std::scoped_lock lock{office_->lock};
     if (box_->closed()) {
         return ECANCELED;
