@@ -69,6 +69,7 @@ inline std::string exchanged(uint32_t client, uint32_t server, const std::string
 class raw_peer {
   public:
     raw_peer() : socket_(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {}
+    explicit raw_peer(int accepted) : socket_(accepted) {}
     explicit raw_peer(const std::string &path) : raw_peer() { connect_to(path); }
     raw_peer(raw_peer &&other) noexcept : socket_(std::exchange(other.socket_, -1)), error_(other.error_) {}
     raw_peer &operator=(raw_peer &&) = delete;
@@ -116,6 +117,27 @@ class raw_peer {
   private:
     int socket_;
     int error_ = 0;
+};
+
+/// Listens where a handle might, and does what it likes with those who connect.
+class raw_listener {
+  public:
+    explicit raw_listener(const std::string &path, int backlog = 8) {
+        unlink(path.c_str());
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(error_of(bind(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address)), 0);
+        EXPECT_EQ(error_of(listen(socket_, backlog)), 0);
+    }
+    raw_listener(const raw_listener &) = delete;
+    raw_listener &operator=(const raw_listener &) = delete;
+    ~raw_listener() { close(socket_); }
+
+    [[nodiscard]] raw_peer accepted() const { return raw_peer{accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC)}; }
+
+  private:
+    int socket_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
 };
 
 } // namespace ribkit::platform
