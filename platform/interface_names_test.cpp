@@ -43,6 +43,9 @@ TEST(interface_names, null_and_unknown) {
         char expected[16];
         std::snprintf(expected, sizeof expected, "%08xh??", index);
         EXPECT_EQ(name_of(index), expected);
+        char printed[64];
+        sprintf_if_index(printed, index);
+        EXPECT_STREQ(printed, expected);
     }
 }
 

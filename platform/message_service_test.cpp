@@ -1,6 +1,7 @@
 // What the service answers, one thread at a time: addresses, tokens, references, bounds and errors.
 #include "platform/service_fixture.h"
 #include "platform/tokens.h"
+#include "platform/transport.h"
 
 #include <vector>
 
@@ -28,7 +29,31 @@ TEST_F(message_service, request_and_answer) {
     EXPECT_EQ(text_of(answer), "answer");
     EXPECT_EQ(qip_opcode_get(&answer), 0U);
     EXPECT_EQ(qip_rr_token_get(&answer), token);
+    EXPECT_EQ(qip_sender_get(&answer), 0U);
+    EXPECT_STREQ(qip_sender_name(&answer), "");
     EXPECT_EQ(qip_drop(client, &answer), 0);
+}
+
+// Another thread may be in a call while its handle is closed.
+TEST_F(message_service, a_closed_endpoint_does_nothing_more) {
+    endpoint_ptr end;
+    ASSERT_EQ(open_endpoint(url, std::chrono::seconds{60}, end), 0);
+    end->close();
+    EXPECT_EQ(end->listen({2, 2}, 1, {}), ECANCELED);
+    uint32_t token = 0;
+    for (const qip_addr &to : {rib, qip_addr{0xfe000000, 0}}) {
+        EXPECT_EQ(end->send(to, new_message(7, {}), true, nullptr), ECANCELED);
+        EXPECT_EQ(end->send(to, new_message(7, {}), true, &token), ECANCELED);
+    }
+    message letter;
+    EXPECT_EQ(end->receive({}, letter), ECANCELED);
+    EXPECT_EQ(taken(server, now(QIP_RECV_INCOMING)), refused(EAGAIN));
+    end->close();
+}
+
+TEST(messages, larger_than_memory_are_refused) {
+    static constexpr uint8_t first = 0;
+    EXPECT_THROW(new_message(7, {&first, SIZE_MAX}), std::bad_alloc);
 }
 
 TEST_F(message_service, a_message_tells_its_sender) {
@@ -70,6 +95,7 @@ TEST_F(message_service, a_cleared_or_dropped_reference_holds_nothing) {
     qip_ref wild = dirty_ref();
     EXPECT_EQ(error_of(qip_drop(client, &wild)), EBADF);
     EXPECT_EQ(qip_payload_size(&wild), 0U);
+    EXPECT_EQ(qip_opcode_get(&wild), 0U);
     EXPECT_EQ(qip_rr_token_get(&wild), 0U);
     qip_ref sent{};
     ASSERT_EQ(send_text(client, "once", &sent), 0);

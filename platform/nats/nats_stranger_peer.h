@@ -29,6 +29,24 @@ class stranger {
         EXPECT_EQ(natsConnection_Flush(connection_), NATS_OK);
     }
 
+    void listen(const char *subject) {
+        EXPECT_EQ(natsConnection_SubscribeSync(&subscription_, connection_, subject), NATS_OK);
+        EXPECT_EQ(natsConnection_Flush(connection_), NATS_OK);
+    }
+
+    void ask(const char *subject, const char *inbox, const char *text) {
+        EXPECT_EQ(natsConnection_PublishRequestString(connection_, subject, inbox, text), NATS_OK);
+    }
+
+    /// The next message; waits for it.
+    std::string heard() {
+        natsMsg *arrived = nullptr;
+        EXPECT_EQ(natsSubscription_NextMsg(&arrived, subscription_, 60000), NATS_OK);
+        std::string text{natsMsg_GetData(arrived), static_cast<size_t>(natsMsg_GetDataLength(arrived))};
+        natsMsg_Destroy(arrived);
+        return text;
+    }
+
   private:
     static void answer_shortly(natsConnection *connection, natsSubscription * /*subscription*/, natsMsg *asked,
                                void * /*closure*/) {

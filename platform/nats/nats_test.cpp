@@ -1,9 +1,12 @@
 // The bus over a server that the tests start themselves.
 #include "platform/faults/fault_fixture.h"
 #include "platform/nats/nats_fixture.h"
+#include "platform/transport.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
 
+#include <chrono>
+#include <climits>
 #include <set>
 #include <thread>
 #include <utility>
@@ -133,6 +136,51 @@ TEST_F(over_nats, too_much_for_the_server) {
     qip_ref ref{};
     EXPECT_EQ(send_text(client, std::string(65536, 'x'), &ref), EMSGSIZE);
     EXPECT_EQ(taken(rib_handle, within(10000)).size(), 65528U);
+}
+
+// Another thread may be in a call while its handle is closed.
+TEST_F(over_nats, a_closed_endpoint_does_nothing_more) {
+    endpoint_ptr end;
+    ASSERT_EQ(open_endpoint(server.url(), std::chrono::seconds{60}, end), 0);
+    message large = new_message(7, {});
+    large.size = INT_MAX;
+    EXPECT_EQ(end->send(rib, std::move(large), true, nullptr), EMSGSIZE) << "before a byte of it is touched";
+    end->close();
+    EXPECT_EQ(end->listen({2, 2}, 1, {}), ECANCELED);
+    uint32_t token = 0;
+    EXPECT_EQ(end->send(rib, new_message(7, {}), true, nullptr), ECANCELED);
+    EXPECT_EQ(end->send(rib, new_message(7, {}), true, &token), ECANCELED);
+    message letter;
+    EXPECT_EQ(end->receive({}, letter), ECANCELED);
+    EXPECT_EQ(taken(rib_handle, now(QIP_RECV_INCOMING)), refused(EAGAIN));
+    end->close();
+}
+
+TEST_F(over_nats, an_answer_goes_no_way_once_its_handle_is_closed) {
+    qip_ref sent{};
+    ASSERT_EQ(send_text(client, "question", &sent), 0);
+    qip_drop(client, &sent);
+    qip_ref asked{};
+    ASSERT_EQ(qip_recv(rib_handle, &asked, nullptr), 0);
+    ASSERT_EQ(qip_close(rib_handle), 0);
+    EXPECT_EQ(answer_text(client, asked, "from another handle"), ECANCELED);
+    qip_drop(client, &asked);
+}
+
+// The thread of a NAME's own subscription waits for room then.
+TEST_F(over_nats, closing_ends_the_wait_of_what_was_held_back) {
+    const qip_addr small{2, 2};
+    const char *const names[] = {"fspf"};
+    const uint32_t listening = opened(server.url());
+    const uint32_t fspf = opened(server.url() + "?name=fspf");
+    ASSERT_EQ(error_of(qip_listen_to(listening, &small, 1, names, 1)), 0);
+    for (int number = 0; number < 10; ++number) {
+        ASSERT_EQ(send_text(fspf, std::to_string(number), nullptr, small), 0);
+    }
+    EXPECT_EQ(taken(listening, within(60000)), "0");
+    EXPECT_EQ(taken(listening, within(60000)), "1");
+    EXPECT_EQ(qip_close(listening), 0);
+    EXPECT_EQ(qip_close(fspf), 0);
 }
 
 TEST_F(over_nats, answers_awaited_are_bounded) {

@@ -1,9 +1,11 @@
 // Servers that are lost, not there or something else; strangers on the bus; too much of everything.
 #include "platform/faults/fault_fixture.h"
+#include "platform/nats/nats_endpoint.h"
 #include "platform/nats/nats_fixture.h"
 #include "platform/nats/nats_stranger_peer.h"
 #include "testing/capture.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
@@ -104,6 +106,35 @@ TEST_F(over_nats, a_stranger_speaks) {
     EXPECT_EQ(taken(rib_handle, within(60000)), "and a payload");
     EXPECT_NE(testing::printed_by(yelk_hist_print).find("nats: a message without its head was thrown away"),
               std::string::npos);
+}
+
+// An inbox of one's own choice gets the answer, whatever it is called.
+TEST_F(over_nats, a_stranger_asks) {
+    stranger other{server.url()};
+    other.listen("inbox");
+    other.ask("rib.fe000001.25.stranger", "inbox", "8 bytes.question");
+    qip_ref asked{};
+    ASSERT_EQ(qip_recv(rib_handle, &asked, nullptr), 0);
+    EXPECT_EQ(text_of(asked), "question");
+    EXPECT_EQ(qip_rr_token_get(&asked), 0U);
+    EXPECT_EQ(answer_text(rib_handle, asked, "answer"), 0);
+    EXPECT_EQ(qip_drop(rib_handle, &asked), 0);
+    const std::string heard = other.heard();
+    EXPECT_EQ(heard.substr(std::min(heard.size(), nats_head_size)), "answer");
+}
+
+// As the client library calls it: for a subscription that is not read fast enough, and after everything has ended.
+TEST(nats_errors, are_told_where_somebody_listens) {
+    yelk_hist_clear();
+    const auto end = std::make_shared<nats_endpoint>(nats_place{});
+    callback_target target{end};
+    nats_callbacks::on_error(nullptr, nullptr, NATS_SLOW_CONSUMER, &target);
+    const std::string told = std::string{"nats: "} + natsStatus_GetText(NATS_SLOW_CONSUMER);
+    EXPECT_NE(testing::printed_by(yelk_hist_print).find(told), std::string::npos);
+    yelk_hist_clear();
+    target.end.reset();
+    nats_callbacks::on_error(nullptr, nullptr, NATS_SLOW_CONSUMER, &target);
+    EXPECT_EQ(testing::printed_by(yelk_hist_print), "");
 }
 
 TEST_F(over_nats, a_stranger_answers) {

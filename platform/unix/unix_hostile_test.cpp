@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <fstream>
+#include <optional>
 #include <sys/resource.h>
 
 namespace ribkit::platform {
@@ -56,6 +57,115 @@ TEST_F(hostile_peers, who_sends_what_is_no_message_is_cut_off) {
         EXPECT_TRUE(peer.send(head));
         EXPECT_TRUE(peer.is_cut_off()) << head.size;
     }
+    const raw_peer longer = connected();
+    EXPECT_TRUE(longer.send({.kind = packet_kind::gap}, 1));
+    EXPECT_TRUE(longer.is_cut_off());
+    EXPECT_EQ(qip_reconnections(server), 0U);
+}
+
+// Whoever sends to such a listener is told that it is gone.
+TEST_F(hostile_peers, listeners_that_break_the_rules_are_left) {
+    const qip_addr other{2, 2};
+    const std::string path = home.file("bus") + "/00000002.2";
+    const std::pair<packet_head, size_t> rows[] = {{{.kind = packet_kind::message}, 0},
+                                                   {{.kind = packet_kind::gap}, 0},
+                                                   {{.kind = packet_kind::gap}, 1},
+                                                   {{.kind = packet_kind::room, .room = 1}, 1},
+                                                   {{.kind = packet_kind::refusal}, 1},
+                                                   {{.kind = packet_kind::answer, .size = 5}, 1},
+                                                   {{.kind = packet_kind::piece, .size = 1}, 1}};
+    for (const auto &[head, payload] : rows) {
+        const raw_listener there{path};
+        qip_ref sent{};
+        ASSERT_EQ(send_text(client, "?", &sent, other), 0);
+        const uint32_t token = qip_rr_token_get(&sent);
+        qip_drop(client, &sent);
+        const raw_peer peer = there.accepted();
+        EXPECT_EQ(peer.packet().size(), packet_head_size + 1);
+        EXPECT_TRUE(peer.send(head, payload));
+        EXPECT_EQ(taken(client, within(60000, QIP_RECV_BY_TOKEN, token)), refused(ECONNRESET));
+        EXPECT_TRUE(peer.is_cut_off());
+    }
+}
+
+TEST_F(hostile_peers, a_listener_says_why_it_refuses) {
+    const qip_addr other{2, 2};
+    const std::string path = home.file("bus") + "/00000002.2";
+    for (const auto &[said, told] : {std::pair{EACCES, EACCES}, {ENOBUFS, ENOBUFS}, {EPERM, ENOBUFS}}) {
+        const raw_listener there{path};
+        qip_ref sent{};
+        ASSERT_EQ(send_text(client, "?", &sent, other), 0);
+        const uint32_t token = qip_rr_token_get(&sent);
+        qip_drop(client, &sent);
+        EXPECT_TRUE(there.accepted().send({.kind = packet_kind::refusal, .opcode = static_cast<uint32_t>(said)}));
+        EXPECT_EQ(taken(client, within(60000, QIP_RECV_BY_TOKEN, token)), refused(told));
+    }
+}
+
+// What a listener has room for stands in its lock file, where anything may stand.
+TEST_F(hostile_peers, without_a_bound_there_is_room_for_one) {
+    const qip_addr other{2, 2};
+    const std::string path = home.file("bus") + "/00000002.2";
+    for (const char *bound : {"", "many", "0", "-7"}) {
+        const raw_listener there{path};
+        std::ofstream{path + ".lock"} << bound;
+        const uint32_t sending = opened(url);
+        EXPECT_EQ(send_at_once(sending, "first", other), 0) << bound;
+        EXPECT_EQ(send_at_once(sending, "second", other), EAGAIN) << bound;
+        EXPECT_EQ(qip_close(sending), 0);
+    }
+    std::filesystem::remove(path + ".lock");
+    const raw_listener there{path};
+    EXPECT_EQ(send_at_once(client, "first", other), 0);
+    EXPECT_EQ(send_at_once(client, "second", other), EAGAIN);
+}
+
+TEST_F(hostile_peers, who_cannot_connect_yet_waits_until_he_can) {
+    const qip_addr other{2, 2};
+    const std::string path = home.file("bus") + "/00000002.2";
+    const raw_listener there{path, 0};
+    const raw_peer first{path}; // nobody else may wait to be accepted
+    ASSERT_EQ(first.error(), 0);
+    EXPECT_EQ(send_at_once(client, "?", other), EAGAIN);
+    std::thread sending{[&] { EXPECT_EQ(send_text(client, "?", nullptr, other), 0); }};
+    std::this_thread::sleep_for(std::chrono::milliseconds(30)); // it is likely to have been refused then
+    const raw_peer accepted = there.accepted();
+    const raw_peer second = there.accepted();
+    EXPECT_EQ(second.packet().size(), packet_head_size + 1);
+    sending.join();
+}
+
+TEST_F(hostile_peers, a_listener_that_reads_nothing_keeps_nobody_after_its_end) {
+    const qip_addr other{2, 2};
+    const std::string path = home.file("bus") + "/00000002.2";
+    const std::string large(5 << 20, 'x');
+    std::optional<raw_listener> ends{path};
+    std::thread sending{[&] { EXPECT_EQ(send_text(client, large, nullptr, other), ENOTCONN); }};
+    const raw_peer peer = ends->accepted();
+    EXPECT_EQ(peer.packet().size(), packet_size);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // it is likely to wait for room then
+    ends.reset();
+    shutdown(peer.socket(), SHUT_RDWR);
+    sending.join();
+    const raw_listener there{path};
+    uint32_t handle = 0;
+    closed_while([&] { return send_text(handle, large, nullptr, other); }, [&] { handle = opened(url); },
+                 [&] { qip_close(handle); }, ECANCELED);
+}
+
+TEST_F(hostile_peers, what_waits_to_be_sent_at_the_close_is_sent) {
+    const raw_listener there{home.file("bus") + "/00000002.2"};
+    constexpr size_t size = 5 << 20;
+    const uint32_t sending = opened(url);
+    ASSERT_EQ(send_at_once(sending, std::string(size, 'x'), {2, 2}), 0);
+    std::thread closing{[sending] { EXPECT_EQ(qip_close(sending), 0); }};
+    const raw_peer peer = there.accepted();
+    size_t arrived = 0;
+    for (size_t packet = peer.packet().size(); packet != 0; packet = peer.packet().size()) {
+        arrived += packet - packet_head_size;
+    }
+    closing.join();
+    EXPECT_EQ(arrived, size);
 }
 
 TEST_F(hostile_peers, who_breaks_a_message_into_wrong_pieces_is_cut_off) {
@@ -98,7 +208,7 @@ TEST_F(hostile_peers, what_is_announced_takes_no_memory_before_it_comes) {
 }
 
 TEST_F(hostile_peers, messages_that_are_never_finished_make_room_for_others) {
-    constexpr int crowd = 5;
+    constexpr size_t crowd = 5;
     const auto send_most = [](const raw_peer &peer) {
         bool sent = peer.send({.kind = packet_kind::message, .size = largest_message}, piece_size);
         for (uint32_t done = piece_size; sent && done + piece_size < largest_message; done += piece_size) {
@@ -107,11 +217,14 @@ TEST_F(hostile_peers, messages_that_are_never_finished_make_room_for_others) {
         return sent;
     };
     std::vector<raw_peer> peers;
-    for (int count = 0; count < crowd; ++count) {
+    for (size_t count = 0; count < crowd; ++count) {
         peers.push_back(connected());
-        EXPECT_TRUE(send_most(peers.back())) << count;
     }
-    EXPECT_TRUE(peers.front().is_cut_off());
+    for (const size_t one : {2, 0, 1, 4, 3}) { // not in the order in which they came
+        EXPECT_TRUE(send_most(peers[one])) << one;
+    }
+    EXPECT_TRUE(peers[2].is_cut_off()) << "it has waited longest";
+    EXPECT_TRUE(peers[3].send({.kind = packet_kind::gap})) << "it is still there";
     std::thread sending{[this] { EXPECT_EQ(send_text(client, std::string(10 << 20, 'x')), 0); }};
     EXPECT_EQ(taken(server, within(60000)).size(), size_t{10 << 20});
     sending.join();

@@ -1,9 +1,16 @@
 // Processes that meet in a directory: names in it, dead listeners, permissions. They are forked and start threads, so
 // the tests are a program of their own, which no sanitizer of threads runs.
+#include "platform/descriptor.h"
+#include "platform/transport.h"
 #include "platform/unix/unix_fixture.h"
 
 #include <csignal>
+#include <fcntl.h>
+#include <fstream>
 #include <pwd.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace ribkit::platform {
@@ -66,6 +73,51 @@ TEST_F(unix_places, urls) {
     handle = opened(url + "/no/such");
     EXPECT_EQ(error_of(qip_listen(handle, &rib, 1)), ENOENT);
     EXPECT_EQ(qip_close(handle), 0);
+    endpoint_ptr end;
+    EXPECT_EQ(open_endpoint(std::string_view{"unix:a\0b", 8}, std::chrono::seconds{1}, end), EINVAL);
+}
+
+TEST_F(unix_places, a_directory_that_becomes_something_else) {
+    const uint32_t handle = opened(url);
+    const testing::input_file there{"no directory"};
+    std::filesystem::copy(there.path(), directory);
+    EXPECT_EQ(send_text(handle, "?"), ENOTDIR);
+    EXPECT_EQ(send_text(handle, "?", nullptr, group), ENOTDIR);
+    EXPECT_EQ(error_of(qip_listen(handle, &rib, 1)), ENOTDIR);
+    EXPECT_EQ(qip_close(handle), 0);
+}
+
+TEST_F(unix_places, no_relative_path_where_there_is_no_directory) {
+    const std::string before = std::filesystem::current_path();
+    std::filesystem::create_directory(directory);
+    std::filesystem::current_path(directory);
+    std::filesystem::remove(directory);
+    uint32_t handle = 0;
+    EXPECT_EQ(error_of(qip_open("unix:bus", &handle)), ENOENT);
+    std::filesystem::current_path(before);
+}
+
+// Other names, one that nobody locks, and one that a living process does.
+TEST_F(unix_places, what_is_no_dead_member_of_a_group_stays) {
+    const uint32_t server = listening(url);
+    const std::string names[] = {"fe000000.0.short",
+                                 "fe000000.0x0123456789abcdef",
+                                 "fe000001.0.0123456789abcdef",
+                                 "fe000000.0.0123456789abcdeX",
+                                 "fe000000.0.0123456789abcdef",
+                                 "fe000000.0.00000000000000ff"};
+    for (const std::string &name : names) {
+        std::ofstream{directory + "/" + name};
+    }
+    const std::string lock = directory + "/" + names[5] + ".lock";
+    const descriptor living{open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
+    EXPECT_EQ(flock(living.get(), LOCK_EX), 0);
+    const size_t before = entries(directory);
+    const uint32_t client = opened(url);
+    EXPECT_EQ(send_text(client, "?", nullptr, group), 0);
+    EXPECT_EQ(entries(directory), before);
+    EXPECT_EQ(qip_close(client), 0);
+    EXPECT_EQ(qip_close(server), 0);
 }
 
 TEST_F(unix_places, paths_longer_than_an_address_of_a_socket_and_relative_ones) {
@@ -221,6 +273,106 @@ TEST_F(unix_places, whoever_may_send_is_known_by_name_and_may_be_unwanted) {
     EXPECT_EQ(qip_close(server), 0);
     close(ready[0]);
     close(ready[1]);
+}
+
+constexpr uid_t unknown_user = 54321;
+
+/// Becomes whom the test needs, where this process may.
+bool become(uid_t user) { return geteuid() != 0 || setuid(user) == 0; }
+
+/// A process that connects so often once it is told to, each time with a message unless it is to be refused; and ends
+/// when it is told so.
+class crowd {
+  public:
+    crowd(const std::string &path, uid_t user, size_t size, bool is_refused = false) {
+        EXPECT_EQ(pipe(begin_) | pipe(end_), 0);
+        child_ = started([&] {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            char none = 0;
+            if (read(begin_[0], &none, 1) != 1 || !become(user)) {
+                return 1;
+            }
+            std::vector<raw_peer> peers;
+            bool refused = false;
+            for (size_t count = 0; count < size; ++count) {
+                packet_head head;
+                peers.emplace_back(path);
+                refused = is_refused && parse_head(peers.back().packet(), head) && head.kind == packet_kind::refusal &&
+                          head.opcode == ENOBUFS;
+                if (!is_refused && !peers.back().send({.kind = packet_kind::message})) {
+                    return 1;
+                }
+            }
+            static_cast<void>(!read(end_[0], &none, 1));
+            return refused ? 2 : 0;
+        });
+    }
+    crowd(const crowd &) = delete;
+    crowd &operator=(const crowd &) = delete;
+    ~crowd() {
+        for (const int one : {begin_[0], begin_[1], end_[0], end_[1]}) {
+            close(one);
+        }
+    }
+
+    void begin() const { EXPECT_EQ(write(begin_[1], "", 1), 1); }
+
+    /// Whether it was refused.
+    [[nodiscard]] bool end() const {
+        EXPECT_EQ(write(end_[1], "", 1), 1);
+        const int said = ended(child_);
+        EXPECT_TRUE(said == 0 || said == 2) << said;
+        return said == 2;
+    }
+
+  private:
+    int begin_[2] = {-1, -1};
+    int end_[2] = {-1, -1};
+    pid_t child_ = 0;
+};
+
+// A process has a quarter of the connections, a user half of them, and all users together have all.
+TEST_F(unix_places, connections_of_a_user_are_bounded) {
+    constexpr size_t most = 128; // half of the descriptors
+    const std::string path = directory + "/fe000001.25";
+    const bool is_root = geteuid() == 0;
+    crowd mine[] = {{path, geteuid(), most / 4}, {path, geteuid(), most / 4}, {path, geteuid(), 1, true}};
+    crowd others[] = {
+        {path, unknown_user, most / 4}, {path, unknown_user, most / 4}, {path, unknown_user + 1, 1, true}};
+    std::filesystem::create_directory(directory);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit few{2 * most, before.rlim_max};
+    const mode_t mask = umask(0);
+    const uint32_t server = listening(url, 2 * most);
+    umask(mask);
+    std::filesystem::permissions(home.file("."), std::filesystem::perms::all);
+    std::string name;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    const auto serve = [&](const crowd &ones, size_t size) {
+        ones.begin();
+        for (size_t count = 0; count < size; ++count) {
+            qip_ref asked{};
+            const qip_recv_opts soon = within(60000);
+            ASSERT_EQ(qip_recv(server, &asked, &soon), 0);
+            name = qip_sender_name(&asked);
+            EXPECT_EQ(qip_drop(server, &asked), 0);
+        }
+    };
+    serve(mine[0], most / 4);
+    serve(mine[1], most / 4);
+    mine[2].begin();
+    EXPECT_TRUE(mine[2].end());
+    serve(others[0], is_root ? most / 4 : 0);
+    serve(others[1], is_root ? most / 4 : 0);
+    EXPECT_EQ(name, is_root ? std::to_string(unknown_user) : own_name()) << "no service knows it";
+    others[2].begin();
+    EXPECT_TRUE(others[2].end());
+    for (const crowd *one : {&mine[0], &mine[1], &others[0], &others[1]}) {
+        EXPECT_FALSE(one->end());
+    }
+    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(qip_close(server), 0);
 }
 
 TEST_F(unix_places, opening_and_closing_leaves_no_descriptor) {

@@ -108,6 +108,56 @@ TEST_F(over_unix, a_group_does_not_wait_for_ever_for_one_that_does_not_read) {
     yelk_hist_clear();
 }
 
+TEST_F(over_unix, a_group_waits_for_one_that_reads_soon) {
+    yelk_hist_clear();
+    const uint32_t slow = listening(url, 1, group);
+    EXPECT_EQ(send_text(client, "first", nullptr, group), 0);
+    std::thread sending{[this] { EXPECT_EQ(send_text(client, "second", nullptr, group), 0); }};
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // it is likely to wait then
+    EXPECT_EQ(taken(slow, within(60000)), "first");
+    sending.join();
+    const bool has_second = send_at_once(client, "third", group) == EAGAIN; // it may be too late on a busy machine
+    EXPECT_EQ(taken(slow, within(60000)), has_second ? "second" : "third");
+    EXPECT_EQ(qip_close(slow), 0);
+    yelk_hist_clear();
+}
+
+TEST_F(over_unix, a_member_that_ends_leaves_the_answer_to_the_others) {
+    const uint32_t ends = listening(url, 1, group);
+    const uint32_t answers = listening(url, 1, group);
+    qip_ref sent{};
+    ASSERT_EQ(send_text(client, "question", &sent, group), 0);
+    const uint32_t token = qip_rr_token_get(&sent);
+    EXPECT_EQ(qip_drop(client, &sent), 0);
+    EXPECT_EQ(qip_close(ends), 0);
+    EXPECT_EQ(taken(client, now(QIP_RECV_ANY_ANSWER)), refused(EAGAIN)); // it knows that one is gone
+    qip_ref asked{};
+    const qip_recv_opts soon = within(60000);
+    ASSERT_EQ(qip_recv(answers, &asked, &soon), 0);
+    EXPECT_EQ(answer_text(answers, asked, "answer"), 0);
+    EXPECT_EQ(qip_drop(answers, &asked), 0);
+    EXPECT_EQ(taken(client, within(60000, QIP_RECV_BY_TOKEN, token)), "answer");
+    EXPECT_EQ(qip_close(answers), 0);
+}
+
+TEST_F(over_unix, an_answer_goes_no_way_once_its_handle_is_closed) {
+    ask("question");
+    qip_ref asked = request();
+    ASSERT_EQ(qip_close(server), 0);
+    EXPECT_EQ(answer_text(client, asked, "from another handle"), ECANCELED);
+    EXPECT_EQ(qip_drop(client, &asked), 0);
+}
+
+TEST_F(over_unix, an_address_of_one_is_no_group) {
+    const qip_addr one{group.node, 5};
+    ASSERT_EQ(error_of(qip_listen(server, &one, 1)), 0);
+    EXPECT_EQ(error_of(qip_listen(server, &group, 1)), 0);
+    EXPECT_EQ(error_of(qip_listen(server, &group, 1)), EADDRINUSE);
+    EXPECT_EQ(send_text(client, "news", nullptr, group), 0);
+    EXPECT_EQ(taken(server, within(60000)), "news");
+    EXPECT_EQ(taken(server, now(QIP_RECV_INCOMING)), refused(EAGAIN));
+}
+
 // As a service sends that waits for nobody: it comes again and again.
 TEST_F(over_unix, a_member_that_does_not_read_holds_the_others_back_for_a_second_only) {
     yelk_hist_clear();
