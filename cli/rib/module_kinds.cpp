@@ -9,6 +9,7 @@
 #include "protocol/fib/fib_messages.h"
 #include "protocol/fib/fib_records.h"
 #include "protocol/queries.h"
+#include "protocol/uses.h"
 #include "rib_codes.h"
 
 #include <algorithm>
@@ -27,18 +28,20 @@ constexpr uint32_t self = RIB_CLIENT_OPERATOR;
 constexpr uint32_t owner = RIB_CLIENT_RIB;
 constexpr uint32_t any_number = UINT32_MAX;
 
+[[noreturn]] void tell_refusal(uint32_t result) {
+    throw std::runtime_error("the module refuses: " + bus::result_text(result));
+}
+
 /// An answer that has passed its check. Throws where the module answers that it cannot, or something else.
 bytes ask_checked(module_link &link, uint32_t opcode, std::span<const uint8_t> query, protocol::whole_check *check) {
     bytes said = link.ask(opcode, query);
     if (check(said, nullptr) == RIB_OK) {
         return said;
     }
-    const bool refused =
-        said.size() == wire::fib_rsp.size && fib_check_fcu_rsp(said.data(), wire::fib_rsp.size, nullptr) == RIB_OK;
-    throw std::runtime_error(refused
-                                 ? "the module refuses: " +
-                                       bus::result_text(protocol::answer_of(view<wire::fib_rsp>(said.data())).result)
-                                 : "the module's answer is damaged");
+    if (said.size() == wire::fib_rsp.size) {
+        tell_refusal(protocol::answer_of(view<wire::fib_rsp>(said.data())).result);
+    }
+    throw std::runtime_error("the module's answer is damaged");
 }
 
 template <auto Check> uint32_t alone(std::span<const uint8_t> message, rib_check_report *report) {
@@ -199,8 +202,12 @@ record_list read_found(module_link &link, const record_filter &wanted) {
     for (model::label_key from{.vsan = wanted.vsan.value_or(0)};;) {
         const protocol::verify_query query{self, 1, Type, any_number, from};
         const bytes said = ask_checked(link, RIBKIT_OPCODE_FIB_VERF_QUERY, protocol::encode(query), alone<Check>);
+        const view<Report> report(said.data());
+        if (const uint32_t result = report.template get<protocol::use<Report, "result">>(); result != RIB_OK) {
+            tell_refusal(result); // it is as long as a report without keys
+        }
         model::label_key next = from;
-        for (const auto entry : view<Report>(said.data()).template list<"entry">()) {
+        for (const auto entry : report.template list<"entry">()) {
             add_wanted<Entry>(all, {entry.data(), Entry.size}, wanted);
             next = protocol::key_behind(entry);
         }

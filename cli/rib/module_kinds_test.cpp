@@ -4,10 +4,14 @@
 #include "bus/module_link.h"
 #include "cli/messages/displays.h"
 #include "protocol/fib/fib_records.h"
+#include "protocol/fib/fib_requests.h"
 #include "rib_codes.h"
 #include "ribkit_rib.h"
 #include "testing/background_command.h"
 #include "testing/golden.h"
+
+#include <nlohmann/json.hpp>
+#include <thread>
 
 namespace ribkit::cli {
 namespace {
@@ -90,11 +94,77 @@ TEST_F(running_module, filters_choose) {
     EXPECT_EQ(show("vsan", "--fcid 1").output, "--fcid: the display vsan cannot be chosen by it\n");
 }
 
+TEST_F(running_module, shows_what_it_has_of_a_vsan_or_interface_that_is_there) {
+    EXPECT_NE(show("vsan", "--vsan 20").output, nothing);
+    EXPECT_EQ(show("vsan", "--vsan 19").output, nothing) << "the next one is another";
+    EXPECT_NE(show("fcm", "--vsan 1").output, nothing);
+    EXPECT_NE(show("fcl", "--vsan 1").output, nothing);
+    EXPECT_NE(show("port").output, nothing);
+}
+
+TEST(modules, say_in_json_what_they_had) {
+    const testing::temporary_directory home;
+    const std::string bus = " --bus unix:" + home.file("bus");
+    testing::background module("module left --number 2 --json" + bus);
+    EXPECT_EQ(testing::run_command("show node --module 2" + bus + " 2>/dev/null").exit_code, 0);
+    const testing::outcome ended = module.stopped(SIGTERM);
+    EXPECT_EQ(ended.exit_code, 0);
+    const std::string document = ended.output.substr(std::min(ended.output.find('{'), ended.output.size()));
+    EXPECT_EQ(nlohmann::json::parse(document, nullptr, false),
+              nlohmann::json(
+                  {{"name", "left"}, {"module", 2}, {"unicast", 0}, {"multicast", 0}, {"label", 0}, {"answered", 1}}));
+}
+
 TEST_F(running_module, says_at_its_end_what_it_had) {
     const testing::outcome ended = module.stopped(SIGTERM);
     EXPECT_EQ(ended.exit_code, 0);
     EXPECT_EQ(ended.output, "module 2, left, answers at " + url +
                                 "\nleft had 2 unicast, 1 multicast and 1 label entries; it answered 11 messages\n");
+}
+
+/// Answers every question with the same bytes.
+class stubborn_module {
+  public:
+    stubborn_module(const std::string &url, std::vector<uint8_t> answer) : answer_(std::move(answer)), handle_(url) {
+        const qip_addr address = protocol::module_address(2);
+        EXPECT_EQ(qip_listen(handle_.number(), &address, 64), 0);
+        thread_ = std::thread([this] { serve(); });
+    }
+    stubborn_module(const stubborn_module &) = delete;
+    stubborn_module &operator=(const stubborn_module &) = delete;
+    ~stubborn_module() {
+        handle_.close();
+        thread_.join();
+    }
+
+  private:
+    void serve() {
+        for (qip_ref ref{}; qip_recv(handle_.number(), &ref, nullptr) == 0; qip_drop(handle_.number(), &ref)) {
+            qip_send(handle_.number(), nullptr, 0, answer_.data(), static_cast<uint32_t>(answer_.size()), nullptr, &ref,
+                     nullptr);
+        }
+    }
+
+    const std::vector<uint8_t> answer_;
+    bus::service_handle handle_;
+    std::thread thread_;
+};
+
+TEST(modules, that_refuse_or_answer_damage_are_told_of) {
+    const testing::temporary_directory home;
+    const std::string url = "unix:" + home.file("bus");
+    const auto shown = [&](const std::vector<uint8_t> &answer, const std::string &kind) {
+        const stubborn_module module(url, answer);
+        const testing::outcome ended = testing::run_command("show " + kind + " --module 2 --bus " + url + " 2>&1");
+        EXPECT_EQ(ended.exit_code, 1) << kind;
+        return ended.output;
+    };
+    const std::vector<uint8_t> refusal = protocol::fib_answer({RIB_NOT_SUPPORTED, 0, 0, 0, 0}, {});
+    const std::vector<uint8_t> damage(refusal.size() - 1);
+    for (const std::string kind : {"fcu", "fcm", "fcl", "verf_fcu", "vsan", "port", "node"}) {
+        EXPECT_EQ(shown(refusal, kind), "ribkit: the module refuses: not supported\n");
+        EXPECT_EQ(shown(damage, kind), "ribkit: the module's answer is damaged\n");
+    }
 }
 
 TEST(modules, that_are_not_there_are_not_waited_for_beyond_patience) {
