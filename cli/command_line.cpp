@@ -41,8 +41,11 @@ int run_manual(const manual_options &options) {
         return print_asked(page_of(described_named(described, options.command), described), options.output);
     }
     std::string text = page_of(described);
-    for (const described_command &one : described) {
-        text += options.all ? base::joined('\n', page_of(one, described)) : "";
+    if (options.all) {
+        for (const described_command &one : described) {
+            text += '\n';
+            text += page_of(one, described);
+        }
     }
     return print_asked(text, options.output);
 }

@@ -11,7 +11,6 @@
 #include <fcntl.h>
 #include <stdio_ext.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ribkit::cli {
@@ -35,9 +34,9 @@ int take_loss() {
     return lost ? reason : 0;
 }
 
+/// Of a file in memory.
 std::string content_of(int file) {
-    struct stat info {};
-    std::string content(fstat(file, &info) == 0 ? static_cast<size_t>(info.st_size) : 0, '\0');
+    std::string content(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
     size_t read = 0;
     ssize_t part = 0;
     while ((part = pread(file, content.data() + read, content.size() - read, static_cast<off_t>(read))) > 0) {

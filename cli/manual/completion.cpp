@@ -13,7 +13,7 @@ bool has_name(const described_option &option, const std::string &name) {
     return std::find(option.names.begin(), option.names.end(), name) != option.names.end();
 }
 
-bool takes_value(const described_option &option) { return !option.is_argument && !option.value.empty(); }
+bool takes_value(const described_option &option) { return !option.value.empty(); }
 
 /// How far a command line has come.
 class line {
@@ -45,10 +45,11 @@ class line {
     }
 
   private:
+    /// The option of this name, which no argument has.
     [[nodiscard]] const described_option *named(const std::string &name) const {
         const auto found = std::find_if(command_.options.begin(), command_.options.end(),
                                         [&](const described_option &option) { return has_name(option, name); });
-        return found == command_.options.end() || found->is_argument ? nullptr : &*found;
+        return found == command_.options.end() ? nullptr : &*found;
     }
 
     void read(const std::string &word) {

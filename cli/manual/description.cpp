@@ -30,11 +30,12 @@ constexpr size_t width = 110;
 /// The text in lines, behind what stands in front of it.
 std::string row(const std::string &front, const std::string &text) {
     std::string lines = base::joined("  ", front);
-    lines += lines.size() + 2 > column ? "\n" + std::string(column, ' ') : std::string(column - lines.size(), ' ');
+    const bool is_long = lines.size() + 2 > column;
+    lines.append(is_long ? 1 : 0, '\n').append(is_long ? column : column - lines.size(), ' ');
     size_t at = column;
     for (size_t from = 0; from < text.size();) {
         const size_t end = std::min(text.find(' ', from), text.size());
-        if (at + end - from > width && at > column) {
+        if (at + end - from > width) {
             lines += "\n" + std::string(column, ' ');
             at = column;
         }

@@ -162,7 +162,7 @@ int get(const route_request &request, bus::rib_link &link, command_output &out) 
 } // namespace
 
 int run_route(const route_command_options &options) {
-    static const std::vector<std::string_view> actions(route_actions.begin(), route_actions.end());
+    const std::vector<std::string_view> actions(route_actions.begin(), route_actions.end());
     const std::string &action = options.words.action;
     if (std::find(actions.begin(), actions.end(), action) == actions.end()) {
         throw base::input_error(base::no_such_name(action, "action", actions, "ribkit route --help"));
