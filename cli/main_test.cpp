@@ -24,7 +24,8 @@ std::string all_wire_formats() {
 TEST(main, output_that_is_lost_is_one_line_and_a_failure) {
     for (const char *arguments :
          {"show fcu examples/messages/fcu.hex", "show --list", "text rib_uuid 1", "text --list", "text --list --json",
-          "lab examples/fabrics/small.toml", "fabric", "--help", "text --help", "fabric --switches 200 --vsans 100"}) {
+          "lab examples/fabrics/small.toml", "lab --trace examples/fabrics/small.toml", "fabric", "--help",
+          "text --help", "fabric --switches 200 --vsans 100"}) {
         const testing::outcome run = run_into("/dev/full", arguments);
         EXPECT_EQ(run.exit_code, 1) << arguments;
         EXPECT_EQ(run.output.substr(0, 41), "ribkit: standard output cannot be written") << arguments;
@@ -125,6 +126,8 @@ TEST(main, numbers_are_asked_for_with_their_limits) {
     limits("routes", "--vsan", "1 to 4095");
     limits("fabric", "--seed", "0 to 4294967295");
     limits("fabric", "--switches", "2 to 239");
+    EXPECT_EQ(testing::complaint("routes --vsan ''"),
+              "ribkit routes: --vsan: takes a whole number from 1 to 4095, not nothing (see ribkit routes --help)\n");
     EXPECT_EQ(testing::complaint("routes --vsan 4096"),
               "ribkit routes: --vsan: takes a whole number from 1 to 4095, not 4096 (see ribkit routes --help)\n");
 }

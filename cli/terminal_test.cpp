@@ -9,6 +9,7 @@
 #include <functional>
 #include <poll.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace ribkit::testing;
@@ -93,6 +94,33 @@ TEST(terminal, is_spared_what_a_display_prints_of_a_name) {
     close(elsewhere);
     EXPECT_EQ(file_content(file.path()), "f\x1b[2J\xc2\x9b\x80\u202e\u00e4\tg\n\x1b]0;x\x07\n")
         << "what is no terminal gets the bytes";
+}
+
+TEST(terminal, is_shown_nothing_where_there_is_no_room_to_look_at_it_first) {
+    const terminal screen;
+    const int before = dup(STDOUT_FILENO);
+    std::fflush(stdout);
+    dup2(screen.writer(), STDOUT_FILENO);
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    std::string why = "nothing";
+    {
+        command_output out({});
+        const int next = dup(before); // the lowest that is free
+        close(next);
+        const rlimit none{static_cast<rlim_t>(next), usual.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+        try {
+            out.display([] { std::fputs("shown", stdout); });
+        } catch (const std::exception &error) {
+            why = error.what();
+        }
+        setrlimit(RLIMIT_NOFILE, &usual);
+    }
+    dup2(before, STDOUT_FILENO);
+    close(before);
+    EXPECT_EQ(why, "standard output cannot be written: Too many open files");
+    EXPECT_EQ(screen.shown(), "");
 }
 
 TEST(terminal, shows_displays_as_they_are_and_mistakes_behind_them) {

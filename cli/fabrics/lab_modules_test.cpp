@@ -96,6 +96,19 @@ TEST(lab_modules, the_same_tables_are_displayed_once) {
     EXPECT_NE(apart.find("\nThe tables of module 2 (right)\n\nService "), std::string::npos);
 }
 
+TEST(lab_modules, json_tells_what_happens_to_whatever_is_declared) {
+    const fabric_with all(event("static = \"over-core-2\"\nstate = \"down\"") +
+                          event("group = \"video\"\nleave = \"edge-2 fc1/10\"\njoin = \"edge-2 fc1/12\"") +
+                          event("label = \"copies\"\nto = \"edge-2 fc1/9\"") +
+                          event("client = \"fspf\"\ndistance = 90"));
+    const auto json = nlohmann::json::parse(all.run("--json", " 2>/dev/null").output);
+    EXPECT_EQ(json["steps"].back()["events"],
+              nlohmann::json({{{"static", "over-core-2"}, {"state", "down"}},
+                              {{"group", "video"}, {"leave", "edge-2 fc1/10"}, {"join", "edge-2 fc1/12"}},
+                              {{"label", "copies"}, {"to", "edge-2 fc1/9"}},
+                              {{"client", 12}, {"distance", 90}}}));
+}
+
 TEST(lab_modules, json_tells_what_became_of_them_and_what_they_have) {
     const fabric_with full(event("module = 2\nstate = \"restarting\"\nroom = { unicast = 6 }") +
                            event("module = 1\nstate = \"down\""));

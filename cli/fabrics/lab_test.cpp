@@ -64,6 +64,14 @@ TEST(lab, tables_are_displayed_by_choice) {
     EXPECT_NE(testing::run_command("lab " + many).output.find("--tables all displays them"), std::string::npos);
 }
 
+TEST(lab, tables_are_chosen_by_a_word_or_a_vsan_of_the_fabric) {
+    for (const std::string which : {"some", "20x", "99999999999", "-1"}) {
+        EXPECT_EQ(testing::complaint("lab --tables=" + which + ' ' + small),
+                  "--tables " + which + ": \"auto\", \"all\", \"none\" or the number of a VSAN\n");
+    }
+    EXPECT_EQ(testing::complaint(std::string("lab --tables 21 ") + small), "--tables 21: the fabric has no VSAN 21\n");
+}
+
 TEST(lab, smaller_messages_leave_the_same_tables) {
     const testing::outcome run =
         testing::run_command(std::string("lab --role fspf --tables all --message-size 1140 ") + small);

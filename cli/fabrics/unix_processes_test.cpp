@@ -94,6 +94,9 @@ TEST_F(unix_processes, routes_are_displayed_once_there_are_as_many) {
     EXPECT_EQ(more.exit_code, 1);
     EXPECT_EQ(more.output, "ribkit: waiting for 9 routes of the RIB at " + url + ", for 1s at most\n" +
                                "ribkit: the RIB at " + url + " holds 8 routes, not 9\n");
+    EXPECT_EQ(testing::run_command(command("routes --vsan 20 --wait-for 5 --wait 0") + " 2>&1").output,
+              "ribkit: waiting for 5 routes of the RIB at " + url + ", for 0s at most\n" + "ribkit: the RIB at " + url +
+                  " holds 4 routes of VSAN 20, not 5\n");
 }
 
 TEST_F(unix_processes, a_client_whose_routes_are_refused_fails) {

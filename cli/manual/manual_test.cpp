@@ -117,6 +117,15 @@ TEST(completion, words_stand_where_the_parser_takes_them) {
     EXPECT_EQ(completed("show -- --l"), (words{""}));
     EXPECT_EQ(completed("text rib_uuid fspf mca"), (words{"", "mcast"})) << "the last argument is repeated";
     EXPECT_TRUE(offers(completed("routes ''"), "--vsan")) << "no argument is left";
+    EXPECT_EQ(completed("routes x"), (words{""}));
+    EXPECT_EQ(completed("routes -- ''"), (words{""})) << "behind -- there are no options";
+    EXPECT_EQ(completed("show -- fcu ''"), (words{".hex .bin"}));
+    EXPECT_TRUE(offers(completed("lab - ''"), "--role")) << "- is a file";
+    EXPECT_EQ(completed("lab --nothing ''"), (words{".toml"})) << "whatever it is, it may be written down";
+    EXPECT_EQ(completed("lab --nothing=x"), (words{""}));
+    EXPECT_EQ(completed("lab --role=fspf ''"), (words{".toml"})) << "it has its value";
+    EXPECT_EQ(completed("lab --role fspf ''"), (words{".toml"}));
+    EXPECT_EQ(completed(""), completed("''"));
 }
 
 TEST(completion, options_that_do_not_go_together_are_not_offered) {
@@ -128,9 +137,20 @@ TEST(completion, options_that_do_not_go_together_are_not_offered) {
     EXPECT_FALSE(offers(completed("show --list ''"), "fcu"));
 }
 
+TEST(completion, values_are_known_by_their_kind) {
+    EXPECT_EQ(completed("manual mo"), (words{"", "module", "monitor"}));
+    EXPECT_EQ(completed("route l"), (words{"", "load"}));
+    EXPECT_EQ(completed("show fcu --owner fsp"), (words{"", "fspf"}));
+    EXPECT_TRUE(offers(completed("text rib_uuid ''"), "fspf"));
+    EXPECT_EQ(completed("text nothing fsp"), (words{""})) << "of no vocabulary";
+    EXPECT_EQ(completed("lab --tables ''"), (words{"", "auto", "all", "none"}));
+    EXPECT_EQ(completed("lab --vsan ''"), (words{""})) << "of no fabric";
+}
+
 TEST(completion, values_are_those_of_the_fabric_that_is_named) {
     EXPECT_EQ(completed("lab examples/fabrics/small.toml --local core"), (words{"", "core-1", "core-2"}));
     EXPECT_EQ(completed("lab examples/fabrics/small.toml --vsan ''"), (words{"", "1", "20"}));
+    EXPECT_EQ(completed("lab examples/fabrics/small.toml --tables ''"), (words{"", "auto", "all", "none", "1", "20"}));
     EXPECT_EQ(completed("lab nowhere.toml --local ''"), (words{""}));
     EXPECT_EQ(completed("lab --local ''"), (words{""}));
     EXPECT_EQ(testing::run_line("RIBKIT_FABRIC=examples/fabrics/small.toml " RIBKIT_COMMAND

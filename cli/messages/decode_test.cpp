@@ -129,6 +129,12 @@ TEST(decode, lines_of_any_length_are_read) {
               copies.path() + ":1: a number of more than 1048576 digits has copies\n");
 }
 
+TEST(decode, a_line_without_end_whose_bytes_begin_behind_a_colon_is_refused) {
+    const testing::input_file endless("0000: " + std::string(3 << 20, '0'));
+    const std::string complaint = endless.path() + ":1: a line of more than 1048576 characters\n";
+    EXPECT_EQ(testing::complaint("decode --hex vsan " + endless.path()), complaint);
+}
+
 TEST(decode, nothing_is_an_empty_array_or_no_line) {
     EXPECT_EQ(decoded("fcurt /dev/null"), "");
     EXPECT_EQ(decoded("--json fcurt /dev/null"), "[]\n");
@@ -240,6 +246,10 @@ TEST(decode, mistakes_are_one_line_and_exit_2) {
     EXPECT_EQ(testing::complaint("decode fcurt examples"), "examples: cannot be read: Is a directory\n");
     EXPECT_EQ(testing::complaint("decode --carries fcurt fcurt /dev/null"),
               "rib_fcurt carries no rib_fcurt: only an envelope carries a message\n");
+    EXPECT_EQ(testing::complaint("decode --carries cmi_request cmi_request /dev/null"),
+              "rib_cmi_request carries no rib_cmi_request: only an envelope carries a message\n");
+    EXPECT_EQ(testing::complaint("decode --guess -- -x"), "ribkit decode: -x is no name of a file (./-x is)\n");
+    EXPECT_EQ(testing::complaint("decode --guess --raw /dev/zero"), "/dev/zero: holds more than 67108864 bytes\n");
     const testing::input_file letters("# a route\n0000000c\n0000000g\n");
     EXPECT_EQ(testing::complaint("decode fcurt " + letters.path()),
               letters.path() + ":3: \"0000000g\" is no hexadecimal number\n");

@@ -89,6 +89,29 @@ TEST_F(running_rib, a_monitor_is_registered_while_it_runs) {
     EXPECT_NE(run("status").output.find("  client    66 "), std::string::npos) << run("status").output;
 }
 
+TEST_F(running_rib, tells_whom_it_knows_and_whom_it_has_refused) {
+    const testing::background monitor(command("monitor"));
+    ASSERT_TRUE(has_said(monitor, nothing_held));
+    const auto clients = nlohmann::json::parse(run("status", "--json").output)["clients"];
+    ASSERT_EQ(clients.size(), 1U);
+    EXPECT_EQ(clients[0]["client"], 66);
+    EXPECT_EQ(clients[0].size(), 3U);
+    EXPECT_EQ(run("client", "--role fspf examples/fabrics/small.toml").exit_code, 0);
+    EXPECT_EQ(run("route del", "0x650000/0xff0000 --vsan 1").exit_code, 1);
+    EXPECT_NE(run("status").output.find("\n  refused   1 object is owned by another app: rib-config 1\n"),
+              std::string::npos);
+}
+
+TEST(status, tells_of_vsans_that_are_suspended) {
+    const testing::temporary_directory home;
+    const std::string bus = " --bus unix:" + home.file("bus");
+    const testing::input_file fabric("local = \"a\"\n[[vsan]]\nid = 7\nstate = \"suspended\"\n[[vsan]]\nid = 8\n"
+                                     "[[switch]]\nname = \"a\"\ndomain = 1\n");
+    const testing::background rib("rib " + fabric.path() + bus);
+    const std::string said = testing::run_command("status" + bus + " 2>/dev/null").output;
+    EXPECT_NE(said.find("\n  VSANs     2, 1 suspended\n"), std::string::npos) << said;
+}
+
 TEST_F(running_rib, tells_its_status) {
     add_routes();
     const std::string said = run("status").output;

@@ -41,6 +41,30 @@ TEST_F(running_rib, a_label_without_match_goes_with_a_unicast_route) {
     EXPECT_NE(run("show fcl").output.find("      Labels  00010100\n"), std::string::npos);
 }
 
+TEST_F(running_rib, a_label_alone_is_matched_and_its_hops_are_all_told) {
+    const std::string route = "--label --match 0x10100 --vsan 1";
+    testing::background monitor(command("monitor"));
+    ASSERT_TRUE(testing::in_time([&] { return monitor.so_far().find("0 label routes\n") != std::string::npos; }));
+    expect_run("route add", route + " --via fc1/1 --via fc1/2+0x20100",
+               "label route of label 0x10100 in VSAN 1: added; the RIB holds 1 route of this VSAN's table\n");
+    const std::string said = "label label route of label 0x10100 in VSAN 1, rib-config: by fc1/1, by fc1/2+0x20100\n";
+    EXPECT_TRUE(testing::in_time([&] { return monitor.so_far().find(said) != std::string::npos; })) << monitor.so_far();
+    EXPECT_EQ(run("route del", route).exit_code, 0);
+    EXPECT_EQ(run("route get", route).exit_code, 1);
+}
+
+// Answers are all that comes to who deletes, the last one to the delete itself.
+TEST_F(running_rib, a_delete_whose_answer_was_damaged_has_taken_effect) {
+    for (const char *damaged : {"1", "2", "3"}) {
+        EXPECT_EQ(run("route add", std::string(to_101) + " --via fc1/1").exit_code, 0);
+        const testing::input_file script(std::string("truncate ") + damaged + " 3\n");
+        const testing::outcome ended = run("route del", std::string(to_101) + " --faults " + script.path());
+        EXPECT_EQ(ended.exit_code, 0) << damaged << ": " << ended.output;
+        EXPECT_NE(ended.output.find(": deleted; the RIB holds "), std::string::npos) << ended.output;
+        EXPECT_EQ(run("route get", to_101).exit_code, 1);
+    }
+}
+
 TEST_F(running_rib, who_owns_a_route_keeps_it) {
     EXPECT_EQ(run("client", "examples/fabrics/small.toml").exit_code, 0);
     expect_run("route del", to_101,
@@ -97,12 +121,21 @@ TEST_F(running_rib, nothing_of_a_file_with_a_mistake_is_sent) {
               ":2: 0x650000/0xff00: the FC ID has bits outside of the mask\n");
     EXPECT_EQ(refused("add 0x650000 --via fc1/1"), ":2: --vsan is required\n");
     EXPECT_EQ(refused("add --vsan 1 0x650000"), ":2: --via is required\n");
+    EXPECT_EQ(refused("add 0x650000 --via fc1/1 --vsan"), ":2: --vsan: 1 required VSAN missing\n");
     EXPECT_EQ(
         refused("add --vsan 1 0x650000 --vai fc1/1"),
         ":2: ribkit route: --vai: no option has this name; near: --vsan, --via; ribkit route --help names them all\n");
     EXPECT_EQ(refused("add --vsan 1 0x650000 --via fc1/1 fc1/2"),
               ":2: ribkit route: one argument too many: fc1/2 (see ribkit route --help)\n");
     expect_run("show fcu", "", "nothing to show\n");
+}
+
+std::string repeated(const std::string &word, size_t count) {
+    std::string all;
+    for (size_t i = 0; i < count; i++) {
+        all += word;
+    }
+    return all;
 }
 
 TEST(route_command, mistakes_are_named) {
@@ -123,6 +156,8 @@ TEST(route_command, mistakes_are_named) {
               "a destination, --source or --match is required\n");
     EXPECT_EQ(testing::complaint("route add --vsan 1 --label --match 1 --match 2 --match 3 --via fc1/1"),
               "--match: at most two labels are matched\n");
+    EXPECT_EQ(testing::complaint("route add --vsan 1 --label --match 1 --via fc1/1" + repeated("+1", 256)),
+              "--via: at most 255 labels are pushed\n");
     EXPECT_EQ(testing::complaint("route add --vsan 1 --label --match x --via fc1/1"),
               "\"x\" is no label: a number from 0 to 0xffffffff is\n");
     EXPECT_EQ(testing::complaint("route add --vsan 1 --label --mcast --match 1 --via fc1/1"),

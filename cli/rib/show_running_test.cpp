@@ -85,6 +85,17 @@ TEST_F(running_rib, filters_choose) {
     expect_run("show dm", "--vsan 2", nothing);
     expect_run("show vsan", "--vsan 2", nothing);
     EXPECT_EQ(run("show db", "--vsan 20").output.find("\n1  "), std::string::npos);
+    EXPECT_NE(run("show vsan", "--vsan 20").output, nothing);
+    expect_run("show snmp_fcroute", "--owner fspf", nothing);
+}
+
+TEST_F(running_rib, logs_without_a_change_have_no_state) {
+    expect_run("show sync_gbl", "", nothing);
+    EXPECT_EQ(run("route add", "--vsan 1 --mcast 0xff1234 --via fc1/1").exit_code, 0);
+    const std::string one = run("show sync_gbl").output;
+    EXPECT_NE(one, nothing);
+    EXPECT_EQ(run("route add", "--vsan 1 0x650000/0xff0000 --via fc1/1").exit_code, 0);
+    EXPECT_GT(run("show sync_gbl").output.size(), one.size());
 }
 
 TEST_F(running_rib, goes_through_envelopes_too) {
@@ -102,6 +113,12 @@ TEST(show_running, mistakes_are_named) {
               "\"fx1\" is no interface: names are such as fc1/1 and port-channel 3\n");
     EXPECT_EQ(testing::complaint("show fcu" + bus + "--owner fspg"),
               "fspg: no client has this name; near: fspf; ribkit text rib_uuid names them all\n");
+    EXPECT_EQ(testing::complaint("show fcu" + bus + "--owner 4294967295"),
+              "4294967295: no client has this name; ribkit text rib_uuid names them all\n");
+    for (const std::string number : {"0x65zz", "0X", "99999999999", "65 "}) {
+        EXPECT_EQ(testing::complaint("show fcu" + bus + "--fcid '" + number + "'"),
+                  '"' + number + "\" is no FC ID: a number from 0 to 0xffffff is\n");
+    }
     EXPECT_EQ(testing::complaint("show fcu" + bus + "--fcid 0x1000000"),
               "\"0x1000000\" is no FC ID: a number from 0 to 0xffffff is\n");
     EXPECT_EQ(testing::complaint("show fcu --vsan 1"), "ribkit show: --vsan requires --bus (see ribkit show --help)\n");
