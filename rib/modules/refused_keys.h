@@ -54,19 +54,20 @@ template <class Kind> class refused_keys {
     /// @param again called with each key
     /// @return a VSAN to be sent whole, as the only one; or none
     template <class Again> vsan_set take_some(uint32_t vsan, size_t count, Again again) noexcept {
-        const auto take = [&](auto at, auto is_it) {
-            while (count != 0 && at != codes_.end() && is_it(*at) >= 0) {
-                const bool goes = is_it(*at) > 0;
-                if (goes) {
-                    again(at->first);
-                    count--;
-                }
-                at = goes ? codes_.erase(at) : std::next(at);
+        for (auto at = codes_.lower_bound(Kind::first_of(vsan));
+             count != 0 && at != codes_.end() && at->first.vsan == vsan; count--) {
+            again(at->first);
+            at = codes_.erase(at);
+        }
+        for (auto at = codes_.begin(); count != 0 && at != codes_.end();) {
+            if (vsan != 0 && at->second == RIB_VSAN_TCAM_FULL) { // no other VSAN's room helps
+                ++at;
+                continue;
             }
-        };
-        take(codes_.lower_bound(Kind::first_of(vsan)),
-             [&](const auto &one) { return one.first.vsan == vsan ? 1 : -1; });
-        take(codes_.begin(), [&](const auto &one) { return vsan == 0 || one.second != RIB_VSAN_TCAM_FULL ? 1 : 0; });
+            again(at->first);
+            at = codes_.erase(at);
+            count--;
+        }
         vsan_set whole;
         if (count != 0 && crowded_.any()) {
             const uint32_t other = crowded_[vsan] ? vsan : first_in(crowded_);
