@@ -71,6 +71,7 @@ template <class Kind> class update_answer_of {
 
   public:
     /// @param vsan what an answer without routes says
+    /// @param wanted how many; of none nothing is taken
     update_answer_of(uint32_t vsan, uint32_t wanted) : bytes_(RIBKIT_ANSWER_LIMIT), left_(wanted) { begin(0, vsan); }
 
     /// @return whether it takes more
@@ -80,9 +81,9 @@ template <class Kind> class update_answer_of {
             begin(owner, key.vsan);
         }
         const auto head = update_->read();
-        bool goes_in = left_ != 0 && head.template get<"vsan">() == key.vsan && head.template get<"uuid">() == owner &&
+        bool goes_in = head.template get<"vsan">() == key.vsan && head.template get<"uuid">() == owner &&
                        messages::add(*update_, key, what);
-        while (is_first && left_ != 0 && !goes_in && grow(bytes_)) {
+        while (is_first && !goes_in && grow(bytes_)) {
             begin(owner, key.vsan);
             goes_in = messages::add(*update_, key, what);
         }
@@ -102,7 +103,7 @@ template <class Kind> class update_answer_of {
 
     bytes bytes_;
     std::optional<typename messages::update> update_;
-    uint32_t left_;
+    uint32_t left_; ///< never 0 while it takes more
 };
 
 /// Entries of the table.
@@ -116,7 +117,7 @@ template <class Kind> class info_answer_of {
     bool take(const typename Kind::key &key, uint32_t owner, const typename Kind::values &what) {
         const bool stands_alone = messages::ends_with_hops && messages::has_hops(what);
         const bool is_first = info_->read().template get<"n_route">() == 0;
-        if (left_ == 0 || (stands_alone && !is_first)) {
+        if (stands_alone && !is_first) {
             return false;
         }
         bool goes_in = protocol::add_entry(*info_, owner, key, what);
