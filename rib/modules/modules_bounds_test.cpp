@@ -162,6 +162,24 @@ TEST(refused_keys, beyond_those_that_are_remembered_a_whole_vsan_is_tried_again)
     EXPECT_TRUE(again.empty());
 }
 
+TEST(refused_keys, room_of_no_vsan_helps_every_one) {
+    refused_keys<multicast> refused;
+    std::vector<model::multicast_key> again;
+    const auto take_some = [&](uint32_t vsan, size_t count) {
+        again.clear();
+        EXPECT_TRUE(refused.take_some(vsan, count, [&](const auto &key) { again.push_back(key); }).none());
+        return again.size();
+    };
+    for (const uint32_t vsan : {1U, 2U, 3U}) {
+        refused.add({vsan, {0xff0001, 0}}, RIB_VSAN_TCAM_FULL);
+    }
+    EXPECT_EQ(take_some(2, 2), 1U) << "what is left over is not the others' VSAN's";
+    EXPECT_EQ(take_some(4, 1), 0U);
+    EXPECT_EQ(take_some(0, 1), 1U);
+    EXPECT_EQ(again, (std::vector<model::multicast_key>{{1, {0xff0001, 0}}}));
+    EXPECT_EQ(take_some(0, 9), 1U);
+}
+
 TEST(waiting, a_comparison_keeps_no_more_than_so_many_differences) {
     waiting requests;
     const waiting::id request = requests.open();
@@ -192,6 +210,7 @@ TEST(waiting, of_a_request_that_is_over_nothing_is_kept) {
     const any_key route{table_id::unicast, {.vsan = 7}};
     EXPECT_FALSE(requests.find(request, route, FIB_VERF_NOT_IN_RIB));
     requests.count_named(request, 5);
+    requests.tell(request, RIB_HW_FULL);
     requests.settle(request, route, RIB_HW_FULL);
     requests.give_up(request);
     const auto done = requests.take_done();

@@ -143,5 +143,32 @@ TEST_F(notices_test, beyond_what_is_kept_listeners_are_told_that_some_are_missin
     EXPECT_EQ(changes().size(), 1U);
 }
 
+TEST_F(notices_test, of_what_no_message_holds_listeners_are_told_that_it_is_missing) {
+    tell(12, 1, 6);
+    const std::vector<uint32_t> too_many(100'000, 0x01010001);
+    const multicast::key group{1, {0xff0001, 0xffffff}};
+    listeners.tell(route_event<multicast>{cause::change, RIB_OPER_UPDATE, RIB_ACTION_ADD, group, 14, {too_many}});
+    EXPECT_TRUE(listeners.waits());
+    listeners.flush();
+    ASSERT_EQ(sent.size(), 2U);
+    EXPECT_EQ(protocol::update_view(sent[0].message.data()).get<"n_route">(), 1U) << "what came before";
+    EXPECT_EQ(protocol::update_view(sent[1].message.data()).get<"uuid">(), RIB_CLIENT_RIB);
+    EXPECT_FALSE(listeners.waits());
+}
+
+TEST_F(notices_test, that_some_are_missing_is_told_when_there_is_room_for_that) {
+    has_room = false;
+    for (uint32_t fcid = 0; fcid < 2 * notices::most_kept; fcid++) {
+        tell(12, 1, fcid);
+        listeners.flush();
+    }
+    listeners.flush();
+    EXPECT_TRUE(listeners.waits());
+    has_room = true;
+    listeners.flush();
+    EXPECT_EQ(sent.size(), 1U);
+    EXPECT_FALSE(listeners.waits());
+}
+
 } // namespace
 } // namespace ribkit::rib

@@ -6,16 +6,23 @@
 #include "lab/files/fabric_file.h"
 #include "lab/fspf.h"
 #include "lab/generator/fabric_generator.h"
+#include "protocol/fib/fib_messages.h"
+#include "protocol/fib/fib_records.h"
+#include "protocol/fib/fib_requests.h"
 #include "rib/service/answers.h"
+#include "rib/service/rib_claim.h"
 #include "rib_codes.h"
 #include "rib_wrap.h"
 #include "testing/capture.h"
 #include "testing/fault_script.h"
 #include "testing/literal_updates.h"
 #include "testing/pipe.h"
+#include "testing/temporary_directory.h"
 #include "testing/wanted_routes.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace ribkit::rib {
 namespace {
@@ -218,6 +225,71 @@ TEST(rib_service, a_second_rib_on_the_bus_and_an_unknown_bus_are_errors) {
     rib_service rib(bus);
     EXPECT_THROW(rib_service{bus}, std::system_error);
     EXPECT_THROW(rib_service{"pigeon:"}, base::input_error);
+}
+
+/// The RIB's answer.
+bytes asked_of_rib(const bus::service_handle &handle, uint32_t opcode, std::span<uint8_t> payload) {
+    rib_wrap_msg request{};
+    rib_wrap_msg answer{};
+    request.opcode = opcode;
+    request.payload = payload.data();
+    request.payload_size = static_cast<uint32_t>(payload.size());
+    EXPECT_EQ(rib_wrap_qip_req_rsp(handle.number(), &request, &answer), RIB_OK);
+    const bytes said(answer.payload, answer.payload + answer.payload_size);
+    rib_wrap_qip_drop(RIB_CLIENT_TEST, handle.number(), &answer.ref);
+    return said;
+}
+
+uint32_t result_in(const bytes &said) {
+    EXPECT_EQ(said.size(), wire::route_rsp.size);
+    return protocol::decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(said)).result;
+}
+
+// Only who listens at its address makes it give way.
+TEST(rib_service, answers_a_claim_with_its_own_however_often_and_refuses_damage) {
+    rib_service rib(bus);
+    const bus::service_handle handle(bus);
+    constexpr int more_than_it_asks_back = 40;
+    for (int i = 0; i < more_than_it_asks_back; i++) {
+        auto earlier = encode(rib_claim{true, 1, static_cast<uint64_t>(i)});
+        const auto mine = decode_claim(asked_of_rib(handle, RIBKIT_OPCODE_CLAIM, earlier));
+        ASSERT_TRUE(mine);
+        EXPECT_FALSE(mine->settled);
+        EXPECT_GT(mine->started, 1U);
+    }
+    bytes damaged(RIBKIT_CLAIM_SIZE - 1);
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(result_in(asked_of_rib(handle, RIBKIT_OPCODE_CLAIM, damaged)), RIB_BAD_PARAMETERS);
+    EXPECT_TRUE(::testing::internal::GetCapturedStderr().ends_with(": bad parameters: a claim of another size\n"));
+    EXPECT_FALSE(rib.has_given_way());
+}
+
+TEST(rib_service, believes_nobody_who_may_not_speak_for_a_module) {
+    const testing::temporary_directory home;
+    const std::string url = "unix:" + home.file("bus");
+    rib_policy policy;
+    const passwd *user = getpwuid(geteuid());
+    policy.who[user == nullptr ? "" : user->pw_name] = {RIB_CLIENT_FSPF};
+    rib_service rib(url, {.policy = policy});
+    const bus::service_handle handle(url);
+    bytes told = protocol::module_message({.number = 1, .state = model::fib_state::active, .instance = 1});
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(result_in(asked_of_rib(handle, RIBKIT_OPCODE_FIB_NODE, told)), RIB_BAD_PARAMETERS);
+    EXPECT_TRUE(::testing::internal::GetCapturedStderr().ends_with(": it may not speak for a module\n"));
+}
+
+TEST(rib_service, that_cannot_answer_for_want_of_memory_says_so) {
+    const testing::filled_pipe said(false);
+    rib_service rib(bus, {.complaints_to = said.way_in()});
+    const bus::service_handle handle(bus);
+    EXPECT_EQ(qip_faults_load_for(handle.number(), nullptr, nullptr, 0), 0); // of its own: none
+    const testing::fault_script script("fail send every 1 ENOMEM\n");
+    EXPECT_EQ(
+        qip_send(handle.number(), &ribkit_rib_address, RIBKIT_OPCODE_PROBE, nullptr, 0, nullptr, nullptr, nullptr), 0);
+    std::string all;
+    while (all.find("the RIB cannot answer: Cannot allocate memory\n") == std::string::npos) {
+        all += said.read_some();
+    }
 }
 
 } // namespace

@@ -92,6 +92,7 @@ TEST_F(system_queries, kinds_that_are_not_answered_say_why) {
 TEST_F(system_queries, domains_of_vsans_with_unicast_routes) {
     add_unicast(1, 2);
     add_unicast(4, 3);
+    suspend(2);
     const auto reached = protocol::reach_of(seen<wire::dm_info>(answer_domains(rib, {fspf, 0x1, 10, 0}, came)));
     ASSERT_EQ(reached.size(), 2U);
     EXPECT_EQ(reached[1].vsan, 4U);
@@ -218,6 +219,8 @@ TEST_F(system_queries, a_comparison_leaves_a_report) {
         EXPECT_EQ(verify(rib, {fspf, forget}).result, RIB_OK);
         EXPECT_EQ(verify(rib, {fspf, forget}).result, RIB_NO_ENTRY);
         EXPECT_EQ(report(type).result, RIB_NO_ENTRY);
+        finish_report(rib, *compares, {.keys = {{{*compares, {.vsan = 1}}, FIB_VERF_NOT_IN_FIB}}}, 1002);
+        EXPECT_EQ(report(type).result, RIB_NO_ENTRY) << "it was forgotten meanwhile";
     }
     for (const uint32_t type : {0x10U, 0x20U, 0x40U}) {
         EXPECT_EQ(verify(rib, {fspf, type}).result, RIB_NO_DATABASE);

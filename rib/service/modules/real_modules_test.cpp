@@ -1,8 +1,11 @@
 // RIB and modules as they are, in one process: random requests of a client, modules that start anew and upgrade,
 // messages that are lost, late, twice and overtaken. In the end each module has just the active routes.
 #include "base/text.h"
+#include "bus/rib_link.h"
 #include "fib/service/fib_service.h"
+#include "protocol/queries.h"
 #include "protocol/route_messages.h"
+#include "protocol/table_messages.h"
 #include "rib/naive/random_requests.h"
 #include "rib/service/rib_service.h"
 #include "rib_check.h"
@@ -16,6 +19,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <thread>
 
 namespace ribkit::rib {
 namespace {
@@ -167,6 +171,8 @@ drop one-in 80
 duplicate one-in 50
 reorder one-in 70
 delay one-in 40 300
+fail send one-in 90 ENOBUFS
+fail send one-in 90 ENOMEM
 )";
 
 TEST(real_modules, have_the_active_routes_in_the_end_whatever_has_happened) {
@@ -196,6 +202,120 @@ TEST(real_modules, have_the_active_routes_in_the_end_whatever_has_happened) {
         EXPECT_LT(round, most_rounds) << "seed " << seed;
     }
     EXPECT_EQ(qip_refs_held(), 0U);
+}
+
+/// A RIB with one module, and a client that waits for its answers.
+class one_module : public ::testing::Test {
+  protected:
+    one_module() { start_module(); }
+    ~one_module() override { rib_.stop(); }
+
+    /// Without what the last one had.
+    void start_module() {
+        module_.reset();
+        module_.emplace(url, fib::fib_options{.number = 1});
+        while (!rib_.has_settled() || state() != model::fib_state::active) {
+            std::this_thread::yield();
+        }
+    }
+    protocol::fcurt_response ask(uint32_t opcode, bytes message) {
+        const bytes said = link_.ask(opcode, message);
+        return protocol::decode_fcurt_response(std::span<const uint8_t, wire::route_rsp.size>(said));
+    }
+    template <const codec::layout &Update, class Add>
+    protocol::fcurt_response ask(uint32_t opcode, uint32_t oper, const Add &add) {
+        bytes room(10'000);
+        const codec::writer<Update> update(room);
+        update.template set<"uuid">(RIB_CLIENT_TEST).template set<"vsan">(1).template set<"oper">(oper);
+        add(update);
+        room.resize(update.size());
+        return ask(opcode, room);
+    }
+    protocol::fcurt_response verify(uint32_t opcode) {
+        const auto nothing = [](const auto & /*to*/) {};
+        return opcode == RIBKIT_OPCODE_FCLRT_UPDATE ? ask<wire::fclrt_update>(opcode, RIB_OPER_VERIFY, nothing)
+                                                    : ask<wire::fcmrt_update>(opcode, RIB_OPER_VERIFY, nothing);
+    }
+    /// What the last comparison of the label table has found.
+    std::map<uint32_t, uint32_t> differing_labels() {
+        auto query = protocol::encode(protocol::verify_query{RIB_CLIENT_TEST, 1, protocol::compared_labels, 9});
+        const bytes said = link_.ask(RIBKIT_OPCODE_VERF_QUERY, query);
+        std::map<uint32_t, uint32_t> found;
+        for (size_t at = wire::verf_info.size; at < said.size(); at += wire::verf_fcl.size) {
+            const codec::view<wire::verf_fcl> key(said.data() + at);
+            found[key.get<"label_0">()] = key.get<"status">();
+        }
+        return found;
+    }
+
+    template <class Kind> size_t entries() {
+        return module_->read([](const fib::module &of) { return of.fib.entries<Kind>().count(); });
+    }
+    model::fib_state state() {
+        return module_->read([](const fib::module &of) { return of.fib.now(); });
+    }
+
+  private:
+    rib_service rib_{url};
+    std::optional<fib::fib_service> module_;
+    bus::rib_link link_{url, RIB_CLIENT_TEST};
+};
+
+constexpr uint32_t few[] = {0x20000, 0x01010001, 1, 2};            // labels that are pushed
+constexpr uint32_t too_many[] = {0x40000, 0x01010001, 1, 2, 3, 4}; // for a path
+
+model::label_key matching(uint32_t label_word) {
+    return {.vsan = 1, .type = RIB_ROUTE_LABEL, .match_count = 1, .match = {label_word}};
+}
+
+TEST_F(one_module, is_told_nothing_that_no_path_can_say_and_all_the_rest) {
+    const auto said = ask<wire::fclrt_update>(RIBKIT_OPCODE_FCLRT_UPDATE, RIB_OPER_UPDATE_RSP, [](const auto &to) {
+        for (const auto &[label_word, hops] :
+             {std::pair(16U, std::span<const uint32_t>(few)), {17U, too_many}, {18U, few}}) {
+            protocol::add_route(to, RIB_ACTION_ADD, matching(label_word), {{}, hops});
+        }
+    });
+    EXPECT_EQ(said, (protocol::fcurt_response{RIB_HW_FULL, RIB_OPER_UPDATE_RSP, 1, 2, 3}));
+    EXPECT_EQ(entries<fib::label>(), 2U);
+    const auto found = verify(RIBKIT_OPCODE_FCLRT_UPDATE);
+    EXPECT_EQ(found.result, RIB_FAILED);
+    EXPECT_EQ(differing_labels(), (std::map<uint32_t, uint32_t>{{17, FIB_VERF_NOT_IN_FIB}}));
+    start_module();
+    EXPECT_EQ(entries<fib::label>(), 2U) << "a merge goes on behind it";
+    EXPECT_EQ(verify(RIBKIT_OPCODE_FCMRT_UPDATE).result, RIB_OK) << "there is nothing";
+}
+
+TEST_F(one_module, is_compared_table_by_table) {
+    constexpr model::multicast_key group{1, {0xff0001, 0xffffff}};
+    constexpr uint32_t members[] = {0x01010001};
+    const auto add_group = [&](const auto &to) { protocol::add_route(to, RIB_ACTION_ADD, group.to, {members}); };
+    EXPECT_EQ(ask<wire::fcmrt_update>(RIBKIT_OPCODE_FCMRT_UPDATE, RIB_OPER_UPDATE_RSP, add_group).result, RIB_OK);
+    for (const auto &[table, held] : {std::pair(protocol::compared_labels, 0U),
+                                      {protocol::compared_multicast, 1U},
+                                      {protocol::compared_unicast, 0U}}) {
+        const auto whole = protocol::encode_verify({RIB_CLIENT_TEST, table});
+        EXPECT_EQ(ask(RIBKIT_OPCODE_VERIFY, {whole.begin(), whole.end()}),
+                  (protocol::fcurt_response{RIB_OK, RIB_OPER_VERIFY, 0, held, held}));
+    }
+}
+
+TEST_F(one_module, has_no_unicast_route_that_would_push_more_labels_than_a_path_can) {
+    constexpr model::destination two{0x020000, RIB_MASK_DOMAIN}, three{0x030000, RIB_MASK_DOMAIN};
+    const auto push = [&](std::span<const uint32_t> labels) {
+        return ask<wire::fclrt_update>(RIBKIT_OPCODE_FCLRT_UPDATE, RIB_OPER_UPDATE_RSP, [&](const auto &to) {
+            protocol::add_route(to, RIB_ACTION_ADD, {.vsan = 1, .type = RIB_ROUTE_FC_LABEL, .to = two}, {{}, labels});
+        });
+    };
+    EXPECT_EQ(push(too_many).result, RIB_OK) << "it is no entry of its own";
+    const auto said = ask<wire::fcurt_update>(RIBKIT_OPCODE_FCURT_UPDATE, RIB_OPER_UPDATE_RSP, [&](const auto &to) {
+        const model::route what{500, 0, {{0x01010001, 2}}};
+        protocol::add_route(to, RIB_ACTION_ADD, two, what);
+        protocol::add_route(to, RIB_ACTION_ADD, three, what);
+    });
+    EXPECT_EQ(said, (protocol::fcurt_response{RIB_HW_FULL, RIB_OPER_UPDATE_RSP, 1, 1, 2}));
+    EXPECT_EQ(entries<fib::unicast>(), 1U);
+    EXPECT_EQ(push(few).result, RIB_OK);
+    EXPECT_EQ(entries<fib::unicast>(), 2U) << "a path can say it now";
 }
 
 } // namespace
