@@ -1,6 +1,7 @@
 // What a module does with single updates, and how little an entry costs.
 #include "fib/update.h"
 
+#include "testing/alloc_failure.h"
 #include "testing/random_routes.h"
 
 #include <gtest/gtest.h>
@@ -153,6 +154,33 @@ TEST_F(fib_state, rewrites_are_added_and_removed) {
     EXPECT_EQ(take(FIB_OPER_REMOVE, 4, {other}), std::pair(RIB_OK, 1U));
     EXPECT_EQ(take(FIB_OPER_REMOVE_ALL, 5, {}, 0), std::pair(RIB_OK, 1U));
     EXPECT_TRUE(fib.all_rewrites().all().empty());
+}
+
+// Whoever asked hears of it, and finds what was there before.
+TEST_F(fib_state, what_there_is_no_memory_for_changes_nothing) {
+    using testing::failing_allocation;
+    constexpr uint32_t one_way[] = {0x20, 0x01010003};
+    vsan_shares shares(0);
+    table<unicast> entries(3, shares);
+    EXPECT_EQ(entries.put(domain(1), {.ways = two_ways}, false), RIB_OK);
+    const std::vector<rewrite> path{{{vsan, 1, {0x0a0000, RIB_MASK_DOMAIN}, {0, 0}}, {8, 0x0b0001, 0}}};
+    const std::pair<uint32_t, model::vsan_attributes> vsans[] = {{7, {model::vsan_state::suspended, {}, true, 1}}};
+    uint32_t results[4] = {};
+    {
+        const failing_allocation none{1, failing_allocation::how::onwards};
+        results[0] = entries.put(domain(1), {.ways = one_way}, false);
+        results[1] = entries.put(domain(2), {.ways = two_ways}, false);
+        results[2] = fib.take_rewrites({FIB_OPER_UPDATE, vsan, 1}, path).result;
+        results[3] = fib.take_vsans(2, vsans);
+    }
+    for (const uint32_t result : results) {
+        EXPECT_EQ(result, RIB_OUT_OF_MEMORY);
+    }
+    EXPECT_EQ(entries.all().size(), 1U);
+    EXPECT_EQ(table<unicast>::read(entries.all().begin()->second).ways.size(), std::size(two_ways));
+    EXPECT_TRUE(fib.all_rewrites().all().empty());
+    EXPECT_EQ(fib.vsan(7).latency, 0U);
+    EXPECT_EQ(entries.put(domain(2), {.ways = two_ways}, false), RIB_OK);
 }
 
 constexpr rewrite into_8(uint32_t from, uint32_t if_index) {

@@ -13,7 +13,7 @@ class word_block {
     /// Puts other words in place of these. Throws std::bad_alloc, and nothing has changed then.
     void assign(std::span<const uint32_t> words) {
         if (words.size() != size_) {
-            block_.reset(words.empty() ? nullptr : new uint32_t[words.size()]);
+            block_ = std::make_unique_for_overwrite<uint32_t[]>(words.size());
             size_ = static_cast<uint32_t>(words.size());
         }
         std::copy(words.begin(), words.end(), block_.get());

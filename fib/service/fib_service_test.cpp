@@ -1,5 +1,6 @@
 // A module on the bus: what a RIB that is played here sends it and hears of it.
 #include "fib/service/fib_service.h"
+#include "fib/update.h"
 
 #include "protocol/fib/fib_records.h"
 #include "protocol/fib/fib_requests.h"
@@ -10,7 +11,9 @@
 #include "rib_wrap.h"
 #include "ribkit_platform.h"
 #include "ribkit_rib.h"
+#include "testing/capture.h"
 #include "testing/fault_script.h"
+#include "testing/temporary_directory.h"
 
 #include <algorithm>
 #include <future>
@@ -31,9 +34,11 @@ constexpr uint32_t one_way[] = {0x40, 0x01010001};
 /// What a RIB does, by hand.
 class played_rib {
   public:
-    explicit played_rib(const std::string &url) : handle_(url) {
+    explicit played_rib(const std::string &url, bool says_so = true) : handle_(url) {
         EXPECT_EQ(qip_listen(handle_.number(), &ribkit_rib_address, 64), 0);
-        rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0);
+        if (says_so) {
+            rib_wrap_qip_note(handle_.number(), RIBKIT_OPCODE_STARTED, nullptr, 0);
+        }
     }
 
     /// The module's next record, answered.
@@ -209,6 +214,112 @@ TEST_F(a_module, answers_queries_of_its_entries) {
     EXPECT_EQ(result_in(rib->ask(RIBKIT_OPCODE_FIB_FCU_QUERY, protocol::encode(vault))), RIB_NOT_SUPPORTED);
 }
 
+/// A module's tables, and its answers without a bus.
+class fib_queries : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        for (const uint32_t in : {vsan, vsan + 1}) {
+            for (const uint32_t to : {0x010000U, 0x020000U}) {
+                const model::destination there{to, RIB_MASK_DOMAIN};
+                put<unicast>({in, there}, {.ways = one_way});
+                put<multicast>({in, there}, {});
+                put<label>({in, RIB_ROUTE_FC_LABEL, 0, there}, {.ways = one_way});
+            }
+        }
+    }
+    template <class Kind> void put(const typename Kind::key &key, const typename Kind::values &what) {
+        const std::vector<std::pair<typename Kind::key, typename Kind::values>> paths{{key, what}};
+        EXPECT_EQ(take_update<Kind>(of.fib, {FIB_OPER_UPDATE, key.vsan, ++sequence}, paths).said.result, RIB_OK);
+    }
+
+    /// How many entries, of which VSAN; or the refusal's code.
+    template <class Message> std::pair<uint32_t, uint32_t> found(uint32_t opcode, const Message &asked) {
+        const message_handler *row = find_handler(opcode);
+        EXPECT_EQ(row->check(asked, nullptr), RIB_OK);
+        const bytes said = row->answer(of, asked);
+        if (said.size() == wire::fib_rsp.size) {
+            return {result_in(said), 0};
+        }
+        const view<wire::fib_update> update(said.data());
+        return {protocol::paths_of(update), protocol::head_of(update).vsan};
+    }
+    auto unicast_found(uint32_t type, const model::route_key &from, uint32_t most = 100) {
+        return found(RIBKIT_OPCODE_FIB_FCU_QUERY, protocol::encode(protocol::unicast_query{66, type, most, from}));
+    }
+    auto multicast_found(uint32_t type, const model::route_key &from) {
+        return found(RIBKIT_OPCODE_FIB_FCM_QUERY, protocol::encode(protocol::multicast_query{66, type, 100, from}));
+    }
+    auto labels_found(uint32_t type, const model::label_key &from) {
+        return found(RIBKIT_OPCODE_FIB_FCL_QUERY, protocol::encode(protocol::label_query{66, type, 100, from}));
+    }
+
+    using entries = std::pair<uint32_t, uint32_t>; ///< how many, of which VSAN
+    const entries refused{RIB_NOT_SUPPORTED, 0};
+    module of{{.unicast = 1000, .multicast = 1000, .label = 1000}, {.number = 1, .address = 1}};
+    uint32_t sequence = 0;
+};
+
+TEST_F(fib_queries, are_of_a_key_of_a_vsan_or_of_all_from_a_key_on) {
+    const model::destination second{0x020000, RIB_MASK_DOMAIN};
+    const model::destination third{0x030000, RIB_MASK_DOMAIN};
+    EXPECT_EQ(unicast_found(0x1, {0, {0, 0}}), entries(2, vsan)) << "one VSAN an answer";
+    EXPECT_EQ(unicast_found(0x1, {0, {0, 0}}, 1), entries(1, vsan));
+    EXPECT_EQ(unicast_found(0x1, {vsan, third}), entries(2, vsan + 1));
+    EXPECT_EQ(unicast_found(0x100, {vsan, second}), entries(1, vsan));
+    EXPECT_EQ(unicast_found(0x100, {vsan, third}).first, 0U);
+    EXPECT_EQ(unicast_found(0x800, {vsan, second}), entries(1, vsan));
+    EXPECT_EQ(unicast_found(0x800, {vsan, third}).first, 0U);
+    EXPECT_EQ(multicast_found(0x1, {0, {0, 0}}), entries(2, vsan));
+    EXPECT_EQ(multicast_found(0x2, {vsan, third}).first, 0U);
+    EXPECT_EQ(multicast_found(0x4, {vsan, second}), entries(1, vsan));
+    EXPECT_EQ(multicast_found(0x4, {vsan, third}).first, 0U);
+    EXPECT_EQ(labels_found(0x1f, {vsan, 0, 0, {0, 0}}), entries(2, vsan));
+    EXPECT_EQ(labels_found(0x2f, {vsan, RIB_ROUTE_FC_LABEL, 0, third}).first, 0U);
+    EXPECT_EQ(labels_found(0x48, {vsan, RIB_ROUTE_FC_LABEL, 0, second}), entries(1, vsan));
+    EXPECT_EQ(labels_found(0x48, {vsan, RIB_ROUTE_FC_LABEL, 0, third}).first, 0U);
+}
+
+TEST_F(fib_queries, that_mean_nothing_to_a_module_are_refused) {
+    for (const uint32_t type : {0x2U, 0x3U, 0x4U, 0x8U, 0x40U, 0x200U, 0x400U, 0x1000U}) {
+        EXPECT_EQ(unicast_found(type, {vsan, {0, 0}}), refused) << type;
+    }
+    for (const uint32_t type : {0x18U, 0x28U, 0x10fU, 0x3fU, 0x0U}) {
+        EXPECT_EQ(labels_found(type, {vsan, RIB_ROUTE_FC_LABEL, 0, {0, 0}}), refused) << type;
+    }
+}
+
+TEST_F(fib_queries, go_on_behind_what_an_answer_has_room_for) {
+    constexpr uint32_t count = 600;
+    constexpr uint32_t in = 20;
+    for (uint32_t number = 1; number <= count; number++) {
+        put<unicast>({in, {number << 8, 0xffff00}}, {.ways = one_way});
+    }
+    const auto first = unicast_found(0x100, {in, {0, 0}}, count);
+    EXPECT_GT(first.first, 0U);
+    EXPECT_LT(first.first, count);
+    EXPECT_GT(unicast_found(0x100, {in, {(first.first + 1) << 8, 0xffff00}}, count).first, 0U);
+}
+
+TEST_F(a_module, that_cannot_receive_says_so_and_goes_on) {
+    rib->hear_until(fib_state::ready);
+    const auto is_told = [] {
+        return testing::printed_by(yelk_hist_print).find("module 1 cannot receive: ") != std::string::npos;
+    };
+    yelk_hist_clear();
+    {
+        const testing::fault_script failing("fail recv every 1 EIO\n");
+        const bus::service_handle asking(url); // wakes it
+        const qip_addr there = protocol::module_address(1);
+        EXPECT_EQ(
+            qip_send(asking.number(), &there, RIBKIT_OPCODE_FIB_NODE_QUERY, nullptr, 0, nullptr, nullptr, nullptr), 0);
+        while (!is_told()) {
+            std::this_thread::yield();
+        }
+    }
+    yelk_hist_clear();
+    EXPECT_EQ(rib->update(FIB_OPER_UPDATE, {1}).result, RIB_OK);
+}
+
 TEST_F(a_module, tells_what_a_comparison_has_found) {
     rib->update(FIB_OPER_UPDATE, {1});
     rib->update(FIB_OPER_BEGIN_VERIFY);
@@ -374,6 +485,26 @@ TEST(modules, that_are_not_answered_tell_the_rib_again) {
     EXPECT_GE(qip_now() - again, 6'000'000U) << "5 s for the answer, and a pause";
     EXPECT_LT(qip_now() - again, 7'000'000U);
     EXPECT_EQ(rib.hear().state, fib_state::ready);
+}
+
+// As over a server: the RIB is another one, which has not said that it starts.
+TEST(modules, whose_connection_was_cut_tell_the_rib_again) {
+    const testing::temporary_directory home;
+    const std::string url = "unix:" + home.file("bus");
+    std::optional<played_rib> rib(url);
+    fib_service service(url, {.instance = 9});
+    rib->hear_until(fib_state::ready);
+    rib.reset();
+    rib.emplace(url, false);
+    service.set_upgrading(true); // is told at once, over a new connection
+    EXPECT_EQ(rib->hear().state, fib_state::upgrading);
+    yelk_hist_clear();
+    EXPECT_EQ(result_in(rib->ask(RIBKIT_OPCODE_FCURT_UPDATE, {})), RIB_NOT_SUPPORTED); // wakes it
+    EXPECT_EQ(rib->hear().instance, 9U) << "without waiting for the time when it is due";
+    const std::string history = testing::printed_by(yelk_hist_print);
+    EXPECT_NE(history.find("module 1: the RIB is gone, or has begun anew"), std::string::npos);
+    EXPECT_EQ(history.find("from sender "), std::string::npos) << "here senders have names";
+    yelk_hist_clear();
 }
 
 TEST(modules, that_are_slow_stop_at_once) {

@@ -16,7 +16,7 @@ TEST_F(local_bus, names_of_senders_are_checked_and_make_no_difference_in_process
         const char *const names[] = {"fspf", wrong};
         EXPECT_EQ(error_of(qip_listen_to(server, &other, 1, names, 2)), EINVAL);
     }
-    const char *const names[] = {"fspf", "static-7_x"};
+    const char *const names[] = {"fspf", "Static-7_x"};
     EXPECT_EQ(error_of(qip_listen_to(server, &other, 0, names, 2)), EINVAL);
     ASSERT_EQ(error_of(qip_listen_to(server, &other, 1, names, 2)), 0);
     EXPECT_EQ(error_of(qip_listen_to(server, &other, 1, nullptr, 0)), EADDRINUSE);
