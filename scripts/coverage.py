@@ -62,14 +62,18 @@ def decisions(branches):
 
 def lines_of(file):
     """A source file's lines in one object, each with the place of the function that it is in. Of functions that begin at one
-    place, the copies of a template, gcov tells each line copy by copy, and then once more of all together: left out."""
+    place, the copies of a template, gcov tells each line copy by copy, and then once more of all together: left out. Where a
+    function begins is run as often as it is called, though gcov counts there only what exceptions do of some."""
     begin = {function["name"]: (function["start_line"], function["start_column"]) for function in file["functions"]}
+    called = {function["name"]: function["execution_count"] for function in file["functions"]}
     beginning = collections.Counter(line for line, _ in begin.values())
     copies = {name for name, (line, _) in begin.items() if beginning[line] > 1}
     told = {line["line_number"] for line in file["lines"] if line.get("function_name") in copies}
     for line in file["lines"]:
         name = line.get("function_name")
         if name in copies or line["line_number"] not in told:
+            if name in begin and line["line_number"] == begin[name][0]:
+                line["count"] = max(line["count"], called[name])
             yield line, begin.get(name)
 
 
