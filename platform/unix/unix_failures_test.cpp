@@ -213,8 +213,7 @@ TEST_F(unix_failures, who_is_not_known_is_cut_off) {
     }
 }
 
-// The client library's threads and the endpoint's own are met, too: whose message it was is told, or hears nothing
-// more.
+// The endpoints' own threads are met, too: whose message it was is told, or hears nothing more.
 TEST_F(unix_failures, each_allocation_in_turn) {
     const uint32_t server = listening(url);
     EXPECT_EQ(error_of(qip_listen(server, &group, rib_bound)), 0);
