@@ -23,8 +23,10 @@ TEST(printable, control_characters_are_escaped) {
 }
 
 TEST(printable, what_turns_the_direction_of_writing_is_escaped) {
+    // NOLINTBEGIN(misc-misleading-bidirectional)
     EXPECT_EQ(printable("\u202a\u202b\u202c\u202d\u202e"), "\\u202a\\u202b\\u202c\\u202d\\u202e");
     EXPECT_EQ(printable("\u2066\u2067\u2068\u2069"), "\\u2066\\u2067\\u2068\\u2069");
+    // NOLINTEND(misc-misleading-bidirectional)
 }
 
 TEST(printable, bytes_that_are_no_utf_8_are_escaped) {

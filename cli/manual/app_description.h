@@ -22,7 +22,7 @@ inline std::vector<std::string> choices_in(const std::string &type) {
 inline std::string endings_of(CLI::Option &option) {
     for (int index = 0;; index++) {
         try {
-            const std::string name = option.get_validator(index)->get_name();
+            std::string name = option.get_validator(index)->get_name();
             if (name.starts_with('.') || name == "*") {
                 return name;
             }
