@@ -115,6 +115,8 @@ def read_sources(build, folders):
     notes = sorted(str(path) for path in pathlib.Path(build).rglob("*.gcno") if concerns(path, folders))
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as readers:
         for files in readers.map(counts_of, notes):
+            if not all(os.path.exists(file["file"]) for file in files):
+                continue  # left of what has another name now
             for file in files:
                 name = os.path.relpath(file["file"])
                 if name.startswith("..") or no_subject.match(name):
