@@ -3,7 +3,7 @@
 test_presets=(release asan tsan ppc32 fuzz)
 # What seldom finds what those have not found: part of 'test all', and when asked for.
 more_presets=(clang arm64 s390x i686 riscv64)
-short_fuzzing=10
+short_fuzzing=5
 
 # Adds up what ctest says of every preset, and ends with one line for all; in front of it the names of what failed, whose
 # output is shown whole. Fuzzing, for a moment only, comes last.
