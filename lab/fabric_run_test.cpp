@@ -118,7 +118,7 @@ TEST(fabric_run, without_modules_nothing_happens_to_one) {
 
 /// A route of the client for static routes.
 void add(rib::state &to, uint32_t vsan, uint32_t fcid, const model::next_hop &hop) {
-    const std::vector<model::unicast_change> one{{RIB_ACTION_ADD, {fcid, RIB_MASK_DOMAIN}, {10, 0, {{hop}}}}};
+    const std::vector<model::unicast_change> one{{RIB_ACTION_ADD, {fcid, RIB_MASK_DOMAIN}, {10, 0, {&hop, 1}}}};
     EXPECT_EQ(to.update<rib::unicast>({RIB_CLIENT_CONFIG, vsan, RIB_OPER_UPDATE, {}, false, 1}, one).result, RIB_OK);
 }
 
